@@ -1,0 +1,158 @@
+#include "components/component_assembly.h"
+
+#include <string_view>
+#include <utility>
+
+#include "frame/result.h"
+#include "platform/debug_output.h"
+#include "text/code_units.h"
+
+// ---- Diagnostics ---------------------------------------------------------------------------------------------------
+
+static constexpr auto kLoadFailed = Wide("ZrCore: LoadLibrary failed. Path: \"");
+static constexpr auto kReason = Wide("\". Error message: \"");
+static constexpr auto kReasonEnd = Wide("\"\r\n");
+static constexpr auto kNotInitialized = Wide("ZrCore: Could Not Initialize Component. Path: \"");
+static constexpr auto kNotExported = Wide(
+    "\". One or more of the functions \"ZrInitModule\", \"ZrExitModule\", \"ZrCreateInstanceModule\" are not "
+    "exported correctly.\r\n");
+
+// Sends the pieces as one text. What can't be put together for want of memory is lost, so that it hides no result.
+template <class... Pieces>
+static void Report(const Pieces&... pieces) noexcept {
+  try {
+    CModulePath text;
+    (text.append(pieces), ...);
+    PlatformDebugOutput(text);
+  } catch (...) {
+  }
+}
+
+template <std::size_t size>
+static std::basic_string_view<WCHAR> TextOf(const std::array<WCHAR, size>& literal) {
+  return {literal.data(), size - 1};
+}
+
+// ---- Creation ------------------------------------------------------------------------------------------------------
+
+CComponentAssembly::~CComponentAssembly() { Unload(); }
+
+ZRRESULT CComponentAssembly::CreateInstance(const ZRUUID& classId, uint64_t argument1, const ZRUUID& interfaceId,
+                                            uint64_t argument2, void** object) noexcept {
+  return Guarded(ZR_R_UNEXPECTED, [&] { return LoadAndCreate(classId, argument1, interfaceId, argument2, object); });
+}
+
+ZRRESULT CComponentAssembly::LoadAndCreate(const ZRUUID& classId, uint64_t argument1, const ZRUUID& interfaceId,
+                                           uint64_t argument2, void** object) {
+  Snapshot now = Look(classId);
+  if (now.createInstance == nullptr) {
+    if (key_.path.empty()) return ZR_R_FAILED;
+    if (const ZRRESULT result = Load(); Failed(result)) return result;
+    now = Look(classId);
+  }
+  // A start that is over needs no lock. (A flag that a creation left behind when the module was stopped under it does
+  // no harm: started_ is false then.)
+  if (!started_.load(std::memory_order_acquire) || !startReturned_.load(std::memory_order_acquire)) {
+    if (const ZRRESULT result = Start(now.init); Failed(result)) return result;
+    now = Look(classId);
+  }
+  if (now.createInstance == nullptr) return ZR_R_NOT_SUPPORTED;  // unloaded by a refused start in another thread
+
+  // The record's entry is made first, so that nothing can fail once the module has made an object. (But for a class
+  // that is struck off during the call: its entry is made anew behind it.)
+  ClassMap entry;
+  if (!now.isRecorded) entry.emplace(classId, classId);
+
+  const ZRUUID lentClassId = classId, lentInterfaceId = interfaceId;
+  const ZRRESULT result = now.createInstance(&lentClassId, argument1, &lentInterfaceId, argument2, object);
+  if (Failed(result)) return result;
+
+  if (now.isRecorded && forgotten_.load(std::memory_order_acquire) == now.forgotten) return result;
+  if (entry.empty()) entry.emplace(lentClassId, lentClassId);
+  const CLockGuard hold(stateMutex_);
+  classes_.merge(entry);
+  return result;
+}
+
+CComponentAssembly::Snapshot CComponentAssembly::Look(const ZRUUID& classId) {
+  const CLockGuard hold(stateMutex_);
+  return {entryPoints_.createInstance, entryPoints_.init, forgotten_.load(std::memory_order_relaxed),
+          classes_.contains(classId)};
+}
+
+ZRRESULT CComponentAssembly::Load() {
+  CModulePath reason;
+  ModuleHandle module = PlatformLoadModule(key_.path.c_str(), reason);
+  if (module == nullptr) {
+    if (!reason.empty()) Report(TextOf(kLoadFailed), key_.path, TextOf(kReason), reason, TextOf(kReasonEnd));
+    return ZR_R_FILE_NOT_FOUND;
+  }
+  ZrModuleEntryPoints found;
+  found.init = reinterpret_cast<ZrInitModuleFunction>(PlatformFindFunction(module, "ZrInitModule"));
+  found.exit = reinterpret_cast<ZrExitModuleFunction>(PlatformFindFunction(module, "ZrExitModule"));
+  found.createInstance =
+      reinterpret_cast<ZrCreateInstanceModuleFunction>(PlatformFindFunction(module, "ZrCreateInstanceModule"));
+  if (found.init == nullptr || found.exit == nullptr || found.createInstance == nullptr) {
+    Report(TextOf(kNotInitialized), key_.path, TextOf(kNotExported));
+    PlatformReleaseModule(module);
+    return ZR_R_INVALID_SYSTEM;
+  }
+  {
+    // Two threads may have loaded at the same time. The last one's reference stays, the other is given back.
+    const CLockGuard hold(stateMutex_);
+    std::swap(module_, module);
+    entryPoints_ = found;
+  }
+  PlatformReleaseModule(module);
+  return ZR_R_OK;
+}
+
+// Calls ZrInitModule, once, however many threads want the first object.
+ZRRESULT CComponentAssembly::Start(ZrInitModuleFunction init) {
+  const CLockGuard hold(startMutex_);
+  if (started_.load(std::memory_order_acquire)) return ZR_R_OK;
+  startReturned_.store(false, std::memory_order_release);
+  started_.store(true, std::memory_order_release);
+  const ZRRESULT result = init != nullptr ? init() : ZR_R_OK;
+  if (Failed(result)) {
+    Unload();  // still under the start mutex: a creation that waits for it must not find functions that are gone
+    return ZR_R_NOT_SUPPORTED;
+  }
+  startReturned_.store(true, std::memory_order_release);
+  return ZR_R_OK;
+}
+
+// ---- Ending --------------------------------------------------------------------------------------------------------
+
+void CComponentAssembly::Exit() {
+  ZrExitModuleFunction exit = nullptr;
+  {
+    const CLockGuard hold(stateMutex_);
+    exit = entryPoints_.exit;
+  }
+  startReturned_.store(false, std::memory_order_release);
+  if (started_.exchange(false, std::memory_order_acq_rel) && exit != nullptr) exit();
+}
+
+void CComponentAssembly::Unload() noexcept {
+  ModuleHandle module = nullptr;
+  {
+    const CLockGuard hold(stateMutex_);
+    std::swap(module_, module);
+    if (!key_.path.empty()) entryPoints_ = {};
+  }
+  PlatformReleaseModule(module);
+}
+
+void CComponentAssembly::Forget(const ZRUUID& classId) {
+  bool isLast = false;
+  {
+    const CLockGuard hold(stateMutex_);
+    classes_.erase(classId);
+    forgotten_.fetch_add(1, std::memory_order_release);
+    isLast = classes_.empty();
+  }
+  if (!isLast) return;
+  Exit();
+  Unload();
+}

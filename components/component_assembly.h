@@ -1,0 +1,81 @@
+// An assembly: the unit of code that holds component classes. A module file, loaded when an object is first wanted, or
+// three functions that a discovery handed over.
+//
+//     state     module       functions               started
+//     new       none         none, or handed over    no
+//     loaded    set          set                     no
+//     running   as before    set                     yes: ZrInitModule has been called
+//     stopped   as before    set                     no: ZrExitModule has been called, the next creation starts it
+//     again unloaded  none         none, or handed over    no, or yes after a start that was refused: it is not tried
+//     twice
+//
+// Objects are made without the management lock, so creations meet one another and the steps that end an assembly:
+//   1. startMutex_ is held while ZrInitModule runs, so all first creations wait for the one start. It is never taken
+//      under the management lock.
+//   2. stateMutex_ guards what the two sides share. It is a leaf: no foreign code runs and no lock is taken under it.
+//   3. A module whose functions are being called may be unloaded by the removal of its discovery. That is the host's
+//      responsibility, and no lock here could take it over: objects outlive calls.
+
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <map>
+
+#include "components/assembly_key.h"
+#include "frame/lock.h"
+#include "identifiers/uuid.h"
+#include "platform/module.h"
+
+class CComponentAssembly {
+ public:
+  explicit CComponentAssembly(const CAssemblyKey& key) : key_(key), entryPoints_(key.entryPoints) {}
+  CComponentAssembly(const CComponentAssembly&) = delete;
+  CComponentAssembly& operator=(const CComponentAssembly&) = delete;
+  virtual ~CComponentAssembly();  // unloads, but does not call ZrExitModule
+
+  const CAssemblyKey& Key() const noexcept { return key_; }
+
+  // Makes an object: loads and starts the code if need be, and records the class. Answers ZrCreateInstanceModule's own
+  // result, or why it wasn't called.
+  [[nodiscard]] ZRRESULT CreateInstance(const ZRUUID& classId, uint64_t argument1, const ZRUUID& interfaceId,
+                                        uint64_t argument2, void** object) noexcept;
+
+  // Calls ZrExitModule if the assembly is started, which it then no longer is. Under the management lock.
+  void Exit();
+
+  // Releases the module. Functions that came from it are forgotten, handed-over ones kept.
+  void Unload() noexcept;
+
+  // Strikes a class off the record; without any class left, exits and unloads. Under the management lock.
+  void Forget(const ZRUUID& classId);
+
+ private:
+  using ClassMap = std::map<ZRUUID, ZRUUID, CByteWiseLess>;  // a set by nature; each value is its key
+
+  // What a creation needs to know of the shared state, as of one moment.
+  struct Snapshot {
+    ZrCreateInstanceModuleFunction createInstance;
+    ZrInitModuleFunction init;
+    uint32_t forgotten;
+    bool isRecorded;
+  };
+
+  ZRRESULT LoadAndCreate(const ZRUUID& classId, uint64_t argument1, const ZRUUID& interfaceId, uint64_t argument2,
+                         void** object);
+  Snapshot Look(const ZRUUID& classId);
+  ZRRESULT Load();
+  ZRRESULT Start(ZrInitModuleFunction init);
+
+  std::atomic<bool> started_{false};        // true from the moment ZrInitModule is about to be called
+  std::atomic<bool> startReturned_{false};  // and it has come back since: nobody needs to wait for startMutex_
+  CMutex startMutex_;
+
+  const CAssemblyKey key_;
+
+  CMutex stateMutex_;
+  ZrModuleEntryPoints entryPoints_ ZR_GUARDED_BY(stateMutex_);  // those in force
+  ModuleHandle module_ ZR_GUARDED_BY(stateMutex_) = nullptr;
+  ClassMap classes_ ZR_GUARDED_BY(stateMutex_);  // those of which at least one object was made
+  std::atomic<uint32_t> forgotten_{0};           // counts the classes struck off; written under stateMutex_
+};

@@ -1,0 +1,34 @@
+// The component exports. Each stands behind the check that ZrInitialize is in force; what is settled or refused ahead
+// of that check differs from one to the next, and callers rely on it.
+
+#include "components/component_management.h"
+#include "frame/library_state.h"
+
+ZRRESULT ZrAddComponentDiscovery(IZrComponentDiscovery* discovery, uint32_t* cookie) {
+  if (cookie == nullptr) return ZR_R_INVALID_ARGUMENTS;
+  *cookie = 0;
+  if (!IsLibraryInitialized()) return ZR_R_NO_INIT;
+  return ComponentRegistry().AddDiscovery(discovery, cookie);
+}
+
+ZRRESULT ZrRemoveComponentDiscovery(uint32_t cookie) {
+  if (!IsLibraryInitialized()) return ZR_R_NO_INIT;
+  return ComponentRegistry().RemoveDiscovery(cookie);
+}
+
+ZRRESULT ZrCreateInstance(const ZRUUID* classId, uint64_t argument1, const ZRUUID* interfaceId, uint64_t argument2,
+                          void** object) noexcept {
+  if (object != nullptr) *object = nullptr;
+  if (!IsLibraryInitialized()) return ZR_R_NO_INIT;
+  return ComponentRegistry().CreateInstance(classId, argument1, interfaceId, argument2, object);
+}
+
+ZRRESULT ZrCLSIDFromClassName(ZRSTR className, ZRUUID* classId) noexcept {
+  if (!IsLibraryInitialized()) return ZR_R_NO_INIT;
+  return ComponentRegistry().ClassIdFromName(className, classId);
+}
+
+ZRRESULT ZrClassNameFromCLSID(const ZRUUID* classId, ZRSTR* className) noexcept {
+  if (!IsLibraryInitialized()) return ZR_R_NO_INIT;
+  return ComponentRegistry().NameFromClassId(*classId, className);
+}

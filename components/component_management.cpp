@@ -1,0 +1,203 @@
+#include "components/component_management.h"
+
+#include <limits>
+#include <type_traits>
+#include <utility>
+
+#include "frame/result.h"
+
+// Visits the entries in ascending order until `visit` answers true; whether it did. `visit` may change the map: it gets
+// a shared pointer of its own, and the walk goes on behind the key that it had reached.
+template <class Map, class Visit>
+static bool Walk(const Map& map, Visit&& visit) {
+  static_assert(std::is_trivially_copyable_v<typename Map::key_type>, "a walk must not fail for want of memory");
+  for (auto at = map.begin(); at != map.end();) {
+    const auto key = at->first;
+    const auto entry = at->second;
+    if (visit(key, entry)) return true;
+    at = map.upper_bound(key);
+  }
+  return false;
+}
+
+template <class Map>
+static void Empty(Map& map) noexcept {
+  Map emptied;  // the map is empty before the first entry goes, since that may call back
+  emptied.swap(map);
+}
+
+CComponentManagement::~CComponentManagement() = default;
+
+// ---- Discoveries ---------------------------------------------------------------------------------------------------
+
+ZRRESULT CComponentManagement::AddDiscovery(IZrComponentDiscovery* discovery, uint32_t* cookie) noexcept {
+  if (discovery == nullptr) return ZR_R_INVALID_ARGUMENTS;
+  return Guarded(ZR_R_UNEXPECTED, [&]() -> ZRRESULT {
+    const CLockGuard hold(lock_);
+    AdvanceCookie();
+    if (discoveries_.size() >= std::numeric_limits<uint32_t>::max()) return ZR_R_FAILED;
+    const auto entry = std::make_shared<CComponentDiscovery>();
+    while (discoveries_.contains(lastCookie_)) AdvanceCookie();
+    const uint32_t issued = lastCookie_;
+    discoveries_.emplace(issued, entry);
+    *cookie = issued;
+    try {
+      entry->Attach(issued, discovery);
+    } catch (...) {
+      discoveries_.erase(issued);  // no reference was taken, so nobody may ask it
+      throw;
+    }
+    return ZR_R_OK;
+  });
+}
+
+ZRRESULT CComponentManagement::RemoveDiscovery(uint32_t cookie) noexcept {
+  return Guarded(ZR_R_UNEXPECTED, [&]() -> ZRRESULT {
+    const CLockGuard hold(lock_);
+    const auto found = discoveries_.find(cookie);
+    if (found == discoveries_.end()) return ZR_R_UNKNOWN_IDENTIFIER;
+    const std::shared_ptr<CComponentDiscovery> discovery = found->second;
+
+    // All exits come before the first unloading, here too.
+    Walk(components_, [cookie](const ZRUUID&, const std::shared_ptr<CComponent>& component) {
+      if (component->Cookie() == cookie && component->assembly) component->assembly->Exit();
+      return false;
+    });
+    Walk(components_, [this, cookie](const ZRUUID& classId, const std::shared_ptr<CComponent>& component) {
+      lock_.AssertHeld();
+      if (component->Cookie() != cookie) return false;
+      if (component->assembly) component->assembly->Forget(classId);
+      components_.erase(classId);
+      return false;
+    });
+    discovery->ForgetComponents();
+    discoveries_.erase(cookie);
+    // Released here, where what it throws has a result to become; unless a lookup further up this thread's stack is
+    // still asking the object. The last pointer does it then.
+    if (discovery.use_count() == 1) discovery->Detach();
+    return ZR_R_OK;
+  });
+}
+
+void CComponentManagement::Shutdown() {
+  const CLockGuard hold(lock_);
+  const auto walkAssemblies = [this](auto step) {
+    lock_.AssertHeld();
+    for (auto at = assemblies_.begin(); at != assemblies_.end();) {
+      const std::shared_ptr<CComponentAssembly> assembly = at->second;
+      (assembly.get()->*step)();
+      at = assemblies_.upper_bound(assembly->Key());
+    }
+  };
+  walkAssemblies(&CComponentAssembly::Exit);  // all exits come before the first unloading
+  walkAssemblies(&CComponentAssembly::Unload);
+  Empty(assemblies_);
+  Empty(components_);
+  Empty(discoveries_);
+}
+
+bool CComponentManagement::HasDiscoveries() {
+  const CLockGuard hold(lock_);
+  return !discoveries_.empty();
+}
+
+bool CComponentManagement::HasAssemblies() {
+  const CLockGuard hold(lock_);
+  return !assemblies_.empty();
+}
+
+bool CComponentManagement::HasComponents() {
+  const CLockGuard hold(lock_);
+  return !components_.empty();
+}
+
+// ---- Lookups -------------------------------------------------------------------------------------------------------
+
+template <class Ask>
+bool CComponentManagement::AskDiscoveries(Ask&& ask) {
+  return Walk(discoveries_, [&ask](uint32_t, const std::shared_ptr<CComponentDiscovery>& discovery) {
+    return !Failed(ask(*discovery));
+  });
+}
+
+// Null if no discovery knows the class.
+std::shared_ptr<CComponent> CComponentManagement::FindComponent(const ZRUUID& classId) {
+  if (const auto known = components_.find(classId); known != components_.end()) return known->second;
+  std::shared_ptr<CComponent> component;
+  const bool isKnown =
+      AskDiscoveries([&](CComponentDiscovery& discovery) { return discovery.QueryComponent(classId, component); });
+  if (!isKnown) return nullptr;
+  components_.insert_or_assign(classId, component);
+  return component;
+}
+
+std::shared_ptr<CComponentAssembly> CComponentManagement::Bind(CComponent& component) {
+  if (component.assembly) return component.assembly;
+  auto known = assemblies_.find(component.AssemblyKey());
+  if (known == assemblies_.end()) {
+    auto made = std::make_shared<CComponentAssembly>(component.AssemblyKey());
+    known = assemblies_.emplace(component.AssemblyKey(), std::move(made)).first;
+  }
+  component.assembly = known->second;
+  return component.assembly;
+}
+
+ZRRESULT CComponentManagement::CreateInstance(const ZRUUID* classId, uint64_t argument1, const ZRUUID* interfaceId,
+                                              uint64_t argument2, void** object) noexcept {
+  if (object == nullptr) return ZR_R_INVALID_ARGUMENTS;
+  return Guarded(ZR_R_REQUEST_ABORTED, [&]() -> ZRRESULT {
+    std::shared_ptr<CComponentAssembly> assembly;
+    {
+      const CLockGuard hold(lock_);
+      const std::shared_ptr<CComponent> component = FindComponent(*classId);
+      if (!component) return ZR_R_CLASS_NOT_REGISTERED;
+      const ZRRESULT result = Guarded(ZR_R_UNEXPECTED, [&] {
+        lock_.AssertHeld();
+        assembly = Bind(*component);
+        return ZR_R_OK;
+      });
+      if (Failed(result)) return result;
+    }
+    return assembly->CreateInstance(*classId, argument1, *interfaceId, argument2, object);
+  });
+}
+
+ZRRESULT CComponentManagement::ClassIdFromName(ZRSTR className, ZRUUID* classId) noexcept {
+  if (classId == nullptr) return ZR_R_INVALID_ARGUMENTS;
+  return Guarded(ZR_R_FAILED, [&]() -> ZRRESULT {
+    const CLockGuard hold(lock_);
+    if (const auto known = classIds_.find(className); known != classIds_.end()) {
+      *classId = known->second;
+      return ZR_R_OK;
+    }
+    // The entry is made before anybody is asked, so that an answer can't be lost to a full heap. Its reference also
+    // keeps the name alive through the walk.
+    CClassIdMap entry;
+    ZRUUID& remembered = entry.emplace(CStringHolder::Share(className), ZRUUID{}).first->second;
+    if (!AskDiscoveries([&](CComponentDiscovery& discovery) { return discovery.QueryClassId(className, classId); })) {
+      return ZR_R_FAILED;
+    }
+    remembered = *classId;
+    classIds_.merge(entry);  // an entry that a discovery's own lookup has made meanwhile stays
+    return ZR_R_OK;
+  });
+}
+
+ZRRESULT CComponentManagement::NameFromClassId(const ZRUUID& classId, ZRSTR* className) noexcept {
+  if (className == nullptr) return ZR_R_INVALID_ARGUMENTS;
+  return Guarded(ZR_R_FAILED, [&]() -> ZRRESULT {
+    const CLockGuard hold(lock_);
+    if (const auto known = classNames_.find(classId); known != classNames_.end()) {
+      *className = CStringHolder::Share(known->second.Get()).Detach();
+      return ZR_R_OK;
+    }
+    CClassNameMap entry;
+    CStringHolder& remembered = entry.emplace(classId, CStringHolder()).first->second;
+    if (!AskDiscoveries([&](CComponentDiscovery& discovery) { return discovery.QueryClassName(classId, className); })) {
+      return ZR_R_FAILED;
+    }
+    remembered = CStringHolder::Share(*className);
+    classNames_.merge(entry);
+    return ZR_R_OK;
+  });
+}

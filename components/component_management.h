@@ -1,0 +1,84 @@
+// The registry: which discoveries there are, which classes they reported so far, where those live, and the class names
+// learnt.
+//
+// What holds:
+//   1. The management lock guards every member, and every call into a discovery object is made under it.
+//   2. It is recursive, and discovery objects and modules may call back on the same thread. So nothing here keeps an
+//      iterator across such a call: walks resume behind the key that they had reached.
+//   3. Making an object happens without the lock; a shared pointer keeps the assembly alive for it.
+//   4. Class names are never forgotten, not by a removal and not by the shutdown; nor is the last cookie.
+
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+
+#include "components/component_discovery.h"
+#include "frame/lock.h"
+#include "text/counted_string.h"
+
+class CComponentManagement {
+ public:
+  CComponentManagement() = default;
+  CComponentManagement(const CComponentManagement&) = delete;
+  CComponentManagement& operator=(const CComponentManagement&) = delete;
+  virtual ~CComponentManagement();
+
+  // What the exports do behind their checks for the lifecycle. Exceptions have become codes. An export that clears its
+  // result has done so.
+  [[nodiscard]] ZRRESULT AddDiscovery(IZrComponentDiscovery* discovery, uint32_t* cookie) noexcept;
+  [[nodiscard]] ZRRESULT RemoveDiscovery(uint32_t cookie) noexcept;
+  [[nodiscard]] ZRRESULT CreateInstance(const ZRUUID* classId, uint64_t argument1, const ZRUUID* interfaceId,
+                                        uint64_t argument2, void** object) noexcept;
+  [[nodiscard]] ZRRESULT ClassIdFromName(ZRSTR className, ZRUUID* classId) noexcept;
+  [[nodiscard]] ZRRESULT NameFromClassId(const ZRUUID& classId, ZRSTR* className) noexcept;
+
+  // Stops every module, then unloads every module, then lets go of everything but the names and the last cookie.
+  void Shutdown();
+
+  [[nodiscard]] bool IsLockedByThisThread() const noexcept { return lock_.IsOwn(); }
+
+  [[nodiscard]] bool HasDiscoveries();
+  [[nodiscard]] bool HasAssemblies();
+  [[nodiscard]] bool HasComponents();
+
+ private:
+  friend struct CRegistryTestPeer;  // nobody can issue four thousand million cookies to see them wrap
+
+  struct CNameLess {
+    using is_transparent = void;  // so that a name is looked up without a reference of its own
+    static ZRSTR Name(ZRSTR name) noexcept { return name; }
+    static ZRSTR Name(const CStringHolder& name) noexcept { return name.Get(); }
+    template <class Left, class Right>
+    bool operator()(const Left& left, const Right& right) const noexcept {
+      return CompareStrings(Name(left), Name(right)) < 0;
+    }
+  };
+  using CDiscoveryMap = std::map<uint32_t, std::shared_ptr<CComponentDiscovery>>;
+  using CAssemblyMap = std::map<CAssemblyKey, std::shared_ptr<CComponentAssembly>, CAssemblyKeyLess>;
+  using CClassIdMap = std::map<CStringHolder, ZRUUID, CNameLess>;
+  using CClassNameMap = std::map<ZRUUID, CStringHolder, CFieldWiseLess>;
+
+  void AdvanceCookie() noexcept ZR_REQUIRES(lock_) {
+    if (++lastCookie_ == 0) ++lastCookie_;  // 0 is no cookie
+  }
+
+  std::shared_ptr<CComponent> FindComponent(const ZRUUID& classId) ZR_REQUIRES(lock_);
+  std::shared_ptr<CComponentAssembly> Bind(CComponent& component) ZR_REQUIRES(lock_);
+
+  // Asks the discoveries in ascending cookie order until one answers zero or above; whether one did.
+  template <class Ask>
+  bool AskDiscoveries(Ask&& ask) ZR_REQUIRES(lock_);
+
+  CRecursiveLock lock_;
+  CDiscoveryMap discoveries_ ZR_GUARDED_BY(lock_);
+  CAssemblyMap assemblies_ ZR_GUARDED_BY(lock_);
+  uint32_t lastCookie_ ZR_GUARDED_BY(lock_) = 0;
+  CComponentMap components_ ZR_GUARDED_BY(lock_);
+  CClassIdMap classIds_ ZR_GUARDED_BY(lock_);
+  CClassNameMap classNames_ ZR_GUARDED_BY(lock_);
+};
+
+// The only registry that callers reach.
+CComponentManagement& ComponentRegistry() noexcept;

@@ -1,0 +1,19 @@
+#include "host/environment.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+std::string BesideProgram(const std::string& fileName) {
+  return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / fileName).string();
+}
+
+std::string AbsolutePath(const std::string& path) { return std::filesystem::absolute(path).string(); }
+
+uint32_t OutputWidth() {
+  constexpr uint32_t kUsualWidth = 120;
+  winsize size = {};
+  const bool isKnown = isatty(STDOUT_FILENO) == 1 && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  return isKnown ? size.ws_col : kUsualWidth;
+}

@@ -1,0 +1,18 @@
+// What the program wants to know of the system that it runs on.
+
+#ifndef EXAMPLES_HOST_ENVIRONMENT_H
+#define EXAMPLES_HOST_ENVIRONMENT_H
+
+#include <cstdint>
+#include <string>
+
+/// BesideProgram is the path of a file that lies in the folder of the running program. UTF-8.
+std::string BesideProgram(const std::string& fileName);
+
+/// AbsolutePath is a path from the root. A module is looked for in the system's own folders if its path has no slash.
+std::string AbsolutePath(const std::string& path);
+
+/// OutputWidth is how many columns the terminal behind standard output has; 120 if it is none.
+uint32_t OutputWidth();
+
+#endif

@@ -1,0 +1,152 @@
+// zrdemo: turns a class name into an object of a module, hands it a CSV file and shows the table that it makes.
+//
+// The host's part is here: it registers a discovery that knows which module file holds which class. The client's part
+// (table_client.h) knows class names only. At the end all references must have come back.
+
+#include <cstdio>
+#include <exception>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "body_table.h"
+#include "host/csv_file.h"
+#include "host/discovery.h"
+#include "host/environment.h"
+#include "host/string_book.h"
+#include "host/table_client.h"
+#include "host/utf8.h"
+
+static constexpr char kUsage[] = "usage: zrdemo [--module PATH] [CLASS-NAME [CSV-FILE]]";
+static constexpr char16_t kClassName[] = u"Astronomy.BodyTable";
+
+struct Arguments {
+  std::string modulePath;
+  std::string className;
+  std::string csvPath;
+  bool wantsHelp = false;
+};
+
+// What was wrong with the command line, as opposed to what it asked for.
+struct UsageError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+static Arguments ReadArguments(int count, char** values) {
+  Arguments arguments{BesideProgram("bodies.so"), ToUtf8(kClassName), BesideProgram("bodies.csv"), false};
+  int position = 0;
+  for (int i = 1; i < count; ++i) {
+    const std::string_view value = values[i];
+    if (value == "--help") {
+      arguments.wantsHelp = true;
+    } else if (value == "--module") {
+      if (++i == count) throw UsageError(kUsage);
+      arguments.modulePath = AbsolutePath(values[i]);
+    } else if (value.substr(0, 2) == "--" || position == 2) {
+      throw UsageError(kUsage);
+    } else {
+      (position++ == 0 ? arguments.className : arguments.csvPath) = value;
+    }
+  }
+  return arguments;
+}
+
+static std::u16string DecodeArgument(const std::string& argument, const char* meaning) {
+  Utf16Text text = FromUtf8(argument);
+  if (!text.IsWhole()) throw std::runtime_error(std::string("the ") + meaning + " is not UTF-8");
+  return text.units;
+}
+
+static std::string Text(const ZRUUID& uuid) {
+  ZRSTR text = nullptr;
+  if (ZR_FAILED(ZrStringFromUUID(&uuid, &text))) return "?";
+  return ToUtf8(Units(StringOwner(text).get()));
+}
+
+// One line of the report, flushed so that it stays ahead of what is written to standard error.
+static void Say(const char* topic, const std::string& text) {
+  std::printf("  %-13s %s\n", topic, text.c_str());
+  (void)std::fflush(stdout);
+}
+
+static void Complain(const char* text) { std::fprintf(stderr, "zrdemo: %s\n", text); }
+
+// The client's road: name, identifier, object, lines in, text out.
+static void ShowTable(CTableClient& client, ZRSTR className, const CTableDiscovery& discovery,
+                      const std::vector<CsvFileLine>& lines, const std::string& csvPath, CStringBook& book) {
+  Say("Asked for", ToUtf8(Units(className)));
+  client.Find(className);
+  Say("Identifier", Text(client.ClassId()) + ", which is " + client.ClassName());
+  client.Open();
+  Say("Answered by", ToUtf8(Units(discovery.Answered())));
+  client.AddLines(lines, csvPath);
+  Say("Handed over", std::to_string(lines.size()) + " lines of " + csvPath);
+  Say("Shared", std::to_string(book.Strings()) + " strings, " + std::to_string(book.References()) +
+                    " references on them while the object holds its lines");
+  const ZRSTR table = book.Enter(client.Render(OutputWidth(), csvPath));
+  std::printf("\n%s\n", ToUtf8(Units(table)).c_str());
+}
+
+// Registers, lets the client work, and takes everything down again, whether that went well or not.
+static bool Run(const Arguments& arguments) {
+  CStringBook book;
+  const std::vector<CsvFileLine> lines = ReadCsvFile(arguments.csvPath, book);
+  const ZRSTR listedName = book.Write(kClassName);
+  const ZRSTR modulePath = book.Write(DecodeArgument(arguments.modulePath, "module path"));
+  // Not in the book: the library remembers a name that it could answer, and so may keep a reference on it.
+  const StringOwner className(MakeString(DecodeArgument(arguments.className, "class name")));
+
+  (void)ZrInitialize();  // can't fail
+  CTableDiscovery* discovery = new CTableDiscovery;
+  uint32_t cookie = 0;
+  CTableClient client;
+  bool isGood = true;
+  try {
+    discovery->Add(kBodyTableClass, listedName, modulePath);
+    if (ZR_FAILED(ZrAddComponentDiscovery(discovery, &cookie))) throw std::runtime_error("the discovery was refused");
+    std::printf("ZrCore demo: from a class name to an object of a module that the client never names\n\n");
+    Say("Registered", "a discovery, under cookie " + std::to_string(cookie) + ", that lists");
+    Say("", ToUtf8(Units(listedName)) + " " + Text(kBodyTableClass));
+    Say("", "in " + ToUtf8(Units(modulePath)));
+    ShowTable(client, className.get(), *discovery, lines, arguments.csvPath, book);
+  } catch (const std::exception& error) {
+    Complain(error.what());
+    isGood = false;
+  }
+
+  // In this order: the object's code goes with the module, and the module with the discovery.
+  const uint32_t objectCount = client.Close();
+  if (cookie != 0 && ZR_FAILED(ZrRemoveComponentDiscovery(cookie))) isGood = false;
+  (void)ZrUninitialize();
+  const uint32_t discoveryCount = discovery->Release();
+
+  const bool isBalanced = objectCount == 0 && discoveryCount == 0 && book.Outstanding() == 0;
+  Say("References", "left: object " + std::to_string(objectCount) + ", discovery " + std::to_string(discoveryCount) +
+                        ", the " + std::to_string(book.Strings()) + " shared strings " +
+                        std::to_string(book.Outstanding()) +
+                        (isBalanced ? ". All given back." : ". NOT all given back!"));
+  return isGood && isBalanced;
+}
+
+int main(int count, char** values) {
+  try {
+    const Arguments arguments = ReadArguments(count, values);
+    if (arguments.wantsHelp) {
+      std::puts(kUsage);
+      return 0;
+    }
+    bool isGood = Run(arguments);
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+      Complain("can't write to standard output");
+      isGood = false;
+    }
+    return isGood ? 0 : 1;
+  } catch (const UsageError& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 2;
+  } catch (const std::exception& error) {
+    Complain(error.what());
+    return 1;
+  }
+}

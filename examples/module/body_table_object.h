@@ -1,0 +1,40 @@
+// The object behind IBodyTable. It keeps the lines as it got them, shared with the caller, and where their fields lie.
+
+#ifndef EXAMPLES_MODULE_BODY_TABLE_OBJECT_H
+#define EXAMPLES_MODULE_BODY_TABLE_OBJECT_H
+
+#include <string>
+#include <vector>
+
+#include "body_table.h"
+#include "module/csv_line.h"
+#include "string_owner.h"
+
+class CBodyTable final : public IBodyTable {
+ public:
+  CBodyTable() noexcept = default;
+  CBodyTable(const CBodyTable&) = delete;
+  CBodyTable& operator=(const CBodyTable&) = delete;
+
+  uint32_t AddRef() override;
+  uint32_t Release() override;
+  ZRRESULT QueryInterface(const ZRUUID* interfaceId, void** object) override;
+
+  ZRRESULT AddLine(ZRSTR line) override;
+  ZRRESULT Explain(ZRSTR* text) override;
+  ZRRESULT Render(uint32_t width, ZRSTR* text) override;
+
+ private:
+  struct Row {
+    StringOwner line;
+    std::vector<CsvField> fields;  // places in `line`
+  };
+
+  ~CBodyTable() = default;  // by the last Release only
+
+  uint32_t references_ = 1;
+  std::vector<Row> rows_;  // the titles are row 0; all have as many fields
+  std::string rejection_;  // why a line was rejected most recently, in ASCII
+};
+
+#endif

@@ -1,0 +1,51 @@
+#include "module/csv_line.h"
+
+static constexpr std::size_t kNowhere = std::u16string_view::npos;
+
+// The place of the quotation mark that closes a field whose content begins at `begin`; kNowhere if none does.
+static std::size_t FindClosingQuote(std::u16string_view line, std::size_t begin) {
+  for (std::size_t quote = line.find(u'"', begin); quote != kNowhere; quote = line.find(u'"', quote + 2)) {
+    const bool isDoubled = quote + 1 < line.size() && line[quote + 1] == u'"';
+    if (!isDoubled) return quote;
+  }
+  return kNowhere;
+}
+
+CsvLine SplitCsvLine(std::u16string_view line) {
+  CsvLine result;
+  std::size_t begin = 0;
+  for (;;) {
+    std::size_t end = 0;
+    if (begin < line.size() && line[begin] == u'"') {
+      const std::size_t quote = FindClosingQuote(line, begin + 1);
+      const std::size_t contentEnd = quote == kNowhere ? line.size() : quote;
+      result.fields.push_back({begin + 1, contentEnd - (begin + 1), true});
+      if (quote == kNowhere) {
+        result.problem = CsvProblem::OpenQuotes;
+        return result;
+      }
+      end = quote + 1;
+      if (end < line.size() && line[end] != u',') {
+        result.problem = CsvProblem::TextBehindQuotes;
+        return result;
+      }
+    } else {
+      end = line.find(u',', begin);
+      if (end == kNowhere) end = line.size();
+      result.fields.push_back({begin, end - begin, false});
+    }
+    if (end >= line.size()) return result;
+    begin = end + 1;
+  }
+}
+
+std::u16string FieldText(std::u16string_view line, const CsvField& field) {
+  const std::u16string_view content = line.substr(field.begin, field.length);
+  std::u16string text;
+  text.reserve(content.size());
+  for (std::size_t i = 0; i < content.size(); ++i) {
+    text += content[i];
+    if (field.isQuoted && content[i] == u'"') ++i;  // the second of two
+  }
+  return text;
+}

@@ -1,0 +1,21 @@
+// A table of texts as lines for a terminal.
+
+#ifndef EXAMPLES_MODULE_TABLE_LAYOUT_H
+#define EXAMPLES_MODULE_TABLE_LAYOUT_H
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+using TableRow = std::vector<std::u16string>;
+
+/// LayOutTable frames and aligns the rows. Numbers go to the right of their column, the rest to the left.
+///
+/// If the table is wider than wanted, the widest columns of text become narrower and their cells go on in more lines.
+/// Columns have a least width, and numbers are never broken: a table of many columns may stay too wide.
+///
+/// @param rows   the titles first; all of one length, which is not 0.
+/// @param width  in columns of a terminal; 0 means any.
+std::u16string LayOutTable(const std::vector<TableRow>& rows, std::size_t width);
+
+#endif

@@ -1,0 +1,77 @@
+// The composition root: every object with static storage, in one translation unit and one order.
+//
+// Construction runs from top to bottom when the library is loaded, teardown from bottom to top when the process ends or
+// the library is unloaded; so a line may use those above it. What can be constinit is ready before any code runs.
+// It is the one file of this floor that knows the floors above.
+
+#include "frame/library_state.h"
+
+#include <atomic>
+#include <iostream>  // brings the runtime's stream support up before the objects below, and keeps it until after them
+
+#include "components/component_management.h"
+#include "frame/lock.h"
+#include "text/counted_string.h"
+#include "zrcore/lifecycle.h"
+
+class CGlobalData {
+ public:
+  CGlobalData() = default;
+  CGlobalData(const CGlobalData&) = delete;
+  CGlobalData& operator=(const CGlobalData&) = delete;
+  virtual ~CGlobalData();
+
+  ZRRESULT Initialize() {
+    CLockGuard hold(lifecycleLock_);
+    ++initializations_;
+    return ZR_R_OK;
+  }
+
+  ZRRESULT Uninitialize() {
+    CLockGuard hold(lifecycleLock_);
+    if (initializations_ != 0 && --initializations_ == 0) registry_.Shutdown();
+    return ZR_R_OK;
+  }
+
+  // A discovery that is asked under the management lock may call back. Its thread must not wait for the lifecycle lock
+  // then: a last ZrUninitialize may hold that and wait for the management lock. The bare look does there, since whoever
+  // holds the management lock keeps the registry as it is.
+  bool IsInitialized() {
+    if (registry_.IsLockedByThisThread()) return initializations_ > 0;
+    CLockGuard hold(lifecycleLock_);
+    return initializations_ > 0;
+  }
+
+  CComponentManagement& Registry() noexcept { return registry_; }
+
+ private:
+  CRecursiveLock lifecycleLock_;              // taken before the registry's management lock, never after it
+  std::atomic<uint32_t> initializations_{0};  // written under lifecycleLock_
+  CComponentManagement registry_;
+};
+
+// Tells a host that ended without its last ZrUninitialize. The texts have no line end: they are read as they stand.
+CGlobalData::~CGlobalData() {
+  try {
+    if (registry_.HasDiscoveries()) std::cout << "Not all Component-Discoveries removed while destroying CGlobalData";
+    if (registry_.HasAssemblies()) std::cout << "Not all Component-Assemblies removed while destroying CGlobalData";
+    if (registry_.HasComponents()) std::cout << "Not all Components removed while destroying CGlobalData";
+  } catch (...) {
+    // A host may have made its stream throw. The rest of the teardown matters more than the remaining texts.
+  }
+}
+
+// ---- All objects with static storage, in order of construction ------------------------------------------------------
+
+constinit CSharedEmptyString g_emptyString;  // no code runs for it, at either end
+static CGlobalData g_globalData;
+
+// ---- What they are asked --------------------------------------------------------------------------------------------
+
+bool IsLibraryInitialized() noexcept { return g_globalData.IsInitialized(); }
+
+CComponentManagement& ComponentRegistry() noexcept { return g_globalData.Registry(); }
+
+ZRRESULT ZrInitialize() noexcept { return g_globalData.Initialize(); }
+
+ZRRESULT ZrUninitialize() { return g_globalData.Uninitialize(); }

@@ -1,0 +1,7 @@
+// What the rest of the library may ask of its state as a whole.
+
+#pragma once
+
+// Whether ZrInitialize is in force. Takes the lifecycle lock for that one look, so it waits out a last ZrUninitialize;
+// the answer may be old by the time it is read.
+[[nodiscard]] bool IsLibraryInitialized() noexcept;

@@ -1,0 +1,98 @@
+// Locks: the recursive one that callers get, its owner inside the library, a plain mutex, and the guard for all three.
+//
+// The recursive lock is a plain mutex with an owner word and a depth. What holds:
+//   1. owner_ is written by the thread that holds mutex_ only, and cleared before it lets go.
+//   2. So a thread that reads its own id there holds the lock, and one that doesn't reads anything else. Re-entry needs
+//      no atomic instruction but a load.
+//   3. depth_ belongs to the owner.
+
+#pragma once
+
+#include <atomic>
+#include <cassert>
+#include <cstdint>
+#include <mutex>
+#include <thread>
+
+#include "frame/heap.h"
+#include "frame/thread_annotations.h"
+#include "zrcore/lock.h"
+
+struct ZR_CAPABILITY("lock") tagZRCRITICALSECTION {
+ public:
+  void Enter() ZR_ACQUIRE() ZR_UNCHECKED {
+    const std::thread::id self = std::this_thread::get_id();
+    if (owner_.load(std::memory_order_relaxed) != self) {
+      mutex_.lock();
+      owner_.store(self, std::memory_order_relaxed);
+    }
+    ++depth_;
+  }
+
+  [[nodiscard]] bool TryEnter() ZR_TRY_ACQUIRE(true) ZR_UNCHECKED {
+    const std::thread::id self = std::this_thread::get_id();
+    if (owner_.load(std::memory_order_relaxed) != self) {
+      if (!mutex_.try_lock()) return false;
+      owner_.store(self, std::memory_order_relaxed);
+    }
+    ++depth_;
+    return true;
+  }
+
+  void Leave() ZR_RELEASE() ZR_UNCHECKED {
+    if (--depth_ != 0) return;
+    owner_.store(std::thread::id(), std::memory_order_relaxed);
+    mutex_.unlock();
+  }
+
+  [[nodiscard]] bool IsOwn() const noexcept {
+    return owner_.load(std::memory_order_relaxed) == std::this_thread::get_id();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::atomic<std::thread::id> owner_{};
+  uint32_t depth_ = 0;
+};
+
+// A recursive lock that lives as long as its owner: a handle as callers have it.
+class ZR_CAPABILITY("lock") CRecursiveLock {
+ public:
+  CRecursiveLock() : handle_(HeapNew<tagZRCRITICALSECTION>()) {}
+  CRecursiveLock(const CRecursiveLock&) = delete;
+  CRecursiveLock& operator=(const CRecursiveLock&) = delete;
+  ~CRecursiveLock() { HeapDelete(handle_); }
+
+  void Enter() ZR_ACQUIRE() ZR_UNCHECKED { handle_->Enter(); }
+  void Leave() ZR_RELEASE() ZR_UNCHECKED { handle_->Leave(); }
+
+  [[nodiscard]] bool IsOwn() const noexcept { return handle_->IsOwn(); }  // of the calling thread
+
+  // For the body of a lambda, which the analysis reads on its own.
+  void AssertHeld() const noexcept ZR_ASSERT_HELD { assert(IsOwn()); }
+
+ private:
+  const ZRCRITICALSECTION handle_;
+};
+
+// The standard library's plain mutex, with the claims that the analysis needs.
+class ZR_CAPABILITY("mutex") CMutex {
+ public:
+  void Enter() ZR_ACQUIRE() ZR_UNCHECKED { mutex_.lock(); }
+  void Leave() ZR_RELEASE() ZR_UNCHECKED { mutex_.unlock(); }
+
+ private:
+  std::mutex mutex_;
+};
+
+template <class Lock>
+class ZR_SCOPED_CAPABILITY CLockGuard {
+ public:
+  explicit CLockGuard(Lock& lock) ZR_ACQUIRE(lock) : lock_(lock) { lock_.Enter(); }
+  CLockGuard(const CLockGuard&) = delete;
+  CLockGuard& operator=(const CLockGuard&) = delete;
+  ~CLockGuard() ZR_RELEASE() { lock_.Leave(); }
+
+ private:
+  Lock& lock_;
+};

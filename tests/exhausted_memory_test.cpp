@@ -1,0 +1,150 @@
+// Every operation with its n-th allocation failing, for n = 1, 2, 3 … until none is left to fail. Each failure answers
+// the contract's code, leaks nothing (the address sanitizer looks) and leaves everything usable.
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <new>
+#include <set>
+#include <utility>
+
+#include "tests/support/failing_heap.h"
+#include "tests/support/fake_discovery.h"
+
+// Runs `operation` until it succeeds; answers how many failures came before.
+template <class Result>
+static int Exhaust(Result onFailure, const std::function<Result()>& operation) {
+  for (int n = 1;; ++n) {
+    FailAllocation(n);
+    const Result result = operation();
+    if (!AllocationFailed()) return n - 1;
+    EXPECT_EQ(result, onFailure) << "allocation " << n;
+    if (n > 100) return n;
+  }
+}
+
+TEST(ExhaustedMemory, StringCreatorsAnswerNull) {
+  const Owned text(Units(W("text")));
+  const uint32_t emptyCount = ZrStringRefCount(Owned(ZrCopyString(nullptr)));
+  using Creator = std::function<ZRSTR()>;
+  const Creator kCreators[] = {
+      [] { return ZrCreateString(W("a")); },
+      [] { return ZrCreateStringLen(W("a"), 3); },
+      [] { return ZrCreateStringByteLen("abc", 3); },
+      [&] { return ZrDeepCopyString(text); },
+      [] { return ZrDeepCopyString(nullptr); },
+      [&] { return ZrAppendStrings(text, text); },
+      [] { return ZrAppendStrings(nullptr, nullptr); },
+  };
+  for (const Creator& create : kCreators) {
+    EXPECT_EQ(Exhaust<bool>(false, [&] { return Owned(create()).string != nullptr; }), 1);
+  }
+  const ZRUUID uuid = {};
+  EXPECT_EQ(Exhaust<ZRRESULT>(ZR_R_NO_MEMORY,
+                              [&] {
+                                ZRSTR string = text;
+                                const ZRRESULT result = ZrStringFromUUID(&uuid, &string);
+                                EXPECT_EQ(string == nullptr, ZR_FAILED(result));
+                                ZrDestroyString(string);
+                                return result;
+                              }),
+            1);
+  EXPECT_EQ(Exhaust<ZRRESULT>(ZR_R_NO_MEMORY,
+                              [&] {
+                                ZRSTR string = text;
+                                const ZRRESULT result = ZrCreateZRSTRfromWCHAR(W("a"), 2, &string);
+                                EXPECT_EQ(string == nullptr, ZR_FAILED(result));
+                                ZrDestroyString(string);
+                                return result;
+                              }),
+            1);
+  for (bool exact : {false, true}) {
+    EXPECT_EQ(Exhaust<int>(0,
+                           [&] {
+                             ZRSTR string = ZrCopyString(text);
+                             const int truth =
+                                 exact ? ZrReCreateStringLen(&string, W("a"), 1) : ZrReCreateString(&string, W("a"));
+                             EXPECT_EQ(string == nullptr, truth == 0);
+                             ZrDestroyString(string);
+                             return truth;
+                           }),
+              1);
+  }
+  EXPECT_EQ(ZrStringRefCount(text), 1u);
+  EXPECT_EQ(ZrStringRefCount(Owned(ZrCopyString(nullptr))), emptyCount);
+}
+
+TEST(ExhaustedMemory, RecordsAndLocksThrow) {
+  const ZRUUID value = {1, 2, 3, {4}};
+  ZRUUID* record = nullptr;
+  ZRCRITICALSECTION lock = nullptr;
+  const std::function<void()> kMakers[] = {
+      [&] { record = ZrCreateUUID(); },
+      [&] { record = ZrGenerateUUID(); },
+      [&] { (void)ZrCopyUUID(&value, &record); },
+      [&] { (void)ZrInitializeCriticalSection(&lock); },
+  };
+  for (const auto& make : kMakers) {
+    const int failures = Exhaust<bool>(true, [&] {
+      try {
+        make();
+      } catch (const std::bad_alloc&) {
+        EXPECT_TRUE(record == nullptr && lock == nullptr);
+        return true;
+      }
+      return false;
+    });
+    EXPECT_EQ(failures, 1);
+    ZrDestroyUUID(std::exchange(record, nullptr));
+    if (lock != nullptr) (void)ZrDeleteCriticalSection(&lock);
+  }
+}
+
+static ZRRESULT CreateByFunction(const ZRUUID*, uint64_t, const ZRUUID*, uint64_t, void** object) {
+  *object = object;
+  return ZR_R_OK;
+}
+
+TEST(ExhaustedMemory, ComponentOperationsAnswerTheirCodes) {
+  ZrInitialize();
+  FakeDiscovery discovery({{1, {}, {CreateByFunction, nullptr, nullptr}, W("Name")}, {2, ModulePath("nowhere")}});
+  uint32_t cookie = 0;
+  EXPECT_GE(Exhaust<ZRRESULT>(ZR_R_UNEXPECTED, [&] { return ZrAddComponentDiscovery(&discovery, &cookie); }), 2);
+  EXPECT_EQ(discovery.references, 1u);
+
+  // The lookup, the binding and the creation fail in turn, each with its code; a module that isn't there fails alike.
+  for (uint32_t number : {1u, 2u}) {
+    const ZRUUID classId = ClassId(number);
+    std::set<ZRRESULT> failures;
+    ZRRESULT result = ZR_R_OK;
+    for (int n = 1; n < 100; ++n) {
+      void* object = &object;
+      FailAllocation(n);
+      result = ZrCreateInstance(&classId, 0, &classId, 0, &object);
+      EXPECT_EQ(object != nullptr, ZR_SUCCEEDED(result)) << "no object is made and then lost";
+      if (!AllocationFailed()) break;
+      failures.insert(result);
+    }
+    EXPECT_EQ(result, number == 1 ? ZR_R_OK : ZR_R_FILE_NOT_FOUND);
+    // (A diagnostic that can't be put together is lost and changes no result.)
+    failures.erase(ZR_R_FILE_NOT_FOUND);
+    EXPECT_EQ(failures, (std::set<ZRRESULT>{ZR_R_REQUEST_ABORTED, ZR_R_UNEXPECTED}));
+  }
+
+  const Owned name(Units(W("Name")));
+  ZRUUID classId = ClassId(1);
+  EXPECT_GE(Exhaust<ZRRESULT>(ZR_R_FAILED, [&] { return ZrCLSIDFromClassName(name, &classId); }), 1);
+  ZRSTR learnt = nullptr;
+  EXPECT_GE(Exhaust<ZRRESULT>(ZR_R_FAILED,
+                              [&] {
+                                const ZRRESULT result = ZrClassNameFromCLSID(&classId, &learnt);
+                                EXPECT_EQ(learnt != nullptr, ZR_SUCCEEDED(result))
+                                    << "no string is given and then lost";
+                                return result;
+                              }),
+            1);
+  ZrDestroyString(learnt);
+  EXPECT_EQ(Exhaust<ZRRESULT>(ZR_R_UNEXPECTED, [&] { return ZrRemoveComponentDiscovery(cookie); }), 0);
+  EXPECT_EQ(Exhaust<ZRRESULT>(ZR_R_UNEXPECTED, [&] { return ZrUninitialize(); }), 0) << "the end needs no memory";
+  EXPECT_EQ(discovery.references, 0u);
+}

@@ -1,0 +1,51 @@
+// The services of the system below the seam. A new system is finished when these pass.
+
+#include <gtest/gtest.h>
+
+#include "platform/debug_output.h"
+#include "platform/module.h"
+#include "platform/random.h"
+#include "tests/support/text.h"
+
+TEST(Seam, LoadsModulesAndFindsFunctions) {
+  Units reason;
+  const Units path = Widened(TEST_DIRECTORY "/good.so");
+  ModuleHandle module = PlatformLoadModule(path.c_str(), reason);
+  ASSERT_NE(module, nullptr);
+  EXPECT_TRUE(reason.empty());
+  EXPECT_NE(PlatformFindFunction(module, "ZrInitModule"), nullptr);
+  EXPECT_EQ(PlatformFindFunction(module, "ZrInitModul"), nullptr);
+  PlatformReleaseModule(module);
+  PlatformReleaseModule(nullptr);
+}
+
+TEST(Seam, TellsWhyAModuleCantBeLoaded) {
+  const Units kPaths[] = {
+      Widened(TEST_DIRECTORY "/no_module.so"),
+      Widened("/nowhere/" + std::string(2000, 'x')),       // the path must not crowd out the reason
+      Widened("/nowhere/two\r\nlines\x7F") + W("\x2028"),  // nor break the line
+      Widened("nowhere/") + Units(400, WCHAR{0x96EA}),
+      Units(1, WCHAR{0xDC00}),
+  };
+  for (const Units& path : kPaths) {
+    Units reason;
+    EXPECT_EQ(PlatformLoadModule(path.c_str(), reason), nullptr);
+    EXPECT_TRUE(reason.size() > 10 && reason.size() <= kModuleReasonUnits) << reason.size();
+    for (WCHAR unit : reason) EXPECT_TRUE(unit >= 0x20 && unit != 0x7F && unit != 0x2028);
+  }
+}
+
+TEST(Seam, DebugOutputIsUtf8) {
+  testing::internal::CaptureStderr();
+  Units text = W("a\x00E9\x96EA");
+  text += {WCHAR{0xD83E}, WCHAR{0xDE90}, WCHAR{0xD83E}, WCHAR{'.'}, WCHAR{0xDE90}};  // a pair, and two halves
+  PlatformDebugOutput(text);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "a\xC3\xA9\xE9\x9B\xAA\xF0\x9F\xAA\x90\xEF\xBF\xBD.\xEF\xBF\xBD");
+}
+
+TEST(Seam, RandomIdentifiersAreVersionFour) {
+  ZRUUID first = {}, second = {};
+  ASSERT_TRUE(PlatformRandomUuid(first) && PlatformRandomUuid(second));
+  EXPECT_EQ(first == second, false);
+  EXPECT_EQ(first.data3 >> 12, 4);
+}

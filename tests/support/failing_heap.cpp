@@ -1,0 +1,37 @@
+#include "tests/support/failing_heap.h"
+
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
+static thread_local int g_countdown = 0;
+static thread_local bool g_failed = false;
+
+void FailAllocation(int n) {
+  g_countdown = n;
+  g_failed = false;
+}
+
+bool AllocationFailed() {
+  g_countdown = 0;
+  return g_failed;
+}
+
+static bool Fails() {
+  if (g_countdown == 0 || --g_countdown != 0) return false;
+  g_failed = true;
+  return true;
+}
+
+// The linker sends every call of malloc in this program's own objects here.
+extern "C" void* __real_malloc(std::size_t size);
+extern "C" void* __wrap_malloc(std::size_t size);
+void* __wrap_malloc(std::size_t size) { return Fails() ? nullptr : __real_malloc(size); }
+
+void* operator new(std::size_t size) {
+  void* block = Fails() ? nullptr : __real_malloc(size != 0 ? size : 1);
+  if (block == nullptr) throw std::bad_alloc();
+  return block;
+}
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t) noexcept { std::free(block); }

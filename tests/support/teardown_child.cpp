@@ -1,0 +1,60 @@
+// Ends with the library in the state that the argument names. The library is loaded by hand, so that it can be
+// unloaded.
+
+#include <dlfcn.h>
+
+#include <cstring>
+#include <iostream>
+#include <streambuf>
+
+#include "zrcore/zrcore.h"
+
+static void* const g_library = dlopen(ZRCORE_LIBRARY, RTLD_NOW);
+
+template <class Function>
+static Function* Find(Function*, const char* name) {
+  return reinterpret_cast<Function*>(dlsym(g_library, name));
+}
+#define FIND(name) Find(static_cast<decltype(&name)>(nullptr), #name)
+
+struct Discovery final : IZrComponentDiscovery {
+  uint32_t AddRef() override { return 0; }
+  uint32_t Release() override { return 0; }
+  ZRRESULT QueryInterface(const ZRUUID*, void**) override { return ZR_R_NO_INTERFACE; }
+  ZRRESULT QueryComponent(const ZRUUID*, ZRSTR* modulePath, ZrModuleEntryPoints*) override {
+    *modulePath = FIND(ZrCreateString)(u"" TEST_DIRECTORY "/good.so");
+    return ZR_R_OK;
+  }
+  ZRRESULT QueryConfiguration(const ZRUUID*, ZRSTR, IZrConfiguration**) override { return ZR_R_FAILED; }
+  ZRRESULT QueryClassId(ZRSTR, ZRUUID*) override { return ZR_R_FAILED; }
+  ZRRESULT QueryClassName(const ZRUUID*, ZRSTR*) override { return ZR_R_FAILED; }
+};
+
+struct FullBuffer : std::streambuf {};  // takes no character
+
+static Discovery* const g_discovery = new Discovery;  // outlive every teardown
+static FullBuffer* const g_fullBuffer = new FullBuffer;
+
+int main(int, char** arguments) {
+  const auto is = [&](const char* state) { return std::strcmp(arguments[1], state) == 0; };
+  if (g_library == nullptr || FIND(ZrInitialize)() != ZR_R_OK) return 1;
+  if (is("initialized")) return 0;
+  uint32_t cookie = 0;
+  if (FIND(ZrAddComponentDiscovery)(g_discovery, &cookie) != ZR_R_OK) return 1;
+  if (is("object") || is("removed")) {
+    const ZRUUID classId = {1, 2, 3, {4}};
+    void* object = nullptr;
+    if (FIND(ZrCreateInstance)(&classId, 0, &classId, 0, &object) != ZR_R_OK || object == nullptr) return 1;
+  }
+  if (is("removed") && FIND(ZrRemoveComponentDiscovery)(cookie) != ZR_R_OK) return 1;
+  if (is("balanced") && FIND(ZrUninitialize)() != ZR_R_OK) return 1;
+  if (is("throwing-stream")) {
+    std::cout.rdbuf(g_fullBuffer);
+    std::cout.exceptions(std::ios::badbit | std::ios::failbit);
+  }
+  if (is("unload")) {
+    dlclose(g_library);
+    std::cout << (dlopen(ZRCORE_LIBRARY, RTLD_NOW | RTLD_NOLOAD) == nullptr ? "|unloaded" : "|still there");
+  }
+  return 0;
+}

@@ -1,0 +1,156 @@
+// Small races with a countable outcome; the thread sanitizer sees the rest.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <latch>
+#include <thread>
+#include <vector>
+
+#include "tests/support/fake_discovery.h"
+#include "tests/support/module_log.h"
+
+static constexpr int kThreads = 4;
+
+static void Race(const std::function<void(int thread)>& body) {
+  std::latch start(kThreads);
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < kThreads; ++thread) {
+    threads.emplace_back([&, thread] {
+      start.arrive_and_wait();
+      body(thread);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST(Threads, ShareStrings) {
+  const Owned text(Units(W("shared")));
+  Race([&](int) {
+    for (int round = 0; round < 5000; ++round) {
+      const Owned copy(ZrCopyString(text)), empty(ZrCopyString(nullptr));
+      if (ZrStringLen(copy) + ZrStringLen(empty) != 6) ADD_FAILURE();
+    }
+  });
+  EXPECT_EQ(ZrStringRefCount(text), 1u);
+  for (int round = 0; round < 200; ++round) {  // each thread gives up one of the last references
+    ZRSTR last = ZrCreateString(W("last"));
+    for (int thread = 1; thread < kThreads; ++thread) ZrCopyString(last);
+    Race([last](int) { ZrDestroyString(last); });
+  }
+}
+
+TEST(Threads, LocksAndAtomicsLoseNothing) {
+  ZRCRITICALSECTION lock = nullptr;
+  ASSERT_EQ(ZrInitializeCriticalSection(&lock), ZR_R_OK);
+  int64_t atomic = 0, locked = 0;
+  Race([&](int) {
+    for (int round = 0; round < 5000; ++round) {
+      ZrInterlockedIncrement64(&atomic);
+      ZrEnterCriticalSection(&lock);
+      ZrEnterCriticalSection(&lock);
+      ++locked;
+      ZrLeaveCriticalSection(&lock);
+      ZrLeaveCriticalSection(&lock);
+    }
+  });
+  EXPECT_EQ(atomic, 5000 * kThreads);
+  EXPECT_EQ(locked, 5000 * kThreads);
+  EXPECT_EQ(ZrDeleteCriticalSection(&lock), ZR_R_OK);
+}
+
+static ZRRESULT CreateObject(uint32_t number) {
+  const ZRUUID classId = ClassId(number);
+  void* object = nullptr;
+  return ZrCreateInstance(&classId, 0, &classId, 0, &object);
+}
+
+TEST(Threads, FirstCreationsAtOnceStartAModuleOnce) {
+  for (int round = 0; round < 20; ++round) {
+    (void)TakeModuleLog();
+    FakeDiscovery discovery({{1, ModulePath("good")}, {2, ModulePath("good")}});
+    uint32_t cookie = 0;
+    ZrInitialize();
+    ASSERT_EQ(ZrAddComponentDiscovery(&discovery, &cookie), ZR_R_OK);
+    Race([](int thread) { EXPECT_EQ(CreateObject(thread % 2 ? 1 : 2), ZR_R_OK); });
+    ZrUninitialize();
+    EXPECT_EQ(TakeModuleLog(), "good.init good.create good.create good.create good.create good.exit");
+  }
+}
+
+TEST(Threads, FirstCreationsAtOnceOfARefusingModuleAllComeBack) {
+  for (int round = 0; round < 20; ++round) {
+    FakeDiscovery discovery({{1, ModulePath("refusing")}});
+    uint32_t cookie = 0;
+    ZrInitialize();
+    ASSERT_EQ(ZrAddComponentDiscovery(&discovery, &cookie), ZR_R_OK);
+    std::atomic<int> refused{0};
+    Race([&](int) {
+      const ZRRESULT result = CreateObject(1);
+      if (result == ZR_R_NOT_SUPPORTED) ++refused;
+      EXPECT_TRUE(result == ZR_R_NOT_SUPPORTED || result == ZR_R_OK);
+    });
+    EXPECT_GE(refused, 1);
+    ZrUninitialize();
+  }
+}
+
+static ZRRESULT CreateByFunction(const ZRUUID*, uint64_t, const ZRUUID*, uint64_t, void** object) {
+  *object = object;
+  return ZR_R_OK;
+}
+static std::atomic<int> g_started{0};
+static ZRRESULT Init() { return ++g_started, ZR_R_OK; }
+static void Exit() { --g_started; }
+
+TEST(Threads, AddRemoveAndCreateAtOnce) {
+  ZrInitialize();
+  FakeDiscovery lasting({{1, {}, {CreateByFunction, Init, Exit}, W("Lasting")}});
+  FakeDiscovery passing({{2, {}, {CreateByFunction, Init, Exit}, W("Passing")}});  // the same assembly
+  uint32_t lastingCookie = 0;
+  ASSERT_EQ(ZrAddComponentDiscovery(&lasting, &lastingCookie), ZR_R_OK);
+  Race([&](int thread) {
+    for (int round = 0; round < 300; ++round) {
+      if (thread == 0) {
+        uint32_t cookie = 0;
+        EXPECT_EQ(ZrAddComponentDiscovery(&passing, &cookie), ZR_R_OK);
+        (void)CreateObject(2);
+        EXPECT_EQ(ZrRemoveComponentDiscovery(cookie), ZR_R_OK);
+      } else {
+        EXPECT_EQ(CreateObject(1), ZR_R_OK);
+        const ZRRESULT result = CreateObject(2);
+        EXPECT_TRUE(result == ZR_R_OK || result == ZR_R_CLASS_NOT_REGISTERED);
+        ZRUUID classId;
+        EXPECT_EQ(ZrCLSIDFromClassName(Owned(Units(W("Lasting"))), &classId), ZR_R_OK);
+      }
+    }
+  });
+  ZrUninitialize();
+  EXPECT_EQ(g_started, 0);
+  EXPECT_EQ(lasting.references + passing.references, 0u);
+}
+
+// A discovery that is asked calls back while another thread ends the library: the two must not wait for each other.
+TEST(Threads, DiscoveriesCallBackDuringTheLastUninitialize) {
+  FakeDiscovery discovery;
+  discovery.onCall = [](const char* operation) {
+    ZRSTR name = nullptr;
+    const ZRUUID classId = ClassId(77);
+    if (operation == std::string("QueryComponent")) (void)ZrClassNameFromCLSID(&classId, &name);
+  };
+  Race([&](int thread) {
+    for (int round = 0; round < 500; ++round) {
+      if (thread == 0) {
+        uint32_t cookie = 0;
+        ZrInitialize();
+        (void)ZrAddComponentDiscovery(&discovery, &cookie);
+        ZrUninitialize();
+      } else {
+        const ZRRESULT result = CreateObject(76);
+        EXPECT_TRUE(result == ZR_R_NO_INIT || result == ZR_R_CLASS_NOT_REGISTERED);
+      }
+    }
+  });
+  EXPECT_EQ(discovery.references, 0u);
+}

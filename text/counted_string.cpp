@@ -1,0 +1,151 @@
+// Creation, comparison and the exports of counted strings.
+
+#include "text/counted_string.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "text/code_units.h"
+
+static constexpr uint32_t kWholeText = 0xFFFFFFFF;
+
+// A string of `areaBytes` bytes, terminator included: `copyBytes` bytes of data, then zeros. Nothing is zeroed that is
+// copied over.
+static ZRSTR MakeString(const void* data, std::size_t copyBytes, std::size_t areaBytes) noexcept {
+  ZRSTR string = AllocateString(areaBytes);
+  if (string == nullptr) return nullptr;
+  auto* bytes = reinterpret_cast<unsigned char*>(string);
+  if (copyBytes != 0) std::memcpy(bytes, data, copyBytes);
+  std::memset(bytes + copyBytes, 0, areaBytes - copyBytes);
+  return string;
+}
+
+static constexpr std::size_t AreaOf(std::size_t units) noexcept { return (units + 1) * sizeof(WCHAR); }
+
+static ZRSTR MakeEmptyString() noexcept { return MakeString(nullptr, 0, AreaOf(0)); }
+
+// The creation behind ZrCreateString and the three names of ZrCreateZRSTRfromWCHAR. The terminator is looked for,
+// without a bound, even when a length is given: nothing behind it is ever copied.
+static ZRRESULT CreateFromText(const WCHAR* text, int32_t length, ZRSTR* string) noexcept {
+  if (string == nullptr || length < -1 || (text == nullptr && length == -1)) return ZR_R_INVALID_ARGUMENTS;
+  *string = nullptr;
+  const std::size_t terminated = text != nullptr ? TerminatedLength(text) : 0;
+  const std::size_t capacity = length == -1 ? terminated : static_cast<std::size_t>(length);
+  const std::size_t copied = std::min(terminated, capacity);
+  if (text != nullptr && copied == 0) {
+    *string = ShareString(nullptr);
+    return ZR_R_OK;
+  }
+  *string = MakeString(text, copied * sizeof(WCHAR), AreaOf(capacity));
+  return *string != nullptr ? ZR_R_OK : ZR_R_NO_MEMORY;
+}
+
+int32_t CompareStrings(ZRSTR left, ZRSTR right) noexcept {
+  const uint32_t leftBytes = StringByteLen(left), rightBytes = StringByteLen(right);
+  const uint32_t common = std::min(leftBytes, rightBytes);
+  const int order = common != 0 ? std::memcmp(left, right, common) : 0;
+  if (order != 0) return order;
+  return leftBytes == rightBytes ? 0 : leftBytes < rightBytes ? -1 : 1;
+}
+
+// ---- Creating ------------------------------------------------------------------------------------------------------
+
+ZRSTR ZrCreateString(const WCHAR* text) noexcept {
+  ZRSTR string = nullptr;
+  (void)CreateFromText(text, -1, &string);  // null tells the failure
+  return string;
+}
+
+ZRRESULT ZrCreateZRSTRfromWCHAR(const WCHAR* text, int32_t length, ZRSTR* string) noexcept {
+  return CreateFromText(text, length, string);
+}
+
+ZRRESULT ZrCreateZRSTRfromUTF16(const WCHAR* text, int32_t length, ZRSTR* string) noexcept {
+  return CreateFromText(text, length, string);
+}
+
+ZRRESULT ZrCreateStringLen_2(const WCHAR* text, int32_t length, ZRSTR* string) noexcept {
+  return CreateFromText(text, length, string);
+}
+
+ZRSTR ZrCreateStringLen(const WCHAR* text, uint32_t length) noexcept {
+  if (length == kWholeText) {
+    const std::size_t whole = TerminatedLength(text);
+    return MakeString(text, whole * sizeof(WCHAR), AreaOf(whole));
+  }
+  const std::size_t copied = text != nullptr ? std::min<std::size_t>(TerminatedLength(text), length) : 0;
+  return MakeString(text, copied * sizeof(WCHAR), AreaOf(length));
+}
+
+ZRSTR ZrCreateStringByteLen(const void* data, uint32_t length) noexcept {
+  return MakeString(data, data != nullptr ? length : 0, std::size_t{length} + sizeof(WCHAR));
+}
+
+ZRSTR ZrAppendStrings(ZRSTR left, ZRSTR right) noexcept {
+  if (left == nullptr && right == nullptr) return MakeEmptyString();
+  if (left == nullptr || right == nullptr) return ShareString(left != nullptr ? left : right);
+  const std::size_t leftBytes = StringByteLen(left), rightArea = StringHeader(right)->byteLen;
+  ZRSTR string = AllocateString(leftBytes + rightArea);
+  if (string == nullptr) return nullptr;
+  auto* bytes = reinterpret_cast<unsigned char*>(string);
+  std::memcpy(bytes, left, leftBytes);
+  std::memcpy(bytes + leftBytes, right, rightArea);  // with its terminator
+  return string;
+}
+
+// ---- References ----------------------------------------------------------------------------------------------------
+
+ZRSTR ZrCopyString(ZRSTR string) noexcept { return ShareString(string); }
+
+ZRSTR ZrDeepCopyString(ZRSTR string) noexcept {
+  if (string == nullptr) return MakeEmptyString();
+  const std::size_t area = StringHeader(string)->byteLen;
+  return MakeString(string, area, area);
+}
+
+void ZrDestroyString(ZRSTR string) noexcept { ReleaseString(string); }
+
+uint8_t ZrReCreateString(ZRSTR* string, const WCHAR* text) noexcept {
+  if (string == nullptr || text == nullptr) return 0;
+  ReleaseString(*string);  // before the text is read, by contract
+  *string = ZrCreateString(text);
+  return *string != nullptr;
+}
+
+uint8_t ZrReCreateStringLen(ZRSTR* string, const WCHAR* text, uint32_t length) noexcept {
+  if (string == nullptr || text == nullptr) return 0;
+  ReleaseString(*string);
+  *string = ZrCreateStringLen(text, length);
+  return *string != nullptr;
+}
+
+uint32_t ZrStringRefCount(ZRSTR string) noexcept {
+  if (string == nullptr) return 0;
+  return std::atomic_ref(StringHeader(string)->refCount).load(std::memory_order_relaxed);
+}
+
+// ---- Reading -------------------------------------------------------------------------------------------------------
+
+uint32_t ZrStringLen(ZRSTR string) noexcept { return StringLen(string); }
+
+uint32_t ZrStringByteLen(ZRSTR string) noexcept { return StringByteLen(string); }
+
+ZRRESULT ZrCompareString(ZRSTR left, ZRSTR right, int32_t* order) noexcept {
+  if (order == nullptr) return ZR_R_INVALID_ARGUMENTS;
+  *order = CompareStrings(left, right);
+  return ZR_R_OK;
+}
+
+ZRRESULT ZrCompareStringW(ZRSTR left, const WCHAR* right, int32_t* order) noexcept {
+  if (order == nullptr) return ZR_R_INVALID_ARGUMENTS;
+  const bool leftEmpty = StringLen(left) == 0;
+  const bool rightEmpty = right == nullptr || *right == 0;
+  if (leftEmpty || rightEmpty) {
+    *order = leftEmpty == rightEmpty ? 0 : leftEmpty ? -1 : 1;
+    return ZR_R_OK;
+  }
+  std::size_t at = 0;
+  while (left[at] == right[at] && left[at] != 0) ++at;
+  *order = left[at] == right[at] ? 0 : left[at] < right[at] ? -1 : 1;
+  return ZR_R_OK;
+}
