@@ -1,5 +1,6 @@
 #include "components/component_management.h"
 
+#include <exception>
 #include <limits>
 #include <type_traits>
 #include <utility>
@@ -81,11 +82,16 @@ ZRRESULT CComponentManagement::RemoveDiscovery(uint32_t cookie) noexcept {
 
 void CComponentManagement::Shutdown() {
   const CLockGuard hold(lock_);
-  const auto walkAssemblies = [this](auto step) {
+  std::exception_ptr thrown;  // by a module; the first is passed on when everything is gone all the same
+  const auto walkAssemblies = [this, &thrown](auto step) {
     lock_.AssertHeld();
     for (auto at = assemblies_.begin(); at != assemblies_.end();) {
       const std::shared_ptr<CComponentAssembly> assembly = at->second;
-      (assembly.get()->*step)();
+      try {
+        (assembly.get()->*step)();
+      } catch (...) {
+        if (!thrown) thrown = std::current_exception();
+      }
       at = assemblies_.upper_bound(assembly->Key());
     }
   };
@@ -94,6 +100,7 @@ void CComponentManagement::Shutdown() {
   Empty(assemblies_);
   Empty(components_);
   Empty(discoveries_);
+  if (thrown) std::rethrow_exception(thrown);
 }
 
 bool CComponentManagement::HasDiscoveries() {

@@ -3,6 +3,8 @@
 
 #include "frame/lock.h"
 
+#include "frame/heap.h"
+
 static ZRRESULT CheckLock(const ZRCRITICALSECTION* lock) noexcept {
   if (lock == nullptr) return ZR_R_INVALID_ARGUMENTS;
   if (*lock == nullptr) return ZR_R_INVALID_OBJECT_STATE;

@@ -1,4 +1,4 @@
-// Locks: the recursive one that callers get, its owner inside the library, a plain mutex, and the guard for all three.
+// Locks: the recursive one that callers get, a plain mutex, and the guard for both.
 //
 // The recursive lock is a plain mutex with an owner word and a depth. What holds:
 //   1. owner_ is written by the thread that holds mutex_ only, and cleared before it lets go.
@@ -14,12 +14,14 @@
 #include <mutex>
 #include <thread>
 
-#include "frame/heap.h"
 #include "frame/thread_annotations.h"
 #include "zrcore/lock.h"
 
 struct ZR_CAPABILITY("lock") tagZRCRITICALSECTION {
- public:
+  tagZRCRITICALSECTION() = default;
+  tagZRCRITICALSECTION(const tagZRCRITICALSECTION&) = delete;
+  tagZRCRITICALSECTION& operator=(const tagZRCRITICALSECTION&) = delete;
+
   void Enter() ZR_ACQUIRE() ZR_UNCHECKED {
     const std::thread::id self = std::this_thread::get_id();
     if (owner_.load(std::memory_order_relaxed) != self) {
@@ -45,9 +47,13 @@ struct ZR_CAPABILITY("lock") tagZRCRITICALSECTION {
     mutex_.unlock();
   }
 
+  // Whether the calling thread holds the lock.
   [[nodiscard]] bool IsOwn() const noexcept {
     return owner_.load(std::memory_order_relaxed) == std::this_thread::get_id();
   }
+
+  // For the body of a lambda, which the analysis reads on its own.
+  void AssertHeld() const noexcept ZR_ASSERT_HELD { assert(IsOwn()); }
 
  private:
   std::mutex mutex_;
@@ -55,25 +61,9 @@ struct ZR_CAPABILITY("lock") tagZRCRITICALSECTION {
   uint32_t depth_ = 0;
 };
 
-// A recursive lock that lives as long as its owner: a handle as callers have it.
-class ZR_CAPABILITY("lock") CRecursiveLock {
- public:
-  CRecursiveLock() : handle_(HeapNew<tagZRCRITICALSECTION>()) {}
-  CRecursiveLock(const CRecursiveLock&) = delete;
-  CRecursiveLock& operator=(const CRecursiveLock&) = delete;
-  ~CRecursiveLock() { HeapDelete(handle_); }
-
-  void Enter() ZR_ACQUIRE() ZR_UNCHECKED { handle_->Enter(); }
-  void Leave() ZR_RELEASE() ZR_UNCHECKED { handle_->Leave(); }
-
-  [[nodiscard]] bool IsOwn() const noexcept { return handle_->IsOwn(); }  // of the calling thread
-
-  // For the body of a lambda, which the analysis reads on its own.
-  void AssertHeld() const noexcept ZR_ASSERT_HELD { assert(IsOwn()); }
-
- private:
-  const ZRCRITICALSECTION handle_;
-};
+// Inside the library the lock is a member, not a block behind a handle: the library's own state then needs no memory,
+// and can't fail to come up.
+using CRecursiveLock = tagZRCRITICALSECTION;
 
 // The standard library's plain mutex, with the claims that the analysis needs.
 class ZR_CAPABILITY("mutex") CMutex {

@@ -52,12 +52,15 @@ void CTableClient::AddLines(const std::vector<CsvFileLine>& lines, const std::st
   for (const CsvFileLine& line : lines) {
     const ZRRESULT result = table_->AddLine(line.text);
     if (ZR_SUCCEEDED(result)) continue;
-    std::string reason = Describe(result);
+    std::string problem = "\"" + fileName + "\", line ";
+    problem += std::to_string(line.number) + ": ";
     ZRSTR explanation = nullptr;
     if (result == ZR_R_REQUEST_REJECTED && ZR_SUCCEEDED(table_->Explain(&explanation))) {
-      reason = ToUtf8(Units(StringOwner(explanation).get()));
+      problem += ToUtf8(Units(StringOwner(explanation).get()));
+    } else {
+      problem += Describe(result);
     }
-    throw std::runtime_error("\"" + fileName + "\", line " + std::to_string(line.number) + ": " + reason);
+    throw std::runtime_error(problem);
   }
 }
 
