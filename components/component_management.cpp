@@ -127,18 +127,16 @@ bool CComponentManagement::AskDiscoveries(Ask&& ask) {
   });
 }
 
-// Null if no discovery knows the class.
-std::shared_ptr<CComponent> CComponentManagement::FindComponent(const ZRUUID& classId) {
-  if (const auto known = components_.find(classId); known != components_.end()) return known->second;
+CComponent* CComponentManagement::FindComponent(const ZRUUID& classId) {
+  if (const auto known = components_.find(classId); known != components_.end()) return known->second.get();
   std::shared_ptr<CComponent> component;
   const bool isKnown =
       AskDiscoveries([&](CComponentDiscovery& discovery) { return discovery.QueryComponent(classId, component); });
   if (!isKnown) return nullptr;
-  components_.insert_or_assign(classId, component);
-  return component;
+  return components_.insert_or_assign(classId, std::move(component)).first->second.get();
 }
 
-std::shared_ptr<CComponentAssembly> CComponentManagement::Bind(CComponent& component) {
+const std::shared_ptr<CComponentAssembly>& CComponentManagement::Bind(CComponent& component) {
   if (component.assembly) return component.assembly;
   auto known = assemblies_.find(component.AssemblyKey());
   if (known == assemblies_.end()) {
@@ -156,8 +154,8 @@ ZRRESULT CComponentManagement::CreateInstance(const ZRUUID* classId, uint64_t ar
     std::shared_ptr<CComponentAssembly> assembly;
     {
       const CLockGuard hold(lock_);
-      const std::shared_ptr<CComponent> component = FindComponent(*classId);
-      if (!component) return ZR_R_CLASS_NOT_REGISTERED;
+      CComponent* component = FindComponent(*classId);
+      if (component == nullptr) return ZR_R_CLASS_NOT_REGISTERED;
       const ZRRESULT result = Guarded(ZR_R_UNEXPECTED, [&] {
         lock_.AssertHeld();
         assembly = Bind(*component);

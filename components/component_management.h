@@ -64,8 +64,9 @@ class CComponentManagement {
     if (++lastCookie_ == 0) ++lastCookie_;  // 0 is no cookie
   }
 
-  std::shared_ptr<CComponent> FindComponent(const ZRUUID& classId) ZR_REQUIRES(lock_);
-  std::shared_ptr<CComponentAssembly> Bind(CComponent& component) ZR_REQUIRES(lock_);
+  // Null if no discovery knows the class. The registry's own: valid until the lock is left or foreign code runs.
+  CComponent* FindComponent(const ZRUUID& classId) ZR_REQUIRES(lock_);
+  const std::shared_ptr<CComponentAssembly>& Bind(CComponent& component) ZR_REQUIRES(lock_);
 
   // Asks the discoveries in ascending cookie order until one answers zero or above; whether one did.
   template <class Ask>

@@ -33,11 +33,13 @@ class CGlobalData {
     return ZR_R_OK;
   }
 
-  // A discovery that is asked under the management lock may call back. Its thread must not wait for the lifecycle lock
-  // then: a last ZrUninitialize may hold that and wait for the management lock. The bare look does there, since whoever
-  // holds the management lock keeps the registry as it is.
+  // A count above 0 is what a look under the lifecycle lock would have found at this moment. A count of 0 may be that
+  // of a last ZrUninitialize at work, which holds the lock: the look there waits until it is through. But not on a
+  // thread that holds the management lock, such as that of a discovery that is asked and calls back: the two would wait
+  // for each other.
   bool IsInitialized() {
-    if (registry_.IsLockedByThisThread()) return initializations_ > 0;
+    if (initializations_ > 0) return true;
+    if (registry_.IsLockedByThisThread()) return false;
     CLockGuard hold(lifecycleLock_);
     return initializations_ > 0;
   }

@@ -2,6 +2,5 @@
 
 #pragma once
 
-// Whether ZrInitialize is in force. Takes the lifecycle lock for that one look, so it waits out a last ZrUninitialize;
-// the answer may be old by the time it is read.
+// Whether ZrInitialize is in force. Waits out a last ZrUninitialize; the answer may be old by the time it is read.
 [[nodiscard]] bool IsLibraryInitialized() noexcept;

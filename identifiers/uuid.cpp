@@ -33,7 +33,8 @@ static constexpr std::array<uint8_t, 256> kDigitValues = [] {
 }();
 
 static void StoreBigEndian64(uint8_t* bytes, uint64_t value) noexcept {
-  for (int at = 7; at >= 0; --at, value >>= 8) bytes[at] = static_cast<uint8_t>(value);
+  const uint64_t swapped = LoadBigEndian64(&value);  // the same swap both ways
+  std::memcpy(bytes, &swapped, sizeof swapped);
 }
 
 static std::array<uint8_t, 16> BytesInTextOrder(const ZRUUID& uuid) noexcept {

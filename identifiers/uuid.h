@@ -2,18 +2,24 @@
 
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
 #include "zrcore/uuid.h"
 
-// Eight bytes as a number whose order is that of the bytes. Compilers make one load and one swap of it.
+// The bytes the other way round. Written as steps of a swap network, which compilers know for one instruction.
+constexpr uint64_t SwapBytes64(uint64_t value) noexcept {
+  value = (value & 0x00FF00FF00FF00FF) << 8 | (value >> 8 & 0x00FF00FF00FF00FF);
+  value = (value & 0x0000FFFF0000FFFF) << 16 | (value >> 16 & 0x0000FFFF0000FFFF);
+  return value << 32 | value >> 32;
+}
+
+// Eight bytes as a number whose order is that of the bytes.
 inline uint64_t LoadBigEndian64(const void* address) noexcept {
-  unsigned char bytes[8];
-  std::memcpy(bytes, address, sizeof bytes);
-  uint64_t value = 0;
-  for (unsigned char byte : bytes) value = value << 8 | byte;
-  return value;
+  uint64_t value;
+  std::memcpy(&value, address, sizeof value);
+  return std::endian::native == std::endian::little ? SwapBytes64(value) : value;
 }
 
 // A 128-bit number in two halves.
