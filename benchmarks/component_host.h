@@ -1,0 +1,86 @@
+// The side of the host that the component rows share: a discovery that knows some widgets of one module file, and a
+// module file opened by hand for those that do without a component system.
+
+#pragma once
+
+#include <dlfcn.h>
+
+#include <memory>
+#include <string>
+
+#include "modules/widget.h"
+#include "row.h"
+#include "zrcore/zrcore.h"
+
+using ZrString = std::unique_ptr<WCHAR, decltype(&ZrDestroyString)>;
+
+inline ZrString MakeZrString(const std::u16string& text) { return {ZrCreateString(text.c_str()), ZrDestroyString}; }
+
+// Lives as long as its owner says: the counts are the custom's, and nobody reads them.
+class CModuleDiscovery final : public IZrComponentDiscovery {
+ public:
+  CModuleDiscovery(const std::string& modulePath, uint32_t first, uint32_t count)
+      : path_(MakeZrString(std::u16string(modulePath.begin(), modulePath.end()))), first_(first), count_(count) {}
+
+  uint32_t AddRef() override { return 2; }
+  uint32_t Release() override { return 1; }
+  ZRRESULT QueryInterface(const ZRUUID*, void** object) override {
+    *object = nullptr;
+    return ZR_R_NO_INTERFACE;
+  }
+
+  ZRRESULT QueryComponent(const ZRUUID* classId, ZRSTR* modulePath, ZrModuleEntryPoints*) override {
+    if (!IsWidgetClass(*classId, first_, count_)) return ZR_R_CLASS_NOT_REGISTERED;
+    *modulePath = ZrCopyString(path_.get());
+    return ZR_R_OK;
+  }
+  ZRRESULT QueryConfiguration(const ZRUUID*, ZRSTR, IZrConfiguration**) override { return ZR_R_NOT_IMPLEMENTED; }
+
+  ZRRESULT QueryClassId(ZRSTR className, ZRUUID* classId) override {
+    for (uint32_t i = first_; i < first_ + count_; ++i) {
+      int32_t order = 1;
+      (void)ZrCompareStringW(className, WidgetName(i).c_str(), &order);
+      if (order != 0) continue;
+      *classId = WidgetClass(i);
+      return ZR_R_OK;
+    }
+    return ZR_R_CLASS_NOT_REGISTERED;
+  }
+  ZRRESULT QueryClassName(const ZRUUID*, ZRSTR*) override { return ZR_R_CLASS_NOT_REGISTERED; }
+
+ private:
+  ZrString path_;
+  uint32_t first_, count_;
+};
+
+// The component system, open for as long as a row lives.
+class CHost {
+ public:
+  CHost() { Require(ZR_SUCCEEDED(ZrInitialize()), "the component system opens"); }
+  ~CHost() {
+    if (cookie_ != 0) (void)ZrRemoveComponentDiscovery(cookie_);
+    (void)ZrUninitialize();
+  }
+  CHost(const CHost&) = delete;
+  CHost& operator=(const CHost&) = delete;
+
+  // Also lets the system meet every class and name once, so that it finds the measured one among them.
+  void Register(IZrComponentDiscovery* discovery);
+
+ private:
+  uint32_t cookie_ = 0;
+};
+
+// The three functions of a component module, found by whoever loaded the file.
+template <class Find>
+ZrModuleEntryPoints FindEntryPoints(Find&& find) {
+  return {reinterpret_cast<ZrCreateInstanceModuleFunction>(find("ZrCreateInstanceModule")),
+          reinterpret_cast<ZrInitModuleFunction>(find("ZrInitModule")),
+          reinterpret_cast<ZrExitModuleFunction>(find("ZrExitModule"))};
+}
+
+inline IZrUnknown* Create(ZrCreateInstanceModuleFunction createInstance, const ZRUUID& classId) {
+  void* object = nullptr;
+  Consume(createInstance(&classId, 0, &kWidgetInterface, 0, &object));
+  return static_cast<IZrUnknown*>(object);
+}

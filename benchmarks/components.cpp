@@ -1,0 +1,296 @@
+// Class names to identifiers, and objects of a module that is loaded and started: what a host does all day.
+//
+// Peers look up one name, or cast a kept factory. The component system asks whether it is open, takes its registry's
+// lock, finds the class, its module and the module's record of the class, and holds both while it calls.
+
+#include <cstring>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+
+#include "component_host.h"
+
+#if BENCH_QT
+#include <QHash>
+#include <QPluginLoader>
+#include <QRecursiveMutex>
+#include <QString>
+#include <QUuid>
+
+#include "modules/qt_plugin.h"
+#endif
+#if BENCH_POCO
+#include <Poco/ClassLoader.h>
+
+#include "modules/poco_name.h"
+#endif
+#if BENCH_GLIB
+#include <glib-object.h>
+#endif
+
+void CHost::Register(IZrComponentDiscovery* discovery) {
+  Require(ZR_SUCCEEDED(ZrAddComponentDiscovery(discovery, &cookie_)), "a discovery is added");
+  for (uint32_t i = 0; i < kClassCount; ++i) {
+    const ZRUUID classId = WidgetClass(i);
+    void* object = nullptr;
+    Require(ZR_SUCCEEDED(ZrCreateInstance(&classId, 0, &kWidgetInterface, 0, &object)), "a class makes an object");
+    static_cast<IZrUnknown*>(object)->Release();
+
+    ZRUUID found{};
+    uint8_t equal = 0;
+    Require(ZR_SUCCEEDED(ZrCLSIDFromClassName(MakeZrString(WidgetName(i)).get(), &found)), "a class name is known");
+    Require(ZR_SUCCEEDED(ZrCompareUUID(&classId, &found, &equal)) && equal == 1, "a class name names its class");
+  }
+}
+
+struct ByteLess {
+  bool operator()(const ZRUUID& left, const ZRUUID& right) const { return std::memcmp(&left, &right, sizeof left) < 0; }
+};
+struct UuidEqual {
+  bool operator()(const ZRUUID& left, const ZRUUID& right) const {
+    return std::memcmp(&left, &right, sizeof left) == 0;
+  }
+};
+struct UuidHash {
+  std::size_t operator()(const ZRUUID& uuid) const {
+    std::size_t words[2];
+    std::memcpy(words, &uuid, sizeof words);
+    return words[0] ^ words[1];
+  }
+};
+
+// ---- Class names ----------------------------------------------------------------------------------------------------
+
+// The obvious cache: a map under a recursive lock.
+template <class Map>
+static void NameMapRow(const std::string& library) {
+  struct Cache {
+    std::recursive_mutex mutex;
+    Map map;
+  };
+  auto cache = std::make_shared<Cache>();
+  for (uint32_t i = 0; i < kClassCount; ++i) cache->map.emplace(WidgetName(i), WidgetClass(i));
+
+  Row("class name to identifier, cached", library, [cache, name = WidgetName(kMeasuredClass)] {
+    std::lock_guard hold(cache->mutex);
+    const ZRUUID found = cache->map.find(name)->second;
+    Consume(found);
+  });
+}
+
+struct TextLess {
+  bool operator()(const std::u16string& left, const std::u16string& right) const {
+    const std::size_t common = std::min(left.size(), right.size());
+    const int order = std::memcmp(left.data(), right.data(), common * sizeof(char16_t));
+    return order != 0 ? order < 0 : left.size() < right.size();
+  }
+};
+
+static void NameRows(const std::shared_ptr<CHost>& host) {
+  const std::string operation = "class name to identifier, cached";
+  std::shared_ptr<WCHAR> name = MakeZrString(WidgetName(kMeasuredClass));
+
+  Row(operation, "ZrCore", [host, name] {
+    ZRUUID found;
+    Consume(ZrCLSIDFromClassName(name.get(), &found));
+    Consume(found);
+  });
+  NameMapRow<std::unordered_map<std::u16string, ZRUUID>>("std::unordered_map");
+  NameMapRow<std::map<std::u16string, ZRUUID>>("std::map");
+#if BENCH_QT
+  struct Cache {
+    QRecursiveMutex mutex;
+    QHash<QString, QUuid> hash;
+  };
+  auto cache = std::make_shared<Cache>();
+  for (uint32_t i = 0; i < kClassCount; ++i) {
+    const ZRUUID id = WidgetClass(i);
+    cache->hash.insert(QString::fromStdU16String(WidgetName(i)),
+                       QUuid(id.data1, id.data2, id.data3, id.data4[0], id.data4[1], id.data4[2], id.data4[3],
+                             id.data4[4], id.data4[5], id.data4[6], id.data4[7]));
+  }
+  Row(operation, "QHash", [cache, text = QString::fromStdU16String(WidgetName(kMeasuredClass))] {
+    cache->mutex.lock();
+    const QUuid found = cache->hash.value(text);
+    cache->mutex.unlock();
+    Consume(found);
+  });
+#endif
+  NameMapRow<std::map<std::u16string, ZRUUID, TextLess>>("floor");
+}
+
+// ---- Objects --------------------------------------------------------------------------------------------------------
+
+static const std::string kObject = "object create+release, warm";
+
+// A module file opened by hand and started.
+class CModule {
+ public:
+  explicit CModule(const char* path) : handle_(dlopen(path, RTLD_NOW | RTLD_LOCAL)) {
+    Require(handle_ != nullptr, "a module file is loaded");
+    entryPoints_ = FindEntryPoints([this](const char* name) { return dlsym(handle_, name); });
+    Require(ZR_SUCCEEDED(entryPoints_.init()), "a module starts");
+  }
+  ~CModule() {
+    entryPoints_.exit();
+    dlclose(handle_);
+  }
+  CModule(const CModule&) = delete;
+  CModule& operator=(const CModule&) = delete;
+
+  void Use(const ZRUUID& classId) const { Create(entryPoints_.createInstance, classId)->Release(); }
+
+ private:
+  void* handle_;
+  ZrModuleEntryPoints entryPoints_{};
+};
+
+// The obvious registry: a map of shared modules under a recursive lock.
+template <class Map>
+static void ObjectMapRow(const std::string& library, const std::shared_ptr<CModule>& module) {
+  struct Registry {
+    std::recursive_mutex mutex;
+    Map map;
+  };
+  auto registry = std::make_shared<Registry>();
+  for (uint32_t i = 0; i < kClassCount; ++i) registry->map.emplace(WidgetClass(i), module);
+
+  Row(kObject, library, [registry, id = WidgetClass(kMeasuredClass)] {
+    std::shared_ptr<CModule> found;
+    {
+      std::lock_guard hold(registry->mutex);
+      found = registry->map.find(id)->second;
+    }
+    found->Use(id);
+  });
+}
+
+// Two recursive locks, a start mutex, three maps, three shared pointers, and the call.
+class CContractFloor {
+ public:
+  explicit CContractFloor(const std::shared_ptr<CModule>& module) {
+    discoveries_.emplace(1u, std::make_shared<uint32_t>(1));
+    for (uint32_t i = 0; i < kClassCount; ++i) {
+      components_.emplace(WidgetClass(i), std::make_shared<Component>(Component{1, module}));
+      recorded_.emplace(WidgetClass(i), true);
+    }
+  }
+
+  void Use(const ZRUUID& classId) {
+    {
+      std::lock_guard hold(lifecycle_);
+      Consume(open_);
+    }
+    std::shared_ptr<Component> component;
+    std::shared_ptr<uint32_t> discovery;
+    std::shared_ptr<CModule> module;
+    {
+      std::lock_guard hold(registry_);
+      component = components_.find(classId)->second;
+      discovery = discoveries_.find(component->cookie)->second;
+      module = component->module;
+    }
+    {
+      std::lock_guard hold(start_);
+      Consume(recorded_.find(classId)->second);
+    }
+    module->Use(classId);
+  }
+
+ private:
+  struct Component {
+    uint32_t cookie;
+    std::shared_ptr<CModule> module;
+  };
+
+  std::recursive_mutex lifecycle_, registry_;
+  std::mutex start_;
+  bool open_ = true;
+  std::map<uint32_t, std::shared_ptr<uint32_t>> discoveries_;
+  std::map<ZRUUID, std::shared_ptr<Component>, ByteLess> components_;
+  std::map<ZRUUID, bool, ByteLess> recorded_;
+};
+
+#if BENCH_GLIB
+static void GObjectRow() {
+  GTypeInfo info{};
+  info.class_size = sizeof(GObjectClass);
+  info.instance_size = sizeof(GObject);
+  const auto typeName = [](uint32_t index) { return "BenchmarkWidget" + std::to_string(index); };
+  for (uint32_t i = 0; i < kClassCount; ++i) {
+    g_type_register_static(G_TYPE_OBJECT, typeName(i).c_str(), &info, G_TYPE_FLAG_NONE);
+  }
+
+  Row(kObject, "GObject", [name = typeName(kMeasuredClass)] {
+    gpointer object = g_object_new(g_type_from_name(name.c_str()), nullptr);
+    Consume(object);
+    g_object_unref(object);
+  });
+}
+#endif
+
+#if BENCH_POCO
+static void PocoRow() {
+  using Loader = Poco::ClassLoader<Widget>;
+  std::shared_ptr<Loader> loader(new Loader, [](Loader* owned) {
+    owned->unloadLibrary(BENCH_POCO_CLASSES);
+    delete owned;
+  });
+  loader->loadLibrary(BENCH_POCO_CLASSES);
+  Row(kObject, "Poco::ClassLoader", [loader, name = PocoName(kMeasuredClass)] {
+    std::unique_ptr<Widget> widget(loader->create(name));
+    Consume(widget);
+  });
+}
+#endif
+
+#if BENCH_QT
+static void QtRows() {
+  auto loader = std::make_shared<QPluginLoader>(QString::fromUtf8(BENCH_QT_PLUGIN));
+  auto* factory = qobject_cast<WidgetFactory*>(loader->instance());
+  Require(factory != nullptr, "a Qt plug-in makes its factory");
+
+  Row(kObject, "QPluginLoader", [loader] {
+    std::unique_ptr<Widget> widget(qobject_cast<WidgetFactory*>(loader->instance())->Create());
+    Consume(widget);
+  });
+  Row(kObject, "QPluginLoader (factory kept)", [loader, factory] {
+    std::unique_ptr<Widget> widget(factory->Create());
+    Consume(widget);
+  });
+}
+#endif
+
+static void ObjectRows(const std::shared_ptr<CHost>& host) {
+  const ZRUUID id = WidgetClass(kMeasuredClass);
+  Row(kObject, "ZrCore", [host, id] {
+    void* object = nullptr;
+    Consume(ZrCreateInstance(&id, 0, &kWidgetInterface, 0, &object));
+    static_cast<IZrUnknown*>(object)->Release();
+  });
+
+  auto module = std::make_shared<CModule>(BENCH_WARM_MODULE);
+  ObjectMapRow<std::unordered_map<ZRUUID, std::shared_ptr<CModule>, UuidHash, UuidEqual>>("std::unordered_map", module);
+  ObjectMapRow<std::map<ZRUUID, std::shared_ptr<CModule>, ByteLess>>("std::map", module);
+#if BENCH_POCO
+  PocoRow();
+#endif
+#if BENCH_QT
+  QtRows();
+#endif
+#if BENCH_GLIB
+  GObjectRow();
+#endif
+  Row(kObject, "floor", [module, id] { module->Use(id); });
+  Row(kObject, "floor by contract", [floor = std::make_shared<CContractFloor>(module), id] { floor->Use(id); });
+}
+
+void ComponentRows() {
+  static CModuleDiscovery discovery(BENCH_WARM_MODULE, 0, kClassCount);
+  auto host = std::make_shared<CHost>();
+  host->Register(&discovery);
+  NameRows(host);
+  ObjectRows(host);
+}
