@@ -65,7 +65,7 @@ TEST(Uuid, WritesText) {
 enum class Left { Value, Nil, Unchanged };
 
 TEST(Uuid, ReadsText) {
-  const std::string plain = "01234567-89AB-CDEF-0123-456789ABCDEF";
+  const std::string plain = "01234567-89AB-CDEF-0123-456789ABCDEF", cut = plain.substr(0, 35);
   const struct {
     std::string text;
     Left left;
@@ -78,10 +78,10 @@ TEST(Uuid, ReadsText) {
       {"01234567 89ab?cdef\x80"
        "0123G456789abcdef",
        Left::Value},  // separators may be anything
-      {plain.substr(0, 35), Left::Unchanged},
+      {cut, Left::Unchanged},
       {"", Left::Unchanged},
-      {"\"" + plain.substr(0, 35), Left::Nil},
-      {"\"{" + plain.substr(0, 35), Left::Nil},
+      {"\"" + cut, Left::Nil},
+      {"\"{" + cut, Left::Nil},
       {"{\"" + plain, Left::Nil},  // only the other order
       {"{{" + plain, Left::Nil},
       {"01234567-89AB-CDEF-0123-456789ABCDEG", Left::Nil},
