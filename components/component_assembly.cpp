@@ -130,7 +130,6 @@ void CComponentAssembly::Exit() {
     const CLockGuard hold(stateMutex_);
     exit = entryPoints_.exit;
   }
-  startReturned_.store(false, std::memory_order_release);
   if (started_.exchange(false, std::memory_order_acq_rel) && exit != nullptr) exit();
 }
 

@@ -112,6 +112,13 @@ TEST(CountedString, CopiesAndReleasesByReference) {
   ZrDestroyString(nullptr);
 }
 
+TEST(CountedString, TheSharedEmptyStringOutlivesTooManyReleases) {
+  const ZRSTR empty = ZrCopyString(nullptr);
+  for (uint32_t releases = ZrStringRefCount(empty) + 2; releases > 0; --releases) ZrDestroyString(empty);
+  EXPECT_EQ(ZrStringRefCount(empty), 1u);
+  EXPECT_EQ(Owned(ZrCopyString(nullptr)).string, empty);
+}
+
 TEST(CountedString, RecreatesInPlace) {
   ZRSTR string = ZrCreateString(W("old"));
   EXPECT_EQ(ZrReCreateString(&string, nullptr), 0);
@@ -169,6 +176,10 @@ TEST(CountedString, Compares) {
     EXPECT_EQ(ZrCompareStringW(left, row.right ? row.right->c_str() : nullptr, &order), ZR_R_OK);
     EXPECT_EQ(order, row.byUnits);
   }
+  const Owned odd(ZrCreateStringByteLen(W("xy"), 3));
+  int32_t order = 99;
+  EXPECT_EQ(ZrCompareStringW(odd, W("xyz"), &order), ZR_R_OK);
+  EXPECT_EQ(order, -1) << "half a unit behind the last one reads as the end";
   EXPECT_EQ(ZrCompareString(nullptr, nullptr, nullptr), ZR_R_INVALID_ARGUMENTS);
   EXPECT_EQ(ZrCompareStringW(nullptr, nullptr, nullptr), ZR_R_INVALID_ARGUMENTS);
 }

@@ -75,7 +75,8 @@ TEST(Threads, FirstCreationsAtOnceStartAModuleOnce) {
     ASSERT_EQ(ZrAddComponentDiscovery(&discovery, &cookie), ZR_R_OK);
     Race([](int thread) { EXPECT_EQ(CreateObject(thread % 2 ? 1 : 2), ZR_R_OK); });
     ZrUninitialize();
-    EXPECT_EQ(TakeModuleLog(), "good.init good.create good.create good.create good.create good.exit");
+    EXPECT_EQ(TakeModuleLog(),
+              "good.load good.init good.create good.create good.create good.create good.exit good.unload");
   }
 }
 

@@ -14,6 +14,11 @@
 
 [[maybe_unused]] static int g_object;
 
+static const struct Presence {  // in memory, as the loader sees it
+  Presence() { WriteModuleLog(MODULE_NAME, "load"); }
+  ~Presence() { WriteModuleLog(MODULE_NAME, "unload"); }
+} g_presence;
+
 #ifdef UNRESOLVED
 extern "C" void NobodyDefinesThis();
 #endif
