@@ -1,0 +1,90 @@
+// Numbers in 16-bit text: the one reader and the one writer that all families share.
+//
+// The reader takes what the C library's conversions take in the C locale, on every system: leading white space, an
+// optional sign, digits of the base up to the first other unit. Nothing fails; what doesn't fit saturates.
+
+#pragma once
+
+#include <array>
+#include <concepts>
+#include <cstdint>
+#include <limits>
+#include <string_view>
+
+#include "zrcore/base.h"
+
+using CTextView = std::basic_string_view<WCHAR>;
+
+// Blank, tab, line feed, vertical tab, form feed, carriage return.
+constexpr bool IsSpace(WCHAR unit) noexcept { return unit == 0x20 || (unit >= 0x09 && unit <= 0x0D); }
+
+template <class Integer>
+struct CReadInteger {
+  Integer value;
+  std::size_t end;  // behind the last digit; 0 if no digit stands where one must
+};
+
+// Reads an integer in base 10 or 16; in base 16 a "0x" may stand before the digits. A negative number read as an
+// unsigned one wraps, unless its digits alone don't fit.
+template <class Integer>
+requires std::same_as<Integer, int64_t> || std::same_as<Integer, uint64_t>
+constexpr CReadInteger<Integer> ReadInteger(CTextView text, unsigned base = 10) noexcept {
+  constexpr bool kIsSigned = std::same_as<Integer, int64_t>;
+  const auto digitAt = [text, base](std::size_t at) -> unsigned {
+    if (at >= text.size()) return base;
+    const unsigned unit = text[at];
+    const unsigned letter = unit | 0x20;
+    const unsigned digit = unit >= '0' && unit <= '9'       ? unit - '0'
+                           : letter >= 'a' && letter <= 'f' ? letter - 'a' + 10
+                                                            : base;
+    return digit < base ? digit : base;
+  };
+
+  std::size_t at = 0;
+  while (at < text.size() && IsSpace(text[at])) ++at;
+  const bool isNegative = at < text.size() && text[at] == '-';
+  if (at < text.size() && (text[at] == '-' || text[at] == '+')) ++at;
+  if (base == 16 && at + 1 < text.size() && text[at] == '0' && (text[at + 1] | 0x20) == 'x' && digitAt(at + 2) < base) {
+    at += 2;
+  }
+  if (digitAt(at) == base) return {0, 0};
+
+  constexpr uint64_t kMost = std::numeric_limits<Integer>::max();
+  const uint64_t limit = kIsSigned && isNegative ? kMost + 1 : kMost;
+  uint64_t magnitude = 0;
+  bool isSaturated = false;
+  for (unsigned digit; (digit = digitAt(at)) != base; ++at) {
+    isSaturated = isSaturated || magnitude > (limit - digit) / base;
+    if (!isSaturated) magnitude = magnitude * base + digit;
+  }
+  if (isSaturated) return {static_cast<Integer>(limit), at};
+  return {static_cast<Integer>(isNegative ? 0 - magnitude : magnitude), at};
+}
+
+inline constexpr std::size_t kMostDecimalDigits = 20;
+
+// Writes the digits of `value` and answers the place behind them.
+constexpr WCHAR* WriteDecimal(WCHAR* at, uint64_t value) noexcept {
+  std::array<WCHAR, kMostDecimalDigits> digits{};
+  std::size_t first = digits.size();
+  do {
+    digits[--first] = static_cast<WCHAR>('0' + value % 10);
+    value /= 10;
+  } while (value != 0);
+  while (first < digits.size()) *at++ = digits[first++];
+  return at;
+}
+
+enum class Pad : char { Blanks = ' ', Zeros = '0' };
+
+// Writes `value` as "%*d" (blanks) or "%0*d" (zeros) does: at least `width` units, the sign among them, in front of
+// zeros and behind blanks. Answers the place behind; at most max(width, 20) units.
+constexpr WCHAR* WritePadded(WCHAR* at, int64_t value, std::size_t width, Pad pad) noexcept {
+  const uint64_t magnitude = value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
+  std::size_t length = value < 0 ? 2 : 1;
+  for (uint64_t rest = magnitude; rest >= 10; rest /= 10) ++length;
+  if (value < 0 && pad == Pad::Zeros) *at++ = '-';
+  for (; length < width; ++length) *at++ = static_cast<WCHAR>(pad);
+  if (value < 0 && pad == Pad::Blanks) *at++ = '-';
+  return WriteDecimal(at, magnitude);
+}
