@@ -53,7 +53,7 @@ ZRRESULT CComponentAssembly::LoadAndCreate(const ZRUUID& classId, uint64_t argum
   // A start that is over needs no lock. (A flag that a creation left behind when the module was stopped under it does
   // no harm: started_ is false then.)
   if (!started_.load(std::memory_order_acquire) || !startReturned_.load(std::memory_order_acquire)) {
-    if (const ZRRESULT result = Start(now.init); Failed(result)) return result;
+    if (const ZRRESULT result = Start(); Failed(result)) return result;
     now = Look(classId);
   }
   if (now.createInstance == nullptr) return ZR_R_NOT_SUPPORTED;  // unloaded by a refused start in another thread
@@ -76,8 +76,7 @@ ZRRESULT CComponentAssembly::LoadAndCreate(const ZRUUID& classId, uint64_t argum
 
 CComponentAssembly::Snapshot CComponentAssembly::Look(const ZRUUID& classId) {
   const CLockGuard hold(stateMutex_);
-  return {entryPoints_.createInstance, entryPoints_.init, forgotten_.load(std::memory_order_relaxed),
-          classes_.contains(classId)};
+  return {entryPoints_.createInstance, forgotten_.load(std::memory_order_relaxed), classes_.contains(classId)};
 }
 
 ZRRESULT CComponentAssembly::Load() {
@@ -108,40 +107,73 @@ ZRRESULT CComponentAssembly::Load() {
 }
 
 // Calls ZrInitModule, once, however many threads want the first object.
-ZRRESULT CComponentAssembly::Start(ZrInitModuleFunction init) {
-  const CLockGuard hold(startMutex_);
-  if (started_.load(std::memory_order_acquire)) return ZR_R_OK;
-  startReturned_.store(false, std::memory_order_release);
-  started_.store(true, std::memory_order_release);
-  const ZRRESULT result = init != nullptr ? init() : ZR_R_OK;
-  if (Failed(result)) {
-    Unload();  // still under the start mutex: a creation that waits for it must not find functions that are gone
-    return ZR_R_NOT_SUPPORTED;
+ZRRESULT CComponentAssembly::Start() {
+  ModuleHandle refusing = nullptr;
+  {
+    const CLockGuard hold(startMutex_);
+    if (started_.load(std::memory_order_acquire)) return ZR_R_OK;
+    startReturned_.store(false, std::memory_order_release);
+    started_.store(true, std::memory_order_release);
+    ZrInitModuleFunction init = nullptr;
+    {
+      const CLockGuard holdState(stateMutex_);
+      init = entryPoints_.init;
+    }
+    if (init == nullptr || !Failed(init())) {
+      startReturned_.store(true, std::memory_order_release);
+      return ZR_R_OK;
+    }
+    // A creation that waits for the start mutex must not find functions that are about to go.
+    refusing = DetachModule();
   }
-  startReturned_.store(true, std::memory_order_release);
-  return ZR_R_OK;
+  PlatformReleaseModule(refusing);
+  return ZR_R_NOT_SUPPORTED;
 }
 
 // ---- Ending --------------------------------------------------------------------------------------------------------
 
 void CComponentAssembly::Exit() {
-  ZrExitModuleFunction exit = nullptr;
-  {
-    const CLockGuard hold(stateMutex_);
-    exit = entryPoints_.exit;
-  }
-  if (started_.exchange(false, std::memory_order_acq_rel) && exit != nullptr) exit();
+  if (!started_.exchange(false, std::memory_order_acq_rel)) return;
+
+  // Notes the call for as long as it lasts; what was to be unloaded meanwhile is unloaded behind it.
+  class CExiting {
+   public:
+    explicit CExiting(CComponentAssembly& assembly) : assembly_(assembly) {
+      const CLockGuard hold(assembly_.stateMutex_);
+      ++assembly_.exiting_;
+      exit = assembly_.entryPoints_.exit;
+    }
+    CExiting(const CExiting&) = delete;
+    CExiting& operator=(const CExiting&) = delete;
+    ~CExiting() {
+      bool isUnloadDue = false;
+      {
+        const CLockGuard hold(assembly_.stateMutex_);
+        isUnloadDue = --assembly_.exiting_ == 0 && std::exchange(assembly_.isUnloadDue_, false);
+      }
+      if (isUnloadDue) assembly_.Unload();
+    }
+
+    ZrExitModuleFunction exit = nullptr;
+
+   private:
+    CComponentAssembly& assembly_;
+  };
+  const CExiting exiting(*this);
+  if (exiting.exit != nullptr) exiting.exit();
 }
 
-void CComponentAssembly::Unload() noexcept {
-  ModuleHandle module = nullptr;
-  {
-    const CLockGuard hold(stateMutex_);
-    std::swap(module_, module);
-    if (!key_.path.empty()) entryPoints_ = {};
+ModuleHandle CComponentAssembly::DetachModule() noexcept {
+  const CLockGuard hold(stateMutex_);
+  if (exiting_ != 0) {
+    isUnloadDue_ = true;
+    return nullptr;
   }
-  PlatformReleaseModule(module);
+  if (!key_.path.empty()) entryPoints_ = {};
+  return std::exchange(module_, nullptr);
 }
+
+void CComponentAssembly::Unload() noexcept { PlatformReleaseModule(DetachModule()); }
 
 void CComponentAssembly::Forget(const ZRUUID& classId) {
   bool isLast = false;

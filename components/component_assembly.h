@@ -13,7 +13,8 @@
 //   1. startMutex_ is held while ZrInitModule runs, so all first creations wait for the one start. It is never taken
 //      under the management lock.
 //   2. stateMutex_ guards what the two sides share. It is a leaf: no foreign code runs and no lock is taken under it.
-//   3. A module whose functions are being called may be unloaded by the removal of its discovery. That is the host's
+//   3. No module is unloaded while its own ZrExitModule runs, though that may call back and end the assembly meanwhile.
+//   4. A module whose functions are being called may be unloaded by the removal of its discovery. That is the host's
 //      responsibility, and no lock here could take it over: objects outlive calls.
 
 #pragma once
@@ -56,7 +57,6 @@ class CComponentAssembly {
   // What a creation needs to know of the shared state, as of one moment.
   struct Snapshot {
     ZrCreateInstanceModuleFunction createInstance;
-    ZrInitModuleFunction init;
     uint32_t forgotten;
     bool isRecorded;
   };
@@ -65,7 +65,10 @@ class CComponentAssembly {
                          void** object);
   Snapshot Look(const ZRUUID& classId);
   ZRRESULT Load();
-  ZRRESULT Start(ZrInitModuleFunction init);
+  ZRRESULT Start();
+
+  // Forgets the module and the functions that came from it. The caller releases it, under no lock.
+  [[nodiscard]] ModuleHandle DetachModule() noexcept;
 
   std::atomic<bool> started_{false};        // true from the moment ZrInitModule is about to be called
   std::atomic<bool> startReturned_{false};  // and it has come back since: nobody needs to wait for startMutex_
@@ -76,6 +79,8 @@ class CComponentAssembly {
   CMutex stateMutex_;
   ZrModuleEntryPoints entryPoints_ ZR_GUARDED_BY(stateMutex_);  // those in force
   ModuleHandle module_ ZR_GUARDED_BY(stateMutex_) = nullptr;
-  ClassMap classes_ ZR_GUARDED_BY(stateMutex_);  // those of which at least one object was made
-  std::atomic<uint32_t> forgotten_{0};           // counts the classes struck off; written under stateMutex_
+  uint32_t exiting_ ZR_GUARDED_BY(stateMutex_) = 0;      // calls of ZrExitModule that have not returned
+  bool isUnloadDue_ ZR_GUARDED_BY(stateMutex_) = false;  // when they have
+  ClassMap classes_ ZR_GUARDED_BY(stateMutex_);          // those of which at least one object was made
+  std::atomic<uint32_t> forgotten_{0};                   // counts the classes struck off; written under stateMutex_
 };

@@ -13,9 +13,14 @@ CComponentDiscovery::~CComponentDiscovery() {
 }
 
 void CComponentDiscovery::Attach(uint32_t cookie, IZrComponentDiscovery* discovery) {
-  discovery->AddRef();
   cookie_ = cookie;
-  discovery_ = discovery;
+  discovery_ = discovery;  // before the call, which may come back with a lookup
+  try {
+    discovery->AddRef();
+  } catch (...) {
+    discovery_ = nullptr;  // no reference was taken
+    throw;
+  }
 }
 
 void CComponentDiscovery::Detach() {

@@ -1,5 +1,5 @@
-// The component exports. Each stands behind the check that ZrInitialize is in force; what is settled or refused ahead
-// of that check differs from one to the next, and callers rely on it.
+// The component exports: each one's checks and what it clears, in its own order, which differs from one to the next and
+// on which callers rely. The registry takes over with arguments that are in order.
 
 #include "components/component_management.h"
 #include "frame/library_state.h"
@@ -8,6 +8,7 @@ ZRRESULT ZrAddComponentDiscovery(IZrComponentDiscovery* discovery, uint32_t* coo
   if (cookie == nullptr) return ZR_R_INVALID_ARGUMENTS;
   *cookie = 0;
   if (!IsLibraryInitialized()) return ZR_R_NO_INIT;
+  if (discovery == nullptr) return ZR_R_INVALID_ARGUMENTS;
   return ComponentRegistry().AddDiscovery(discovery, cookie);
 }
 
@@ -20,15 +21,19 @@ ZRRESULT ZrCreateInstance(const ZRUUID* classId, uint64_t argument1, const ZRUUI
                           void** object) noexcept {
   if (object != nullptr) *object = nullptr;
   if (!IsLibraryInitialized()) return ZR_R_NO_INIT;
-  return ComponentRegistry().CreateInstance(classId, argument1, interfaceId, argument2, object);
+  if (object == nullptr) return ZR_R_INVALID_ARGUMENTS;
+  return ComponentRegistry().CreateInstance(*classId, argument1, *interfaceId, argument2, object);
 }
 
 ZRRESULT ZrCLSIDFromClassName(ZRSTR className, ZRUUID* classId) noexcept {
   if (!IsLibraryInitialized()) return ZR_R_NO_INIT;
+  if (classId == nullptr) return ZR_R_INVALID_ARGUMENTS;
   return ComponentRegistry().ClassIdFromName(className, classId);
 }
 
 ZRRESULT ZrClassNameFromCLSID(const ZRUUID* classId, ZRSTR* className) noexcept {
   if (!IsLibraryInitialized()) return ZR_R_NO_INIT;
-  return ComponentRegistry().NameFromClassId(*classId, className);
+  const ZRUUID lookedUp = *classId;  // ahead of the test below, by contract
+  if (className == nullptr) return ZR_R_INVALID_ARGUMENTS;
+  return ComponentRegistry().NameFromClassId(lookedUp, className);
 }

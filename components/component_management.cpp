@@ -27,12 +27,19 @@ static void Empty(Map& map) noexcept {
   emptied.swap(map);
 }
 
-CComponentManagement::~CComponentManagement() = default;
+// Under no lock: a thread that was left behind may hold it. Each map is empty before its entries go, since an object's
+// last Release and a module's own destructors may call back.
+CComponentManagement::~CComponentManagement() ZR_UNCHECKED {
+  Empty(classNames_);
+  Empty(classIds_);
+  Empty(components_);
+  Empty(assemblies_);
+  Empty(discoveries_);
+}
 
 // ---- Discoveries ---------------------------------------------------------------------------------------------------
 
 ZRRESULT CComponentManagement::AddDiscovery(IZrComponentDiscovery* discovery, uint32_t* cookie) noexcept {
-  if (discovery == nullptr) return ZR_R_INVALID_ARGUMENTS;
   return Guarded(ZR_R_UNEXPECTED, [&]() -> ZRRESULT {
     const CLockGuard hold(lock_);
     AdvanceCookie();
@@ -103,21 +110,6 @@ void CComponentManagement::Shutdown() {
   if (thrown) std::rethrow_exception(thrown);
 }
 
-bool CComponentManagement::HasDiscoveries() {
-  const CLockGuard hold(lock_);
-  return !discoveries_.empty();
-}
-
-bool CComponentManagement::HasAssemblies() {
-  const CLockGuard hold(lock_);
-  return !assemblies_.empty();
-}
-
-bool CComponentManagement::HasComponents() {
-  const CLockGuard hold(lock_);
-  return !components_.empty();
-}
-
 // ---- Lookups -------------------------------------------------------------------------------------------------------
 
 template <class Ask>
@@ -147,14 +139,13 @@ const std::shared_ptr<CComponentAssembly>& CComponentManagement::Bind(CComponent
   return component.assembly;
 }
 
-ZRRESULT CComponentManagement::CreateInstance(const ZRUUID* classId, uint64_t argument1, const ZRUUID* interfaceId,
+ZRRESULT CComponentManagement::CreateInstance(ZRUUID classId, uint64_t argument1, ZRUUID interfaceId,
                                               uint64_t argument2, void** object) noexcept {
-  if (object == nullptr) return ZR_R_INVALID_ARGUMENTS;
   return Guarded(ZR_R_REQUEST_ABORTED, [&]() -> ZRRESULT {
     std::shared_ptr<CComponentAssembly> assembly;
     {
       const CLockGuard hold(lock_);
-      CComponent* component = FindComponent(*classId);
+      CComponent* component = FindComponent(classId);
       if (component == nullptr) return ZR_R_CLASS_NOT_REGISTERED;
       const ZRRESULT result = Guarded(ZR_R_UNEXPECTED, [&] {
         lock_.AssertHeld();
@@ -163,12 +154,11 @@ ZRRESULT CComponentManagement::CreateInstance(const ZRUUID* classId, uint64_t ar
       });
       if (Failed(result)) return result;
     }
-    return assembly->CreateInstance(*classId, argument1, *interfaceId, argument2, object);
+    return assembly->CreateInstance(classId, argument1, interfaceId, argument2, object);
   });
 }
 
 ZRRESULT CComponentManagement::ClassIdFromName(ZRSTR className, ZRUUID* classId) noexcept {
-  if (classId == nullptr) return ZR_R_INVALID_ARGUMENTS;
   return Guarded(ZR_R_FAILED, [&]() -> ZRRESULT {
     const CLockGuard hold(lock_);
     if (const auto known = classIds_.find(className); known != classIds_.end()) {
@@ -188,8 +178,7 @@ ZRRESULT CComponentManagement::ClassIdFromName(ZRSTR className, ZRUUID* classId)
   });
 }
 
-ZRRESULT CComponentManagement::NameFromClassId(const ZRUUID& classId, ZRSTR* className) noexcept {
-  if (className == nullptr) return ZR_R_INVALID_ARGUMENTS;
+ZRRESULT CComponentManagement::NameFromClassId(ZRUUID classId, ZRSTR* className) noexcept {
   return Guarded(ZR_R_FAILED, [&]() -> ZRRESULT {
     const CLockGuard hold(lock_);
     if (const auto known = classNames_.find(classId); known != classNames_.end()) {

@@ -25,23 +25,25 @@ class CComponentManagement {
   CComponentManagement& operator=(const CComponentManagement&) = delete;
   virtual ~CComponentManagement();
 
-  // What the exports do behind their checks for the lifecycle. Exceptions have become codes. An export that clears its
-  // result has done so.
+  // What the exports do behind their checks. Exceptions have become codes.
   [[nodiscard]] ZRRESULT AddDiscovery(IZrComponentDiscovery* discovery, uint32_t* cookie) noexcept;
   [[nodiscard]] ZRRESULT RemoveDiscovery(uint32_t cookie) noexcept;
-  [[nodiscard]] ZRRESULT CreateInstance(const ZRUUID* classId, uint64_t argument1, const ZRUUID* interfaceId,
-                                        uint64_t argument2, void** object) noexcept;
+  // (Identifiers by value: foreign code that is called may change the caller's records.)
+  [[nodiscard]] ZRRESULT CreateInstance(ZRUUID classId, uint64_t argument1, ZRUUID interfaceId, uint64_t argument2,
+                                        void** object) noexcept;
   [[nodiscard]] ZRRESULT ClassIdFromName(ZRSTR className, ZRUUID* classId) noexcept;
-  [[nodiscard]] ZRRESULT NameFromClassId(const ZRUUID& classId, ZRSTR* className) noexcept;
+  [[nodiscard]] ZRRESULT NameFromClassId(ZRUUID classId, ZRSTR* className) noexcept;
 
   // Stops every module, then unloads every module, then lets go of everything but the names and the last cookie.
   void Shutdown();
 
-  [[nodiscard]] bool IsLockedByThisThread() const noexcept { return lock_.IsOwn(); }
+  // For who needs the registry to stand still around a lock of its own.
+  [[nodiscard]] CRecursiveLock& ManagementLock() noexcept ZR_RETURNS_LOCK(lock_) { return lock_; }
 
-  [[nodiscard]] bool HasDiscoveries();
-  [[nodiscard]] bool HasAssemblies();
-  [[nodiscard]] bool HasComponents();
+  // For the end of the process, which must not wait: a thread that it left behind may hold the lock for ever.
+  [[nodiscard]] bool HasDiscoveries() const noexcept ZR_UNCHECKED { return !discoveries_.empty(); }
+  [[nodiscard]] bool HasAssemblies() const noexcept ZR_UNCHECKED { return !assemblies_.empty(); }
+  [[nodiscard]] bool HasComponents() const noexcept ZR_UNCHECKED { return !components_.empty(); }
 
  private:
   friend struct CRegistryTestPeer;  // nobody can issue four thousand million cookies to see them wrap

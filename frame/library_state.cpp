@@ -27,20 +27,27 @@ class CGlobalData {
     return ZR_R_OK;
   }
 
+  // What may be the last call takes the management lock first. Discoveries and modules that are called under that lock
+  // may call here, or wait for the lifecycle lock in the check below: nobody who holds the lifecycle lock waits for it.
   ZRRESULT Uninitialize() {
-    CLockGuard hold(lifecycleLock_);
+    {
+      const CLockGuard hold(lifecycleLock_);
+      if (initializations_ != 1) {
+        if (initializations_ != 0) --initializations_;
+        return ZR_R_OK;
+      }
+    }
+    const CLockGuard holdRegistry(registry_.ManagementLock());
+    const CLockGuard hold(lifecycleLock_);
     if (initializations_ != 0 && --initializations_ == 0) registry_.Shutdown();
     return ZR_R_OK;
   }
 
   // A count above 0 is what a look under the lifecycle lock would have found at this moment. A count of 0 may be that
-  // of a last ZrUninitialize at work, which holds the lock: the look there waits until it is through. But not on a
-  // thread that holds the management lock, such as that of a discovery that is asked and calls back: the two would wait
-  // for each other.
+  // of a last ZrUninitialize at work, which holds the lock: the look there waits until it is through.
   bool IsInitialized() {
     if (initializations_ > 0) return true;
-    if (registry_.IsLockedByThisThread()) return false;
-    CLockGuard hold(lifecycleLock_);
+    const CLockGuard hold(lifecycleLock_);
     return initializations_ > 0;
   }
 

@@ -15,5 +15,6 @@
 #define ZR_ACQUIRE(...) ZR_THREAD_ATTRIBUTE(acquire_capability(__VA_ARGS__))
 #define ZR_TRY_ACQUIRE(...) ZR_THREAD_ATTRIBUTE(try_acquire_capability(__VA_ARGS__))
 #define ZR_RELEASE(...) ZR_THREAD_ATTRIBUTE(release_capability(__VA_ARGS__))
+#define ZR_RETURNS_LOCK(lock) ZR_THREAD_ATTRIBUTE(lock_returned(lock))
 #define ZR_ASSERT_HELD ZR_THREAD_ATTRIBUTE(assert_capability(this))
 #define ZR_UNCHECKED ZR_THREAD_ATTRIBUTE(no_thread_safety_analysis)

@@ -22,7 +22,7 @@ inline constexpr std::size_t kModuleReasonUnits = 299;
 // in front; empty if the system has no words for it.
 [[nodiscard]] ModuleHandle PlatformLoadModule(const WCHAR* path, std::basic_string<WCHAR>& reason);
 
-// The function that the module exports under `name`, or null.
+// The function that the module itself exports under `name`, or null. Libraries that it needs don't count.
 [[nodiscard]] ModuleFunction PlatformFindFunction(ModuleHandle module, const char* name) noexcept;
 
 // Null is ignored. Module code may run.

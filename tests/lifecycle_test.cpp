@@ -42,7 +42,7 @@ TEST(Lifecycle, TheGuardComesAfterTheResultsThatAreClearedFirst) {
 
 // What a child process writes on its standard output stream while it ends.
 static std::string OutputOf(const std::string& arguments) {
-  FILE* child = popen((TEST_DIRECTORY "/teardown_child " + arguments).c_str(), "r");
+  FILE* child = popen(("timeout 20 " TEST_DIRECTORY "/teardown_child " + arguments).c_str(), "r");
   std::string output;
   for (int byte; (byte = fgetc(child)) != EOF;) output += static_cast<char>(byte);
   EXPECT_EQ(pclose(child), 0) << arguments;
@@ -58,6 +58,7 @@ TEST(Lifecycle, TeardownTellsWhatWasLeft) {
   EXPECT_EQ(OutputOf("discovery"), discoveries);
   EXPECT_EQ(OutputOf("object"), discoveries + assemblies + components);
   EXPECT_EQ(OutputOf("removed"), assemblies) << "an assembly stays registered after its classes";
+  EXPECT_EQ(OutputOf("left-behind"), discoveries) << "a thread that holds the lock for ever keeps nobody from ending";
   EXPECT_EQ(OutputOf("throwing-stream"), "") << "the texts are lost, the teardown goes on";
   EXPECT_EQ(OutputOf("unload"), discoveries + "|unloaded") << "unloading the library is the same teardown";
 }

@@ -1,6 +1,7 @@
 // The services of the system below the seam. A new system is finished when these pass.
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "platform/debug_output.h"
 #include "platform/module.h"
@@ -41,4 +42,17 @@ TEST(Seam, DebugOutputIsUtf8) {
   text += {WCHAR{0xD83E}, WCHAR{0xDE90}, WCHAR{0xD83E}, WCHAR{'.'}, WCHAR{0xDE90}};  // a pair, and two halves
   PlatformDebugOutput(text);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "a\xC3\xA9\xE9\x9B\xAA\xF0\x9F\xAA\x90\xEF\xBF\xBD.\xEF\xBF\xBD");
+}
+
+// POSIX only: elsewhere the debugger's channel is no stream of the process.
+TEST(Seam, DebugOutputSurvivesAReaderThatWentAway) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  const int standardError = dup(STDERR_FILENO);
+  dup2(ends[1], STDERR_FILENO);
+  close(ends[0]);
+  close(ends[1]);
+  PlatformDebugOutput(W("nobody reads this"));
+  dup2(standardError, STDERR_FILENO);
+  close(standardError);
 }

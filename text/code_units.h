@@ -6,6 +6,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "zrcore/base.h"
 
@@ -37,9 +38,12 @@ consteval std::array<WCHAR, size> Wide(const char (&literal)[size]) {
 ZR_READS_WHOLE_VECTORS inline std::size_t TerminatedLength(const WCHAR* text) noexcept {
   const auto address = reinterpret_cast<std::uintptr_t>(text);
   if (address % sizeof(WCHAR) != 0) {  // a vector boundary would cut its units in two
-    std::size_t length = 0;
-    while (text[length] != 0) ++length;
-    return length;
+    const char* bytes = reinterpret_cast<const char*>(text);
+    for (std::size_t length = 0;; ++length) {
+      WCHAR unit;
+      std::memcpy(&unit, bytes + length * sizeof unit, sizeof unit);
+      if (unit == 0) return length;
+    }
   }
   const __m128i zero = _mm_setzero_si128();
   const std::size_t before = address % 16;

@@ -10,9 +10,10 @@
 //     module   ZrInitModule, ZrCreateInstanceModule ... ZrExitModule
 //
 // Locks. The management lock, which is recursive, serialises every lookup, addition and removal, and every call into a
-// discovery is made under it: a discovery may call back on the same thread, and a slow one stalls all others. Objects
-// are made without it. ZrExitModule runs under it, and under the lifecycle lock too in the last ZrUninitialize: a
-// thread that it waits for must not want either.
+// discovery is made under it: a discovery may call back on the same thread, and a slow one stalls all others. (It had
+// better not make objects of a module whose ZrInitModule calls back: the one holds the management lock and waits for
+// the module's start, the other the reverse.) Objects are made without it. ZrExitModule runs under it, and under the
+// lifecycle lock too in the last ZrUninitialize: a thread that it waits for must not want either.
 //
 // The exports answer ZR_R_NO_INIT while ZrInitialize is not in force. Exceptions from discoveries and modules are
 // caught and become the code that each export names; so does exhausted memory, which never reads as ZR_R_NO_MEMORY.
@@ -109,7 +110,8 @@ struct IZrComponentDiscovery : IZrUnknown {
   ///
   /// @param classId      lent for the call.
   /// @param modulePath   null on entry; may receive the path of a module file, as a string that the library takes,
-  ///                     whatever the result. Paths that differ in any unit name different modules.
+  ///                     whatever the result. Paths that differ in any unit name different modules. It is read up to
+  ///                     its first zero unit; without a slash in it, the system's loader searches for the file.
   /// @param entryPoints  all null on entry; may receive functions instead, with no path.
   /// @return zero or above if this discovery knows the class.
   virtual ZRRESULT QueryComponent(const ZRUUID* classId, ZRSTR* modulePath, ZrModuleEntryPoints* entryPoints) = 0;
@@ -205,7 +207,9 @@ ZR_API ZRRESULT ZrRemoveComponentDiscovery(uint32_t cookie);
 ///         ZR_R_REQUEST_ABORTED in the lookup and ZR_R_UNEXPECTED in the module.
 ///
 /// A module that can't be loaded or lacks an export is told in one line on the debugger's channel (the standard error
-/// stream on POSIX systems), with the path and the system's reason. Nothing of a failure is remembered.
+/// stream on POSIX systems), with the path and the system's reason. Nothing of a failure is remembered. What the
+/// system's loader itself doesn't survive, nobody can turn into a code: an exception from a static constructor of the
+/// module ends the process.
 ZR_API ZRRESULT ZrCreateInstance(const ZRUUID* classId, uint64_t argument1, const ZRUUID* interfaceId,
                                  uint64_t argument2, void** object) ZR_NOEXCEPT;
 

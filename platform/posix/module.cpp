@@ -1,6 +1,7 @@
 #include "platform/module.h"
 
 #include <dlfcn.h>
+#include <link.h>
 
 #include <optional>
 #include <string_view>
@@ -38,7 +39,15 @@ ModuleHandle PlatformLoadModule(const WCHAR* path, std::u16string& reason) {
 }
 
 ModuleFunction PlatformFindFunction(ModuleHandle module, const char* name) noexcept {
-  return reinterpret_cast<ModuleFunction>(dlsym(module, name));
+  void* function = dlsym(module, name);
+  if (function == nullptr) return nullptr;
+  // The search goes on into the libraries that the module needs. What it finds there is not the module's.
+  link_map *own = nullptr, *found = nullptr;
+  Dl_info ignored;
+  if (dlinfo(module, RTLD_DI_LINKMAP, &own) != 0) return nullptr;
+  if (dladdr1(function, &ignored, reinterpret_cast<void**>(&found), RTLD_DL_LINKMAP) == 0 || found != own)
+    return nullptr;
+  return reinterpret_cast<ModuleFunction>(function);
 }
 
 void PlatformReleaseModule(ModuleHandle module) noexcept {

@@ -45,6 +45,8 @@ void ZrExitModule() {
   void* object = nullptr;
   const ZRUUID nil = {};
   WriteModuleLog(MODULE_NAME, ZrCreateInstance(&nil, 0, &nil, 0, &object) == ZR_R_NO_INIT ? "closed" : "open");
+  ZrInitialize();  // a cycle within the end of the last one must not unload what runs here
+  ZrUninitialize();
 #endif
 }
 #endif

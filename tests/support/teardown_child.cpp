@@ -3,9 +3,12 @@
 
 #include <dlfcn.h>
 
+#include <chrono>
 #include <cstring>
 #include <iostream>
+#include <latch>
 #include <streambuf>
+#include <thread>
 
 #include "zrcore/zrcore.h"
 
@@ -22,12 +25,18 @@ struct Discovery final : IZrComponentDiscovery {
   uint32_t Release() override { return 0; }
   ZRRESULT QueryInterface(const ZRUUID*, void**) override { return ZR_R_NO_INTERFACE; }
   ZRRESULT QueryComponent(const ZRUUID*, ZRSTR* modulePath, ZrModuleEntryPoints*) override {
+    if (asked != nullptr) {
+      asked->count_down();
+      for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
+    }
     *modulePath = FIND(ZrCreateString)(u"" TEST_DIRECTORY "/good.so");
     return ZR_R_OK;
   }
   ZRRESULT QueryConfiguration(const ZRUUID*, ZRSTR, IZrConfiguration**) override { return ZR_R_FAILED; }
   ZRRESULT QueryClassId(ZRSTR, ZRUUID*) override { return ZR_R_FAILED; }
   ZRRESULT QueryClassName(const ZRUUID*, ZRSTR*) override { return ZR_R_FAILED; }
+
+  std::latch* asked = nullptr;  // told when it is asked, which then never comes back
 };
 
 struct FullBuffer : std::streambuf {};  // takes no character
@@ -41,9 +50,16 @@ int main(int, char** arguments) {
   if (is("initialized")) return 0;
   uint32_t cookie = 0;
   if (FIND(ZrAddComponentDiscovery)(g_discovery, &cookie) != ZR_R_OK) return 1;
+  static const ZRUUID classId = {1, 2, 3, {4}};
+  static void* object = nullptr;
+  if (is("left-behind")) {
+    auto* asked = new std::latch(1);
+    g_discovery->asked = asked;
+    std::thread([] { (void)FIND(ZrCreateInstance)(&classId, 0, &classId, 0, &object); }).detach();
+    asked->wait();
+    return 0;
+  }
   if (is("object") || is("removed")) {
-    const ZRUUID classId = {1, 2, 3, {4}};
-    void* object = nullptr;
     if (FIND(ZrCreateInstance)(&classId, 0, &classId, 0, &object) != ZR_R_OK || object == nullptr) return 1;
   }
   if (is("removed") && FIND(ZrRemoveComponentDiscovery)(cookie) != ZR_R_OK) return 1;
