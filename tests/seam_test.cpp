@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/clock.h"
 #include "platform/debug_output.h"
 #include "platform/module.h"
 #include "tests/support/text.h"
@@ -41,4 +42,19 @@ TEST(Seam, DebugOutputIsUtf8) {
   text += {WCHAR{0xD83E}, WCHAR{0xDE90}, WCHAR{0xD83E}, WCHAR{'.'}, WCHAR{0xDE90}};  // a pair, and two halves
   PlatformDebugOutput(text);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "a\xC3\xA9\xE9\x9B\xAA\xF0\x9F\xAA\x90\xEF\xBF\xBD.\xEF\xBF\xBD");
+}
+
+TEST(Seam, ClockTellsMoments) {
+  CClockFields fields;
+  fields.year = 7;
+  EXPECT_FALSE(PlatformLocalTime(kFirstMoment - 1, fields) || PlatformLocalTime(kLastMoment + 1, fields));
+  EXPECT_EQ(fields.year, 7) << "unchanged";
+  int64_t moment = 42;
+  EXPECT_FALSE(PlatformMomentOf({1960, 1, 1}, moment) || PlatformMomentOf({3002, 1, 1}, moment));
+  EXPECT_EQ(moment, 42) << "unchanged";
+  ASSERT_TRUE(PlatformLocalTime(1234567890, fields));
+  EXPECT_TRUE(PlatformMomentOf(fields, moment));
+  EXPECT_EQ(moment, 1234567890);
+  EXPECT_GE(PlatformUniversalNow().year, 2024);
+  EXPECT_GE(PlatformLocalNow().year, 2024);
 }
