@@ -10,6 +10,7 @@
 #include <iostream>  // brings the runtime's stream support up before the objects below, and keeps it until after them
 
 #include "components/component_management.h"
+#include "frame/error_registry.h"
 #include "frame/lock.h"
 #include "text/counted_string.h"
 #include "zrcore/lifecycle.h"
@@ -73,11 +74,14 @@ CGlobalData::~CGlobalData() {
 // ---- All objects with static storage, in order of construction ------------------------------------------------------
 
 constinit CSharedEmptyString g_emptyString;  // no code runs for it, at either end
+static CErrorRegistry g_errorRegistry;
 static CGlobalData g_globalData;
 
 // ---- What they are asked --------------------------------------------------------------------------------------------
 
 bool IsLibraryInitialized() noexcept { return g_globalData.IsInitialized(); }
+
+CErrorRegistry& ErrorRegistry() noexcept { return g_errorRegistry; }
 
 CComponentManagement& ComponentRegistry() noexcept { return g_globalData.Registry(); }
 

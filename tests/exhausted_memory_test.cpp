@@ -26,6 +26,7 @@ static int Exhaust(Result onFailure, const std::function<Result()>& operation) {
 TEST(ExhaustedMemory, StringCreatorsAnswerNull) {
   const Owned text(Units(W("text")));
   const uint32_t emptyCount = ZrStringRefCount(Owned(ZrCopyString(nullptr)));
+  const ZRDATETIMESTRUCT record = {2012, 3, 0, 4, 5, 6, 7, 0, 0, 0}, oddRecord = {-1, -1, 0, -1, -1, -1, -1, 0, 0, -1};
   using Creator = std::function<ZRSTR()>;
   const Creator kCreators[] = {
       [] { return ZrCreateString(W("a")); },
@@ -35,6 +36,12 @@ TEST(ExhaustedMemory, StringCreatorsAnswerNull) {
       [] { return ZrDeepCopyString(nullptr); },
       [&] { return ZrAppendStrings(text, text); },
       [] { return ZrAppendStrings(nullptr, nullptr); },
+      [&] { return ZrDateTimeStructToDateString(&record); },
+      [&] { return ZrDateTimeStructToDateTimeString(&record, 1); },
+      [&] { return ZrDateTimeStructToTimeString(&record); },
+      [&] { return ZrDateTimeStructToTimeString(&oddRecord); },
+      [] { return ZrTimeSpanToTimeSpanString(1); },
+      [] { return ZrTimeSpanToTimeSpanString(-1); },
   };
   for (const Creator& create : kCreators) {
     EXPECT_EQ(Exhaust<bool>(false, [&] { return Owned(create()).string != nullptr; }), 1);
@@ -98,6 +105,24 @@ TEST(ExhaustedMemory, RecordsAndLocksThrow) {
     ZrDestroyUUID(std::exchange(record, nullptr));
     if (lock != nullptr) (void)ZrDeleteCriticalSection(&lock);
   }
+}
+
+// Two strings and a row for each code; what the failure interrupts is finished by the next call.
+TEST(ExhaustedMemory, TheErrorRegistryThrowsAndGoesOn) {
+  const auto failures = [](const std::function<ZRRESULT()>& operation) {
+    return Exhaust<ZRRESULT>(ZR_R_NO_MEMORY, [&] {
+      try {
+        return operation();
+      } catch (const std::bad_alloc&) {
+        return ZR_R_NO_MEMORY;
+      }
+    });
+  };
+  ZRSTR text = nullptr;
+  EXPECT_GE(failures([&] { return ZrErrorInfoGetText(0xCA, &text); }), 3);
+  EXPECT_EQ(ContentOf(Owned(text)), W("ZR_R_SAME_VALUE"));
+  EXPECT_EQ(failures([&] { return ZrErrorInfoRegister(0x1234, W("text"), W("description")); }), 3);
+  EXPECT_EQ(ZrErrorInfoRegister(0x1234, W("text"), W("description")), ZR_R_ALREADY_REGISTERED);
 }
 
 static ZRRESULT CreateByFunction(const ZRUUID*, uint64_t, const ZRUUID*, uint64_t, void** object) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "platform/clock.h"
 #include "platform/debug_output.h"
 #include "platform/module.h"
 #include "tests/support/text.h"
@@ -55,4 +56,19 @@ TEST(Seam, DebugOutputSurvivesAReaderThatWentAway) {
   PlatformDebugOutput(W("nobody reads this"));
   dup2(standardError, STDERR_FILENO);
   close(standardError);
+}
+
+TEST(Seam, ClockTellsMoments) {
+  CClockFields fields;
+  fields.year = 7;
+  EXPECT_FALSE(PlatformLocalTime(kFirstMoment - 1, fields) || PlatformLocalTime(kLastMoment + 1, fields));
+  EXPECT_EQ(fields.year, 7) << "unchanged";
+  int64_t moment = 42;
+  EXPECT_FALSE(PlatformMomentOf({1960, 1, 1}, moment) || PlatformMomentOf({3002, 1, 1}, moment));
+  EXPECT_EQ(moment, 42) << "unchanged";
+  ASSERT_TRUE(PlatformLocalTime(1234567890, fields));
+  EXPECT_TRUE(PlatformMomentOf(fields, moment));
+  EXPECT_EQ(moment, 1234567890);
+  EXPECT_GE(PlatformUniversalNow().year, 2024);
+  EXPECT_GE(PlatformLocalNow().year, 2024);
 }

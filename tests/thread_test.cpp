@@ -155,3 +155,16 @@ TEST(Threads, DiscoveriesCallBackDuringTheLastUninitialize) {
   });
   EXPECT_EQ(discovery.references, 0u);
 }
+
+TEST(Threads, BuildTheErrorRegistryOnceAndRegisterOnce) {
+  std::atomic<int> registered = 0;
+  Race([&](int) {
+    for (uint32_t code = 1; code <= 50; ++code) {
+      if (ZrErrorInfoRegister(code, W("text"), nullptr) == ZR_R_OK) ++registered;
+      ZRSTR text = nullptr;
+      if (ZrErrorInfoGetText(code % 2 ? code : 0x80000000, &text) != ZR_R_OK) ADD_FAILURE();
+      ZrDestroyString(text);
+    }
+  });
+  EXPECT_EQ(registered, 50);
+}

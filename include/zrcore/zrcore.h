@@ -6,9 +6,12 @@
 #include "zrcore/atomic.h"
 #include "zrcore/base.h"
 #include "zrcore/component.h"
+#include "zrcore/datetime.h"
+#include "zrcore/error_info.h"
 #include "zrcore/lifecycle.h"
 #include "zrcore/lock.h"
 #include "zrcore/string.h"
+#include "zrcore/timespan.h"
 #include "zrcore/uuid.h"
 
 #endif

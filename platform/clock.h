@@ -1,0 +1,32 @@
+// The system's clock and its time zone.
+
+#pragma once
+
+#include <cstdint>
+
+// A moment in fields: the year as people write it, months and days from 1.
+struct CClockFields {
+  int32_t year = 0;
+  int32_t month = 0;
+  int32_t day = 0;
+  int32_t hour = 0;
+  int32_t minute = 0;
+  int32_t second = 0;
+  int32_t millisecond = 0;
+};
+
+// Moments are seconds since 1970-01-01 00:00:00 universal time. On every system local time is known for these only.
+inline constexpr int64_t kFirstMoment = 0;
+inline constexpr int64_t kLastMoment = 32535215999;  // 3000-12-31 23:59:59
+
+// The present, in universal and in local time. All zeros should the system not know.
+[[nodiscard]] CClockFields PlatformUniversalNow() noexcept;
+[[nodiscard]] CClockFields PlatformLocalNow() noexcept;
+
+// Fills `fields` with the local time of a moment. False, with `fields` unchanged, outside the moments above.
+[[nodiscard]] bool PlatformLocalTime(int64_t moment, CClockFields& fields) noexcept;
+
+// Fills `moment` with that of a local time, whose milliseconds don't count. Of the two readings of an hour that
+// daylight saving repeats it takes the standard one; an hour that daylight saving skips is read as daylight time.
+// False, with `moment` unchanged, outside the moments above.
+[[nodiscard]] bool PlatformMomentOf(const CClockFields& local, int64_t& moment) noexcept;

@@ -1,0 +1,331 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include "tests/support/text.h"
+#include "tests/support/time_models.h"
+
+static bool operator==(const ZRDATETIMESTRUCT& left, const ZRDATETIMESTRUCT& right) {
+  return std::memcmp(&left, &right, sizeof left) == 0;
+}
+
+static std::ostream& operator<<(std::ostream& out, const ZRDATETIMESTRUCT& r) {
+  return out << r.year << '-' << int{r.month} << '-' << int{r.day} << " (" << int{r.dayOfWeek} << ") " << int{r.hour}
+             << ':' << int{r.minute} << ':' << int{r.second} << ' ' << r.millisecond << ' ' << r.microsecond << ' '
+             << r.fraction;
+}
+
+static ZRDATETIMESTRUCT Record(int year, int month, int day, int hour = 0, int minute = 0, int second = 0,
+                               int fraction = 0) {
+  ZRDATETIMESTRUCT record = {};
+  record.year = static_cast<int16_t>(year);
+  record.month = static_cast<int8_t>(month);
+  record.day = static_cast<int8_t>(day);
+  record.hour = static_cast<int8_t>(hour);
+  record.minute = static_cast<int8_t>(minute);
+  record.second = static_cast<int8_t>(second);
+  record.fraction = fraction;
+  return record;
+}
+
+static ZRDATETIME ValueOf(const ZRDATETIMESTRUCT& record) {
+  ZRDATETIME value = 0;
+  ZrDateTimeFromStruct(&record, &value);
+  return value;
+}
+
+static ZRDATETIMESTRUCT RecordOf(ZRDATETIME value) {
+  ZRDATETIMESTRUCT record;
+  std::memset(&record, 0xA5, sizeof record);
+  ZrDateTimeToStruct(value, &record);
+  return record;
+}
+
+// The steps of the calendar as they are told, division by division, with the day number in 32 bits.
+static ZRDATETIMESTRUCT SlowRecordOf(ZRDATETIME value) {
+  static const uint32_t kBefore[] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
+  const auto days = static_cast<uint32_t>(value / ZR_TICKS_PER_DAY);
+  const int64_t rest = value % ZR_TICKS_PER_DAY;
+  const uint32_t c = days % 146097;
+  uint32_t century = 3, group = (c - 109572) / 1461, r = (c - 109572) % 1461, yearInGroup = 3;
+  if (c != 146096) {
+    century = c / 36524;
+    group = c % 36524 / 1461;
+    r = c % 36524 % 1461;
+    yearInGroup = r == 1460 ? 3 : r / 365;
+  }
+  const uint32_t year = 1601 + ((days / 146097 * 4 + century) * 25 + group) * 4 + yearInGroup;
+  const bool isLeap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+  const uint32_t n = r - yearInGroup * 365 + 1;
+  uint32_t month = 0, before = 0;
+  for (uint32_t entry : kBefore) {
+    const uint32_t shifted = entry + (isLeap && entry >= 59 ? 1 : 0);
+    if (shifted >= n) break;
+    ++month;
+    before = shifted;
+  }
+  ZRDATETIMESTRUCT record = Record(
+      static_cast<int>(year), static_cast<int>(month), static_cast<int>(n - before),
+      static_cast<int>(rest / ZR_TICKS_PER_HOUR), static_cast<int>(rest % ZR_TICKS_PER_HOUR / ZR_TICKS_PER_MINUTE),
+      static_cast<int>(rest % ZR_TICKS_PER_MINUTE / ZR_TICKS_PER_SECOND), static_cast<int>(rest % ZR_TICKS_PER_SECOND));
+  record.dayOfWeek = static_cast<uint8_t>((days + 584389) % 7);
+  record.millisecond = static_cast<int16_t>(record.fraction / 10000);
+  record.microsecond = static_cast<int16_t>(record.fraction % 10000 / 10);
+  return record;
+}
+
+TEST(DateTime, CountsEveryDayOfTheCalendar) {
+  static const int kLengths[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  ZRDATETIME value = 0;
+  int dayOfWeek = 1;
+  for (int year = 1601; year <= 4001; ++year) {
+    const bool isLeap = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+    for (int month = 1; month <= 12; ++month) {
+      const int length = kLengths[month - 1] + (month == 2 && isLeap ? 1 : 0);
+      for (int day = 1; day <= length; ++day, value += ZR_TICKS_PER_DAY, dayOfWeek = (dayOfWeek + 1) % 7) {
+        ZRDATETIMESTRUCT expected = Record(year, month, day);
+        expected.dayOfWeek = static_cast<uint8_t>(dayOfWeek);
+        ASSERT_EQ(RecordOf(value), expected);
+        ASSERT_EQ(ValueOf(expected), value) << expected;
+      }
+    }
+  }
+}
+
+TEST(DateTime, BreaksAnyValueDownByTheToldSteps) {
+  std::mt19937_64 random(3);
+  std::vector<ZRDATETIME> values = {0,
+                                    -1,
+                                    -ZR_TICKS_PER_DAY,
+                                    -ZR_TICKS_PER_DAY + 1,
+                                    146097 * ZR_TICKS_PER_DAY - 1,
+                                    146097 * ZR_TICKS_PER_DAY,
+                                    std::numeric_limits<ZRDATETIME>::max(),
+                                    std::numeric_limits<ZRDATETIME>::min()};
+  for (int round = 0; round < 100000; ++round) values.push_back(static_cast<ZRDATETIME>(random() >> random() % 40));
+  for (int64_t day = -150000; day < 0; ++day) values.push_back(day * ZR_TICKS_PER_DAY - 1);
+  for (ZRDATETIME value : values) {
+    const ZRDATETIMESTRUCT record = RecordOf(value);
+    ASSERT_EQ(record, SlowRecordOf(value)) << value;
+    if (value >= 0) {
+      ASSERT_EQ(ValueOf(record), value) << record;
+    }
+  }
+}
+
+TEST(DateTime, ReckonsAnyRecord) {
+  EXPECT_EQ(ValueOf({}), 0);
+  EXPECT_EQ(ValueOf(Record(2012, 3, 0)), ValueOf(Record(2012, 3, 1)));
+  EXPECT_EQ(ValueOf(Record(2012, 2, 31)), ValueOf(Record(2012, 3, 2)));
+  EXPECT_EQ(ValueOf(Record(2011, 2, 31)), ValueOf(Record(2011, 3, 3)));
+  EXPECT_EQ(ValueOf(Record(1600, 5, 5, 1)), ZR_TICKS_PER_HOUR);
+  EXPECT_EQ(ValueOf(Record(2012, 13, 5, -1)), -ZR_TICKS_PER_HOUR);
+  std::mt19937 random(4);
+  for (int round = 0; round < 100000; ++round) {
+    ZRDATETIMESTRUCT record;
+    for (auto& byte : reinterpret_cast<unsigned char(&)[sizeof record]>(record)) byte = static_cast<uint8_t>(random());
+    if (round % 2) {  // mostly dates
+      record.month = static_cast<int8_t>(random() % 14);
+      record.day = static_cast<int8_t>(random() % 33);
+    }
+    ASSERT_EQ(ValueOf(record), ModelValue(record)) << record;
+  }
+  ZrDateTimeFromStruct(nullptr, nullptr);
+  ZrDateTimeToStruct(0, nullptr);
+}
+
+// ---- Text ----------------------------------------------------------------------------------------------------------
+
+using Reader = uint8_t (*)(ZRSTR, ZRDATETIMESTRUCT*);
+using Model = bool (*)(const std::string&, ZRDATETIMESTRUCT&);
+
+static void CheckReading(Reader read, Model model, const std::string& text) {
+  const Owned string(Widened(text));
+  ZRDATETIMESTRUCT got, expected;
+  std::memset(&got, 0xA5, sizeof got);
+  ASSERT_EQ(read(string, &got), model(text, expected) ? 1 : 0) << text;
+  ASSERT_EQ(got, expected) << text;
+}
+
+TEST(DateTime, ReadsWhatItCan) {
+  struct Row {
+    const char* text;
+    ZRDATETIMESTRUCT record;
+    int millisecond, dayOfWeek;
+  };
+  const Row kDates[] = {
+      {"2012-03-04", Record(2012, 3, 4), 0, 0},
+      {"2012-03-04 05:06:07.1234567", Record(2012, 3, 4, 5, 6, 7, 1234567), 123, 0},
+      {"04.03.2012 05:06:07.1234567", Record(2012, 3, 4, 5, 6, 7, 1234567), 123, 0},
+      {"04/03/2012 05:06:07.123", Record(2012, 3, 4, 5, 6, 7, 1230000), 123, 0},
+      {"04-03-2012", Record(2012, 3, 4), 0, 0},                                     // the first hyphen decides
+      {"20AB-03-04", Record(20, 3, 4), 0, 1},                                       // a year below 1601 is day 0
+      {" 2012-03-04", Record(3, 12, 2), 0, 1},                                      // not trimmed, so day first
+      {"2012-03-04 05:06:07.123456", Record(2012, 3, 4, 5, 6, 7, 123456), 123, 0},  // six digits are that many ticks
+      {"2012-03-04 5", Record(2012, 3, 4, 5), 0, 0},
+  };
+  for (const Row& row : kDates) {
+    ZRDATETIMESTRUCT record, expected = row.record;
+    expected.millisecond = static_cast<int16_t>(row.millisecond);
+    expected.dayOfWeek = static_cast<uint8_t>(row.dayOfWeek);
+    EXPECT_EQ(ZrDateTimeStringToDateTimeStruct(Owned(Widened(row.text)), &record), 1);
+    EXPECT_EQ(record, expected) << row.text;
+  }
+  for (Reader read : {&ZrDateTimeStringToDateTimeStruct, &ZrTimeStringToDateTimeStruct}) {
+    ZRDATETIMESTRUCT record = Record(1, 2, 3);
+    EXPECT_EQ(read(Owned(Units(W("2012-03-04"))), nullptr), 0);
+    EXPECT_EQ(read(nullptr, &record), 0);
+    EXPECT_EQ(record, ZRDATETIMESTRUCT{});
+  }
+
+  // Texts cut at every length, then with any unit anywhere.
+  const std::string kTexts[] = {"2012-03-04 05:06:07.1234567 tail", "04.03.2012 25:66:77.999x", "23:59:59.9999999", ""};
+  static const char kStrange[] = "0123456789 -+.:\t\r?xA/";
+  std::mt19937 random(5);
+  for (const std::string& text : kTexts) {
+    for (int round = 0; round < 6000; ++round) {
+      std::string odd = text.substr(0, random() % (text.size() + 1));
+      for (unsigned changes = random() % 4; changes > 0 && !odd.empty(); --changes) {
+        odd[random() % odd.size()] = kStrange[random() % (sizeof kStrange - 1)];
+      }
+      CheckReading(ZrDateTimeStringToDateTimeStruct, ModelReadDateTime, odd);
+      CheckReading(ZrTimeStringToDateTimeStruct, ModelReadTime, odd);
+      ZRTIMESPAN span = 42, expected = 0;
+      ASSERT_EQ(ZrTimeSpanStringToTimeSpan(Owned(Widened(odd)), &span), ModelReadSpan(odd, expected)) << odd;
+      ASSERT_EQ(span, expected) << odd;
+    }
+  }
+}
+
+template <class... Values>
+static std::string Printed(const char* format, Values... values) {
+  char text[100];
+  return {text, static_cast<std::size_t>(std::snprintf(text, sizeof text, format, values...))};
+}
+
+TEST(DateTime, WritesAsPrintfDoes) {
+  std::mt19937 random(6);
+  for (int round = 0; round < 20000; ++round) {
+    ZRDATETIMESTRUCT r = Record(2012, 3, 4, 5, 6, 7, 1234567);
+    r.millisecond = 12;
+    // One field, or all, hold anything; near the ends of their places more often than not.
+    for (unsigned field = 0; field < 8; ++field) {
+      if (round % 9 != 8 && round % 9 != static_cast<int>(field)) continue;
+      static const int kEdges[] = {-1, 0, 9, 10, 99, 100, 999, 1000, 9999, 10000, 9999999, 10000000, -1000, -10};
+      const int value = random() % 2 ? kEdges[random() % std::size(kEdges)] : static_cast<int>(random());
+      switch (field) {
+        case 0:
+          r.year = static_cast<int16_t>(value);
+          break;
+        case 1:
+          r.month = static_cast<int8_t>(value);
+          break;
+        case 2:
+          r.day = static_cast<int8_t>(value);
+          break;
+        case 3:
+          r.hour = static_cast<int8_t>(value);
+          break;
+        case 4:
+          r.minute = static_cast<int8_t>(value);
+          break;
+        case 5:
+          r.second = static_cast<int8_t>(value);
+          break;
+        case 6:
+          r.millisecond = static_cast<int16_t>(value);
+          break;
+        case 7:
+          r.fraction = value;
+          break;
+      }
+    }
+    const std::string date = Printed("%4d-%02d-%02d", r.year, r.month, r.day);
+    const std::string time = Printed("%02d:%02d:%02d", r.hour, r.minute, r.second);
+    const std::string ticks = Printed(".%07d", r.fraction), milliseconds = Printed(".%03d", r.millisecond);
+    ASSERT_EQ(ContentOf(Owned(ZrDateTimeStructToDateString(&r))), Widened(date));
+    ASSERT_EQ(ContentOf(Owned(ZrDateTimeStructToTimeString(&r))), Widened(time + ticks));
+    ASSERT_EQ(ContentOf(Owned(ZrDateTimeStructToDateTimeString(&r, 1))), Widened(date + ' ' + time + ticks));
+    ASSERT_EQ(ContentOf(Owned(ZrDateTimeStructToDateTimeString(&r, 0))), Widened(date + ' ' + time + milliseconds));
+  }
+  const ZRDATETIMESTRUCT record = Record(2012, 3, 4);
+  const Owned text(ZrDateTimeStructToDateString(&record));
+  EXPECT_EQ(text.string[10], 0) << "the terminator";
+  EXPECT_EQ(ZrDateTimeStructToDateString(nullptr), nullptr);
+  EXPECT_EQ(ZrDateTimeStructToDateTimeString(nullptr, 1), nullptr);
+  EXPECT_EQ(ZrDateTimeStructToTimeString(nullptr), nullptr);
+}
+
+TEST(TimeSpan, WritesEachPartWithItsOwnSign) {
+  const struct {
+    ZRTIMESPAN span;
+    const char* text;
+  } kRows[] = {
+      {0, "00:00:00.0000000"},
+      {-1, "00:00:00.-000001"},
+      {-ZR_TICKS_PER_HOUR * 3 / 2, "-1:-30:00.0000000"},
+      {ZR_TICKS_PER_DAY + 2 * ZR_TICKS_PER_HOUR + 3 * ZR_TICKS_PER_MINUTE + 4 * ZR_TICKS_PER_SECOND + 5,
+       "   1.02:03:04.0000005"},
+      {ZR_TICKS_PER_DAY - 1, "23:59:59.9999999"},
+      {1 - ZR_TICKS_PER_DAY, "-23:-59:-59.-9999999"},
+      {-ZR_TICKS_PER_DAY, "  -1.00:00:00.0000000"},
+      {std::numeric_limits<int64_t>::max(), "10675199.02:48:05.4775807"},
+      {std::numeric_limits<int64_t>::min(), "-10675199.-2:-48:-5.-4775808"},
+  };
+  for (const auto& row : kRows) {
+    EXPECT_EQ(ContentOf(Owned(ZrTimeSpanToTimeSpanString(row.span))), Widened(row.text));
+  }
+  std::mt19937_64 random(8);
+  for (int round = 0; round < 20000; ++round) {
+    const auto span = static_cast<ZRTIMESPAN>(random()) >> random() % 64;
+    const auto part = [span](int64_t unit, int64_t most) { return static_cast<int>(span / unit % most); };
+    const std::string days =
+        part(ZR_TICKS_PER_DAY, INT32_MAX) ? Printed("%4d.", part(ZR_TICKS_PER_DAY, INT32_MAX)) : "";
+    const Owned text(ZrTimeSpanToTimeSpanString(span));
+    ASSERT_EQ(ContentOf(text),
+              Widened(days + Printed("%02d:%02d:%02d.%07d", part(ZR_TICKS_PER_HOUR, 24), part(ZR_TICKS_PER_MINUTE, 60),
+                                     part(ZR_TICKS_PER_SECOND, 60), part(1, 10000000))));
+    ZRTIMESPAN again = 0;
+    ASSERT_EQ(ZrTimeSpanStringToTimeSpan(text, &again), 1);
+    if (span >= 0) {
+      ASSERT_EQ(again, span);
+    }
+  }
+}
+
+TEST(TimeSpan, ReadsWhatItCan) {
+  const struct {
+    const char* text;
+    ZRTIMESPAN span;
+  } kRows[] = {
+      {"01:02", ZR_TICKS_PER_HOUR + 2 * ZR_TICKS_PER_MINUTE},
+      {"01:2", ZR_TICKS_PER_HOUR + 2 * ZR_TICKS_PER_MINUTE},
+      {"01:", ZR_TICKS_PER_HOUR},
+      {"00:00:3", 0},
+      {"00:00:03.5", 3 * ZR_TICKS_PER_SECOND},
+      {"00:00:03.500", 3 * ZR_TICKS_PER_SECOND + 5000000},
+      {"00:00:03.5000000", 3 * ZR_TICKS_PER_SECOND + 5000000},
+      {".01:00:00", ZR_TICKS_PER_HOUR},
+      {"-1.12:00:00", -ZR_TICKS_PER_DAY / 2},
+      {"7.:", 7 * ZR_TICKS_PER_DAY},
+      {"99999999999999999999.00:00", static_cast<ZRTIMESPAN>(uint64_t{INT64_MAX} * uint64_t{ZR_TICKS_PER_DAY})},
+  };
+  for (const auto& row : kRows) {
+    ZRTIMESPAN span = 42, model = 42;
+    EXPECT_EQ(ZrTimeSpanStringToTimeSpan(Owned(Widened(row.text)), &span), 1) << row.text;
+    EXPECT_EQ(span, row.span) << row.text;
+    EXPECT_TRUE(ModelReadSpan(row.text, model) && model == row.span) << row.text;
+  }
+  for (const char* text : {"", "5", ":", "12345", "1.5"}) {
+    ZRTIMESPAN span = 42;
+    EXPECT_EQ(ZrTimeSpanStringToTimeSpan(Owned(Widened(text)), &span), 0) << text;
+    EXPECT_EQ(span, 0);
+  }
+  ZRTIMESPAN span = 42;
+  EXPECT_EQ(ZrTimeSpanStringToTimeSpan(nullptr, &span), 0);
+  EXPECT_EQ(span, 0);
+  EXPECT_EQ(ZrTimeSpanStringToTimeSpan(Owned(Units(W("01:02"))), nullptr), 0);
+}
