@@ -9,6 +9,7 @@
 #include <atomic>
 #include <iostream>  // brings the runtime's stream support up before the objects below, and keeps it until after them
 
+#include "blobs/blob_manager.h"
 #include "components/component_management.h"
 #include "frame/lock.h"
 #include "text/counted_string.h"
@@ -66,6 +67,7 @@ CGlobalData::~CGlobalData() {
 // ---- All objects with static storage, in order of construction ------------------------------------------------------
 
 constinit CSharedEmptyString g_emptyString;  // no code runs for it, at either end
+constinit CZrBlobMgr g_blobManager;          // nor for this
 static CGlobalData g_globalData;
 
 // ---- What they are asked --------------------------------------------------------------------------------------------
