@@ -20,6 +20,7 @@
 #include <string>
 #include <utility>
 
+void BlobRows();
 void CallRows();
 void StringRows();
 void UuidRows();

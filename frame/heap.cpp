@@ -1,10 +1,22 @@
 #include "frame/heap.h"
 
+#include <cassert>
+
+static void MakeRoomOrThrow() {
+  std::new_handler handler = std::get_new_handler();
+  if (handler == nullptr) throw std::bad_alloc();
+  handler();
+}
+
 void* AllocateOrThrow(std::size_t size) {
-  for (;;) {
+  for (;; MakeRoomOrThrow()) {
     if (void* block = std::malloc(size != 0 ? size : 1)) return block;
-    std::new_handler handler = std::get_new_handler();
-    if (handler == nullptr) throw std::bad_alloc();
-    handler();
+  }
+}
+
+void* ReallocateOrThrow(void* block, std::size_t size) {
+  assert(size != 0);
+  for (;; MakeRoomOrThrow()) {
+    if (void* moved = std::realloc(block, size)) return moved;
   }
 }

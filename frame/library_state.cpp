@@ -9,6 +9,7 @@
 #include <atomic>
 #include <iostream>  // brings the runtime's stream support up before the objects below, and keeps it until after them
 
+#include "blobs/blob_manager.h"
 #include "components/component_management.h"
 #include "frame/error_registry.h"
 #include "frame/lock.h"
@@ -74,6 +75,7 @@ CGlobalData::~CGlobalData() {
 // ---- All objects with static storage, in order of construction ------------------------------------------------------
 
 constinit CSharedEmptyString g_emptyString;  // no code runs for it, at either end
+constinit CZrBlobMgr g_blobManager;          // nor for this
 static CErrorRegistry g_errorRegistry;
 static CGlobalData g_globalData;
 

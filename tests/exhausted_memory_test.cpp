@@ -6,6 +6,7 @@
 #include <functional>
 #include <new>
 #include <set>
+#include <string>
 #include <utility>
 
 #include "tests/support/failing_heap.h"
@@ -123,6 +124,56 @@ TEST(ExhaustedMemory, TheErrorRegistryThrowsAndGoesOn) {
   EXPECT_EQ(ContentOf(Owned(text)), W("ZR_R_SAME_VALUE"));
   EXPECT_EQ(failures([&] { return ZrErrorInfoRegister(0x1234, W("text"), W("description")); }), 3);
   EXPECT_EQ(ZrErrorInfoRegister(0x1234, W("text"), W("description")), ZR_R_ALREADY_REGISTERED);
+}
+
+// The handle, the element and the growth of a buffer throw; the block and buffer of a new element end the process.
+TEST(ExhaustedMemory, BlobsThrowOrEndTheProcess) {
+  const std::string bytes(1000, 'x');
+  ZRBLOB blob = ZrCreateBlob(1000, bytes.data()), copy = ZrCopyBlob(blob);
+  const struct {
+    std::function<void()> run;
+    int throws, dies;  // so many allocations throw, so many behind them end the process
+  } kRows[] = {
+      {[&] { (void)ZrDestroyBlob(ZrCreateBlob(1, "x")); }, 2, 2},
+      {[&] { (void)ZrDestroyBlob(ZrCopyBlob(blob)); }, 2, 0},
+      {[&] { (void)ZrWriteBlob(copy, bytes.data(), 1); }, 1, 2},
+      {[&] { (void)ZrWriteBlob(copy, bytes.data(), 1000); }, 1, 0},  // no longer shared: growth
+      {[&] { (void)ZrInsertBlob(copy, 0, bytes.data(), 1000); }, 1, 0},
+      {[&] { (void)ZrAppendBlobData(copy, bytes.data(), 1000); }, 1, 0},
+      {[&] { (void)ZrAppendBlob(copy, copy); }, 1, 0},
+  };
+  const auto content = [](ZRBLOB of) {
+    uint32_t length = 0, position = 0;
+    (void)ZrBlobByteLen(of, &length);
+    (void)ZrBlobPosition(of, &position);
+    std::string text(length, 0);
+    (void)ZrReadBlobPos(of, text.data(), 0, length);
+    return text + std::to_string(position);
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(&row - kRows);
+    const std::string before = content(copy);
+    int n = 1;
+    for (; n <= row.throws + row.dies; ++n) {
+      const auto fail = [&] {
+        FailAllocation(n);
+        row.run();
+      };
+      if (n <= row.throws) {
+        EXPECT_THROW(fail(), std::bad_alloc);
+        EXPECT_TRUE(AllocationFailed());
+      } else {
+        EXPECT_DEATH(fail(), "");
+      }
+      EXPECT_EQ(content(copy), before);
+    }
+    FailAllocation(n);
+    row.run();
+    EXPECT_FALSE(AllocationFailed()) << "more allocations than are needed";
+  }
+  EXPECT_EQ(content(blob), bytes + "1000");
+  (void)ZrDestroyBlob(blob);
+  (void)ZrDestroyBlob(copy);
 }
 
 static ZRRESULT CreateByFunction(const ZRUUID*, uint64_t, const ZRUUID*, uint64_t, void** object) {

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <functional>
 #include <latch>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -38,6 +39,41 @@ TEST(Threads, ShareStrings) {
     ZRSTR last = ZrCreateString(W("last"));
     for (int thread = 1; thread < kThreads; ++thread) ZrCopyString(last);
     Race([last](int) { ZrDestroyString(last); });
+  }
+}
+
+static void CheckBlob(ZRBLOB blob, const std::string& content) {
+  std::string bytes(content.size(), '?');
+  uint32_t length = 0;
+  (void)ZrBlobByteLen(blob, &length);
+  (void)ZrReadBlobPos(blob, bytes.data(), 0, length);
+  if (bytes != content) ADD_FAILURE() << bytes;
+}
+
+TEST(Threads, ShareBlobs) {
+  for (int round = 0; round < 300; ++round) {
+    std::vector<ZRBLOB> handles = {ZrCreateBlob(8, "original")};
+    while (handles.size() < kThreads) handles.push_back(ZrCopyBlob(handles[0]));
+    Race([&](int thread) {  // each with a handle of its own on the same bytes; the last holder writes in place
+      ZRBLOB mine = handles[static_cast<std::size_t>(thread)];
+      for (int copies = 0; copies < 5; ++copies) {
+        ZRBLOB copy = ZrCopyBlob(mine);
+        CheckBlob(copy, "original");
+        const std::string text = "thread " + std::to_string(thread);
+        if (copies % 2) {
+          (void)ZrSeekBlob(copy, 0, ZR_BLOB_SEEK_START, 0);
+          (void)ZrWriteBlob(copy, text.data(), 8);
+          CheckBlob(copy, text);
+        }
+        (void)ZrDestroyBlob(copy);
+      }
+      if (thread % 2) {
+        (void)ZrRemoveBlob(mine, 0, 4);
+        (void)ZrAppendBlobData(mine, "ly", 2);
+        CheckBlob(mine, "inally");
+      }
+      (void)ZrDestroyBlob(mine);
+    });
   }
 }
 

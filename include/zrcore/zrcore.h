@@ -5,6 +5,7 @@
 
 #include "zrcore/atomic.h"
 #include "zrcore/base.h"
+#include "zrcore/blob.h"
 #include "zrcore/component.h"
 #include "zrcore/datetime.h"
 #include "zrcore/error_info.h"
