@@ -10,7 +10,9 @@
 #include <iostream>  // brings the runtime's stream support up before the objects below, and keeps it until after them
 
 #include "components/component_management.h"
+#include "frame/item_allocator.h"
 #include "frame/lock.h"
+#include "identifiers/reference_records.h"
 #include "text/counted_string.h"
 #include "zrcore/lifecycle.h"
 
@@ -65,8 +67,13 @@ CGlobalData::~CGlobalData() {
 
 // ---- All objects with static storage, in order of construction ------------------------------------------------------
 
-constinit CSharedEmptyString g_emptyString;  // no code runs for it, at either end
+constinit CSharedEmptyString g_emptyString;         // no code runs for it, at either end
+constinit CItemAllocatorSettings g_itemAllocators;  // no code runs for them, at either end
 static CGlobalData g_globalData;
+CItemAllocator g_refAllocator("tagZRREF", true, sizeof(ZRREF), 0);
+static CItemAllocatorTeardown g_refAllocatorTeardown(g_refAllocator);
+CItemAllocator g_srefAllocator("tagZRSREF", true, sizeof(ZRSREF), 0);
+static CItemAllocatorTeardown g_srefAllocatorTeardown(g_srefAllocator);
 
 // ---- What they are asked --------------------------------------------------------------------------------------------
 

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "platform/debug_output.h"
 #include "platform/module.h"
+#include "platform/scheduling.h"
 #include "tests/support/text.h"
 
 TEST(Seam, LoadsModulesAndFindsFunctions) {
@@ -41,4 +44,16 @@ TEST(Seam, DebugOutputIsUtf8) {
   text += {WCHAR{0xD83E}, WCHAR{0xDE90}, WCHAR{0xD83E}, WCHAR{'.'}, WCHAR{0xDE90}};  // a pair, and two halves
   PlatformDebugOutput(text);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "a\xC3\xA9\xE9\x9B\xAA\xF0\x9F\xAA\x90\xEF\xBF\xBD.\xEF\xBF\xBD");
+}
+
+TEST(Seam, ThreadsDifferAndGiveWay) {
+  const uint32_t self = PlatformThreadId();
+  EXPECT_EQ(PlatformThreadId(), self);
+  uint32_t other = self;
+  std::thread([&] { other = PlatformThreadId(); }).join();
+  EXPECT_NE(other, self);
+  EXPECT_TRUE(self != kNoThread && other != kNoThread);
+  for (int round = 0; round < 100; ++round) {  // whether anybody ran is for the system to say
+    if (!PlatformYield()) PlatformGiveUpTimeSlice();
+  }
 }

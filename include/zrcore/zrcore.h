@@ -8,6 +8,8 @@
 #include "zrcore/component.h"
 #include "zrcore/lifecycle.h"
 #include "zrcore/lock.h"
+#include "zrcore/memory.h"
+#include "zrcore/reference.h"
 #include "zrcore/string.h"
 #include "zrcore/uuid.h"
 
