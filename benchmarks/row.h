@@ -23,6 +23,8 @@
 void CallRows();
 void StringRows();
 void UuidRows();
+void MemoryRows();
+void ReferenceRows();
 void LockRows();
 void AtomicRows();
 void ComponentRows();
