@@ -24,6 +24,8 @@ void BlobRows();
 void CallRows();
 void StringRows();
 void UuidRows();
+void MemoryRows();
+void ReferenceRows();
 void LockRows();
 void AtomicRows();
 void ComponentRows();

@@ -12,7 +12,9 @@
 #include "blobs/blob_manager.h"
 #include "components/component_management.h"
 #include "frame/error_registry.h"
+#include "frame/item_allocator.h"
 #include "frame/lock.h"
+#include "identifiers/reference_records.h"
 #include "text/counted_string.h"
 #include "zrcore/lifecycle.h"
 
@@ -74,10 +76,15 @@ CGlobalData::~CGlobalData() {
 
 // ---- All objects with static storage, in order of construction ------------------------------------------------------
 
-constinit CSharedEmptyString g_emptyString;  // no code runs for it, at either end
-constinit CZrBlobMgr g_blobManager;          // nor for this
+constinit CSharedEmptyString g_emptyString;  // no code runs for this and the next two, at either end
+constinit CItemAllocatorSettings g_itemAllocators;
+constinit CZrBlobMgr g_blobManager;
 static CErrorRegistry g_errorRegistry;
 static CGlobalData g_globalData;
+CItemAllocator g_refAllocator("tagZRREF", true, sizeof(ZRREF), 0);
+static CItemAllocatorTeardown g_refAllocatorTeardown(g_refAllocator);
+CItemAllocator g_srefAllocator("tagZRSREF", true, sizeof(ZRSREF), 0);
+static CItemAllocatorTeardown g_srefAllocatorTeardown(g_srefAllocator);
 
 // ---- What they are asked --------------------------------------------------------------------------------------------
 

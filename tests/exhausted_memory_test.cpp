@@ -82,6 +82,68 @@ TEST(ExhaustedMemory, StringCreatorsAnswerNull) {
   EXPECT_EQ(ZrStringRefCount(Owned(ZrCopyString(nullptr))), emptyCount);
 }
 
+TEST(ExhaustedMemory, MemoryBlocksAnswerNull) {
+  char* block = nullptr;
+  EXPECT_EQ(Exhaust<bool>(true,
+                          [&] {
+                            block = static_cast<char*>(ZrCreateMemory(1));
+                            return block == nullptr;
+                          }),
+            1);
+  *block = 'x';
+  EXPECT_EQ(Exhaust<bool>(true,
+                          [&] {
+                            auto* moved = static_cast<char*>(ZrRecreateMemory(block, 2));
+                            EXPECT_EQ(moved != nullptr ? *moved : *block, 'x') << "a failure leaves the old block";
+                            block = moved != nullptr ? moved : block;
+                            return moved == nullptr;
+                          }),
+            1);
+  ZrDestroyMemory(block);
+}
+
+TEST(ExhaustedMemory, ReferencesThrowAndTheirTextIsNull) {
+  const Owned numbers(Units(W("1.2.3.4.5.6"))), words(Units(W("words")));
+  ZRREF value = {{1, 2, 3, 4, 5, 6}};
+  const ZRSREF both = {&value, words};
+  ZRREF* ref = nullptr;
+  ZRSREF* sref = nullptr;
+  const struct {
+    int allocations;
+    std::function<void()> make;
+  } kMakers[] = {
+      {1, [&] { ref = ZrCreateREF(); }},
+      {1, [&] { (void)ZrCopyREF(&value, &ref); }},
+      {1, [&] { (void)ZrStringToREF(numbers, &ref); }},
+      {1, [&] { sref = ZrCreateSREF(); }},
+      {2, [&] { (void)ZrCopySREF(&both, &sref); }},
+      {2, [&] { (void)ZrStringToSREF(numbers, &sref); }},
+      {1, [&] { (void)ZrStringToSREF(words, &sref); }},
+  };
+  for (const auto& maker : kMakers) {
+    const int failures = Exhaust<bool>(true, [&] {
+      try {
+        maker.make();
+      } catch (const std::bad_alloc&) {
+        EXPECT_TRUE(ref == nullptr && sref == nullptr) << "out-values are unchanged";
+        return true;
+      }
+      return false;
+    });
+    EXPECT_EQ(failures, maker.allocations);
+    ZrDestroyREF(std::exchange(ref, nullptr));
+    ZrDestroySREF(std::exchange(sref, nullptr));
+  }
+  EXPECT_EQ(ZrStringRefCount(words), 1u);
+  EXPECT_EQ(Exhaust<bool>(true,
+                          [&] {
+                            ZRSTR string = words;
+                            EXPECT_EQ(ZrSREFToString(&both, &string), ZR_R_OK) << "no code tells";
+                            return Owned(string).string == nullptr;
+                          }),
+            1);
+}
+
 TEST(ExhaustedMemory, RecordsAndLocksThrow) {
   const ZRUUID value = {1, 2, 3, {4}};
   ZRUUID* record = nullptr;

@@ -3,9 +3,12 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <thread>
+
 #include "platform/clock.h"
 #include "platform/debug_output.h"
 #include "platform/module.h"
+#include "platform/scheduling.h"
 #include "tests/support/text.h"
 
 TEST(Seam, LoadsModulesAndFindsFunctions) {
@@ -71,4 +74,16 @@ TEST(Seam, ClockTellsMoments) {
   EXPECT_EQ(moment, 1234567890);
   EXPECT_GE(PlatformUniversalNow().year, 2024);
   EXPECT_GE(PlatformLocalNow().year, 2024);
+}
+
+TEST(Seam, ThreadsDifferAndGiveWay) {
+  const uint32_t self = PlatformThreadId();
+  EXPECT_EQ(PlatformThreadId(), self);
+  uint32_t other = self;
+  std::thread([&] { other = PlatformThreadId(); }).join();
+  EXPECT_NE(other, self);
+  EXPECT_TRUE(self != kNoThread && other != kNoThread);
+  for (int round = 0; round < 100; ++round) {  // whether anybody ran is for the system to say
+    if (!PlatformYield()) PlatformGiveUpTimeSlice();
+  }
 }

@@ -11,6 +11,8 @@
 #include "zrcore/error_info.h"
 #include "zrcore/lifecycle.h"
 #include "zrcore/lock.h"
+#include "zrcore/memory.h"
+#include "zrcore/reference.h"
 #include "zrcore/string.h"
 #include "zrcore/timespan.h"
 #include "zrcore/uuid.h"

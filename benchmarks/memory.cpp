@@ -1,0 +1,130 @@
+// Memory blocks, and the cache of freed items in front of the heap. The cache is no export: its sources are compiled
+// into this program, with settings of its own.
+
+#include "zrcore/memory.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "frame/item_allocator.h"
+#include "row.h"
+
+#if BENCH_BOOST
+#include <boost/pool/pool.hpp>
+#endif
+#if BENCH_GLIB
+#include <glib.h>
+#endif
+
+constinit CItemAllocatorSettings g_itemAllocators;
+static CItemAllocator g_items("items", true, 24, 0);
+
+static void BlockRows(std::size_t size) {
+  const std::string operation = "memory block create+destroy " + std::to_string(size) + " bytes";
+  Row(operation, "ZrCore", [size] {
+    void* block = ZrCreateMemory(static_cast<uint32_t>(size));
+    Consume(block);
+    ZrDestroyMemory(block);
+  });
+  Row(operation, "calloc+free", [size] {
+    void* block = std::calloc(1, size);
+    Consume(block);
+    std::free(block);
+  });
+#if BENCH_GLIB
+  Row(operation, "g_malloc0+g_free", [size] {
+    void* block = g_malloc0(size);
+    Consume(block);
+    g_free(block);
+  });
+#endif
+  Row(operation, "floor", [size] {
+    void* block = std::malloc(size + 4);
+    std::memset(block, 0, size + 4);
+    Consume(block);
+    std::free(block);
+  });
+}
+
+static void CacheRows() {
+  const std::string operation = "item take+give 24 bytes";
+  const auto takeAndGive = [](bool isEnabled) {
+    CItemAllocator::SetEnabled(isEnabled);  // a plain store; the rows may run in any order
+    void* item = g_items.Allocate(24);
+    Consume(item);
+    g_items.Give(item);
+  };
+  RowOnOneAndTwoThreads(operation, "ZrCore", [takeAndGive] { takeAndGive(true); });
+  Row(operation, "ZrCore, cache off (heap)", [takeAndGive] { takeAndGive(false); });
+  RowOnOneAndTwoThreads(operation, "malloc+free", [] {
+    void* item = std::malloc(24);
+    Consume(item);
+    std::free(item);
+  });
+#if BENCH_BOOST
+  auto pool = std::make_shared<boost::pool<>>(24);
+  Row(operation, "boost::pool (no lock)", [pool] {
+    void* item = pool->malloc();
+    Consume(item);
+    pool->free(item);
+  });
+  auto mutex = std::make_shared<std::mutex>();
+  RowOnOneAndTwoThreads(operation, "boost::pool, mutex", [pool, mutex] {
+    void* item;
+    {
+      const std::lock_guard hold(*mutex);
+      item = pool->malloc();
+    }
+    Consume(item);
+    const std::lock_guard hold(*mutex);
+    pool->free(item);
+  });
+#endif
+#if BENCH_GLIB
+  Row(operation, "g_slice", [] {
+    void* item = g_slice_alloc(24);
+    Consume(item);
+    g_slice_free1(24, item);
+  });
+#endif
+  struct Item {
+    Item* next;
+    uint64_t rest[2];
+  };
+  struct FreeList {
+    std::atomic<uint8_t> busy{0};
+    Item item{};
+    Item* first = &item;
+  };
+  auto list = std::make_shared<FreeList>();
+  Row(operation, "floor", [list] {
+    Item* item = list->first;
+    list->first = item->next;
+    Consume(item);
+    item->next = list->first;
+    list->first = item;
+    Consume(list);
+  });
+  Row(operation, "floor by contract", [list] {  // the flag taken and left, twice
+    Consume(list->busy.exchange(1, std::memory_order_acquire));
+    Item* item = list->first;
+    list->first = item->next;
+    list->busy.store(0, std::memory_order_release);
+    Consume(item);
+    Consume(list->busy.exchange(1, std::memory_order_acquire));
+    item->next = list->first;
+    list->first = item;
+    list->busy.store(0, std::memory_order_release);
+    Consume(list);
+  });
+}
+
+void MemoryRows() {
+  BlockRows(16);
+  BlockRows(4096);
+  CacheRows();
+}

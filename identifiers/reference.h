@@ -1,0 +1,57 @@
+// What references are to the rest of the library: their order, and their text read and written.
+
+#pragma once
+
+#include <cstdint>
+
+#include "text/number_text.h"
+#include "zrcore/reference.h"
+
+// ---- Order ---------------------------------------------------------------------------------------------------------
+
+[[nodiscard]] constexpr bool IsNilRef(const ZRREF& ref) noexcept {
+  uint32_t bits = 0;
+  for (const uint32_t word : ref.words) bits |= word;
+  return bits == 0;
+}
+
+// The difference of the first unequal words modulo 2^32, as a signed number; 0 if all are equal.
+[[nodiscard]] constexpr int32_t RefDifference(const ZRREF& left, const ZRREF& right) noexcept {
+  for (std::size_t word = 0; word < std::size(left.words); ++word) {
+    if (left.words[word] != right.words[word]) return static_cast<int32_t>(left.words[word] - right.words[word]);
+  }
+  return 0;
+}
+
+// ZrCompareREF_ThreeWay without its test: RefDifference, and null counts as nil and before all that is not.
+[[nodiscard]] constexpr int32_t CompareRefs(const ZRREF* left, const ZRREF* right) noexcept {
+  if (left != nullptr && right != nullptr) return RefDifference(*left, *right);
+  const bool leftIsNil = left == nullptr || IsNilRef(*left), rightIsNil = right == nullptr || IsNilRef(*right);
+  return int{rightIsNil} - int{leftIsNil};
+}
+
+struct CSrefOrder {
+  int32_t order;    // negative, 0 or positive
+  ZRRESULT result;  // for the caller of the export; never to be taken for a failure, the order is always valid
+};
+
+// The one decision behind all comparisons of SREFs.
+[[nodiscard]] CSrefOrder CompareSrefs(const ZRSREF* left, const ZRSREF* right) noexcept;
+
+// ---- Text ----------------------------------------------------------------------------------------------------------
+
+enum class RefReading : uint8_t {
+  Read,
+  NotSixFields,  // not five dots, or nothing between two of them
+  NotCanonical,  // six fields, but not as a REF is written
+};
+
+// Reads the text of a REF, with white space around it. `ref` is unspecified unless it was read.
+[[nodiscard]] RefReading ReadRef(CTextView text, ZRREF& ref) noexcept;
+
+// A new string; null when memory is exhausted.
+[[nodiscard]] ZRSTR WriteRef(const ZRREF& ref) noexcept;
+
+// As "%d.%d.%d.%d.%d.%d" writes it, terminated.
+inline constexpr std::size_t kSignedRefUnits = 6 * 11 + 5 + 1;
+void WriteSignedRef(const ZRREF& ref, WCHAR (&text)[kSignedRefUnits]) noexcept;
