@@ -23,6 +23,7 @@
 void CallRows();
 void StringRows();
 void UuidRows();
+void TimeRows();
 void LockRows();
 void AtomicRows();
 void ComponentRows();

@@ -44,7 +44,7 @@ uint8_t ZrDateTimeStringToDateTimeStruct(ZRSTR string, ZRDATETIMESTRUCT* record)
   if (text.size() >= 18) read.second = static_cast<int8_t>(ReadPlace<2>(text, 17));
   if (text.size() >= 22) read.millisecond = static_cast<int16_t>(ReadPlace<3>(text, 20));
   read.fraction = text.size() >= 26 ? ReadPlace<7>(text, 20) : read.millisecond * 10000;
-  read.dayOfWeek = DayOfWeekOf(DateTimeOf(read));
+  read.dayOfWeek = DayOfWeekOf(read);
   *record = read;
   return 1;
 }
@@ -62,7 +62,7 @@ uint8_t ZrTimeStringToDateTimeStruct(ZRSTR string, ZRDATETIMESTRUCT* record) noe
   if (text.size() >= 8) read.second = static_cast<int8_t>(ReadPlace<2>(text, 6));
   if (text.size() >= 11) read.millisecond = static_cast<int16_t>(ReadPlace<3>(text, 9));
   read.fraction = text.size() >= 15 ? ReadPlace<7>(text, 9) : read.millisecond * 10000;
-  read.dayOfWeek = DayOfWeekOf(DateTimeOf(read));
+  read.dayOfWeek = DayOfWeekOf(read);
   *record = read;
   return 1;
 }

@@ -57,19 +57,35 @@ ZRSTR ZrTimeSpanToTimeSpanString(ZRTIMESPAN span) noexcept {
 
 // ---- Reading -------------------------------------------------------------------------------------------------------
 
+// Few digits behind blanks, as they are written; or any number.
+static uint64_t ReadDays(CTextView text) noexcept {
+  std::size_t at = 0;
+  while (at < text.size() && text[at] == ' ') ++at;
+  uint64_t days = 0, isOdd = text.size() - at > 9 ? 1 : 0;
+  for (; at < text.size() && isOdd == 0; ++at) {
+    const uint64_t digit = uint64_t{text[at]} - '0';
+    isOdd = digit > 9 ? 1 : 0;
+    days = days * 10 + digit;
+  }
+  return isOdd == 0 ? days : static_cast<uint64_t>(ReadInteger<int64_t>(text).value);
+}
+
 uint8_t ZrTimeSpanStringToTimeSpan(ZRSTR string, ZRTIMESPAN* span) noexcept {
   if (span == nullptr) return 0;
   *span = 0;
   const CTextView text = TextOf(string);
   if (text.size() < 2) return 0;
-  const std::size_t colon = text.find(WCHAR{':'});
-  if (colon == CTextView::npos) return 0;
+  std::size_t mark = 0;  // the first dot or colon
+  while (mark < text.size() && text[mark] != ':' && text[mark] != '.') ++mark;
+  if (mark == text.size()) return 0;
 
   uint64_t days = 0;
   std::size_t at = 0;
-  if (const std::size_t dot = text.substr(0, colon).find(WCHAR{'.'}); dot != CTextView::npos) {
-    days = static_cast<uint64_t>(ReadInteger<int64_t>(text.substr(0, dot)).value);
-    at = dot + 1;
+  if (text[mark] == '.') {
+    at = mark + 1;
+    const bool hasColonInPlace = text.size() - at > 2 && text[at + 2] == ':';
+    if (!hasColonInPlace && text.find(WCHAR{':'}, at) == CTextView::npos) return 0;
+    days = ReadDays(text.substr(0, mark));
   }
   const std::size_t left = text.size() - at;
   int32_t seconds = ReadPlace<2>(text, at) * 3600;
