@@ -87,15 +87,21 @@ uint8_t ZrTimeSpanStringToTimeSpan(ZRSTR string, ZRTIMESPAN* span) noexcept {
     if (!hasColonInPlace && text.find(WCHAR{':'}, at) == CTextView::npos) return 0;
     days = ReadDays(text.substr(0, mark));
   }
+  int32_t seconds, ticks = 0;
   const std::size_t left = text.size() - at;
-  int32_t seconds = ReadPlace<2>(text, at) * 3600;
-  if (left >= 4) seconds += ReadPlace<2>(text, at + 3) * 60;
-  if (left >= 8) seconds += ReadPlace<2>(text, at + 6);
-  int32_t ticks = 0;
-  if (left >= 15) {
-    ticks = ReadPlace<7>(text, at + 9);
-  } else if (left >= 11) {
-    ticks = ReadPlace<3>(text, at + 9) * 10000;
+  if (left >= CPlainTime::kLength && CPlainTime(text.data() + at).IsPlain()) {
+    const CPlainTime time(text.data() + at);
+    seconds = (time.Hour() * 60 + time.Minute()) * 60 + time.Second();
+    ticks = time.Ticks();
+  } else {
+    seconds = ReadPlace<2>(text, at) * 3600;
+    if (left >= 4) seconds += ReadPlace<2>(text, at + 3) * 60;
+    if (left >= 8) seconds += ReadPlace<2>(text, at + 6);
+    if (left >= 15) {
+      ticks = ReadPlace<7>(text, at + 9);
+    } else if (left >= 11) {
+      ticks = ReadPlace<3>(text, at + 9) * 10000;
+    }
   }
   // Unsigned, so that absurd numbers of days wrap.
   const uint64_t allSeconds = days * 86400 + static_cast<uint64_t>(int64_t{seconds});
