@@ -26,6 +26,7 @@ void StringRows();
 void UuidRows();
 void MemoryRows();
 void ReferenceRows();
+void TimeRows();
 void LockRows();
 void AtomicRows();
 void ComponentRows();

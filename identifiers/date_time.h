@@ -34,10 +34,14 @@ constexpr ZRDATETIME DateTimeOf(const ZRDATETIMESTRUCT& record) noexcept {
   return static_cast<ZRDATETIME>(seconds * ZR_TICKS_PER_SECOND + static_cast<uint64_t>(int64_t{record.fraction}));
 }
 
-// The day of the week that a parsed record gets. A year behind the largest value wraps to a negative number of days,
-// and then to a negative remainder.
-constexpr uint8_t DayOfWeekOf(ZRDATETIME value) noexcept {
-  return static_cast<uint8_t>((value / ZR_TICKS_PER_DAY + 584389) % 7);
+// The day of the week that a parsed record gets: that of its value, whatever its time of day adds. A year behind the
+// largest value wraps to a negative number of days, and then to a negative remainder.
+constexpr uint8_t DayOfWeekOf(const ZRDATETIMESTRUCT& record) noexcept {
+  const int32_t timeOfDay = (record.hour * 60 + record.minute) * 60 + record.second;
+  const bool staysOnItsDay = timeOfDay >= 0 && timeOfDay < 86400 && record.fraction >= 0 &&
+                             record.fraction < ZR_TICKS_PER_SECOND && record.year >= 0 && record.year < 30000;
+  if (staysOnItsDay) return static_cast<uint8_t>((DayNumber(record) + 584389) % 7);
+  return static_cast<uint8_t>((DateTimeOf(record) / ZR_TICKS_PER_DAY + 584389) % 7);
 }
 
 struct CDate {

@@ -22,48 +22,69 @@ ZRSTR NewString(const WCHAR* begin, const WCHAR* end) noexcept {
 
 // ---- Reading -------------------------------------------------------------------------------------------------------
 
+static void SetTime(ZRDATETIMESTRUCT& record, const CPlainTime& time) noexcept {
+  record.hour = static_cast<int8_t>(time.Hour());
+  record.minute = static_cast<int8_t>(time.Minute());
+  record.second = static_cast<int8_t>(time.Second());
+  record.fraction = time.Ticks();
+  record.millisecond = static_cast<int16_t>(record.fraction / 10000);  // its first three digits
+}
+
+// The form that is written: year first, a digit at every place. False for any other, with `record` as it was.
+static bool ReadPlainDateTime(CTextView text, ZRDATETIMESTRUCT& record) noexcept {
+  constexpr std::size_t kTimeAt = 11;
+  if (text.size() < kTimeAt + CPlainTime::kLength || text[4] != '-') return false;
+  const CFourPlaces year(text.data()), monthAndDay(text.data() + 5, text.data() + 8);
+  const CPlainTime time(text.data() + kTimeAt);
+  if (!year.AreDigits() || !monthAndDay.AreDigits() || !time.IsPlain()) return false;
+  record.year = static_cast<int16_t>(year.Number());
+  record.month = static_cast<int8_t>(monthAndDay.Pair());
+  record.day = static_cast<int8_t>(monthAndDay.OtherPair());
+  SetTime(record, time);
+  return true;
+}
+
+static void ReadAnyDateTime(CTextView text, ZRDATETIMESTRUCT& record) noexcept {
+  const bool isYearFirst = text.find(WCHAR{'-'}) == 4;
+  record.year = static_cast<int16_t>(ReadPlace<4>(text, isYearFirst ? 0 : 6));
+  record.month = static_cast<int8_t>(ReadPlace<2>(text, isYearFirst ? 5 : 3));
+  record.day = static_cast<int8_t>(ReadPlace<2>(text, isYearFirst ? 8 : 0));
+  if (text.size() >= 12) record.hour = static_cast<int8_t>(ReadPlace<2>(text, 11));
+  if (text.size() >= 15) record.minute = static_cast<int8_t>(ReadPlace<2>(text, 14));
+  if (text.size() >= 18) record.second = static_cast<int8_t>(ReadPlace<2>(text, 17));
+  if (text.size() >= 22) record.millisecond = static_cast<int16_t>(ReadPlace<3>(text, 20));
+  record.fraction = text.size() >= 26 ? ReadPlace<7>(text, 20) : record.millisecond * 10000;
+}
+
+static void ReadAnyTime(CTextView text, ZRDATETIMESTRUCT& record) noexcept {
+  record.hour = static_cast<int8_t>(ReadPlace<2>(text, 0));
+  if (text.size() >= 4) record.minute = static_cast<int8_t>(ReadPlace<2>(text, 3));
+  if (text.size() >= 8) record.second = static_cast<int8_t>(ReadPlace<2>(text, 6));
+  if (text.size() >= 11) record.millisecond = static_cast<int16_t>(ReadPlace<3>(text, 9));
+  record.fraction = text.size() >= 15 ? ReadPlace<7>(text, 9) : record.millisecond * 10000;
+}
+
 uint8_t ZrDateTimeStringToDateTimeStruct(ZRSTR string, ZRDATETIMESTRUCT* record) noexcept {
   if (record == nullptr) return 0;
+  *record = ZRDATETIMESTRUCT{};
   const CTextView text = TextOf(string);
-  ZRDATETIMESTRUCT read{};
-  if (text.size() < 10) {
-    *record = read;
-    return 0;
-  }
-  if (text.find(WCHAR{'-'}) == 4) {
-    read.year = static_cast<int16_t>(ReadPlace<4>(text, 0));
-    read.month = static_cast<int8_t>(ReadPlace<2>(text, 5));
-    read.day = static_cast<int8_t>(ReadPlace<2>(text, 8));
-  } else {
-    read.day = static_cast<int8_t>(ReadPlace<2>(text, 0));
-    read.month = static_cast<int8_t>(ReadPlace<2>(text, 3));
-    read.year = static_cast<int16_t>(ReadPlace<4>(text, 6));
-  }
-  if (text.size() >= 12) read.hour = static_cast<int8_t>(ReadPlace<2>(text, 11));
-  if (text.size() >= 15) read.minute = static_cast<int8_t>(ReadPlace<2>(text, 14));
-  if (text.size() >= 18) read.second = static_cast<int8_t>(ReadPlace<2>(text, 17));
-  if (text.size() >= 22) read.millisecond = static_cast<int16_t>(ReadPlace<3>(text, 20));
-  read.fraction = text.size() >= 26 ? ReadPlace<7>(text, 20) : read.millisecond * 10000;
-  read.dayOfWeek = DayOfWeekOf(DateTimeOf(read));
-  *record = read;
+  if (text.size() < 10) return 0;
+  if (!ReadPlainDateTime(text, *record)) ReadAnyDateTime(text, *record);
+  record->dayOfWeek = DayOfWeekOf(*record);
   return 1;
 }
 
 uint8_t ZrTimeStringToDateTimeStruct(ZRSTR string, ZRDATETIMESTRUCT* record) noexcept {
   if (record == nullptr) return 0;
+  *record = ZRDATETIMESTRUCT{};
   const CTextView text = TextOf(string);
-  ZRDATETIMESTRUCT read{};
-  if (text.size() < 2) {
-    *record = read;
-    return 0;
+  if (text.size() < 2) return 0;
+  if (text.size() >= CPlainTime::kLength && CPlainTime(text.data()).IsPlain()) {
+    SetTime(*record, CPlainTime(text.data()));
+  } else {
+    ReadAnyTime(text, *record);
   }
-  read.hour = static_cast<int8_t>(ReadPlace<2>(text, 0));
-  if (text.size() >= 4) read.minute = static_cast<int8_t>(ReadPlace<2>(text, 3));
-  if (text.size() >= 8) read.second = static_cast<int8_t>(ReadPlace<2>(text, 6));
-  if (text.size() >= 11) read.millisecond = static_cast<int16_t>(ReadPlace<3>(text, 9));
-  read.fraction = text.size() >= 15 ? ReadPlace<7>(text, 9) : read.millisecond * 10000;
-  read.dayOfWeek = DayOfWeekOf(DateTimeOf(read));
-  *record = read;
+  record->dayOfWeek = DayOfWeekOf(*record);
   return 1;
 }
 

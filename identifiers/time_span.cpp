@@ -57,29 +57,51 @@ ZRSTR ZrTimeSpanToTimeSpanString(ZRTIMESPAN span) noexcept {
 
 // ---- Reading -------------------------------------------------------------------------------------------------------
 
+// Few digits behind blanks, as they are written; or any number.
+static uint64_t ReadDays(CTextView text) noexcept {
+  std::size_t at = 0;
+  while (at < text.size() && text[at] == ' ') ++at;
+  uint64_t days = 0, isOdd = text.size() - at > 9 ? 1 : 0;
+  for (; at < text.size() && isOdd == 0; ++at) {
+    const uint64_t digit = uint64_t{text[at]} - '0';
+    isOdd = digit > 9 ? 1 : 0;
+    days = days * 10 + digit;
+  }
+  return isOdd == 0 ? days : static_cast<uint64_t>(ReadInteger<int64_t>(text).value);
+}
+
 uint8_t ZrTimeSpanStringToTimeSpan(ZRSTR string, ZRTIMESPAN* span) noexcept {
   if (span == nullptr) return 0;
   *span = 0;
   const CTextView text = TextOf(string);
   if (text.size() < 2) return 0;
-  const std::size_t colon = text.find(WCHAR{':'});
-  if (colon == CTextView::npos) return 0;
+  std::size_t mark = 0;  // the first dot or colon
+  while (mark < text.size() && text[mark] != ':' && text[mark] != '.') ++mark;
+  if (mark == text.size()) return 0;
 
   uint64_t days = 0;
   std::size_t at = 0;
-  if (const std::size_t dot = text.substr(0, colon).find(WCHAR{'.'}); dot != CTextView::npos) {
-    days = static_cast<uint64_t>(ReadInteger<int64_t>(text.substr(0, dot)).value);
-    at = dot + 1;
+  if (text[mark] == '.') {
+    at = mark + 1;
+    const bool hasColonInPlace = text.size() - at > 2 && text[at + 2] == ':';
+    if (!hasColonInPlace && text.find(WCHAR{':'}, at) == CTextView::npos) return 0;
+    days = ReadDays(text.substr(0, mark));
   }
+  int32_t seconds, ticks = 0;
   const std::size_t left = text.size() - at;
-  int32_t seconds = ReadPlace<2>(text, at) * 3600;
-  if (left >= 4) seconds += ReadPlace<2>(text, at + 3) * 60;
-  if (left >= 8) seconds += ReadPlace<2>(text, at + 6);
-  int32_t ticks = 0;
-  if (left >= 15) {
-    ticks = ReadPlace<7>(text, at + 9);
-  } else if (left >= 11) {
-    ticks = ReadPlace<3>(text, at + 9) * 10000;
+  if (left >= CPlainTime::kLength && CPlainTime(text.data() + at).IsPlain()) {
+    const CPlainTime time(text.data() + at);
+    seconds = (time.Hour() * 60 + time.Minute()) * 60 + time.Second();
+    ticks = time.Ticks();
+  } else {
+    seconds = ReadPlace<2>(text, at) * 3600;
+    if (left >= 4) seconds += ReadPlace<2>(text, at + 3) * 60;
+    if (left >= 8) seconds += ReadPlace<2>(text, at + 6);
+    if (left >= 15) {
+      ticks = ReadPlace<7>(text, at + 9);
+    } else if (left >= 11) {
+      ticks = ReadPlace<3>(text, at + 9) * 10000;
+    }
   }
   // Unsigned, so that absurd numbers of days wrap.
   const uint64_t allSeconds = days * 86400 + static_cast<uint64_t>(int64_t{seconds});
