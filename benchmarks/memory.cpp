@@ -43,8 +43,9 @@ static void BlockRows(std::size_t size) {
   });
 #endif
   Row(operation, "floor", [size] {
-    void* block = std::malloc(size + 4);
-    std::memset(block, 0, size + 4);
+    auto* block = static_cast<char*>(std::malloc(size + 4));
+    std::memset(block, 1, 4);  // another value, or the compiler would make it calloc
+    std::memset(block + 4, 0, size);
     Consume(block);
     std::free(block);
   });

@@ -2,12 +2,13 @@
 
 #include "frame/item_allocator.h"
 
+#include <cassert>
 #include <ostream>
 #include <string>
-#include <utility>
 
 CItemAllocator::CItemAllocator(const char* name, bool isThreadSafe, uint64_t itemSize, uint32_t cap) noexcept
     : itemSize_(itemSize), cap_(cap), isThreadSafe_(isThreadSafe), name_(name), next_(g_itemAllocators.head) {
+  assert(itemSize >= sizeof(CFreeItem));
   if (next_ != nullptr) next_->previous_ = this;
   g_itemAllocators.head = this;
 }

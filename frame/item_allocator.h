@@ -102,6 +102,8 @@ class CItemAllocator {
   static void WriteStatistics(std::ostream& out);
 
  private:
+  friend struct CItemAllocatorProbe;  // a test that holds the flag
+
   struct CFreeItem {
     CFreeItem* next;
   };

@@ -146,6 +146,29 @@ TEST_F(ItemAllocatorTest, OneThreadOwnsTheCachesInSingleThreadMode) {
   EXPECT_EQ(Cached(), 1u);
 }
 
+struct CItemAllocatorProbe {
+  static void SetFlag(CItemAllocator& allocator, uint8_t flag) { allocator.busy_ = flag; }
+};
+
+TEST_F(ItemAllocatorTest, NobodyWaitsForAHeldAllocator) {
+  Give(1);
+  CItemAllocatorProbe::SetFlag(items_, 1);
+  for (bool isMultiThreaded : {true, false}) {
+    CItemAllocator::SetMultiThreaded(isMultiThreaded);
+    EXPECT_EQ(items_.Take(kSize), nullptr);
+    items_.Give(items_.Allocate(kSize));  // from the heap, and to it
+    EXPECT_EQ(Cached(), 1u);
+  }
+  EXPECT_EQ(g_itemAllocators.ownerThread, kNoThread);
+  CItemAllocatorProbe::SetFlag(items_, 0);
+  Give(1);
+  EXPECT_EQ(g_itemAllocators.ownerThread, PlatformThreadId());
+  CItemAllocatorProbe::SetFlag(items_, 1);
+  Give(1);  // the owner needs no flag
+  EXPECT_EQ(Cached(), 3u);
+  CItemAllocatorProbe::SetFlag(items_, 0);
+}
+
 // Each item carries a mark of its holder while it is out: nobody may find another's.
 TEST_F(ItemAllocatorTest, ThreadsNeverShareAnItem) {
   items_.SetCap(8);

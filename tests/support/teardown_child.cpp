@@ -12,6 +12,16 @@
 
 #include "zrcore/zrcore.h"
 
+// Destroyed after the library's own objects, since it was constructed before them.
+struct LateRelease {
+  ZRREF* ref = nullptr;
+  void (*destroy)(ZRREF*) = nullptr;
+  ~LateRelease() {
+    if (destroy != nullptr) destroy(ref);
+  }
+};
+static LateRelease g_late;
+
 static void* const g_library = dlopen(ZRCORE_LIBRARY, RTLD_NOW);
 
 template <class Function>
@@ -48,6 +58,11 @@ int main(int, char** arguments) {
   const auto is = [&](const char* state) { return std::strcmp(arguments[1], state) == 0; };
   if (g_library == nullptr || FIND(ZrInitialize)() != ZR_R_OK) return 1;
   if (is("initialized")) return 0;
+  if (is("late-reference")) {
+    g_late.ref = FIND(ZrCreateREF)();
+    g_late.destroy = FIND(ZrDestroyREF);
+    return 0;
+  }
   uint32_t cookie = 0;
   if (FIND(ZrAddComponentDiscovery)(g_discovery, &cookie) != ZR_R_OK) return 1;
   static const ZRUUID classId = {1, 2, 3, {4}};
