@@ -11,6 +11,7 @@
 
 #include "components/component_management.h"
 #include "frame/lock.h"
+#include "text/character_case.h"
 #include "text/counted_string.h"
 #include "zrcore/lifecycle.h"
 
@@ -66,6 +67,7 @@ CGlobalData::~CGlobalData() {
 // ---- All objects with static storage, in order of construction ------------------------------------------------------
 
 constinit CSharedEmptyString g_emptyString;  // no code runs for it, at either end
+constinit CCharacterCase g_characterCase;    // read on first use, released here
 static CGlobalData g_globalData;
 
 // ---- What they are asked --------------------------------------------------------------------------------------------

@@ -9,6 +9,7 @@
 #include "zrcore/lifecycle.h"
 #include "zrcore/lock.h"
 #include "zrcore/string.h"
+#include "zrcore/unicode.h"
 #include "zrcore/uuid.h"
 
 #endif
