@@ -15,6 +15,7 @@
 #include "frame/item_allocator.h"
 #include "frame/lock.h"
 #include "identifiers/reference_records.h"
+#include "text/character_case.h"
 #include "text/counted_string.h"
 #include "zrcore/lifecycle.h"
 
@@ -76,8 +77,9 @@ CGlobalData::~CGlobalData() {
 
 // ---- All objects with static storage, in order of construction ------------------------------------------------------
 
-constinit CSharedEmptyString g_emptyString;  // no code runs for this and the next two, at either end
-constinit CItemAllocatorSettings g_itemAllocators;
+constinit CSharedEmptyString g_emptyString;         // no code runs for it, at either end,
+constinit CItemAllocatorSettings g_itemAllocators;  // nor for this
+constinit CCharacterCase g_characterCase;           // read on first use, released here
 constinit CZrBlobMgr g_blobManager;
 static CErrorRegistry g_errorRegistry;
 static CGlobalData g_globalData;

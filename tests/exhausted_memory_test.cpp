@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <functional>
 #include <new>
 #include <set>
@@ -142,6 +143,39 @@ TEST(ExhaustedMemory, ReferencesThrowAndTheirTextIsNull) {
                             return Owned(string).string == nullptr;
                           }),
             1);
+}
+
+TEST(ExhaustedMemory, UnicodeCreatorsAnswerACodeAndRangeConvertersThrow) {
+  const std::function<ZRRESULT(ZRSTR*)> kCreators[] = {
+      [](ZRSTR* string) { return ZrCreateZRSTRfromUTF8("a", 1, string); },
+      [](ZRSTR* string) { return ZrUTF8toZRSTR("\x80", 1, string); },
+      [](ZRSTR* string) { return ZrCreateZRSTRfromUTF32(U"a", 1, string); },
+  };
+  for (const auto& create : kCreators) {
+    EXPECT_EQ(Exhaust<ZRRESULT>(ZR_R_NO_MEMORY,
+                                [&] {
+                                  ZRSTR string = reinterpret_cast<ZRSTR>(&string);
+                                  const ZRRESULT result = create(&string);
+                                  EXPECT_EQ(string == nullptr, ZR_FAILED(result));
+                                  ZrDestroyString(string);
+                                  return result;
+                                }),
+              1);
+  }
+  const char32_t point = U'a';
+  char* bytes = nullptr;
+  EXPECT_EQ(Exhaust<bool>(true,
+                          [&] {
+                            try {
+                              (void)ZrUTF32toUTF8(&point, &point + 1, 0, &bytes);
+                            } catch (const std::bad_alloc&) {
+                              EXPECT_EQ(bytes, nullptr);
+                              return true;
+                            }
+                            return false;
+                          }),
+            1);
+  std::free(bytes);
 }
 
 TEST(ExhaustedMemory, RecordsAndLocksThrow) {

@@ -77,6 +77,12 @@ TEST(Threads, ShareBlobs) {
   }
 }
 
+TEST(Threads, ReadTheLocaleOnce) {
+  Race([](int) {
+    if (ZrWCHARCompareNoCase(W("First"), W("fIRST")) != 0) ADD_FAILURE() << "a table that was not full yet";
+  });
+}
+
 TEST(Threads, LocksAndAtomicsLoseNothing) {
   ZRCRITICALSECTION lock = nullptr;
   ASSERT_EQ(ZrInitializeCriticalSection(&lock), ZR_R_OK);

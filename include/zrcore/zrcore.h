@@ -15,6 +15,7 @@
 #include "zrcore/reference.h"
 #include "zrcore/string.h"
 #include "zrcore/timespan.h"
+#include "zrcore/unicode.h"
 #include "zrcore/uuid.h"
 
 #endif

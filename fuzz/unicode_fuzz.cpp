@@ -1,0 +1,32 @@
+// Any bytes, read as text in all three forms: every layer does what the slow model of it does. The first four bytes
+// choose a length, a capacity and the byte behind the text.
+
+#include "fuzz/fuzz_support.h"
+#include "tests/support/unicode_check.h"
+
+static void Require(const char* claim) {
+  if (claim == nullptr) return;
+  std::fprintf(stderr, "%s\n", claim);
+  std::abort();
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  if (size < 4) return 0;
+  const uint8_t chosenLength = data[0], behind = data[1];
+  const int32_t capacity = data[2] | data[3] << 8;
+  data += 4;
+  size -= 4;
+
+  const std::vector<uint8_t> bytes(data, data + size);
+  const auto text = FuzzUnits(data, size);
+  const std::vector<WCHAR> units(text.begin(), text.end());
+  std::vector<char32_t> points(size / sizeof(char32_t));
+  if (!points.empty()) std::memcpy(points.data(), data, points.size() * sizeof(char32_t));
+
+  Require(CheckFromUtf8(bytes, behind));
+  Require(CheckFromUtf32(points));
+  const bool isPart = chosenLength != 0 && chosenLength <= units.size();
+  Require(CheckWriters(units, isPart ? chosenLength : -1, capacity));
+  Require(CheckRanges(std::vector<char>(bytes.begin(), bytes.end()), units, points));
+  return 0;
+}

@@ -1,0 +1,25 @@
+// What the system knows of text: case in the user's locale, and UTF-8 that is always well-formed.
+
+#pragma once
+
+#include <cstdint>
+
+#include "zrcore/base.h"
+
+// The process's default locale for characters, as the user's environment names it. Never null.
+using CharacterLocale = void*;
+
+// Should the environment name a locale that is not there, the C locale stands in. Null if there is no memory for it.
+[[nodiscard]] CharacterLocale PlatformOpenCharacterLocale() noexcept;
+
+// Null is ignored.
+void PlatformCloseCharacterLocale(CharacterLocale locale) noexcept;
+
+// One unit in the other case; itself if it has none. In a null locale only ASCII letters have case.
+[[nodiscard]] WCHAR PlatformToLower(CharacterLocale locale, WCHAR unit) noexcept;
+[[nodiscard]] WCHAR PlatformToUpper(CharacterLocale locale, WCHAR unit) noexcept;
+
+// Writes a zero-terminated text and its terminator as UTF-8; U+FFFD stands for each lone surrogate. Answers the bytes
+// written; the bytes needed if `size` is 0; 0 if `size` is negative, there is no buffer or it is the text itself, it is
+// too small, or the answer doesn't fit.
+[[nodiscard]] int32_t PlatformTextToUtf8(const WCHAR* text, char* buffer, int32_t size) noexcept;

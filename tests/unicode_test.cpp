@@ -1,0 +1,225 @@
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cstdlib>
+#include <cwctype>
+#include <random>
+
+#include "tests/support/text.h"
+#include "tests/support/unicode_check.h"
+
+// Before the library reads it, on first use: the one locale with more than ASCII letters that every system has.
+[[maybe_unused]] static const int g_locale = setenv("LC_ALL", "C.utf8", 1);
+
+struct Utf8Case {
+  const char* bytes;  // terminated; the byte behind an explicit length is the terminator
+  ZRRESULT result;
+  Units content;
+};
+
+TEST(Unicode, FromUtf8ValidatesLoosely) {
+  const Utf8Case kCases[] = {
+      {"a\xC3\xA9\xE9\x9B\xAA\xF0\x9F\xAA\x90", ZR_R_OK, W("a\x00E9\x96EA\xD83E\xDE90")},
+      {"\x80", ZR_R_OK, Units()},
+      {"good\xC3", ZR_R_OK, W("good\x00C0")},  // takes the byte behind
+      {"\xE2", ZR_R_FAILED, Units(1, 0)},
+      {"\xE2\x82", ZR_R_OK, W("\x2080")},
+      {"a\xF0\x9F\x98", ZR_R_OK, W("a\xD83D\xDE00")},
+      {"\xF0\x80\x80\xAF", ZR_R_FAILED, Units({WCHAR{0x2F}, WCHAR{0}})},
+      {"\xC0\x80", ZR_R_OK, Units(1, 0)},
+      {"\xED\xA0\x80", ZR_R_OK, Units(1, WCHAR{0xD800})},
+      {"\xFF\xBF\xBF\xBF", ZR_R_OK, Units({WCHAR{0xDFBF}, WCHAR{0xDFFF}})},
+      {"a\xC3\x28", ZR_R_OK, Units()},
+  };
+  for (const Utf8Case& c : kCases) {
+    for (bool isCounted : {false, true}) {
+      SCOPED_TRACE(testing::PrintToString(c.bytes));
+      ZRSTR string = nullptr;
+      const auto length = isCounted ? static_cast<int32_t>(std::strlen(c.bytes)) : -1;
+      EXPECT_EQ(ZrCreateZRSTRfromUTF8(c.bytes, length, &string), c.result);
+      const Owned owned(string);
+      EXPECT_EQ(ContentOf(string), c.content);
+      EXPECT_EQ(ZrStringRefCount(string), 1u) << "never the shared empty string";
+    }
+  }
+}
+
+TEST(Unicode, CreatorsAndWritersRefuse) {
+  ZRSTR string = nullptr;
+  const ZRSTR untouched = reinterpret_cast<ZRSTR>(&string);
+  const Owned shared(ZrCopyString(nullptr)), text(Units(W("a\xD800")));
+  string = untouched;
+  EXPECT_EQ(ZrCreateZRSTRfromUTF8(nullptr, 0, &string), ZR_R_INVALID_ARGUMENTS);
+  EXPECT_EQ(ZrCreateZRSTRfromUTF8("a", -2, &string), ZR_R_INVALID_ARGUMENTS);
+  EXPECT_EQ(ZrCreateZRSTRfromUTF32(nullptr, 0, &string), ZR_R_INVALID_ARGUMENTS);
+  EXPECT_EQ(ZrCreateZRSTRfromUTF32(U"a", INT32_MIN, &string), ZR_R_INVALID_ARGUMENTS);
+  EXPECT_EQ(ZrUTF8toZRSTR("a", 0, &string), ZR_R_INVALID_ARGUMENTS);
+  EXPECT_EQ(ZrUTF8toZRSTR(nullptr, 1, &string), ZR_R_INVALID_ARGUMENTS);
+  EXPECT_EQ(string, untouched);
+  EXPECT_EQ(ZrUTF8toZRSTR("a", 1, nullptr), ZR_R_INVALID_ARGUMENTS);
+  EXPECT_EQ(ZrCreateZRSTRfromUTF32(U"a", 1, nullptr), ZR_R_INVALID_ARGUMENTS);
+  for (int way = 0; way < 4; ++way) {
+    EXPECT_EQ(way == 0   ? ZrCreateZRSTRfromUTF8("a", 0, &string)
+              : way == 1 ? ZrCreateZRSTRfromUTF8("", -1, &string)
+              : way == 2 ? ZrUTF8toZRSTR("", -1, &string)
+                         : ZrCreateZRSTRfromUTF32(U"", -1, &string),
+              ZR_R_OK);
+    EXPECT_EQ(Owned(string).string, shared.string);
+  }
+
+  const auto checkWriter = [&](auto write, auto unit) {
+    decltype(unit) buffer[4] = {};
+    for (int32_t length : {0, -2, INT32_MIN}) {
+      int32_t capacity = -1;
+      EXPECT_EQ(write(text, length, buffer, &capacity), ZR_R_INVALID_ARGUMENTS);
+      EXPECT_EQ(capacity, -1);
+    }
+    int32_t capacity = -2;
+    EXPECT_EQ(write(text, -1, buffer, &capacity), ZR_R_INVALID_ARGUMENTS);
+    EXPECT_EQ(write(text, -1, buffer, nullptr), ZR_R_INVALID_ARGUMENTS);
+    for (capacity = 0; capacity < 2; ++capacity) {
+      EXPECT_EQ(write(text, -1, static_cast<decltype(&buffer[0])>(nullptr), &capacity), ZR_R_INVALID_ARGUMENTS);
+    }
+    capacity = -1;
+    EXPECT_EQ(write(nullptr, -1, buffer, &capacity), ZR_R_INVALID_ARGUMENTS) << "here null is no empty string";
+    EXPECT_EQ(write(shared, -1, buffer, &capacity), ZR_R_OK);
+    EXPECT_EQ(capacity, 1);
+  };
+  checkWriter(ZrCreateWCHARfromZRSTR, WCHAR{});
+  checkWriter(ZrCreateUTF16fromZRSTR, WCHAR{});
+  checkWriter(ZrCreateUTF32fomZRSTR, char32_t{});
+  checkWriter(ZrCreateUTF8fromZRSTR, char{});
+  int32_t capacity = -1;
+  EXPECT_EQ(ZrCreateWCHARfromZRSTR(text, INT32_MAX, nullptr, &capacity), ZR_R_INVALID_ARGUMENTS);
+  char byte = 'x';
+  capacity = 0;
+  EXPECT_EQ(ZrCreateUTF8fromZRSTR(text, -1, &byte, &capacity), ZR_R_FAILED);
+  EXPECT_EQ(byte, 'x');
+}
+
+// The published examples of what looks like a mistake: sizes that fail or cut, and limits that are one short.
+TEST(Unicode, OdditiesThatCallersRelyOn) {
+  const Owned snow(Units(W("\x96EA")));
+  char bytes[8] = "xxxxxxx";
+  int32_t capacity = 2;
+  EXPECT_EQ(ZrCreateUTF8fromZRSTR(snow, -1, bytes, &capacity), ZR_R_OK);
+  EXPECT_EQ(std::string(bytes, 3), std::string("\xE9\0x", 3)) << "cut inside a character";
+  capacity = 5;
+  EXPECT_EQ(ZrCreateUTF8fromZRSTR(snow, -1, bytes, &capacity), ZR_R_FAILED) << "too large";
+  EXPECT_EQ(std::string(bytes, 5), "\xE9\x9B\xAAxx");
+
+  const std::vector<char32_t> kLimits[] = {{0x7F}, {0x7FF}, {0xFFFF}, {0x1FFFFE}, {0x1FFFFF}};
+  const char* kBytes[] = {"\xC1\xBF", "\xE0\x9F\xBF", "\xF0\x8F\xBF\xBF", "\xF7\xBF\xBF\xBE", nullptr};
+  for (size_t i = 0; i < std::size(kBytes); ++i) {
+    char* buffer = nullptr;
+    const ZRRESULT result = ZrUTF32toUTF8(kLimits[i].data(), kLimits[i].data() + 1, 0, &buffer);
+    EXPECT_EQ(result, kBytes[i] ? ZR_R_OK : ZR_R_INVALID_ARGUMENTS);
+    EXPECT_STREQ(buffer, kBytes[i] ? kBytes[i] : "");
+    std::free(buffer);
+  }
+  char32_t* points = nullptr;
+  const WCHAR units[3] = {};
+  EXPECT_EQ(ZrUTF16toUTF32(units + 1, units, 0, &points), ZR_R_INVALID_ARGUMENTS);
+  EXPECT_EQ(points, nullptr);
+  EXPECT_EQ(ZrUTF16toUTF32(units, units, 0, nullptr), ZR_R_INVALID_ARGUMENTS);
+  EXPECT_EQ(ZrUTF16toUTF32(nullptr, nullptr, 0, &points), ZR_R_OK);
+  EXPECT_EQ(points[0], 0u);
+  std::free(points);
+
+  WCHAR copy[4] = {1, 2, 3, 4};
+  EXPECT_EQ(ZrCopyZRSTR2WCHAR(snow, copy, 0), ZR_R_INVALID_ARGUMENTS);
+  EXPECT_EQ(ZrCopyZRSTR2WCHAR(nullptr, copy, 1), ZR_R_INVALID_ARGUMENTS);
+  EXPECT_EQ(ZrCopyWCHAR2ZRSTR(copy, nullptr, 1), ZR_R_INVALID_ARGUMENTS);
+  EXPECT_EQ(ZrCopyZRSTR2WCHAR(snow, copy, 2), ZR_R_OK);
+  EXPECT_EQ(Units(copy, 4), Units({WCHAR{0x96EA}, WCHAR{0}, WCHAR{3}, WCHAR{4}}));
+  EXPECT_EQ(ZrCopyWCHAR2ZRSTR(W("ab"), copy, 1), ZR_R_OK);
+  EXPECT_EQ(copy[1], 0);
+  EXPECT_EQ(ZrZRSTRtoUTF8(nullptr, bytes, 8), 0);
+  EXPECT_EQ(ZrZRSTRtoUTF8(snow, nullptr, 8), 0);
+  EXPECT_EQ(ZrZRSTRtoUTF8(snow, bytes, -1), 0);
+}
+
+// Texts of one kind, mixed, torn and noisy, at lengths around those of the vectors.
+TEST(Unicode, AllLayersDoWhatTheModelDoes) {
+  std::mt19937 random(2026);
+  static constexpr char32_t kFirst[] = {0x20, 0x20, 0xA0, 0x7F0, 0x4E00, 0xFFF0, 0x1F600, 0xD7FE};
+  static constexpr char32_t kCount[] = {0x5F, 0x5F, 0x60, 0x20, 0x100, 0x20, 0x50, 0x804};
+  const auto pick = [&random](size_t below) { return random() % below; };
+  for (int round = 0; round < 6000; ++round) {
+    std::vector<char32_t> points(pick(pick(8) == 0 ? 200 : 40));
+    const size_t only = pick(2 * std::size(kFirst));
+    for (char32_t& point : points) {
+      const size_t kind = only < std::size(kFirst) ? (pick(12) != 0 ? only : 0) : pick(std::size(kFirst));
+      point = kFirst[kind] + static_cast<char32_t>(pick(kCount[kind]));
+    }
+    std::vector<WCHAR> units = model::StringFromUtf32(points);
+    std::vector<uint8_t> bytes;
+    for (char32_t point : points) {
+      for (char byte : model::Sequence(point, point < 0x80 ? 1 : point < 0x800 ? 2 : point < 0x10000 ? 3 : 4)) {
+        bytes.push_back(static_cast<uint8_t>(byte));
+      }
+    }
+    if (pick(2) == 0) {  // torn: a cut, a wild value
+      if (!bytes.empty()) bytes.resize(bytes.size() - pick(std::min<size_t>(bytes.size(), 4)));
+      if (pick(2) == 0 && !bytes.empty()) bytes[pick(bytes.size())] = static_cast<uint8_t>(random());
+      if (!units.empty()) units[pick(units.size())] = static_cast<WCHAR>(pick(2) == 0 ? 0xD800 + pick(0x800) : pick(2));
+      if (!points.empty()) points[pick(points.size())] = static_cast<char32_t>(random());
+    }
+    const auto length = pick(2) == 0 || units.empty() ? -1 : static_cast<int32_t>(1 + pick(units.size()));
+    const char* claim = CheckFromUtf8(bytes, static_cast<uint8_t>(random()));
+    if (claim == nullptr) claim = CheckFromUtf32(points);
+    if (claim == nullptr) claim = CheckWriters(units, length, static_cast<int32_t>(pick(300)));
+    if (claim == nullptr) claim = CheckRanges(std::vector<char>(bytes.begin(), bytes.end()), units, points);
+    ASSERT_EQ(claim, nullptr) << "round " << round;
+  }
+}
+
+#if !defined(_WIN32)
+// Every unit by the system's own mapping of single characters.
+TEST(Unicode, CaseIsThatOfTheUsersLocale) {
+  const locale_t locale = newlocale(LC_CTYPE_MASK, "", locale_t{});
+  ASSERT_NE(locale, locale_t{});
+  EXPECT_EQ(towlower_l(0xC9, locale), 0xE9u) << "a locale with more than ASCII";
+  const auto lowered = [locale](Units text) {
+    for (WCHAR& unit : text) unit = static_cast<WCHAR>(towlower_l(unit, locale));
+    return text;
+  };
+  for (uint32_t first = 1; first < 0x10000; first += 29) {  // spans that end anywhere in a vector
+    Units text, upper;
+    for (uint32_t unit = first; unit < std::min(first + 29, 0x10000u); ++unit) text += static_cast<WCHAR>(unit);
+    for (WCHAR unit : text) upper += static_cast<WCHAR>(towupper_l(unit, locale));
+    const std::vector<WCHAR> original(text.c_str(), text.c_str() + text.size() + 1);
+    std::vector<WCHAR> changed = original;
+    EXPECT_EQ(ZrWCHARToLower(changed.data()), ZR_R_OK);
+    EXPECT_EQ(Units(changed.data()), lowered(text));
+    EXPECT_EQ(ZrWCHARCompareNoCase(changed.data(), original.data()), 0);
+    changed = original;
+    EXPECT_EQ(ZrWCHARToUpper(changed.data()), ZR_R_OK);
+    EXPECT_EQ(Units(changed.data()), upper);
+  }
+
+  std::mt19937 random(5);
+  static constexpr char16_t kUnits[] = u"aAzZ@[`{iI\xC9\xE9\x130\x131\x212A\x4E16\xD83E\xDE90";
+  for (int round = 0; round < 20000; ++round) {
+    Units left(random() % 40, WCHAR{0});
+    for (WCHAR& unit : left) unit = static_cast<WCHAR>(kUnits[random() % (std::size(kUnits) - 1)]);
+    Units right = left;
+    if (random() % 2 == 0) right = lowered(right);
+    if (random() % 2 == 0 && !right.empty()) right[random() % right.size()] = static_cast<WCHAR>('a' + random() % 3);
+    if (random() % 4 == 0) right.resize(random() % (right.size() + 1));
+    // Exact blocks, at every distance from a vector's boundary.
+    const size_t shift = random() % 8;
+    std::vector<WCHAR> exact(shift + left.size() + 1);
+    std::copy_n(left.c_str(), left.size() + 1, exact.begin() + static_cast<std::ptrdiff_t>(shift));
+    const int expected = lowered(left).compare(lowered(right));
+    const int32_t order = ZrWCHARCompareNoCase(exact.data() + shift, right.c_str());
+    ASSERT_EQ((order > 0) - (order < 0), (expected > 0) - (expected < 0)) << "round " << round;
+  }
+  EXPECT_EQ(ZrWCHARCompareNoCase(nullptr, nullptr), 0);
+  EXPECT_EQ(ZrWCHARCompareNoCase(nullptr, W("")), -1);
+  EXPECT_EQ(ZrWCHARCompareNoCase(W(""), nullptr), 1);
+  EXPECT_EQ(ZrWCHARToLower(nullptr), ZR_R_INVALID_ARGUMENTS);
+  EXPECT_EQ(ZrWCHARToUpper(nullptr), ZR_R_INVALID_ARGUMENTS);
+  freelocale(locale);
+}
+#endif

@@ -1,0 +1,207 @@
+// Strings of UTF-32 and UTF-8: one pass counts the units, a block of exactly that size is made, a second pass fills it.
+//
+// For UTF-8 the first pass is also the only check: every lead byte is followed by its continuation bytes, unless the
+// text ends before, and no other byte is a continuation byte. The second pass relies on that and doesn't look again.
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <limits>
+
+#include "text/counted_string.h"
+#include "text/unicode_forms.h"
+#include "zrcore/unicode.h"
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+static constexpr std::size_t kMostUnits = std::numeric_limits<int32_t>::max();
+static constexpr std::size_t kBad = std::numeric_limits<std::size_t>::max();
+
+static ZRRESULT GiveSharedEmpty(ZRSTR* string) noexcept {
+  *string = ShareString(nullptr);
+  return ZR_R_OK;
+}
+
+// A new string with room for `units` and its terminator in place.
+static ZRSTR MakeRoom(std::size_t units) noexcept {
+  ZRSTR string = AllocateString((units + 1) * sizeof(WCHAR));
+  if (string != nullptr) string[units] = 0;
+  return string;
+}
+
+// ---- UTF-8: counting -----------------------------------------------------------------------------------------------
+
+// The continuation bytes that what stands in front of `at` still asks for, given that all of it is good.
+static std::size_t NeededAt(const unsigned char* text, std::size_t at) noexcept {
+  for (std::size_t back = 1; back <= 3 && back <= at; ++back) {
+    const unsigned char byte = text[at - back];
+    if (byte < 0x80) return 0;
+    if (byte >= 0xC0) return TailBytes(byte) >= back ? TailBytes(byte) - back + 1 : 0;
+  }
+  return 0;
+}
+
+#if defined(__SSE2__)
+// Counts and checks whole vectors. A byte has to be a continuation byte if the byte before it leads two or more, the
+// one before that three or more, or the third four, and else must not be one. With that, a text has a unit for each
+// byte that is no continuation byte, and one more for each that leads four.
+class CVectorCount {
+ public:
+  // `count` vectors from `at` on; none, if they are all ASCII and nothing is asked for, costs less.
+  bool TakeAscii64(const unsigned char* text, std::size_t at) noexcept {
+    const __m128i all = _mm_or_si128(_mm_or_si128(Load(text + at), Load(text + at + 16)),
+                                     _mm_or_si128(Load(text + at + 32), Load(text + at + 48)));
+    if (_mm_movemask_epi8(all) != 0 || NeededAt(text, at) != 0) return false;
+    units_ += 64;
+    return true;
+  }
+
+  void Take(const unsigned char* text, std::size_t at, std::size_t vectors) noexcept {
+    __m128i units = _mm_set1_epi8(static_cast<char>(vectors));  // a byte for each column; at most twice `vectors`
+    for (const std::size_t end = at + vectors * 16; at < end; at += 16) {
+      const __m128i bytes = Load(text + at);
+      // In front of the text stands nothing that asks for anything.
+      const __m128i before1 = at != 0 ? Load(text + at - 1) : _mm_slli_si128(bytes, 1);
+      const __m128i before2 = at != 0 ? Load(text + at - 2) : _mm_slli_si128(bytes, 2);
+      const __m128i before3 = at != 0 ? Load(text + at - 3) : _mm_slli_si128(bytes, 3);
+      const __m128i asked = _mm_or_si128(_mm_subs_epu8(before1, Each(0xBF)),
+                                         _mm_or_si128(_mm_subs_epu8(before2, Each(0xDF)), AboveEF(before3)));
+      const __m128i isNotAsked = _mm_cmpeq_epi8(asked, _mm_setzero_si128());
+      const __m128i isTail = _mm_cmplt_epi8(bytes, Each(0xC0));  // as signed bytes those from 0x80 to 0xBF
+      bad_ = _mm_or_si128(bad_, _mm_cmpeq_epi8(isNotAsked, isTail));
+      const __m128i leadsFour = _mm_min_epu8(AboveEF(bytes), Each(1));
+      units = _mm_add_epi8(_mm_add_epi8(units, isTail), leadsFour);
+    }
+    const __m128i halves = _mm_sad_epu8(units, _mm_setzero_si128());
+    units_ += static_cast<std::size_t>(_mm_cvtsi128_si32(halves) + _mm_extract_epi16(halves, 4));
+  }
+
+  bool IsGood() const noexcept { return _mm_movemask_epi8(bad_) == 0; }
+  std::size_t Units() const noexcept { return units_; }
+
+ private:
+  static __m128i Load(const unsigned char* at) noexcept {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+  }
+  static __m128i Each(int byte) noexcept { return _mm_set1_epi8(static_cast<char>(byte)); }
+  static __m128i AboveEF(__m128i bytes) noexcept { return _mm_subs_epu8(bytes, Each(0xEF)); }
+
+  __m128i bad_ = _mm_setzero_si128();
+  std::size_t units_ = 0;
+};
+#endif
+
+// The units of the text, or kBad.
+static std::size_t CountUnits(const unsigned char* text, std::size_t size) noexcept {
+  std::size_t at = 0, units = 0;
+#if defined(__SSE2__)
+  CVectorCount count;
+  for (; size - at >= 64; at += 64) {
+    if (!count.TakeAscii64(text, at)) count.Take(text, at, 4);
+  }
+  if (const std::size_t vectors = (size - at) / 16; vectors != 0) {
+    count.Take(text, at, vectors);
+    at += vectors * 16;
+  }
+  if (!count.IsGood()) return kBad;
+  units = count.Units();
+#endif
+  for (std::size_t needed = NeededAt(text, at); at < size; ++at) {
+    const unsigned char byte = text[at];
+    const bool isTail = byte >= 0x80 && byte < 0xC0;
+    if (isTail != (needed != 0)) return kBad;
+    if (isTail) {
+      --needed;
+    } else {
+      units += byte < 0xF0 ? 1 : 2;
+      needed = byte < 0x80 ? 0 : TailBytes(byte);
+    }
+  }
+  return units;
+}
+
+// ---- UTF-8: decoding -----------------------------------------------------------------------------------------------
+
+static WCHAR* StoreCodePoint(WCHAR* to, char32_t codePoint) noexcept {
+  if (codePoint > 0xFFFF) return StorePair(to, codePoint);
+  *to = static_cast<WCHAR>(codePoint);
+  return to + 1;
+}
+
+// Fills [to, toEnd), which is what the text was counted to yield, and answers the place behind the last unit stored.
+static WCHAR* Decode(const unsigned char* at, const unsigned char* end, WCHAR* to, const WCHAR* toEnd) noexcept {
+#if defined(__SSE2__)
+  const __m128i zero = _mm_setzero_si128();
+  while (end - at >= 16 && toEnd - to >= 16) {
+    // All sixteen are stored, and what follows the ASCII among them is stored over again.
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_unpacklo_epi8(bytes, zero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to + 8), _mm_unpackhi_epi8(bytes, zero));
+    const auto mask = static_cast<unsigned>(_mm_movemask_epi8(bytes));
+    const int ascii = mask != 0 ? std::countr_zero(mask) : 16;
+    at += ascii;
+    to += ascii;
+    // Where four bytes are left, no sequence ends beyond them.
+    while (end - at >= 4 && *at >= 0x80) {
+      const std::size_t tailBytes = TailBytes(*at);
+      to = StoreCodePoint(to, SequenceValue(at, tailBytes));
+      at += tailBytes + 1;
+    }
+  }
+#endif
+  while (at < end && to < toEnd) {
+    if (*at < 0x80) {
+      *to++ = *at++;
+      continue;
+    }
+    // A sequence that lacks one byte takes the one behind the text.
+    const std::size_t tailBytes = TailBytes(*at);
+    if (static_cast<std::size_t>(end - at) < tailBytes) break;
+    to = StoreCodePoint(to, SequenceValue(at, tailBytes));
+    at += tailBytes + 1;
+  }
+  return to;
+}
+
+// ---- The exports ---------------------------------------------------------------------------------------------------
+
+ZRRESULT ZrCreateZRSTRfromUTF32(const char32_t* text, int32_t length, ZRSTR* string) noexcept {
+  if (text == nullptr || string == nullptr || length < -1) return ZR_R_INVALID_ARGUMENTS;
+  auto size = static_cast<std::size_t>(length);
+  if (length == -1) {
+    for (size = 0; text[size] != 0;) ++size;
+  }
+  if (size == 0) return GiveSharedEmpty(string);
+
+  std::size_t units = size;
+  for (std::size_t at = 0; at < size; ++at) units += text[at] > 0xFFFF;
+  if (units > kMostUnits) return ZR_R_INVALID_ARGUMENTS;
+  ZRSTR made = *string = MakeRoom(units);
+  if (made == nullptr) return ZR_R_NO_MEMORY;
+  for (std::size_t at = 0; at < size; ++at) made = StoreCodePoint(made, text[at]);
+  return ZR_R_OK;
+}
+
+ZRRESULT ZrCreateZRSTRfromUTF8(const char* text, int32_t length, ZRSTR* string) noexcept {
+  if (text == nullptr || string == nullptr || length < -1) return ZR_R_INVALID_ARGUMENTS;
+  const std::size_t size = length == -1 ? std::strlen(text) : static_cast<std::size_t>(length);
+  if (size == 0) return GiveSharedEmpty(string);
+
+  const auto* bytes = reinterpret_cast<const unsigned char*>(text);
+  std::size_t units = CountUnits(bytes, size);
+  if (units == kBad) units = 0;
+  if (units > kMostUnits) return ZR_R_INVALID_ARGUMENTS;
+  ZRSTR made = *string = MakeRoom(units);
+  if (made == nullptr) return ZR_R_NO_MEMORY;
+  WCHAR* const end = made + units;
+  WCHAR* const stored = Decode(bytes, bytes + size, made, end);
+  std::fill(stored, end, WCHAR{0});
+  return stored == end ? ZR_R_OK : ZR_R_FAILED;
+}
+
+ZRRESULT ZrUTF8toZRSTR(const char* text, int32_t length, ZRSTR* string) noexcept {
+  if (length == 0) return ZR_R_INVALID_ARGUMENTS;
+  return ZrCreateZRSTRfromUTF8(text, length, string);
+}
