@@ -22,6 +22,7 @@
 
 void CallRows();
 void StringRows();
+void UnicodeRows();
 void UuidRows();
 void LockRows();
 void AtomicRows();
