@@ -23,6 +23,7 @@
 void BlobRows();
 void CallRows();
 void StringRows();
+void UnicodeRows();
 void UuidRows();
 void MemoryRows();
 void ReferenceRows();

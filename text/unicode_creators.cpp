@@ -130,37 +130,86 @@ static WCHAR* StoreCodePoint(WCHAR* to, char32_t codePoint) noexcept {
   return to + 1;
 }
 
+// One whole sequence; answers how many bytes it had. Each length is a branch of its own: where the next sequence begins
+// is then a guess that is mostly right, and not the end of a chain of computation.
+static std::size_t DecodeSequence(const unsigned char* at, WCHAR*& to) noexcept {
+  if (*at < 0xE0) {
+    *to++ = static_cast<WCHAR>(SequenceValue(at, 1));
+    return 2;
+  }
+  if (*at < 0xF0) {
+    *to++ = static_cast<WCHAR>(SequenceValue(at, 2));
+    return 3;
+  }
+  to = StoreCodePoint(to, SequenceValue(at, 3));
+  return 4;
+}
+
+#if defined(__SSE2__)
+// Stores sixteen bytes as units. Where they are not all ASCII, what follows the first others is stored over again.
+static void Widen(const unsigned char* at, WCHAR* to) noexcept {
+  const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(to + 8), _mm_unpackhi_epi8(bytes, _mm_setzero_si128()));
+}
+
+static unsigned BeyondAscii(const unsigned char* at) noexcept {
+  return static_cast<unsigned>(_mm_movemask_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(at))));
+}
+
+// Decodes in steps of a fixed sixteen bytes, so that the next vector is loaded while this one is still being taken
+// apart; a sequence may reach into the next step. Stops where fewer than two vectors are left on either side.
+static void DecodeVectors(const unsigned char*& at, const unsigned char* end, WCHAR*& to, const WCHAR* toEnd) noexcept {
+  std::size_t taken = 0;  // of this step, by the sequence before
+  for (; end - at >= 32 && toEnd - to >= 32; at += 16) {
+    while (taken == 0 && end - at >= 64 && toEnd - to >= 64 && (BeyondAscii(at) | BeyondAscii(at + 16)) == 0) {
+      Widen(at, to);
+      Widen(at + 16, to + 16);
+      at += 32;
+      to += 32;
+    }
+    unsigned others = BeyondAscii(at) >> taken;
+    while (taken < 16) {
+      if ((others & 1) == 0) {
+        Widen(at + taken, to);
+        const std::size_t ascii = others != 0 ? static_cast<std::size_t>(std::countr_zero(others)) : 16 - taken;
+        to += ascii;
+        taken += ascii;
+        others >>= ascii;
+        if (others == 0) break;
+      }
+      const std::size_t bytes = DecodeSequence(at + taken, to);
+      taken += bytes;
+      others >>= bytes;
+    }
+    taken -= 16;
+  }
+  at += taken;
+}
+#else
+static void DecodeVectors(const unsigned char*&, const unsigned char*, WCHAR*&, const WCHAR*) noexcept {}
+#endif
+
 // Fills [to, toEnd), which is what the text was counted to yield, and answers the place behind the last unit stored.
 static WCHAR* Decode(const unsigned char* at, const unsigned char* end, WCHAR* to, const WCHAR* toEnd) noexcept {
-#if defined(__SSE2__)
-  const __m128i zero = _mm_setzero_si128();
-  while (end - at >= 16 && toEnd - to >= 16) {
-    // All sixteen are stored, and what follows the ASCII among them is stored over again.
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_unpacklo_epi8(bytes, zero));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(to + 8), _mm_unpackhi_epi8(bytes, zero));
-    const auto mask = static_cast<unsigned>(_mm_movemask_epi8(bytes));
-    const int ascii = mask != 0 ? std::countr_zero(mask) : 16;
-    at += ascii;
-    to += ascii;
-    // Where four bytes are left, no sequence ends beyond them.
-    while (end - at >= 4 && *at >= 0x80) {
-      const std::size_t tailBytes = TailBytes(*at);
-      to = StoreCodePoint(to, SequenceValue(at, tailBytes));
-      at += tailBytes + 1;
-    }
-  }
-#endif
+  DecodeVectors(at, end, to, toEnd);
   while (at < end && to < toEnd) {
     if (*at < 0x80) {
+#if defined(__SSE2__)
+      if (end - at >= 16 && toEnd - to >= 16) {
+        Widen(at, to);
+        const int ascii = std::countr_zero(BeyondAscii(at) | 0x10000);
+        at += ascii;
+        to += ascii;
+        continue;
+      }
+#endif
       *to++ = *at++;
       continue;
     }
     // A sequence that lacks one byte takes the one behind the text.
-    const std::size_t tailBytes = TailBytes(*at);
-    if (static_cast<std::size_t>(end - at) < tailBytes) break;
-    to = StoreCodePoint(to, SequenceValue(at, tailBytes));
-    at += tailBytes + 1;
+    if (static_cast<std::size_t>(end - at) < TailBytes(*at)) break;
+    at += DecodeSequence(at, to);
   }
   return to;
 }

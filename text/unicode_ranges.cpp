@@ -12,7 +12,8 @@ template <class From, class To, class Step>
 static ZRRESULT Convert(const From* begin, const From* end, uint8_t stopAtZero, To** buffer, std::size_t unitsForEach,
                         Step step) {
   if (buffer == nullptr || std::less<>()(end, begin)) return ZR_R_INVALID_ARGUMENTS;
-  const std::size_t room = (begin != nullptr ? static_cast<std::size_t>(end - begin) : 0) * unitsForEach + 1;
+  if (begin == nullptr && end != nullptr) return ZR_R_INVALID_ARGUMENTS;  // no range
+  const std::size_t room = static_cast<std::size_t>(end - begin) * unitsForEach + 1;
   To* const made = static_cast<To*>(AllocateOrThrow(room * sizeof(To)));
   *buffer = made;
   To* to = made;

@@ -157,29 +157,98 @@ static char32_t TakeMerged(const WCHAR*& at) noexcept {
   return IsSurrogate(unit) ? MergeUnits(unit, *at++) : char32_t{unit};
 }
 
+#if defined(__SSE2__)
+// Stores sixteen units as bytes; those beyond ASCII as anything.
+static void Narrow(const WCHAR* at, unsigned char* to) noexcept {
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_packus_epi16(LoadUnits(at), LoadUnits(at + 8)));
+}
+
+static unsigned OthersThanAscii(const WCHAR* at) noexcept {
+  const __m128i isAscii = _mm_packs_epi16(IsZero(BeyondAscii(LoadUnits(at))), IsZero(BeyondAscii(LoadUnits(at + 8))));
+  return static_cast<unsigned>(_mm_movemask_epi8(isAscii)) ^ 0xFFFF;
+}
+
+// The character at `at`, not ASCII, into a room of four bytes. Each length is a branch of its own, so that where the
+// next character goes is mostly guessed right and needs no waiting.
+static std::size_t EncodeCharacter(const WCHAR* at, unsigned char*& to) noexcept {
+  const WCHAR unit = *at;
+  if (unit < 0x800) {
+    StoreSequence(to, unit, 2);
+    to += 2;
+    return 1;
+  }
+  if (!IsSurrogate(unit)) {
+    StoreSequence(to, unit, 3);
+    to += 3;
+    return 1;
+  }
+  const char32_t codePoint = MergeUnits(unit, at[1]);
+  const std::size_t size = SequenceSize(codePoint);
+  StoreSequence(to, codePoint, size);
+  to += size;
+  return 2;
+}
+
+// Encodes in steps of a fixed sixteen units, as long as the end of neither side is near. The last unit of the text is
+// not among those looked at, so each of them yields a byte at least, and nothing of the sixteen bytes stored at once
+// lies behind what is written in the end.
+static void EncodeVectors(const WCHAR*& at, const WCHAR* end, unsigned char*& to, const unsigned char* toEnd) noexcept {
+  std::size_t taken = 0;  // of this step, by the pair before
+  for (; end - at > 32 && toEnd - to >= 64; at += 16) {
+    while (taken == 0 && end - at > 64 && toEnd - to >= 96 && (OthersThanAscii(at) | OthersThanAscii(at + 16)) == 0) {
+      Narrow(at, to);
+      Narrow(at + 16, to + 16);
+      at += 32;
+      to += 32;
+    }
+    unsigned others = OthersThanAscii(at) >> taken;
+    while (taken < 16) {
+      if ((others & 1) == 0) {
+        Narrow(at + taken, to);
+        const std::size_t ascii = others != 0 ? static_cast<std::size_t>(std::countr_zero(others)) : 16 - taken;
+        to += ascii;
+        taken += ascii;
+        others >>= ascii;
+        if (others == 0) break;
+      }
+      const std::size_t units = EncodeCharacter(at + taken, to);
+      taken += units;
+      others >>= units;
+    }
+    taken -= 16;
+  }
+  at += taken;
+}
+#else
+static void EncodeVectors(const WCHAR*&, const WCHAR*, unsigned char*&, const unsigned char*) noexcept {}
+#endif
+
 // Writes at most `limit` bytes and answers how many; 0 if it comes to a surrogate in the last place.
 static std::size_t EncodeUtf8(const WCHAR* at, const WCHAR* end, unsigned char* buffer, std::size_t limit) noexcept {
   unsigned char* to = buffer;
   unsigned char* const toEnd = buffer + limit;
-#if defined(__SSE2__)
-  // More than sixteen units: the last one of the text is not among those looked at, so each of them yields a byte at
-  // least, and nothing of the sixteen bytes stored lies behind what is written in the end.
-  while (end - at > 16 && toEnd - to >= 16) {
-    const __m128i first = LoadUnits(at), second = LoadUnits(at + 8);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_packus_epi16(first, second));
-    const __m128i isAscii = _mm_packs_epi16(IsZero(BeyondAscii(first)), IsZero(BeyondAscii(second)));
-    const int ascii = std::countr_one(static_cast<unsigned>(_mm_movemask_epi8(isAscii)));
-    at += ascii;
-    to += ascii;
-    while (end - at >= 2 && toEnd - to >= 4 && *at >= 0x80) {
-      const char32_t codePoint = TakeMerged(at);
-      const std::size_t size = SequenceSize(codePoint);
-      StoreSequence(to, codePoint, size);
-      to += size;
-    }
-  }
-#endif
+  EncodeVectors(at, end, to, toEnd);
   while (at < end && to < toEnd) {
+#if defined(__SSE2__)
+    if (*at < 0x80 && end - at >= 16 && toEnd - to >= 16) {
+      const unsigned others = OthersThanAscii(at);
+      if (others == 0 || end - at > 16) {
+        Narrow(at, to);
+        const int ascii = std::countr_zero(others | 0x10000);
+        at += ascii;
+        to += ascii;
+        continue;
+      }
+    }
+    if (*at >= 0x80 && end - at >= 2 && toEnd - to >= 4) {
+      at += EncodeCharacter(at, to);
+      continue;
+    }
+#endif
+    if (*at < 0x80) {
+      *to++ = static_cast<unsigned char>(*at++);
+      continue;
+    }
     if (IsSurrogate(*at) && at + 1 == end) return 0;
     const char32_t codePoint = TakeMerged(at);
     unsigned char sequence[kMostSequenceBytes] = {};

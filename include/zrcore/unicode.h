@@ -125,9 +125,10 @@ ZR_API ZRRESULT ZrCreateUTF8fromZRSTR(ZRSTR source, int32_t length, char* buffer
 // With a `stopAtZero` other than 0 a zero unit ends the text; with 0 it is converted like any other. A zero unit that a
 // surrogate or a lead byte has taken for its second half never ends it.
 //
-// All answer ZR_R_OK; ZR_R_INVALID_ARGUMENTS, with `*buffer` untouched, if `buffer` is null or `begin` is behind `end`;
-// ZR_R_INVALID_ARGUMENTS too for what each refuses: `*buffer` is given then all the same, with what was converted so
-// far. They throw std::bad_alloc, with `*buffer` untouched, when the new-handler can't help. One allocation.
+// All answer ZR_R_OK; ZR_R_INVALID_ARGUMENTS, with `*buffer` untouched, if `buffer` is null, `begin` is behind `end` or
+// `begin` alone is null; ZR_R_INVALID_ARGUMENTS too for what each refuses: `*buffer` is given then all the same, with
+// what was converted so far. They throw std::bad_alloc, with `*buffer` untouched, when the new-handler can't help. One
+// allocation.
 
 /// ZrUTF16toUTF32 merges every surrogate with the unit behind it, pair or not, and takes other units as they are.
 ///
