@@ -241,6 +241,13 @@ static void AppendRows() {
       Consume(v.data());
     }
   });
+  Row(operation, "std::string push_back", [] {
+    std::string s(1, 'x');
+    for (int i = 0; i < kAppends; ++i) {
+      s.push_back('y');
+      Consume(s.data());
+    }
+  });
   Row(operation, "std::string append(pointer, 1)", [] {
     std::string s(1, 'x');
     for (int i = 0; i < kAppends; ++i) {
@@ -249,6 +256,13 @@ static void AppendRows() {
     }
   });
 #if BENCH_QT
+  Row(operation, "QByteArray append", [] {
+    QByteArray array(1, 'x');
+    for (int i = 0; i < kAppends; ++i) {
+      array.append('y');
+      Consume(array);
+    }
+  });
   Row(operation, "QByteArray append(pointer, 1)", [] {
     QByteArray array(1, 'x');
     for (int i = 0; i < kAppends; ++i) {
@@ -268,6 +282,15 @@ static void AppendRows() {
     g_byte_array_unref(array);
   });
 #endif
+  Row(operation, "floor by contract", [] {
+    auto* buffer = static_cast<uint8_t*>(std::malloc(kAppends));
+    for (int i = 0; i < kAppends; ++i) {
+      BoundaryNothing();
+      buffer[i] = 'y';
+      Consume(buffer);
+    }
+    std::free(buffer);
+  });
   Row(operation, "floor", [] {
     auto* buffer = static_cast<uint8_t*>(std::malloc(kAppends));
     for (int i = 0; i < kAppends; ++i) {

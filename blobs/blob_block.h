@@ -56,7 +56,8 @@ struct ZrBlobBlock {
  private:
   uint32_t Available(uint32_t offset, uint32_t count) const noexcept;
   void EnsureCapacity(uint32_t needed) {
-    if (needed > capacity) Grow(needed);
+    if (needed > capacity) [[unlikely]]
+      Grow(needed);
   }
   void Grow(uint32_t needed);
   void Free() noexcept;

@@ -46,6 +46,8 @@ class CZrBlobElement final {
   ZrBlobBlock* block_ = nullptr;
 };
 
+static_assert(sizeof(CZrBlobElement) == 16);
+
 struct tagZRBLOB {
   tagZRBLOB() noexcept = default;
   explicit tagZRBLOB(CZrBlobElement* owned) noexcept : block(owned->Block()), element(owned) {}

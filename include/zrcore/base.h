@@ -73,7 +73,7 @@ typedef int32_t ZRRESULT;
 #define ZR_R_TIMEOUT                    ZR_RESULT_CODE(0x80000003u)  ///< (module)
 #define ZR_R_INVALID_ARGUMENTS          ZR_RESULT_CODE(0x80000004u)  ///< an argument is null or out of its range
 #define ZR_R_ACCESS_DENIED              ZR_RESULT_CODE(0x80000005u)  ///< (module)
-#define ZR_R_INVALID_POINTER            ZR_RESULT_CODE(0x80000006u)  ///< a null record or handle of a variant or an array
+#define ZR_R_INVALID_POINTER            ZR_RESULT_CODE(0x80000006u)  ///< a null variant or array, or a null blob to destroy
 #define ZR_R_FILE_NOT_FOUND             ZR_RESULT_CODE(0x80000007u)  ///< a module file could not be loaded, for any reason
 #define ZR_R_NO_INIT                    ZR_RESULT_CODE(0x80000008u)  ///< ZrInitialize has not been called
 #define ZR_R_NO_INTERFACE               ZR_RESULT_CODE(0x80000009u)  ///< (module)
