@@ -48,6 +48,12 @@ struct IBodyTable : IZrUnknown {
   ///         ZR_R_NO_MEMORY.
   virtual ZRRESULT Render(uint32_t width, ZRSTR* text) = 0;
 
+  /// Clear forgets all lines, and gives back the strings and the values that were made of them.
+  virtual void Clear() = 0;
+
+  /// Handles tells how many UUIDs, REFs and blobs the module's values hold at this moment, those of all its objects.
+  virtual uint32_t Handles() = 0;
+
  protected:
   ~IBodyTable() = default;
 };

@@ -133,10 +133,12 @@ static bool Run(const Arguments& arguments) {
   (void)ZrUninitialize();
   const uint32_t discoveryCount = discovery->Release();
 
-  const bool isBalanced = objectCount == 0 && discoveryCount == 0 && book.Outstanding() == 0;
+  const bool isBalanced =
+      objectCount == 0 && discoveryCount == 0 && book.Outstanding() == 0 && client.HandlesLeft() == 0;
   Say("References", "left: object " + std::to_string(objectCount) + ", discovery " + std::to_string(discoveryCount) +
                         ", the " + std::to_string(book.Strings()) + " shared strings " +
-                        std::to_string(book.Outstanding()) +
+                        std::to_string(book.Outstanding()) + ", the " + std::to_string(client.HandlesHeld()) +
+                        " handles " + std::to_string(client.HandlesLeft()) +
                         (isBalanced ? ". All given back." : ". NOT all given back!"));
   return isGood && isBalanced;
 }

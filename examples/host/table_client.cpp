@@ -44,6 +44,7 @@ void CTableClient::AddLines(const std::vector<CsvFileLine>& lines, const std::st
 StringOwner CTableClient::Render(uint32_t width, const std::string& fileName) {
   ZRSTR text = nullptr;
   const ZRRESULT result = table_->Render(width, &text);
+  handlesHeld_ = table_->Handles();
   if (result == ZR_R_EMPTY_VALUE) throw std::runtime_error("\"" + fileName + "\" holds no line of titles");
   if (ZR_FAILED(result)) throw std::runtime_error("the table can't be rendered: " + Describe(result));
   return StringOwner(text);
@@ -53,5 +54,7 @@ uint32_t CTableClient::Close() {
   if (table_ == nullptr) return 0;
   IBodyTable* table = table_;
   table_ = nullptr;
+  table->Clear();
+  handlesLeft_ = table->Handles();
   return table->Release();
 }

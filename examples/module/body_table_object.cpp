@@ -83,6 +83,11 @@ ZRRESULT CBodyTable::Render(uint32_t width, ZRSTR* text) {
   return Guarded([&] { return Give(RenderTable(width) + RenderValues(width), text); });
 }
 
+uint32_t CBodyTable::Handles() {
+  (void)ZrInterlockedIncrementU32(&countedHandles);  // there and back, for the sake of what it answers
+  return ZrInterlockedDecrementU32(&countedHandles);
+}
+
 std::u16string CBodyTable::RenderTable(std::size_t width) const {
   std::vector<TableRow> cells;
   cells.reserve(rows_.size());

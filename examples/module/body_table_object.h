@@ -25,6 +25,8 @@ class CBodyTable final : public IBodyTable {
   ZRRESULT AddLine(ZRSTR line) override;
   ZRRESULT Explain(ZRSTR* text) override;
   ZRRESULT Render(uint32_t width, ZRSTR* text) override;
+  void Clear() override { rows_.clear(); }
+  uint32_t Handles() override;
 
  private:
   struct Row {

@@ -7,6 +7,8 @@
 
 #include "string_owner.h"
 
+uint32_t countedHandles = 0;
+
 static constexpr const char16_t* kWeekdays[] = {u"Sun", u"Mon", u"Tue", u"Wed", u"Thu", u"Fri", u"Sat"};
 
 static StringOwner Made(ZRSTR string) {
@@ -40,7 +42,7 @@ static bool ReadPlace(std::u16string_view text, Value& value) {
   for (; dots < 5; ++dots) numbers += u".0";
   ZRREF* ref = nullptr;
   if (ZR_FAILED(ZrStringToREF(Made(MakeString(numbers)).get(), &ref))) return false;
-  value.place.reset(ref);
+  Own(value.place, ref);
   return true;
 }
 
@@ -82,7 +84,7 @@ static bool ReadBytes(std::u16string_view text, Value& value) {
   std::string bytes(static_cast<std::size_t>(ZrZRSTRtoUTF8(string.get(), nullptr, 0)), '\0');
   const std::int32_t size = static_cast<std::int32_t>(bytes.size());
   if (size < 2 || ZrZRSTRtoUTF8(string.get(), bytes.data(), size) != size) return false;
-  value.bytes.reset(ZrCreateBlob(static_cast<std::uint32_t>(size - 1), bytes.data()));  // without the zero byte
+  Own(value.bytes, ZrCreateBlob(static_cast<std::uint32_t>(size - 1), bytes.data()));  // without the zero byte
   return true;
 }
 
@@ -91,7 +93,7 @@ static bool Read(ValueKind kind, std::u16string_view text, Value& value) {
     case ValueKind::Text:
       return false;
     case ValueKind::Identity:
-      value.identity.reset(ZrGenerateUUID());
+      Own(value.identity, ZrGenerateUUID());
       return true;
     case ValueKind::Place:
       return ReadPlace(text, value);

@@ -15,12 +15,25 @@ enum class ValueKind { Text, Identity, Place, Moment, Span, Bytes };
 
 ValueKind KindOfTitle(std::u16string_view title);
 
+/// countedHandles is how many records the values of all threads own; the owners keep it.
+extern uint32_t countedHandles;
+
 template <class Record, auto destroy>
 struct Destroyer {
-  void operator()(Record* record) const noexcept { (void)destroy(record); }
+  void operator()(Record* record) const noexcept {
+    (void)destroy(record);
+    (void)ZrInterlockedDecrementU32(&countedHandles);
+  }
 };
 template <class Record, auto destroy>
 using RecordOwner = std::unique_ptr<Record, Destroyer<Record, destroy>>;
+
+/// Own gives an owner a record, unless it is null.
+template <class Owner>
+void Own(Owner& owner, typename Owner::pointer record) noexcept {
+  if (record != nullptr) (void)ZrInterlockedIncrementU32(&countedHandles);
+  owner.reset(record);
+}
 
 /// Value is one cell's value. Only the member of its kind means something.
 struct Value {
