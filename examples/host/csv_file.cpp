@@ -50,13 +50,12 @@ static std::size_t FindLineEnd(std::u16string_view text, std::size_t begin) {
 
 std::vector<CsvFileLine> ReadCsvFile(const std::string& path, CStringBook& book) {
   const std::string bytes = ReadBytes(path);
-  const Utf16Text decoded = FromUtf8(bytes);
-  if (!decoded.IsWhole()) {
-    const auto fault = bytes.begin() + static_cast<std::ptrdiff_t>(decoded.faultAt);
-    const auto number = 1 + std::count(bytes.begin(), fault, '\n');
+  if (const std::size_t fault = FaultInUtf8(bytes); fault != std::string::npos) {
+    const auto number = 1 + std::count(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(fault), '\n');
     throw std::runtime_error("\"" + path + "\", line " + std::to_string(number) + ": this is not UTF-8");
   }
-  std::u16string_view text = decoded.units;
+  const StringOwner decoded = FromUtf8(bytes);
+  std::u16string_view text = Units(decoded.get());
   if (!text.empty() && text.front() == 0xFEFF) text.remove_prefix(1);
 
   std::vector<CsvFileLine> lines;

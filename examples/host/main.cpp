@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -14,12 +15,13 @@
 #include "host/csv_file.h"
 #include "host/discovery.h"
 #include "host/environment.h"
+#include "host/result_text.h"
 #include "host/string_book.h"
 #include "host/table_client.h"
 #include "host/utf8.h"
 
 static constexpr char kUsage[] = "usage: zrdemo [--module PATH] [CLASS-NAME [CSV-FILE]]";
-static constexpr char16_t kClassName[] = u"Astronomy.BodyTable";
+static constexpr char kClassName[] = "Astronomy.BodyTable";
 
 struct Arguments {
   std::string modulePath;
@@ -34,7 +36,7 @@ struct UsageError : std::runtime_error {
 };
 
 static Arguments ReadArguments(int count, char** values) {
-  Arguments arguments{BesideProgram("bodies.so"), ToUtf8(kClassName), BesideProgram("bodies.csv"), false};
+  Arguments arguments{BesideProgram("bodies.so"), kClassName, BesideProgram("bodies.csv"), false};
   int position = 0;
   for (int i = 1; i < count; ++i) {
     const std::string_view value = values[i];
@@ -52,16 +54,15 @@ static Arguments ReadArguments(int count, char** values) {
   return arguments;
 }
 
-static std::u16string DecodeArgument(const std::string& argument, const char* meaning) {
-  Utf16Text text = FromUtf8(argument);
-  if (!text.IsWhole()) throw std::runtime_error(std::string("the ") + meaning + " is not UTF-8");
-  return text.units;
+static StringOwner DecodeArgument(const std::string& argument, const char* meaning) {
+  if (FaultInUtf8(argument) == std::string::npos) return FromUtf8(argument);
+  throw std::runtime_error(std::string("the ") + meaning + " is not UTF-8");
 }
 
 static std::string Text(const ZRUUID& uuid) {
   ZRSTR text = nullptr;
   if (ZR_FAILED(ZrStringFromUUID(&uuid, &text))) return "?";
-  return ToUtf8(Units(StringOwner(text).get()));
+  return ToUtf8(StringOwner(text).get());
 }
 
 // One line of the report, flushed so that it stays ahead of what is written to standard error.
@@ -72,30 +73,39 @@ static void Say(const char* topic, const std::string& text) {
 
 static void Complain(const char* text) { std::fprintf(stderr, "zrdemo: %s\n", text); }
 
+// What the library says of a class that no discovery lists: one with an identifier made this moment.
+static std::string AskForUnknown() {
+  const std::unique_ptr<ZRUUID, decltype(&ZrDestroyUUID)> classId(ZrGenerateUUID(), &ZrDestroyUUID);
+  void* object = nullptr;
+  const ZRRESULT result = ZrCreateInstance(classId.get(), 0, &kBodyTableInterface, 0, &object);
+  return Text(*classId) + ": " + Describe(result);
+}
+
 // The client's road: name, identifier, object, lines in, text out.
 static void ShowTable(CTableClient& client, ZRSTR className, const CTableDiscovery& discovery,
                       const std::vector<CsvFileLine>& lines, const std::string& csvPath, CStringBook& book) {
-  Say("Asked for", ToUtf8(Units(className)));
+  Say("Asked for", ToUtf8(className));
   client.Find(className);
   Say("Identifier", Text(client.ClassId()) + ", which is " + client.ClassName());
+  Say("Not known", AskForUnknown());
   client.Open();
-  Say("Answered by", ToUtf8(Units(discovery.Answered())));
+  Say("Answered by", ToUtf8(discovery.Answered()));
   client.AddLines(lines, csvPath);
   Say("Handed over", std::to_string(lines.size()) + " lines of " + csvPath);
   Say("Shared", std::to_string(book.Strings()) + " strings, " + std::to_string(book.References()) +
                     " references on them while the object holds its lines");
   const ZRSTR table = book.Enter(client.Render(OutputWidth(), csvPath));
-  std::printf("\n%s\n", ToUtf8(Units(table)).c_str());
+  std::printf("\n%s\n", ToUtf8(table).c_str());
 }
 
 // Registers, lets the client work, and takes everything down again, whether that went well or not.
 static bool Run(const Arguments& arguments) {
   CStringBook book;
   const std::vector<CsvFileLine> lines = ReadCsvFile(arguments.csvPath, book);
-  const ZRSTR listedName = book.Write(kClassName);
-  const ZRSTR modulePath = book.Write(DecodeArgument(arguments.modulePath, "module path"));
+  const ZRSTR listedName = book.Enter(FromUtf8(kClassName));
+  const ZRSTR modulePath = book.Enter(DecodeArgument(arguments.modulePath, "module path"));
   // Not in the book: the library remembers a name that it could answer, and so may keep a reference on it.
-  const StringOwner className(MakeString(DecodeArgument(arguments.className, "class name")));
+  const StringOwner className = DecodeArgument(arguments.className, "class name");
 
   (void)ZrInitialize();  // can't fail
   CTableDiscovery* discovery = new CTableDiscovery;
@@ -104,11 +114,13 @@ static bool Run(const Arguments& arguments) {
   bool isGood = true;
   try {
     discovery->Add(kBodyTableClass, listedName, modulePath);
-    if (ZR_FAILED(ZrAddComponentDiscovery(discovery, &cookie))) throw std::runtime_error("the discovery was refused");
+    if (const ZRRESULT result = ZrAddComponentDiscovery(discovery, &cookie); ZR_FAILED(result)) {
+      throw std::runtime_error("the discovery was refused: " + Describe(result));
+    }
     std::printf("ZrCore demo: from a class name to an object of a module that the client never names\n\n");
     Say("Registered", "a discovery, under cookie " + std::to_string(cookie) + ", that lists");
-    Say("", ToUtf8(Units(listedName)) + " " + Text(kBodyTableClass));
-    Say("", "in " + ToUtf8(Units(modulePath)));
+    Say("", ToUtf8(listedName) + " " + Text(kBodyTableClass));
+    Say("", "in " + ToUtf8(modulePath));
     ShowTable(client, className.get(), *discovery, lines, arguments.csvPath, book);
   } catch (const std::exception& error) {
     Complain(error.what());
@@ -121,10 +133,12 @@ static bool Run(const Arguments& arguments) {
   (void)ZrUninitialize();
   const uint32_t discoveryCount = discovery->Release();
 
-  const bool isBalanced = objectCount == 0 && discoveryCount == 0 && book.Outstanding() == 0;
+  const bool isBalanced =
+      objectCount == 0 && discoveryCount == 0 && book.Outstanding() == 0 && client.HandlesLeft() == 0;
   Say("References", "left: object " + std::to_string(objectCount) + ", discovery " + std::to_string(discoveryCount) +
                         ", the " + std::to_string(book.Strings()) + " shared strings " +
-                        std::to_string(book.Outstanding()) +
+                        std::to_string(book.Outstanding()) + ", the " + std::to_string(client.HandlesHeld()) +
+                        " handles " + std::to_string(client.HandlesLeft()) +
                         (isBalanced ? ". All given back." : ". NOT all given back!"));
   return isGood && isBalanced;
 }

@@ -33,6 +33,11 @@ class CTableClient {
   /// Close releases the object, if there is one, and answers how many references that left.
   uint32_t Close();
 
+  /// HandlesHeld is how many handles of the library the module held while the table was rendered, and HandlesLeft those
+  /// that it still held when the table was closed.
+  uint32_t HandlesHeld() const { return handlesHeld_; }
+  uint32_t HandlesLeft() const { return handlesLeft_; }
+
   const ZRUUID& ClassId() const { return classId_; }
   const std::string& ClassName() const { return className_; }  // as it came back, in UTF-8
 
@@ -40,6 +45,8 @@ class CTableClient {
   ZRUUID classId_ = {};
   std::string className_;
   IBodyTable* table_ = nullptr;
+  uint32_t handlesHeld_ = 0;
+  uint32_t handlesLeft_ = 0;
 };
 
 #endif

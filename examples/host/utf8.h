@@ -7,19 +7,18 @@
 #include <string>
 #include <string_view>
 
-/// Utf16Text is what FromUtf8 made. If `faultAt` is below the length of the input, that byte begins what is no UTF-8,
-/// and `units` ends there.
-struct Utf16Text {
-  std::u16string units;
-  std::size_t faultAt = std::string_view::npos;
+#include "string_owner.h"
 
-  bool IsWhole() const { return faultAt == std::string_view::npos; }
-};
+/// FaultInUtf8 is the place of the first byte that begins no UTF-8; npos if all is well. It is strict: no overlong
+/// forms, no surrogates, nothing beyond U+10FFFF, no character that breaks off.
+std::size_t FaultInUtf8(std::string_view bytes);
 
-/// FromUtf8 is strict: no overlong forms, no surrogates, nothing beyond U+10FFFF, no character that breaks off.
-Utf16Text FromUtf8(std::string_view bytes);
+/// FromUtf8 makes a string of UTF-8 without a fault. The library's own check is loose, so check strictly before.
+///
+/// Throws std::bad_alloc, also for a text that a string has no room for.
+StringOwner FromUtf8(const std::string& bytes);
 
-/// ToUtf8 writes an unpaired surrogate as U+FFFD, since no UTF-8 exists for it.
-std::string ToUtf8(std::u16string_view units);
+/// ToUtf8 writes an unpaired surrogate as U+FFFD, since no UTF-8 exists for it. A zero unit ends the text.
+std::string ToUtf8(ZRSTR string);
 
 #endif

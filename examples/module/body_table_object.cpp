@@ -1,9 +1,8 @@
 #include "module/body_table_object.h"
 
+#include <algorithm>
 #include <new>
 #include <utility>
-
-#include "module/table_layout.h"
 
 // Between modules only codes travel: no exception may leave an operation.
 template <class Body>
@@ -58,7 +57,14 @@ ZRRESULT CBodyTable::AddLine(ZRSTR line) {
                                                             : " goes on behind its closing quotation mark");
       return ZR_R_REQUEST_REJECTED;
     }
-    rows_.push_back(Row{StringOwner(ZrCopyString(line)), std::move(split.fields)});
+    Row row{StringOwner(ZrCopyString(line)), std::move(split.fields), {}};
+    std::vector<ValueKind> kinds;
+    for (std::size_t c = 0; c < row.fields.size(); ++c) {
+      if (rows_.empty()) kinds.push_back(KindOfTitle(row.Text(c)));
+      row.values.push_back(rows_.empty() ? Value() : ReadValue(kinds_[c], row.Text(c)));
+    }
+    rows_.push_back(std::move(row));
+    if (!kinds.empty()) kinds_ = std::move(kinds);
     return ZR_R_OK;
   });
 }
@@ -74,14 +80,62 @@ ZRRESULT CBodyTable::Render(uint32_t width, ZRSTR* text) {
   if (text == nullptr) return ZR_R_INVALID_ARGUMENTS;
   *text = nullptr;
   if (rows_.empty()) return ZR_R_EMPTY_VALUE;
-  return Guarded([&] {
-    std::vector<TableRow> cells;
-    cells.reserve(rows_.size());
-    for (const Row& row : rows_) {
-      TableRow& texts = cells.emplace_back();
-      texts.reserve(row.fields.size());
-      for (const CsvField& field : row.fields) texts.push_back(FieldText(Units(row.line.get()), field));
+  return Guarded([&] { return Give(RenderTable(width) + RenderValues(width), text); });
+}
+
+uint32_t CBodyTable::Handles() {
+  (void)ZrInterlockedIncrementU32(&countedHandles);  // there and back, for the sake of what it answers
+  return ZrInterlockedDecrementU32(&countedHandles);
+}
+
+std::u16string CBodyTable::RenderTable(std::size_t width) const {
+  std::vector<TableRow> cells;
+  cells.reserve(rows_.size());
+  for (const Row& row : rows_) {
+    TableRow& texts = cells.emplace_back();
+    texts.reserve(row.fields.size());
+    for (std::size_t c = 0; c < row.fields.size(); ++c) texts.push_back(ShortText(row.values[c], row.Text(c)));
+  }
+  std::vector<TableSide> sides(kinds_.size(), TableSide::ByContent);
+  for (const Row& row : rows_) {
+    for (std::size_t c = 0; c < sides.size(); ++c) {
+      if (row.values[c].kind == ValueKind::Place) sides[c] = TableSide::Left;
+      if (row.values[c].kind == ValueKind::Span) sides[c] = TableSide::Right;
     }
-    return Give(LayOutTable(cells, width), text);
-  });
+  }
+  return LayOutTable(cells, sides, width);
+}
+
+// The first and the last row that have a value of every kind, all of it; nothing if there is no such row.
+std::u16string CBodyTable::RenderValues(std::size_t width) const {
+  static constexpr std::pair<ValueKind, const char16_t*> kKinds[] = {{ValueKind::Identity, u"a UUID"},
+                                                                     {ValueKind::Place, u"a REF"},
+                                                                     {ValueKind::Moment, u"a date-time"},
+                                                                     {ValueKind::Span, u"a time span"},
+                                                                     {ValueKind::Bytes, u"a blob"}};
+  const auto columnOf = [](const Row& row, ValueKind kind) {
+    const auto isKind = [&](const Value& value) { return value.kind == kind; };
+    return static_cast<std::size_t>(std::find_if(row.values.begin(), row.values.end(), isKind) - row.values.begin());
+  };
+  const auto hasAll = [&](const Row& row) {
+    const auto hasKind = [&](const auto& kind) { return columnOf(row, kind.first) < row.values.size(); };
+    return std::all_of(std::begin(kKinds), std::end(kKinds), hasKind);
+  };
+  const auto first = std::find_if(rows_.begin(), rows_.end(), hasAll);
+  if (first == rows_.end()) return {};
+  const Row& last = *std::find_if(rows_.rbegin(), rows_.rend(), hasAll);
+
+  std::vector<TableRow> cells = {{u"In full"}};
+  for (const auto& [kind, name] : kKinds) {
+    cells.push_back({rows_[0].Text(columnOf(*first, kind)) + u", " + name});
+  }
+  for (const Row* row = &*first;; row = &last) {
+    cells[0].push_back(row->Text(columnOf(*row, ValueKind::Identity)));
+    for (std::size_t k = 0; k < std::size(kKinds); ++k) {
+      cells[k + 1].push_back(FullText(row->values[columnOf(*row, kKinds[k].first)]));
+    }
+    if (row == &last) break;
+  }
+  const std::vector<TableSide> sides(cells[0].size(), TableSide::ByContent);
+  return u"\n" + LayOutTable(cells, sides, width);
 }

@@ -8,6 +8,8 @@
 
 #include "body_table.h"
 #include "module/csv_line.h"
+#include "module/table_layout.h"
+#include "module/value.h"
 #include "string_owner.h"
 
 class CBodyTable final : public IBodyTable {
@@ -23,18 +25,27 @@ class CBodyTable final : public IBodyTable {
   ZRRESULT AddLine(ZRSTR line) override;
   ZRRESULT Explain(ZRSTR* text) override;
   ZRRESULT Render(uint32_t width, ZRSTR* text) override;
+  void Clear() override { rows_.clear(); }
+  uint32_t Handles() override;
 
  private:
   struct Row {
     StringOwner line;
     std::vector<CsvField> fields;  // places in `line`
+    std::vector<Value> values;     // of the fields
+
+    std::u16string Text(std::size_t column) const { return FieldText(Units(line.get()), fields[column]); }
   };
 
   ~CBodyTable() = default;  // by the last Release only
 
+  std::u16string RenderTable(std::size_t width) const;
+  std::u16string RenderValues(std::size_t width) const;
+
   uint32_t references_ = 1;
-  std::vector<Row> rows_;  // the titles are row 0; all have as many fields
-  std::string rejection_;  // why a line was rejected most recently, in ASCII
+  std::vector<Row> rows_;         // the titles are row 0; all have as many fields
+  std::vector<ValueKind> kinds_;  // of the columns
+  std::string rejection_;         // why a line was rejected most recently, in ASCII
 };
 
 #endif

@@ -19,9 +19,11 @@ struct Column {
   std::size_t width = 1;
   std::size_t least = 1;  // never narrower
   bool isNumeric = false;
+  TableSide side = TableSide::ByContent;
 };
 
 static constexpr std::size_t kLeastTextWidth = 6;
+static constexpr std::size_t kLeastSidedWidth = 16;
 static constexpr std::size_t kAnyWidth = std::numeric_limits<std::size_t>::max();
 static constexpr char32_t kReplacement = 0xFFFD;
 static constexpr char16_t kLeftToRightMark = 0x200E;
@@ -130,10 +132,11 @@ static Cell Wrap(const Cell& paragraphs, std::size_t limit) {
   return lines;
 }
 
-static std::vector<Column> Measure(const std::vector<TableRow>& rows) {
+static std::vector<Column> Measure(const std::vector<TableRow>& rows, const std::vector<TableSide>& sides) {
   std::vector<Column> columns(rows[0].size());
   for (std::size_t c = 0; c < columns.size(); ++c) {
     Column& column = columns[c];
+    column.side = sides[c];
     std::size_t filled = 0;
     std::size_t numbers = 0;
     for (std::size_t r = 0; r < rows.size(); ++r) {
@@ -146,7 +149,8 @@ static std::vector<Column> Measure(const std::vector<TableRow>& rows) {
       column.least = std::max(column.least, width);
     }
     column.isNumeric = numbers * 2 > filled;
-    column.least = std::max(column.least, std::min(column.width, kLeastTextWidth));
+    const std::size_t least = column.side == TableSide::ByContent ? kLeastTextWidth : kLeastSidedWidth;
+    column.least = std::max(column.least, std::min(column.width, least));
   }
   return columns;
 }
@@ -220,15 +224,17 @@ static void AppendRow(std::u16string& out, const TableRow& row, const std::vecto
   for (std::size_t h = 0; h < height; ++h) {
     for (std::size_t c = 0; c < cells.size(); ++c) {
       out += c == 0 ? u"│ " : u" │ ";
-      const bool isToTheRight = isTitle ? columns[c].isNumeric : IsNumber(row[c]);
+      const bool isNumber = isTitle ? columns[c].isNumeric : IsNumber(row[c]);
+      const TableSide side = columns[c].side;
+      const bool isToTheRight = side == TableSide::ByContent ? isNumber : side == TableSide::Right;
       AppendLine(out, h < cells[c].size() ? cells[c][h] : below, columns[c].width, isToTheRight);
     }
     out += u" │\n";
   }
 }
 
-std::u16string LayOutTable(const std::vector<TableRow>& rows, std::size_t width) {
-  std::vector<Column> columns = Measure(rows);
+std::u16string LayOutTable(const std::vector<TableRow>& rows, const std::vector<TableSide>& sides, std::size_t width) {
+  std::vector<Column> columns = Measure(rows, sides);
   if (width != 0) Narrow(columns, width);
   std::u16string out;
   AppendRule(out, columns, u"╭┬╮");
