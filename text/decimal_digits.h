@@ -5,8 +5,8 @@
 #include <array>
 #include <bit>
 #include <cstdint>
-#include <cstring>
 
+#include "text/digit_pairs.h"
 #include "zrcore/base.h"
 
 // For a number of n significant bits, the n-th entry added to it gives its count of digits in the upper half: the count
@@ -34,24 +34,16 @@ static_assert(CountDecimalDigits(0) == 1 && CountDecimalDigits(9) == 1 && CountD
 static_assert(CountDecimalDigits(999'999'999) == 9 && CountDecimalDigits(1'000'000'000) == 10);
 static_assert(CountDecimalDigits(0xFFFFFFFF) == 10);
 
-inline constexpr std::array<std::array<WCHAR, 2>, 100> kDigitPairs = [] {
-  std::array<std::array<WCHAR, 2>, 100> pairs{};
-  for (std::size_t value = 0; value < pairs.size(); ++value) {
-    pairs[value] = {static_cast<WCHAR>('0' + value / 10), static_cast<WCHAR>('0' + value % 10)};
-  }
-  return pairs;
-}();
-
 // Writes `value`, which has `digits` digits, and answers the place behind them.
 inline WCHAR* WriteDecimalDigits(WCHAR* at, uint32_t value, std::size_t digits) noexcept {
   WCHAR* const end = at + digits;
   WCHAR* place = end;
   for (; value >= 100; value /= 100) {
     place -= 2;
-    std::memcpy(place, kDigitPairs[value % 100].data(), sizeof kDigitPairs[0]);
+    WriteTwoDigits(place, value % 100);
   }
   if (value >= 10) {
-    std::memcpy(place - 2, kDigitPairs[value].data(), sizeof kDigitPairs[0]);
+    WriteTwoDigits(place - 2, value);
   } else {
     place[-1] = static_cast<WCHAR>('0' + value);
   }

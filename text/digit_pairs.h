@@ -1,4 +1,5 @@
-// Decimal digits two at a time, for numbers that are known to fill their place.
+// Decimal digits two at a time, for numbers that are known to fill their place. (text/decimal_digits.h finds the place
+// of any other; text/number_text.h pads and signs.)
 
 #pragma once
 
