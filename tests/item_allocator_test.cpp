@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -205,4 +206,29 @@ TEST_F(ItemAllocatorTest, ReferencesReturnClearedToTheirOwnAllocator) {
   EXPECT_EQ(ZrCreateREF(), ref);
   for (uint32_t word : ref->words) EXPECT_EQ(word, 0u);
   ZrDestroyREF(ref);
+}
+
+// Constructed before the library's own objects, and so destroyed after them.
+struct CLateRelease {
+  ZRSREF* sref = nullptr;
+  ~CLateRelease() {
+    if (sref != nullptr && g_itemAllocators.head != nullptr) std::_Exit(9);  // too early to prove anything
+    ZrDestroySREF(sref);
+  }
+};
+__attribute__((init_priority(101))) static CLateRelease g_late;
+
+TEST(ItemAllocatorDeathTest, TakesWhatIsReleasedAfterItsTeardown) {
+  EXPECT_EXIT(
+      {
+        CItemAllocator::SetEnabled(true);
+        (void)std::atexit([] { ZrDestroySREF(ZrCreateSREF()); });  // the process ends, the allocators are still there
+        ZrDestroyREF(ZrCreateREF());
+        ZrDestroySREF(ZrCreateSREF());
+        g_late.sref = ZrCreateSREF();
+        g_late.sref->ref = ZrCreateREF();
+        ZrDestroyREF(ZrCreateREF());
+        std::exit(0);
+      },
+      testing::ExitedWithCode(0), "");
 }

@@ -3,13 +3,16 @@
 #include <clocale>
 #include <cstdlib>
 #include <cwctype>
+#include <filesystem>
 #include <random>
 
 #include "tests/support/text.h"
 #include "tests/support/unicode_check.h"
 
-// Before the library reads it, on first use: the one locale with more than ASCII letters that every system has.
-[[maybe_unused]] static const int g_locale = setenv("LC_ALL", "C.utf8", 1);
+// Before the library reads it, on first use: the one locale with more than ASCII letters that every system has; or the
+// Turkish one, in the child of a test below.
+static const bool g_isTurkish = std::getenv("LOCPATH") != nullptr;
+[[maybe_unused]] static const int g_locale = g_isTurkish ? 0 : setenv("LC_ALL", "C.utf8", 1);
 
 struct Utf8Case {
   const char* bytes;  // terminated; the byte behind an explicit length is the terminator
@@ -180,6 +183,7 @@ TEST(Unicode, CaseIsThatOfTheUsersLocale) {
   const locale_t locale = newlocale(LC_CTYPE_MASK, "", locale_t{});
   ASSERT_NE(locale, locale_t{});
   EXPECT_EQ(towlower_l(0xC9, locale), 0xE9u) << "a locale with more than ASCII";
+  EXPECT_EQ(towlower_l('I', locale), g_isTurkish ? 0x131u : 'i');
   const auto lowered = [locale](Units text) {
     for (WCHAR& unit : text) unit = static_cast<WCHAR>(towlower_l(unit, locale));
     return text;
@@ -221,5 +225,19 @@ TEST(Unicode, CaseIsThatOfTheUsersLocale) {
   EXPECT_EQ(ZrWCHARToLower(nullptr), ZR_R_INVALID_ARGUMENTS);
   EXPECT_EQ(ZrWCHARToUpper(nullptr), ZR_R_INVALID_ARGUMENTS);
   freelocale(locale);
+}
+
+// The same in a process whose user's locale has a dotted and a dotless i, made for the occasion.
+TEST(Unicode, CaseIsThatOfATurkishUser) {
+  if (!std::filesystem::exists("/usr/share/i18n/locales/tr_TR")) GTEST_SKIP() << "needs the package locales";
+  std::string folder = testing::TempDir() + "zrcore-locale-XXXXXX";
+  ASSERT_NE(mkdtemp(folder.data()), nullptr);
+  const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
+  EXPECT_EQ(std::system(("localedef -i tr_TR -f UTF-8 --no-archive " + folder + "/tr_TR.UTF-8").c_str()), 0);
+  EXPECT_EQ(std::system(("LC_ALL=tr_TR.UTF-8 LOCPATH=" + folder + " " + self +
+                         " --gtest_filter=Unicode.CaseIsThatOfTheUsersLocale >&2")
+                            .c_str()),
+            0);
+  std::filesystem::remove_all(folder);
 }
 #endif

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <optional>
 #include <ostream>
 #include <string>
@@ -20,7 +22,10 @@ using Units = std::basic_string<WCHAR>;
 
 inline Units Widened(const std::string& ascii) { return Units(ascii.begin(), ascii.end()); }
 
-inline Units ContentOf(ZRSTR string) { return string ? Units(string, ZrStringLen(string)) : Units(); }
+inline Units ContentOf(ZRSTR string) {
+  EXPECT_EQ(string ? string[ZrStringLen(string)] : 0, 0) << "the terminator";
+  return string ? Units(string, ZrStringLen(string)) : Units();
+}
 
 // Gives up its string at the end of the statement or scope.
 struct Owned {
