@@ -124,10 +124,13 @@ TEST_F(ItemAllocatorTest, StatisticsFollowTheListOfAllocators) {
   const std::string shared = "tagZRSREF : 0/1024/0\ntagZRREF : 0/1024/0\n";
   EXPECT_EQ(Statistics(), kHeadline + "items : 2/1024/80\n" + shared);
   {
-    CItemAllocator newer("newer", false, 8, 5), newest("newest", false, 8, 0);
-    EXPECT_EQ(Statistics(), kHeadline + "newest : 0/1024/0\nnewer : 0/5/0\nitems : 2/1024/80\n" + shared);
+    CItemAllocator old("old", false, 8, 0), newer("newer", false, 8, 5), newest("newest", false, 8, 0);
+    const std::string rest = "items : 2/1024/80\n" + shared;
+    EXPECT_EQ(Statistics(), kHeadline + "newest : 0/1024/0\nnewer : 0/5/0\nold : 0/1024/0\n" + rest);
     newer.Teardown();
-    EXPECT_EQ(Statistics(), kHeadline + "newest : 0/1024/0\nitems : 2/1024/80\n" + shared);
+    EXPECT_EQ(Statistics(), kHeadline + "newest : 0/1024/0\nold : 0/1024/0\n" + rest);
+    old.Teardown();
+    EXPECT_EQ(Statistics(), kHeadline + "newest : 0/1024/0\n" + rest);
     newest.Teardown();
   }
   EXPECT_EQ(Statistics(), kHeadline + "items : 2/1024/80\n" + shared);
