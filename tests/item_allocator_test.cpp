@@ -83,9 +83,9 @@ TEST_F(ItemAllocatorTest, ServesTheLastItemFirstAndOnlyItsSize) {
 
   // Torn down, it serves from the heap and to the heap.
   items_.Teardown();
+  items_.Give(items_.Allocate(kSize));
   EXPECT_EQ(items_.Take(kSize), nullptr);
   EXPECT_EQ(items_.Take(0), nullptr);
-  items_.Give(items_.Allocate(kSize));
 }
 
 TEST_F(ItemAllocatorTest, CapsAndTheirTrimming) {
@@ -217,6 +217,7 @@ struct CLateRelease {
   ~CLateRelease() {
     if (sref != nullptr && g_itemAllocators.head != nullptr) std::_Exit(9);  // too early to prove anything
     ZrDestroySREF(sref);
+    if (g_refAllocator.Take(sizeof(ZRREF)) || g_srefAllocator.Take(sizeof(ZRSREF))) std::_Exit(8);  // kept, and lost
   }
 };
 __attribute__((init_priority(101))) static CLateRelease g_late;
