@@ -55,6 +55,7 @@ TEST(Lifecycle, TeardownTellsWhatWasLeft) {
   const std::string components = "Not all Components removed while destroying CGlobalData";
   EXPECT_EQ(OutputOf("balanced"), "") << "the last ZrUninitialize cleared what nobody removed";
   EXPECT_EQ(OutputOf("initialized"), "");
+  EXPECT_EQ(OutputOf("used"), "") << "three times loaded, used all over and unloaded";
   EXPECT_EQ(OutputOf("late-reference"), "") << "a record that is released after the library's end goes to the heap";
   EXPECT_EQ(OutputOf("discovery"), discoveries);
   EXPECT_EQ(OutputOf("object"), discoveries + assemblies + components);
