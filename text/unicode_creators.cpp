@@ -93,9 +93,14 @@ class CVectorCount {
 };
 #endif
 
+// A short text that begins in ASCII is mostly ASCII, and done before wide vectors are set up.
+static bool IsForWideVectors(const unsigned char* text, std::size_t size) noexcept {
+  return g_hasWideVectors && size >= kFewestBytes && (size >= 128 || *text >= 0x80);
+}
+
 // The units of the text, or kNotCounted if it is bad.
 static std::size_t CountUnits(const unsigned char* text, std::size_t size) noexcept {
-  if (g_hasWideVectors && size >= kFewestBytes) return CountUnitsWide(text, size);
+  if (IsForWideVectors(text, size)) return CountUnitsWide(text, size);
   std::size_t at = 0, units = 0;
 #if defined(__SSE2__)
   CVectorCount count;
@@ -193,7 +198,7 @@ static void DecodeVectors(const unsigned char*&, const unsigned char*, WCHAR*&, 
 
 // Fills [to, toEnd), which is what the text was counted to yield, and answers the place behind the last unit stored.
 static WCHAR* Decode(const unsigned char* at, const unsigned char* end, WCHAR* to, const WCHAR* toEnd) noexcept {
-  if (g_hasWideVectors) DecodeWide(at, end, to, toEnd);
+  if (IsForWideVectors(at, static_cast<std::size_t>(end - at))) DecodeWide(at, end, to, toEnd);
   DecodeVectors(at, end, to, toEnd);
   while (at < end && to < toEnd) {
     if (*at < 0x80) {

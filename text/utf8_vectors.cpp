@@ -12,8 +12,8 @@
 
 #include <immintrin.h>
 
+#include <algorithm>
 #include <array>
-#include <bit>
 #include <cstdint>
 
 #define ZR_WIDE __attribute__((target("avx2,popcnt")))
@@ -73,7 +73,6 @@ ZR_WIDE static __m256i FromFront(__m256i bytes) noexcept {
 ZR_WIDE static std::size_t CountUnits32(const unsigned char* at, bool isFront, unsigned skipped,
                                         __m256i& bad) noexcept {
   const __m256i bytes = Load(at);
-  if (TopBits(bytes) == 0 && (isFront || at[-1] < 0x80)) return 32 - skipped;
   const __m256i before1 = isFront ? FromFront<1>(bytes) : Load(at - 1);
   const __m256i before2 = isFront ? FromFront<2>(bytes) : Load(at - 2);
   const __m256i before3 = isFront ? FromFront<3>(bytes) : Load(at - 3);
@@ -87,20 +86,29 @@ ZR_WIDE static std::size_t CountUnits32(const unsigned char* at, bool isFront, u
   return CountBits(~TopBits(isTail) >> skipped) + CountBits(TopBits(leadsFour) >> skipped);
 }
 
-ZR_WIDE std::size_t CountUnitsWide(const unsigned char* text, std::size_t size) noexcept {
-  __m256i bad = _mm256_setzero_si256();
-  std::size_t at = 0, units = 0;
-  while (size - at >= 128) {
+// Where a run of ASCII from `at` on ends, to within a vector.
+ZR_WIDE static std::size_t SkipAscii(const unsigned char* text, std::size_t at, std::size_t size) noexcept {
+  for (; size - at >= 128; at += 128) {
     const __m256i all = _mm256_or_si256(_mm256_or_si256(Load(text + at), Load(text + at + 32)),
                                         _mm256_or_si256(Load(text + at + 64), Load(text + at + 96)));
-    if (TopBits(all) == 0 && (at == 0 || text[at - 1] < 0x80)) {
-      units += 128;
-      at += 128;
-      continue;
-    }
-    for (const std::size_t next = at + 128; at < next; at += 32) units += CountUnits32(text + at, at == 0, 0, bad);
+    if (TopBits(all) != 0) break;
   }
-  for (; size - at >= 32; at += 32) units += CountUnits32(text + at, at == 0, 0, bad);
+  while (size - at >= 32 && TopBits(Load(text + at)) == 0) at += 32;
+  return at;
+}
+
+ZR_WIDE std::size_t CountUnitsWide(const unsigned char* text, std::size_t size) noexcept {
+  std::size_t at = SkipAscii(text, 0, size), units = at;
+  __m256i bad = _mm256_setzero_si256();
+  while (size - at >= 32) {
+    const std::size_t next = at + std::min<std::size_t>(size - at, 128) / 32 * 32;
+    for (; at < next; at += 32) units += CountUnits32(text + at, at == 0, 0, bad);
+    if (text[at - 1] < 0x80) {
+      const std::size_t behind = SkipAscii(text, at, size);
+      units += behind - at;
+      at = behind;
+    }
+  }
   // The last vector ends with the text, and begins among what is counted.
   if (at < size) units += CountUnits32(text + size - 32, false, static_cast<unsigned>(32 - (size - at)), bad);
   return TopBits(bad) == 0 ? units : kNotCounted;
@@ -113,18 +121,22 @@ static constexpr Shuffles kKeepUnits =
 // Sixteen bytes as units of sixteen bits.
 ZR_WIDE static __m256i Widen(__m128i bytes) noexcept { return _mm256_cvtepu8_epi16(bytes); }
 
+ZR_WIDE static void WidenAscii(const unsigned char*& at, const unsigned char* end, WCHAR*& to,
+                               const WCHAR* toEnd) noexcept {
+  while (end - at >= 32 && toEnd - to >= 32 && TopBits(Load(at)) == 0) {
+    Store(to, Widen(LoadHalf(at)));
+    Store(to + 16, Widen(LoadHalf(at + 16)));
+    at += 32;
+    to += 32;
+  }
+}
+
 ZR_WIDE void DecodeWide(const unsigned char*& text, const unsigned char* end, WCHAR*& units,
                         const WCHAR* toEnd) noexcept {
   const unsigned char* at = text;
   WCHAR* to = units;
+  WidenAscii(at, end, to, toEnd);
   while (end - at > 16) {  // one more byte than is taken tells whether the last one ends a character
-    while (end - at >= 32 && toEnd - to >= 32 && TopBits(Load(at)) == 0) {
-      Store(to, Widen(LoadHalf(at)));
-      Store(to + 16, Widen(LoadHalf(at + 16)));
-      at += 32;
-      to += 32;
-    }
-    if (end - at <= 16) break;
     const __m128i bytes = LoadHalf(at);
     const bool isFront = at == text;
     const __m256i last = Widen(bytes);
@@ -160,6 +172,7 @@ ZR_WIDE void DecodeWide(const unsigned char*& text, const unsigned char* end, WC
     StoreHalf(to + first, _mm_shuffle_epi8(_mm256_extracti128_si256(decoded, 1), LoadHalf(&kKeepUnits[kept >> 8])));
     at += 16;
     to += first + second;
+    WidenAscii(at, end, to, toEnd);
   }
   std::size_t inside = 0;  // a character whose end was not reached is given back
   for (; at != text && at != end && (*at & 0xC0) == 0x80; --at) ++inside;
@@ -188,25 +201,31 @@ static constexpr auto kLastUnits = [] {
   return masks;
 }();
 
+ZR_WIDE static std::size_t SkipAscii(const WCHAR* text, std::size_t at, std::size_t length) noexcept {
+  for (; length - at >= 64; at += 64) {
+    const __m256i any = _mm256_or_si256(_mm256_or_si256(Load(text + at), Load(text + at + 16)),
+                                        _mm256_or_si256(Load(text + at + 32), Load(text + at + 48)));
+    if (_mm256_testz_si256(any, EachUnit(0xFF80)) == 0) break;
+  }
+  while (length - at >= 16 && _mm256_testz_si256(Load(text + at), EachUnit(0xFF80)) != 0) at += 16;
+  return at;
+}
+
 ZR_WIDE std::size_t CountUtf8Wide(const WCHAR* text, std::size_t length) noexcept {
   if (IsHighSurrogate(text[length - 1])) return kNotCounted;
+  std::size_t at = SkipAscii(text, 0, length), bytes = at;
   const __m256i all = EachUnit(0xFFFF);
   __m256i bad = _mm256_setzero_si256();
-  std::size_t at = 0, bytes = 0;
   while (length - at >= 16) {
-    if (length - at >= 64 && (at == 0 || !IsHighSurrogate(text[at - 1]))) {
-      const __m256i any = _mm256_or_si256(_mm256_or_si256(Load(text + at), Load(text + at + 16)),
-                                          _mm256_or_si256(Load(text + at + 32), Load(text + at + 48)));
-      if (_mm256_testz_si256(any, EachUnit(0xFF80)) != 0) {
-        bytes += 64;
-        at += 64;
-        continue;
-      }
-    }
-    const std::size_t next = at + (length - at >= 64 ? 64 : 16);
+    const std::size_t next = at + std::min<std::size_t>(length - at, 64) / 16 * 16;
     for (; at < next; at += 16) {
       const __m256i units = Load(text + at);
       bytes += CountBytes16(units, at == 0 ? FromFront<2>(units) : Load(text + at - 1), all, bad);
+    }
+    if (text[at - 1] < 0x80) {
+      const std::size_t behind = SkipAscii(text, at, length);
+      bytes += behind - at;
+      at = behind;
     }
   }
   if (const std::size_t rest = length - at; rest != 0) {
@@ -260,20 +279,23 @@ ZR_WIDE static bool StoreKept(__m256i bytes, const Shuffles& shuffles, unsigned 
   return true;
 }
 
+ZR_WIDE static void NarrowAscii(const WCHAR*& at, const WCHAR* end, unsigned char*& to,
+                                const unsigned char* toEnd) noexcept {
+  while (end - at >= 32 && toEnd - to >= 32) {
+    const __m256i first = Load(at), second = Load(at + 16);
+    if (_mm256_testz_si256(_mm256_or_si256(first, second), EachUnit(0xFF80)) == 0) break;
+    Store(to, _mm256_permute4x64_epi64(_mm256_packus_epi16(first, second), 0xD8));  // each half was packed by itself
+    at += 32;
+    to += 32;
+  }
+}
+
 ZR_WIDE void EncodeWide(const WCHAR*& text, const WCHAR* end, unsigned char*& buffer,
                         const unsigned char* toEnd) noexcept {
   const WCHAR* at = text;
   unsigned char* to = buffer;
-  while (end - at >= 8) {
-    if (end - at >= 32 && toEnd - to >= 32) {
-      const __m256i first = Load(at), second = Load(at + 16);
-      if (_mm256_testz_si256(_mm256_or_si256(first, second), EachUnit(0xFF80)) != 0) {
-        Store(to, _mm256_permute4x64_epi64(_mm256_packus_epi16(first, second), 0xD8));  // packs in each half
-        at += 32;
-        to += 32;
-        continue;
-      }
-    }
+  NarrowAscii(at, end, to, toEnd);
+  for (; end - at >= 8; NarrowAscii(at, end, to, toEnd)) {
     const __m128i narrow = LoadHalf(at);
     const __m128i isSurrogate = _mm_cmpeq_epi16(_mm_and_si128(narrow, _mm_set1_epi16(static_cast<int16_t>(0xF800))),
                                                 _mm_set1_epi16(static_cast<int16_t>(0xD800)));
