@@ -17,6 +17,7 @@
 #include "identifiers/reference_records.h"
 #include "text/character_case.h"
 #include "text/counted_string.h"
+#include "text/utf8_vectors.h"
 #include "zrcore/lifecycle.h"
 
 class CGlobalData {
@@ -81,6 +82,7 @@ constinit CSharedEmptyString g_emptyString;         // no code runs for it, at e
 constinit CItemAllocatorSettings g_itemAllocators;  // nor for this
 constinit CCharacterCase g_characterCase;           // read on first use, released here
 constinit CZrBlobMgr g_blobManager;
+bool g_hasWideVectors = FindWideVectors();  // until then the loops that do without
 static CErrorRegistry g_errorRegistry;
 static CGlobalData g_globalData;
 CItemAllocator g_refAllocator("tagZRREF", true, sizeof(ZRREF), 0);
