@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "zrcore/base.h"
@@ -18,6 +19,13 @@ void PlatformCloseCharacterLocale(CharacterLocale locale) noexcept;
 // One unit in the other case; itself if it has none. In a null locale only ASCII letters have case.
 [[nodiscard]] WCHAR PlatformToLower(CharacterLocale locale, WCHAR unit) noexcept;
 [[nodiscard]] WCHAR PlatformToUpper(CharacterLocale locale, WCHAR unit) noexcept;
+
+// The decimal point of the calling thread's current locale for numbers, as a unit and as the C library spells it.
+struct CDecimalPoint {
+  WCHAR unit;
+  std::array<char, 8> bytes;  // zero-terminated
+};
+[[nodiscard]] CDecimalPoint PlatformDecimalPoint() noexcept;
 
 // Writes a zero-terminated text and its terminator as UTF-8; U+FFFD stands for each lone surrogate. Answers the bytes
 // written; the bytes needed if `size` is 0; 0 if `size` is negative, there is no buffer or it is the text itself, it is

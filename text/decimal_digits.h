@@ -49,3 +49,14 @@ inline WCHAR* WriteDecimalDigits(WCHAR* at, uint32_t value, std::size_t digits) 
   }
   return end;
 }
+
+// Writes the digits of `value` in front of `end` and answers the first.
+inline WCHAR* WriteDecimalBackwards(WCHAR* end, uint64_t value) noexcept {
+  for (; value >= 100; value /= 100) WriteTwoDigits(end -= 2, static_cast<uint32_t>(value % 100));
+  if (value < 10) {
+    *--end = static_cast<WCHAR>('0' + value);
+  } else {
+    WriteTwoDigits(end -= 2, static_cast<uint32_t>(value));
+  }
+  return end;
+}

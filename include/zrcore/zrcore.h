@@ -17,5 +17,6 @@
 #include "zrcore/timespan.h"
 #include "zrcore/unicode.h"
 #include "zrcore/uuid.h"
+#include "zrcore/variant.h"
 
 #endif

@@ -1,8 +1,11 @@
 #include "platform/locale_text.h"
 
+#include <langinfo.h>
+
 #include <clocale>
 #include <cstddef>
 #include <cstring>
+#include <cwchar>
 #include <cwctype>
 #include <limits>
 
@@ -31,6 +34,19 @@ WCHAR PlatformToLower(CharacterLocale locale, WCHAR unit) noexcept {
 WCHAR PlatformToUpper(CharacterLocale locale, WCHAR unit) noexcept {
   if (locale == nullptr) return unit >= 'a' && unit <= 'z' ? static_cast<WCHAR>(unit - ('a' - 'A')) : unit;
   return UnitOr(unit, towupper_l(unit, Native(locale)));
+}
+
+CDecimalPoint PlatformDecimalPoint() noexcept {
+  const char* spelling = nl_langinfo(RADIXCHAR);
+  if (spelling[0] == '.' && spelling[1] == 0) return {'.', {'.'}};
+  CDecimalPoint point{'.', {'.'}};
+  const std::size_t length = std::strlen(spelling);
+  std::mbstate_t state{};
+  wchar_t character = 0;
+  if (length >= point.bytes.size() || std::mbrtowc(&character, spelling, length, &state) != length) return point;
+  std::memcpy(point.bytes.data(), spelling, length + 1);
+  point.unit = UnitOr('.', static_cast<std::wint_t>(character));
+  return point;
 }
 
 struct CSequence {

@@ -1,0 +1,158 @@
+// The frame that every conversion goes through: its order of steps, and what becomes of the destination.
+
+#include "variants/conversion.h"
+
+#include "text/counted_string.h"
+#include "variants/array_payload.h"
+#include "variants/variant_record.h"
+
+// ---- Dispatch ------------------------------------------------------------------------------------------------------
+
+struct CTarget {
+  TargetFunction* convert = nullptr;
+  Column column = kColumnCount;
+  ZRRESULT refusal = ZR_R_INVALID_ARGUMENTS;  // where there is no function
+};
+
+struct CTargetRow {
+  uint16_t tag;
+  CTarget what;
+};
+
+static constexpr CTarget kNoConversion{nullptr, kColumnCount, ZR_R_NOT_SUPPORTED};
+
+// clang-format off
+static constexpr CTargetRow kTargetRows[] = {
+  {ZR_VT_BOOL,     {ToBool,     kNarrow}},
+  {ZR_VT_I1,       {ToI1,       kNarrow}},
+  {ZR_VT_I2,       {ToI2,       kNarrow}},
+  {ZR_VT_I4,       {ToI4,       kNarrow}},
+  {ZR_VT_I8,       {ToI8,       kInt64}},
+  {ZR_VT_UI1,      {ToUI1,      kNarrow}},
+  {ZR_VT_UI2,      {ToUI2,      kNarrow}},
+  {ZR_VT_UI4,      {ToUI4,      kNarrow}},
+  {ZR_VT_UI8,      {ToUI8,      kUint64}},
+  {ZR_VT_R4,       {ToR4,       kReal}},
+  {ZR_VT_R8,       {ToR8,       kReal}},
+  {ZR_VT_TIME,     {ToTime,     kTime}},
+  {ZR_VT_DATETIME, {ToDateTime, kDateTime}},
+  {ZR_VT_CY,       {ToCY,       kCurrency}},
+  {ZR_VT_BYTE,     {ToUI1,      kNarrow}},
+  {ZR_VT_WORD,     {ToUI2,      kNarrow}},
+  {ZR_VT_DWORD,    {ToUI4,      kNarrow}},
+  {ZR_VT_QWORD,    {ToUI8,      kUint64}},
+  {ZR_VT_BLOB,     {ToBlob,     kBlob}},
+  {ZR_VT_UNKNOWN,  kNoConversion},
+  {ZR_VT_OPAQUE,   kNoConversion},
+  {ZR_VT_CHAR32,   {ToChar32,   kChar32}},
+  {ZR_VT_VARIANT,  kNoConversion},
+  {ZR_VT_UUID,     {ToUUID,     kUuid}},
+  {ZR_VT_STR,      {ToStr,      kText}},
+  {ZR_VT_REF,      {ToREF,      kRef}},
+  {ZR_VT_SREF,     {ToSREF,     kSref}},
+  {ZR_VT_DISPATCH, kNoConversion},
+};
+// clang-format on
+
+static constexpr auto kTargets = [] {
+  std::array<CTarget, kTagCount> targets{};
+  for (const CTargetRow& row : kTargetRows) targets[row.tag] = row.what;
+  return targets;
+}();
+
+ZRRESULT ConvertScalar(const ZRVARIANT& source, uint16_t target, ZRVARIANTVALUE& value) {
+  const CTarget& to = kTargets[target <= ZR_VT_LAST ? target : ZR_VT_LAST + 1];  // flags make it greater
+  if (to.convert == nullptr) return to.refusal;
+  const Rule rule = RuleFor(source.Type, to.column);
+  if (rule == Rule::NotSupported) return ZR_R_NOT_SUPPORTED;
+  if (rule == Rule::Invalid) return ZR_R_INVALID_ARGUMENTS;
+  return to.convert(rule, source, value);
+}
+
+// ---- The frame -----------------------------------------------------------------------------------------------------
+
+// A scalar as ZrVariantCopy would give it, but with the payload of the original and without an owner.
+static ZRVARIANT LendCopy(const ZRVARIANT& original) noexcept {
+  const PayloadKind kind = TagOf(original.Type).kind;
+  if (IsInline(kind)) return original;
+  ZRVARIANT copy = kResetVariant;
+  copy.Type = original.Type;
+  if (!IsOwned(kind)) return copy;
+  copy.Value = original.Value;
+  if (kind == PayloadKind::String && copy.Value.string == nullptr) copy.Value.string = &g_emptyString.terminator;
+  if (kind == PayloadKind::Sref && copy.Value.sref != nullptr && copy.Value.sref->ref == nullptr &&
+      copy.Value.sref->text == nullptr) {
+    copy.Value.sref = nullptr;
+  }
+  return copy;
+}
+
+// A conversion at work: it has taken what the destination held, which lives until the end, since the source may be this
+// very record or lie within it. A conversion in place that doesn't succeed, by a code or an exception, puts it back.
+class CConversion {
+ public:
+  CConversion(ZRVARIANT& destination, const ZRVARIANT& source) noexcept
+      : destination_(destination),
+        isInPlace_(&destination == &source),
+        before_(CVariantHolder::Adopt(destination)),
+        working_(LendCopy(isInPlace_ ? before_.Get() : source)) {}
+  CConversion(const CConversion&) = delete;
+  CConversion& operator=(const CConversion&) = delete;
+  ~CConversion() {
+    if (isInPlace_ && !hasSucceeded_) PutBack();
+  }
+
+  ZRRESULT Run(uint16_t target) {
+    const ZRRESULT result = ConvertScalar(working_, target, destination_.Value);
+    if (result == ZR_R_OK) {
+      hasSucceeded_ = true;
+      destination_.Type = target;
+    } else if (isInPlace_) {
+      ReleasePayload(TagOf(target).kind, destination_.Value);  // nobody else could ever find it again
+    }
+    return result;
+  }
+
+ private:
+  // As a copy would be, which is the value itself but where a copy differs.
+  void PutBack() noexcept {
+    destination_ = working_;
+    if (working_.Value.address == before_.Get().Value.address) {
+      (void)before_.Detach();
+    } else if (TagOf(working_.Type).kind == PayloadKind::String) {
+      (void)ShareString(working_.Value.string);  // the empty one was lent
+    }
+  }
+
+  ZRVARIANT& destination_;
+  const bool isInPlace_;
+  bool hasSucceeded_ = false;
+  CVariantHolder before_;
+  const ZRVARIANT working_;
+};
+
+// By way of a private array, so that a failure leaves the destination alone.
+static ZRRESULT ChangeArray(ZRVARIANT& destination, const ZRVARIANT& source, uint32_t flags, uint16_t target) {
+  CVariantHolder holder;
+  ZRVARIANT& copy = holder.Mutable();
+  copy.Type = source.Type;
+  (void)CopyArray(source.Value.array, &copy.Value.array);  // what has no copy has no elements to convert either
+  if (ChangeArrayType(copy.Value.array, flags, target) != ZR_R_OK) return ZR_R_FAILED;
+  ResetVariant(destination);
+  destination.Type = target | ZR_VT_ARRAY;
+  std::swap(destination.Value, copy.Value);
+  return ZR_R_OK;
+}
+
+ZRRESULT ZrVariantChangeType(ZRVARIANT* destination, const ZRVARIANT* source, uint32_t flags, uint16_t target) {
+  if (destination == nullptr || source == nullptr) return ZR_R_INVALID_POINTER;
+  if ((source->Type & ZR_VT_TYPEMASK) == target) {
+    if (destination == source) return ZR_R_OK;
+    ResetVariant(*destination);
+    (void)CopyIntoReset(*destination, *source);  // an array that isn't copied is not told, by contract
+    return ZR_R_OK;
+  }
+  if (HasFlag(source->Type, ZR_VT_BYREF)) return ZR_R_NOT_SUPPORTED;
+  if (HasFlag(source->Type, ZR_VT_ARRAY)) return ChangeArray(*destination, *source, flags, target & ZR_VT_TYPEMASK);
+  return CConversion(*destination, *source).Run(target);
+}

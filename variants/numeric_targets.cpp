@@ -1,0 +1,211 @@
+// Conversions to numbers.
+
+#include <algorithm>
+#include <concepts>
+#include <cstring>
+#include <limits>
+
+#include "text/code_units.h"
+#include "text/counted_string.h"
+#include "text/real_text.h"
+#include "variants/conversion.h"
+#include "variants/number_rule.h"
+#include "zrcore/unicode.h"
+
+// ---- Numbers -------------------------------------------------------------------------------------------------------
+
+// Calls `take` with the number of a record, in the widest type of its kind, which holds it exactly.
+template <class Take>
+static ZRRESULT WithNumber(const ZRVARIANT& source, Take&& take) {
+  const ZRVARIANTVALUE& value = source.Value;
+  switch (source.Type & ZR_VT_TYPEMASK) {
+    case ZR_VT_I1:
+      return take(int64_t{value.i1});
+    case ZR_VT_I2:
+      return take(int64_t{value.i2});
+    case ZR_VT_I4:
+      return take(int64_t{value.i4});
+    case ZR_VT_I8:
+    case ZR_VT_TIME:
+    case ZR_VT_DATETIME:
+    case ZR_VT_CY:
+      return take(value.i8);
+    case ZR_VT_UI1:
+    case ZR_VT_BYTE:
+      return take(int64_t{value.ui1});
+    case ZR_VT_UI2:
+    case ZR_VT_WORD:
+      return take(int64_t{value.ui2});
+    case ZR_VT_UI4:
+    case ZR_VT_DWORD:
+    case ZR_VT_CHAR32:
+      return take(int64_t{value.ui4});
+    case ZR_VT_UI8:
+    case ZR_VT_QWORD:
+      return take(value.ui8);
+    case ZR_VT_R4:
+      return take(value.r4);
+    case ZR_VT_R8:
+      return take(value.r8);
+    default:
+      return ZR_R_NOT_SUPPORTED;
+  }
+}
+
+// ---- Text ----------------------------------------------------------------------------------------------------------
+
+static CTextView UnitsOf(ZRSTR string) noexcept { return {string, StringLen(string)}; }
+
+template <class Target>
+struct CParsed {
+  Target number;
+  bool isWhole;  // the text ends with the number, or with the suffix behind it
+  bool isClamped = false;
+};
+
+// Whether a number that ends here is accepted: at a zero unit, or at the suffix in either case.
+static bool EndsAt(CTextView text, std::size_t end, char suffix) noexcept {
+  return end == text.size() || text[end] == 0 || (text[end] | 0x20) == suffix;
+}
+
+template <class Integer>
+static CParsed<Integer> ParseInteger(CTextView text, unsigned base) noexcept {
+  const auto [value, end] = ReadInteger<Integer>(text, base);
+  return {value, EndsAt(text, end, 'd')};
+}
+
+template <class Narrow>
+static CParsed<Narrow> ParseClamped(CTextView text, unsigned base) noexcept {
+  using Limits = std::numeric_limits<Narrow>;
+  const CParsed<int64_t> parsed = ParseInteger<int64_t>(text, base);
+  const int64_t clamped = std::clamp<int64_t>(parsed.number, Limits::min(), Limits::max());
+  return {static_cast<Narrow>(clamped), parsed.isWhole, clamped != parsed.number};
+}
+
+static bool HasMinus(CTextView text) noexcept {
+  std::size_t at = 0;
+  while (at < text.size() && IsSpace(text[at])) ++at;
+  return at < text.size() && text[at] == '-';
+}
+
+// Each target's own way to read a number. A text is hexadecimal if it begins with the prefix and goes on behind it.
+template <class Target>
+static CParsed<Target> Parse(CTextView text) {
+  const bool isHexadecimal = text.size() >= 3 && text[0] == '0' && (text[1] | 0x20) == 'x';
+  const unsigned base = isHexadecimal ? 16 : 10;
+  if constexpr (std::floating_point<Target>) {
+    if (isHexadecimal && std::same_as<Target, float>) {
+      const CParsed<int32_t> parsed = ParseClamped<int32_t>(text, base);
+      return {static_cast<Target>(parsed.number), parsed.isWhole, parsed.isClamped};
+    }
+    if (isHexadecimal) {
+      const CParsed<int64_t> parsed = ParseInteger<int64_t>(text, base);
+      return {static_cast<Target>(parsed.number), parsed.isWhole};
+    }
+    static_assert(std::numeric_limits<Target>::is_iec559);  // so that a number too large for it becomes infinite
+    const CReadReal read = ReadReal(text);
+    return {static_cast<Target>(read.value), EndsAt(text, read.end, 'f')};
+  } else if constexpr (std::same_as<Target, uint64_t>) {
+    if (HasMinus(text) && ReadReal(text).value < 0.0) return {0, false};
+    return ParseInteger<uint64_t>(text, base);
+  } else if constexpr (std::same_as<Target, int64_t>) {
+    return ParseInteger<int64_t>(text, base);
+  } else {
+    return ParseClamped<Target>(text, base);
+  }
+}
+
+// The words that stand for a number, in any case: 1, 0, or -1 for any other text.
+static int NumberOfWord(ZRSTR text) noexcept {
+  static constexpr auto kTrue = Wide("TRUE");
+  static constexpr auto kFalse = Wide("FALSE");
+  static constexpr auto kLongTrue = Wide("ZR_TRUE");
+  static constexpr auto kLongFalse = Wide("ZR_FALSE");
+  const auto is = [text](const auto& word) { return ZrWCHARCompareNoCase(text, word.data()) == 0; };
+  if (is(kTrue) || is(kLongTrue)) return 1;
+  return is(kFalse) || is(kLongFalse) ? 0 : -1;
+}
+
+template <class Target>
+static ZRRESULT ParseNumber(ZRSTR text, Target& number) {
+  const CParsed<Target> parsed = Parse<Target>(UnitsOf(text));
+  number = parsed.number;
+  if (parsed.isWhole) return parsed.isClamped ? ZR_R_FAILED : ZR_R_OK;
+  const int word = NumberOfWord(text);
+  if (word < 0) return ZR_R_FAILED;
+  number = static_cast<Target>(word);
+  return ZR_R_OK;
+}
+
+// ---- The targets ---------------------------------------------------------------------------------------------------
+
+template <class Target>
+static ZRRESULT ToNumber(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
+  Target number{};
+  ZRRESULT result = ZR_R_OK;
+  switch (rule) {
+    case Rule::Range:
+      result = WithNumber(
+          source, [&number](auto from) { return StoreNumber(from, number) ? ZR_R_OK : ZR_R_INVALID_ARGUMENTS; });
+      break;
+    case Rule::RawByte:
+      number = static_cast<Target>(source.Value.boolean);
+      break;
+    case Rule::FirstBytes:
+      (void)ZrReadBlobPos(source.Value.blob, &number, 0, sizeof number);
+      break;  // none: 0 stays
+    case Rule::Parse:
+      result = ParseNumber(source.Value.string, number);
+      break;
+    default:
+      return ZR_R_NOT_SUPPORTED;  // of other columns
+  }
+  std::memcpy(&value, &number, sizeof number);
+  return result;
+}
+
+ZRRESULT ToI1(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
+  return ToNumber<int8_t>(rule, source, value);
+}
+ZRRESULT ToI2(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
+  return ToNumber<int16_t>(rule, source, value);
+}
+ZRRESULT ToI4(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
+  return ToNumber<int32_t>(rule, source, value);
+}
+ZRRESULT ToI8(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
+  return ToNumber<int64_t>(rule, source, value);
+}
+ZRRESULT ToUI1(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
+  return ToNumber<uint8_t>(rule, source, value);
+}
+ZRRESULT ToUI2(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
+  return ToNumber<uint16_t>(rule, source, value);
+}
+ZRRESULT ToUI4(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
+  return ToNumber<uint32_t>(rule, source, value);
+}
+ZRRESULT ToUI8(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
+  return ToNumber<uint64_t>(rule, source, value);
+}
+ZRRESULT ToR4(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
+  return ToNumber<float>(rule, source, value);
+}
+ZRRESULT ToR8(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
+  return ToNumber<double>(rule, source, value);
+}
+
+ZRRESULT ToBool(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
+  const ZRRESULT result = ToUI1(rule, source, value);
+  if (result == ZR_R_OK) value.boolean = value.boolean != 0;
+  return result;
+}
+
+ZRRESULT ToChar32(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
+  if (rule != Rule::FirstCodePoint) return ToUI4(rule, source, value);
+  char32_t codePoint = 0;
+  int32_t capacity = 1;
+  const ZRRESULT result = ZrCreateUTF32fomZRSTR(source.Value.string, -1, &codePoint, &capacity);
+  value.char32 = codePoint;
+  return result;
+}
