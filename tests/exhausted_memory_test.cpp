@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "tests/support/failing_heap.h"
+#include "tests/support/fake_configuration.h"
 #include "tests/support/fake_discovery.h"
 
 // Runs `operation` until it succeeds; answers how many failures came before.
@@ -280,8 +281,12 @@ static ZRRESULT CreateByFunction(const ZRUUID*, uint64_t, const ZRUUID*, uint64_
 TEST(ExhaustedMemory, ComponentOperationsAnswerTheirCodes) {
   ZrInitialize();
   FakeDiscovery discovery({{1, {}, {CreateByFunction, nullptr, nullptr}, W("Name")}, {2, ModulePath("nowhere")}});
+  discovery.onCall = [](const std::string& operation) {
+    if (operation == "AddRef") FailAllocation(0);  // what is read behind it can't fail the addition
+  };
   uint32_t cookie = 0;
   EXPECT_GE(Exhaust<ZRRESULT>(ZR_R_UNEXPECTED, [&] { return ZrAddComponentDiscovery(&discovery, &cookie); }), 2);
+  discovery.onCall = nullptr;
   EXPECT_EQ(discovery.references, 1u);
 
   // The lookup, the binding and the creation fail in turn, each with its code; a module that isn't there fails alike.
@@ -303,6 +308,15 @@ TEST(ExhaustedMemory, ComponentOperationsAnswerTheirCodes) {
     EXPECT_EQ(failures, (std::set<ZRRESULT>{ZR_R_REQUEST_ABORTED, ZR_R_UNEXPECTED}));
   }
 
+  EXPECT_EQ(Exhaust<ZRRESULT>(ZR_R_FAILED,
+                              [] {
+                                const ZRUUID unknown = ClassId(2);
+                                IZrConfiguration* configuration = nullptr;
+                                return ZrQueryComponentConfiguration(&unknown, nullptr, &configuration);
+                              }),
+            0)
+      << "for a class that is known";
+
   const Owned name(Units(W("Name")));
   ZRUUID classId = ClassId(1);
   EXPECT_GE(Exhaust<ZRRESULT>(ZR_R_FAILED, [&] { return ZrCLSIDFromClassName(name, &classId); }), 1);
@@ -319,4 +333,38 @@ TEST(ExhaustedMemory, ComponentOperationsAnswerTheirCodes) {
   EXPECT_EQ(Exhaust<ZRRESULT>(ZR_R_UNEXPECTED, [&] { return ZrRemoveComponentDiscovery(cookie); }), 0);
   EXPECT_EQ(Exhaust<ZRRESULT>(ZR_R_UNEXPECTED, [&] { return ZrUninitialize(); }), 0) << "the end needs no memory";
   EXPECT_EQ(discovery.references, 0u);
+}
+
+// Names that can't be made leave the defaults, and what the host's own objects throw passes through.
+TEST(ExhaustedMemory, ReadingTheConfigurationLosesNothing) {
+  const Owned text(Units(W("TRUE")));
+  ZRVARIANT value = ZR_VARIANT_INIT;
+  value.Type = ZR_VT_STR;
+  value.Value.string = text;
+  FakeConfiguration configuration({value});
+  FakeDiscovery discovery;
+  discovery.configure = [&](const ZRUUID&, ZRSTR, IZrConfiguration** given) {
+    *given = configuration.Given();
+    return ZR_R_OK;
+  };
+  int failures = 0;
+  for (bool failed = true; failed && failures < 100; ++failures) {
+    discovery.onCall = [&](const std::string& operation) {
+      if (operation == "AddRef") FailAllocation(failures + 1);
+    };
+    ZrInitialize();
+    uint32_t cookie = 0;
+    try {
+      EXPECT_EQ(ZrAddComponentDiscovery(&discovery, &cookie), ZR_R_OK);
+      failed = AllocationFailed();
+      EXPECT_EQ(ZrRemoveComponentDiscovery(cookie), ZR_R_OK);
+    } catch (const std::bad_alloc&) {
+      failed = AllocationFailed();
+      EXPECT_TRUE(failed);
+    }
+    ZrUninitialize();
+    EXPECT_EQ(configuration.references, 0);
+    EXPECT_EQ(ZrStringRefCount(text), 1u);
+  }
+  EXPECT_GE(failures, 4) << "a name for the configuration and one for each value";
 }
