@@ -10,6 +10,7 @@
 #include <iostream>  // brings the runtime's stream support up before the objects below, and keeps it until after them
 
 #include "blobs/blob_manager.h"
+#include "components/allocator_settings.h"
 #include "components/component_management.h"
 #include "frame/error_registry.h"
 #include "frame/item_allocator.h"
@@ -85,6 +86,7 @@ constinit CZrBlobMgr g_blobManager;
 bool g_hasWideVectors = FindWideVectors();  // until then the loops that do without
 static CErrorRegistry g_errorRegistry;
 static CGlobalData g_globalData;
+static CAllocatorSettings g_allocatorSettings;
 CItemAllocator g_refAllocator("tagZRREF", true, sizeof(ZRREF), 0);
 static CItemAllocatorTeardown g_refAllocatorTeardown(g_refAllocator);
 CItemAllocator g_srefAllocator("tagZRSREF", true, sizeof(ZRSREF), 0);
@@ -97,6 +99,8 @@ bool IsLibraryInitialized() noexcept { return g_globalData.IsInitialized(); }
 CErrorRegistry& ErrorRegistry() noexcept { return g_errorRegistry; }
 
 CComponentManagement& ComponentRegistry() noexcept { return g_globalData.Registry(); }
+
+CAllocatorSettings& AllocatorSettings() noexcept { return g_allocatorSettings; }
 
 ZRRESULT ZrInitialize() noexcept { return g_globalData.Initialize(); }
 

@@ -209,8 +209,12 @@ static ZRRESULT CreateByFunction(const ZRUUID*, uint64_t, const ZRUUID*, uint64_
 TEST(ExhaustedMemory, ComponentOperationsAnswerTheirCodes) {
   ZrInitialize();
   FakeDiscovery discovery({{1, {}, {CreateByFunction, nullptr, nullptr}, W("Name")}, {2, ModulePath("nowhere")}});
+  discovery.onCall = [](const std::string& operation) {
+    if (operation == "AddRef") FailAllocation(0);  // what is read behind it can't fail the addition
+  };
   uint32_t cookie = 0;
   EXPECT_GE(Exhaust(ZR_R_UNEXPECTED, [&] { return ZrAddComponentDiscovery(&discovery, &cookie); }), 2);
+  discovery.onCall = nullptr;
   EXPECT_EQ(discovery.references, 1u);
 
   // The lookup, the binding and the creation fail in turn, each with its code; a module that isn't there fails alike.
@@ -246,4 +250,18 @@ TEST(ExhaustedMemory, ComponentOperationsAnswerTheirCodes) {
   EXPECT_EQ(Exhaust(ZR_R_UNEXPECTED, [&] { return ZrRemoveComponentDiscovery(cookie); }), 0);
   EXPECT_EQ(Exhaust(ZR_R_UNEXPECTED, [&] { return ZrUninitialize(); }), 0) << "the end needs no memory";
   EXPECT_EQ(discovery.references, 0u);
+}
+
+TEST(ExhaustedMemory, WithoutANameNoConfigurationIsAskedFor) {
+  FakeDiscovery discovery;
+  discovery.onCall = [](const std::string& operation) {
+    if (operation == "AddRef") FailAllocation(1);
+    EXPECT_NE(operation, "QueryConfiguration");
+  };
+  ZrInitialize();
+  uint32_t cookie = 0;
+  EXPECT_EQ(ZrAddComponentDiscovery(&discovery, &cookie), ZR_R_OK);
+  EXPECT_TRUE(AllocationFailed());
+  EXPECT_EQ(ZrRemoveComponentDiscovery(cookie), ZR_R_OK);
+  ZrUninitialize();
 }

@@ -18,6 +18,10 @@ TEST(Lifecycle, TheGuardComesAfterTheResultsThatAreClearedFirst) {
   EXPECT_EQ(ZrCreateInstance(&classId, 0, &classId, 0, nullptr), ZR_R_NO_INIT);
   EXPECT_EQ(ZrCreateInstance(&classId, 0, &classId, 0, &object), ZR_R_NO_INIT);
   EXPECT_EQ(object, nullptr);
+  IZrConfiguration* configuration = reinterpret_cast<IZrConfiguration*>(&configuration);
+  EXPECT_EQ(ZrQueryComponentConfiguration(&classId, nullptr, nullptr), ZR_R_NO_INIT);
+  EXPECT_EQ(ZrQueryComponentConfiguration(&classId, nullptr, &configuration), ZR_R_NO_INIT);
+  EXPECT_EQ(configuration, nullptr);
   ZRUUID untouched = classId;
   ZRSTR name = reinterpret_cast<ZRSTR>(&name);
   EXPECT_EQ(ZrCLSIDFromClassName(nullptr, nullptr), ZR_R_NO_INIT);
