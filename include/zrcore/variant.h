@@ -159,7 +159,7 @@ ZR_API ZRRESULT ZrVariantInit(ZRVARIANT* variant) ZR_NOEXCEPT;
 ///
 /// @return ZR_R_OK; ZR_R_INVALID_POINTER if `variant` is null; ZR_R_INVALID_ARGUMENTS for a tag word that is not 0 with
 ///         tag 0, a tag that is not assigned or one above 53, with or without ZR_VT_BYREF; the result of
-///         ZrSafeArrayDestroy for an array. The record is zero in all cases but the null one.
+///         ZrSafeArrayDestroy for an array. Whatever the answer, a tag word that is not 0 leaves 16 zero bytes.
 ZR_API ZRRESULT ZrVariantClear(ZRVARIANT* variant);
 
 /// ZrVariantCopy releases the destination and makes it a copy of the source.
@@ -181,10 +181,12 @@ ZR_API ZRRESULT ZrVariantCopy(ZRVARIANT* destination, const ZRVARIANT* source);
 /// record, a string as an empty one, and a variant as ZR_VT_VARIANT with a null Value. A null handle that an existing
 /// address points at stays null, but a string's.
 ///
+/// @param destination  released without a word, whatever its tag. Being the source itself, it ends empty.
 /// @return ZR_R_OK; ZR_R_INVALID_POINTER if an argument is null, with nothing changed, or, with the destination
 ///         released, if the source's array address is; ZR_R_INVALID_ARGUMENTS for a tag that is 0 (under ZR_VT_BYREF),
-///         not assigned or above 53: the destination then has this tag and a null Value; what the copying of an array
-///         answered.
+///         not assigned or above 53: the destination then has this tag (with its flags, unless it stood under
+///         ZR_VT_BYREF) and a null Value; the same code for a by-reference record as both arguments; what the copying
+///         of an array answered.
 ZR_API ZRRESULT ZrVariantCopyInd(ZRVARIANT* destination, const ZRVARIANT* source);
 
 /// ZrVariantIsContentEmpty tells whether a value has no content. It has no way to fail.
