@@ -117,7 +117,7 @@ static ZRRESULT ReadUuid(ZRSTR string, ZRUUID& uuid) {
     std::copy(string, string + length, ascii.begin());
     return ZrUUIDFromString(ascii.data(), &uuid);
   }
-  int32_t bytes = 0;
+  int32_t bytes = -1;  // asks for the size
   if (Failed(ZrCreateUTF8fromZRSTR(string, -1, nullptr, &bytes))) return ZR_R_INVALID_ARGUMENTS;
   const std::size_t room = std::size_t{length} * 4 + 4;  // whatever is written and counted, with a zero behind
   std::unique_ptr<char, HeapFree> text(static_cast<char*>(AllocateOrThrow(room)));
