@@ -21,9 +21,10 @@
 // functions here store has zeros behind it.
 //
 // In this family a null record gives ZR_R_INVALID_POINTER. When memory is exhausted, std::bad_alloc is thrown, except
-// for texts, which become null; a destination holds then nothing, or its tag with a null Value, and a value that was to
-// be converted in place is back in its place. Any thread, before ZrInitialize too; a record has no lock, so one at a
-// time for a record, or any number that only read it. Strings and blobs behind records may be shared between threads.
+// for texts, which become null; those of ZR_VT_UUID and ZR_VT_CHAR32 answer ZR_R_NO_MEMORY. A destination then holds
+// nothing, or its tag with a null Value, and a value that was to be converted in place is back in its place. Any
+// thread, before ZrInitialize too; a record has no lock, so one at a time for a record, or any number that only read
+// it. Strings and blobs behind records may be shared between threads.
 
 #ifndef ZRCORE_VARIANT_H
 #define ZRCORE_VARIANT_H
@@ -101,6 +102,7 @@ struct IZrDispatch {
 
 /// ZRVARIANTVALUE is the payload of a ZRVARIANT: the member that the tag word names.
 typedef union tagZRVARIANTVALUE {
+  uint64_t ui8;           // ZR_VT_UI8, ZR_VT_QWORD, ZR_VT_OPAQUE; first, so that { 0 } makes all 8 bytes zero
   uint8_t boolean;        // ZR_VT_BOOL
   int8_t i1;              // ZR_VT_I1
   int16_t i2;             // ZR_VT_I2
@@ -109,7 +111,6 @@ typedef union tagZRVARIANTVALUE {
   uint8_t ui1;            // ZR_VT_UI1, ZR_VT_BYTE
   uint16_t ui2;           // ZR_VT_UI2, ZR_VT_WORD
   uint32_t ui4;           // ZR_VT_UI4, ZR_VT_DWORD
-  uint64_t ui8;           // ZR_VT_UI8, ZR_VT_QWORD, ZR_VT_OPAQUE
   float r4;               // ZR_VT_R4
   double r8;              // ZR_VT_R8
   int64_t time;           // ZR_VT_TIME
@@ -169,9 +170,8 @@ ZR_API ZRRESULT ZrVariantClear(ZRVARIANT* variant);
 ///
 /// @param destination  released without a word, whatever its tag. Being the source itself, it ends empty.
 /// @return ZR_R_OK; ZR_R_INVALID_POINTER, with nothing changed, if an argument is null; ZR_R_INVALID_ARGUMENTS for a
-/// tag
-///         that is not assigned or above 53: the destination then has this tag word and a null Value; what the copying
-///         of an array answered.
+///         tag that is not assigned or above 53: the destination then has this tag word and a null Value; what the
+///         copying of an array answered.
 ZR_API ZRRESULT ZrVariantCopy(ZRVARIANT* destination, const ZRVARIANT* source);
 
 /// ZrVariantCopyInd is ZrVariantCopy, but of a by-reference source the destination gets a value of its own.
@@ -217,13 +217,11 @@ ZR_API uint8_t ZrVariantIsContentEmpty(const ZRVARIANT* variant) ZR_NOEXCEPT;
 ///     White space may stand in front, not behind. The words "TRUE" and "ZR_TRUE" are 1, "FALSE" and "ZR_FALSE" 0, in
 ///     upper or lower case. 64-bit integers saturate; so does ZR_VT_R4, to infinity. To ZR_VT_CY: decimal only, no
 ///     words. To ZR_VT_CHAR32: the first code point; digits aren't read.
-///   - Text to ZR_VT_TIME, ZR_VT_DATETIME, ZR_VT_UUID and ZR_VT_REF as their own parsers read it. Every text converts
-///   to
-///     ZR_VT_SREF, as a ref if it reads as one.
+///   - Text to ZR_VT_TIME, ZR_VT_DATETIME, ZR_VT_UUID and ZR_VT_REF as their own parsers read it. Every text
+///     converts to ZR_VT_SREF, as a ref if it reads as one.
 ///   - To text: integers in decimal, ZR_VT_R4 and ZR_VT_R8 as printf's "%f" (six digits, never an exponent), booleans
-///   as
-///     "TRUE" and "FALSE", the others as their own functions write them, a ZRSREF by its ref where it has one. A blob's
-///     bytes become the text's code units, and back.
+///     as "TRUE" and "FALSE", the others as their own functions write them, a ZRSREF by its ref where it has one. A
+///     blob's bytes become the text's code units, and back.
 ///   - An array converts element by element, into a new array.
 ///
 /// Nothing else converts, in particular no by-reference record (ZrVariantCopyInd first), ZR_VT_EMPTY, ZR_VT_OPAQUE,
