@@ -12,6 +12,7 @@
 
 #include "tests/support/failing_heap.h"
 #include "tests/support/fake_discovery.h"
+#include "tests/support/variant_text.h"
 
 // Runs `operation` until it succeeds; answers how many failures came before, each told by `onFailure` or, if that is
 // ZR_R_NO_MEMORY, by std::bad_alloc too.
@@ -199,6 +200,85 @@ TEST(ExhaustedMemory, BlobsThrowOrEndTheProcess) {
   EXPECT_EQ(content(blob), bytes + "1000");
   (void)ZrDestroyBlob(blob);
   (void)ZrDestroyBlob(copy);
+}
+
+// Copies and conversions throw, but a text becomes null, for two kinds with a code. In place the value is back.
+TEST(ExhaustedMemory, VariantsThrowOrTheirTextIsNull) {
+  enum : uint16_t { kCopy = 0x100, kCopyBehind, kCopyBehindNull };
+  static constexpr ZRRESULT kThrows = 1;
+  const struct {
+    const char* source;
+    uint16_t operation;  // a copy, or the target of a conversion
+    int failures;
+    ZRRESULT onFailure = kThrows;
+    bool goesOn = false;  // with failures that end the process
+  } kRows[] = {
+      {"UUID {00000000-0000-0000-0000-000000000001}", kCopy, 1},
+      {"REF 1.2.3.4.5.6", kCopy, 1},
+      {"SREF 1.2.3.4.5.6 text name", kCopy, 2},
+      {"SREF neither", kCopy, 0},
+      {"BLOB 0102", kCopy, 2},
+      {"STR null", kCopy, 0},
+      {"SREF 1.2.3.4.5.6", kCopyBehind, 2},
+      {"BLOB 0102", kCopyBehind, 2},
+      {"UUID null", kCopyBehindNull, 1},
+      {"STR null", kCopyBehindNull, 0},
+      {"REF null", kCopyBehindNull, 1},
+      {"SREF null", kCopyBehindNull, 1},
+      {"I4 5", ZR_VT_R8, 0},
+      {"STR 1.5f", ZR_VT_R8, 0},
+      {"STR 0000000000000000000000x", ZR_VT_R8, 1},
+      {"STR 01234567-89ab-cdef-0123-456789abcdef", ZR_VT_UUID, 1},
+      {"STR 01234567-89ab-cdef-0123-456789abcdef\xe9", ZR_VT_UUID, 2},
+      {"BLOB 0102", ZR_VT_UUID, 1},
+      {"STR 1.2.3.4.5.6", ZR_VT_REF, 1},
+      {"SREF text 1.2.3.4.5.6", ZR_VT_REF, 1},
+      {"STR 1.2.3.4.5.6", ZR_VT_SREF, 2},
+      {"STR name", ZR_VT_SREF, 1},
+      {"REF 1.2.3.4.5.6", ZR_VT_SREF, 2},
+      {"I4 5", ZR_VT_BLOB, 2, kThrows, true},
+      {"REF 1.2.3.4.5.6", ZR_VT_BLOB, 2, kThrows, true},
+      {"I4 5", ZR_VT_STR, 1, ZR_R_OK},
+      {"R8 1.5", ZR_VT_STR, 1, ZR_R_OK},
+      {"DATETIME 1", ZR_VT_STR, 1, ZR_R_OK},
+      {"BLOB 0102", ZR_VT_STR, 1, ZR_R_OK},
+      {"REF 1.2.3.4.5.6", ZR_VT_STR, 1, ZR_R_OK},
+      {"UUID {00000000-0000-0000-0000-000000000001}", ZR_VT_STR, 1, ZR_R_NO_MEMORY},
+      {"CHAR32 65", ZR_VT_STR, 1, ZR_R_NO_MEMORY},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(std::string(row.source) + " to " + std::to_string(row.operation));
+    const auto run = [&](ZRVARIANT& destination, ZRVARIANT& source) {
+      try {
+        if (row.operation == kCopy) return ZrVariantCopy(&destination, &source);
+        if (row.operation < kCopy) return ZrVariantChangeType(&destination, &source, 0, row.operation);
+        const ZRVARIANT reference = row.operation == kCopyBehind ? ByRef(source) : ByRef(source.Type, nullptr);
+        return ZrVariantCopyInd(&destination, &reference);
+      } catch (const std::bad_alloc&) {
+        return kThrows;
+      }
+    };
+    const bool isCopy = row.operation >= kCopy;
+    for (int n = 1; !row.goesOn || n <= row.failures; ++n) {
+      OwnedVariant source = Value(row.source), apart = Value("STR before");
+      const std::string before = Describe(source);
+      FailAllocation(n);
+      const ZRRESULT result = run(apart, source);
+      if (!AllocationFailed()) {
+        EXPECT_EQ(n, row.failures + 1);
+        break;
+      }
+      EXPECT_EQ(result, row.onFailure) << "allocation " << n;
+      const std::string name = isCopy ? before.substr(0, before.find(' ')) : "STR";
+      EXPECT_EQ(Describe(apart), isCopy || result == ZR_R_OK ? name + " null" : "EMPTY");
+      EXPECT_EQ(Describe(source), before);
+      if (isCopy) continue;
+      FailAllocation(n);
+      EXPECT_EQ(run(source, source), row.onFailure);
+      EXPECT_TRUE(AllocationFailed());
+      EXPECT_EQ(Describe(source), result == ZR_R_OK ? "STR null" : before);
+    }
+  }
 }
 
 static ZRRESULT CreateByFunction(const ZRUUID*, uint64_t, const ZRUUID*, uint64_t, void** object) {

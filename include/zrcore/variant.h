@@ -21,10 +21,11 @@
 // functions here store has zeros behind it.
 //
 // In this family a null record gives ZR_R_INVALID_POINTER. When memory is exhausted, std::bad_alloc is thrown, except
-// for texts, which become null, and for a conversion to ZR_VT_BLOB, which may end the process as ZrCreateBlob does; a
-// destination holds then nothing, or its tag with a null Value, and a value that was to be converted in place is back
-// in its place. Any thread, before ZrInitialize too; a record has no lock, so one at a time for a record, or any number
-// that only read it. Strings and blobs behind records may be shared between threads.
+// for texts, which become null (those of ZR_VT_UUID and ZR_VT_CHAR32 answer ZR_R_NO_MEMORY), and for a conversion to
+// ZR_VT_BLOB, which may end the process as ZrCreateBlob does; a destination holds then nothing, or its tag with a null
+// Value, and a value that was to be converted in place is back in its place. Any thread, before ZrInitialize too; a
+// record has no lock, so one at a time for a record, or any number that only read it. Strings and blobs behind records
+// may be shared between threads.
 
 #ifndef ZRCORE_VARIANT_H
 #define ZRCORE_VARIANT_H
@@ -102,6 +103,7 @@ struct IZrDispatch {
 
 /// ZRVARIANTVALUE is the payload of a ZRVARIANT: the member that the tag word names.
 typedef union tagZRVARIANTVALUE {
+  uint64_t ui8;           // ZR_VT_UI8, ZR_VT_QWORD, ZR_VT_OPAQUE; first, so that { 0 } makes all 8 bytes zero
   uint8_t boolean;        // ZR_VT_BOOL
   int8_t i1;              // ZR_VT_I1
   int16_t i2;             // ZR_VT_I2
@@ -110,7 +112,6 @@ typedef union tagZRVARIANTVALUE {
   uint8_t ui1;            // ZR_VT_UI1, ZR_VT_BYTE
   uint16_t ui2;           // ZR_VT_UI2, ZR_VT_WORD
   uint32_t ui4;           // ZR_VT_UI4, ZR_VT_DWORD
-  uint64_t ui8;           // ZR_VT_UI8, ZR_VT_QWORD, ZR_VT_OPAQUE
   float r4;               // ZR_VT_R4
   double r8;              // ZR_VT_R8
   int64_t time;           // ZR_VT_TIME
