@@ -9,6 +9,7 @@
 #include <atomic>
 #include <iostream>  // brings the runtime's stream support up before the objects below, and keeps it until after them
 
+#include "arrays/array_manager.h"
 #include "blobs/blob_manager.h"
 #include "components/component_management.h"
 #include "frame/error_registry.h"
@@ -82,6 +83,7 @@ constinit CItemAllocatorSettings g_itemAllocators;  // nor for this
 constinit CCharacterCase g_characterCase;           // read on first use, released here
 constinit CZrBlobMgr g_blobManager;
 static CErrorRegistry g_errorRegistry;
+constinit CZrSafeArrayMgr g_arrayManager;
 static CGlobalData g_globalData;
 CItemAllocator g_refAllocator("tagZRREF", true, sizeof(ZRREF), 0);
 static CItemAllocatorTeardown g_refAllocatorTeardown(g_refAllocator);

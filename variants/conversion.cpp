@@ -69,10 +69,15 @@ ZRRESULT ConvertScalar(const ZRVARIANT& source, uint16_t target, ZRVARIANTVALUE&
   return to.convert(rule, source, value);
 }
 
+Rule RuleOf(uint16_t source, uint16_t target) noexcept {
+  const CTarget& to = kTargets[TagIndex(target)];
+  if (to.convert != nullptr) return RuleFor(source, to.column);
+  return to.refusal == ZR_R_NOT_SUPPORTED ? Rule::NotSupported : Rule::Invalid;
+}
+
 // ---- The frame -----------------------------------------------------------------------------------------------------
 
-// A scalar as ZrVariantCopy would give it, but with the payload of the original and without an owner.
-static ZRVARIANT LendCopy(const ZRVARIANT& original) noexcept {
+ZRVARIANT LendCopy(const ZRVARIANT& original) noexcept {
   const PayloadKind kind = TagOf(original.Type).kind;
   if (IsInline(kind)) return original;
   ZRVARIANT copy = kResetVariant;
