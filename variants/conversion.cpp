@@ -69,6 +69,12 @@ ZRRESULT ConvertScalar(const ZRVARIANT& source, uint16_t target, ZRVARIANTVALUE&
   return to.convert(rule, source, value);
 }
 
+Rule RuleOf(uint16_t source, uint16_t target) noexcept {
+  const CTarget& to = kTargets[TagIndex(target)];
+  if (to.convert != nullptr) return RuleFor(source, to.column);
+  return to.refusal == ZR_R_NOT_SUPPORTED ? Rule::NotSupported : Rule::Invalid;
+}
+
 // ---- The frame -----------------------------------------------------------------------------------------------------
 
 // A scalar as ZrVariantCopy would give it, but with the payload of the original and without an owner: the original
@@ -86,6 +92,11 @@ static const ZRVARIANT& Lend(const ZRVARIANT& original, ZRVARIANT& copy) noexcep
     copy.Value.sref = nullptr;
   }
   return copy;
+}
+
+ZRVARIANT LendCopy(const ZRVARIANT& original) noexcept {
+  ZRVARIANT copy;
+  return Lend(original, copy);
 }
 
 static ZRRESULT ConvertIntoReset(ZRVARIANT& destination, const ZRVARIANT& source, uint16_t target) {
