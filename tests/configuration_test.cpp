@@ -75,6 +75,7 @@ TEST_F(ConfigurationTest, ValuesOfAnyTypeAreReadAndWhatIsMissingIsNothing) {
   const Owned truth(Units(W("ZR_TRUE"))), twelve(Units(W("12"))), word(Units(W("yes")));
   const uint8_t one = 1;
   const uint32_t seven = 7;
+  const ZRSAFEARRAY array = nullptr;
   const ZRVARIANT text = At(ZR_VT_STR, truth.string), byRef = At(ZR_VT_UI4 | ZR_VT_BYREF, &seven);
   struct {
     Host host;
@@ -93,7 +94,7 @@ TEST_F(ConfigurationTest, ValuesOfAnyTypeAreReadAndWhatIsMissingIsNothing) {
       {Host({At(ZR_VT_STR, word.string)})},
       {Host({At(ZR_VT_VARIANT | ZR_VT_BYREF, &byRef)}), "on 0/7 0/7"},
       {Host({Number(60, 1)})},
-      {Host({At(ZR_VT_UI4 | ZR_VT_ARRAY | ZR_VT_BYREF, &seven)})},
+      {Host({At(ZR_VT_UI4 | ZR_VT_ARRAY | ZR_VT_BYREF, &array)})},
       {Host({text, ZR_R_CANCELLED})},
       {Host({Number(ZR_VT_BOOL, 1), ZR_R_SAME_VALUE}), "on 0/1 0/1"},
       {Host({{W("EnableAllocator"), {text}}, {W("ZR_VT_SREF"), {byRef}}}), "on 0/1024 0/7"},

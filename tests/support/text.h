@@ -25,7 +25,7 @@ using Units = std::basic_string<WCHAR>;
 inline Units Widened(const std::string& ascii) { return Units(ascii.begin(), ascii.end()); }
 
 inline Units ContentOf(ZRSTR string) {
-  EXPECT_EQ(string ? string[ZrStringLen(string)] : 0, 0) << "the terminator";
+  EXPECT_EQ(string && ZrStringByteLen(string) % 2 == 0 ? string[ZrStringLen(string)] : 0, 0) << "the terminator";
   return string ? Units(string, ZrStringLen(string)) : Units();
 }
 
