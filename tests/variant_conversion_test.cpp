@@ -360,6 +360,11 @@ static void CheckApart(const OwnedVariant& source, uint16_t target) {
   EXPECT_EQ(Describe(source), before) << "a source is only read";
   EXPECT_EQ(ZrStringRefCount(g_before), 1u) << "what the destination held is released";
   EXPECT_EQ(g_object.references, objects + (apart.Value.unknown == &g_object ? 1 : 0));
+  // Another way, where the destination holds nothing to release.
+  OwnedVariant number = Value("I4 7");
+  ASSERT_EQ(ZrVariantChangeType(&number, &source, 0, target), result);
+  if (LetterFor(tag, target) == 'G' && ZR_FAILED(result)) TakeLostRecord(number);
+  EXPECT_EQ(Describe(number), Describe(apart));
 }
 
 static void CheckInPlace(OwnedVariant& source, uint16_t target) {
@@ -457,6 +462,8 @@ TEST(VariantConversion, EverySourceAndTarget) {
   std::vector<uint16_t> targets = {0xFFF, 0x1004, 0x2004, 0x4004, 0x8004, 0x1032, 0x8000, 0x4000 | ZR_VT_SREF};
   for (uint16_t target = 0; target <= 60; ++target) targets.push_back(target);
   const std::vector<std::string> sources = Sources();
+  const Owned empty(ZrCopyString(nullptr));
+  const uint32_t empties = ZrStringRefCount(empty);
   for (std::size_t row = 0; row < sources.size(); ++row) {
     std::string text = sources[row];
     text.insert(std::min(text.find(' '), text.size()), row % 5 == 1 ? "+1000" : row % 5 == 2 ? "+8000" : "");
@@ -471,6 +478,7 @@ TEST(VariantConversion, EverySourceAndTarget) {
     }
   }
   EXPECT_EQ(g_object.references, 0u);
+  EXPECT_EQ(ZrStringRefCount(empty), empties);
 }
 
 TEST(VariantConversion, ReferencesAreOnlyCopied) {
