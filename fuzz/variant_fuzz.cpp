@@ -91,8 +91,6 @@ class CVariantSequence {
   void Step() {
     OwnedVariant& slot = slots_[Next() % slots_.size()];
     OwnedVariant& other = slots_[Next() % slots_.size()];
-    const std::string before = Describe(other);
-    const bool isApart = &slot != &other;
     switch (Next() % 10) {
       case 0:
         (void)ZrVariantClear(&slot);
@@ -134,7 +132,6 @@ class CVariantSequence {
       default:
         Change(slot, other, Target());
     }
-    FUZZ_CLAIM(!isApart || Describe(other) == before);
   }
 
   void Change(OwnedVariant& slot, OwnedVariant& other, uint16_t target) {
@@ -143,6 +140,7 @@ class CVariantSequence {
     if (&slot != &other && other.Type == ZR_VT_REF && other.Value.ref == nullptr && target == ZR_VT_SREF) return;
     const std::string before = Describe(other);
     const ZRRESULT result = ZrVariantChangeType(&slot, &other, 0, target);
+    FUZZ_CLAIM(&slot == &other || Describe(other) == before);
     if (ZR_SUCCEEDED(result)) {
       FUZZ_CLAIM((slot.Type & ZR_VT_TYPEMASK) == target);
     } else if (&slot == &other && before.find("null") == std::string::npos && before != "SREF neither" &&

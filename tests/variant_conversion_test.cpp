@@ -1,10 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cfenv>
 #include <clocale>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <limits>
 #include <random>
 #include <string>
@@ -359,6 +360,11 @@ static void CheckApart(const OwnedVariant& source, uint16_t target) {
   EXPECT_EQ(Describe(source), before) << "a source is only read";
   EXPECT_EQ(ZrStringRefCount(g_before), 1u) << "what the destination held is released";
   EXPECT_EQ(g_object.references, objects + (apart.Value.unknown == &g_object ? 1 : 0));
+  // Another way, where the destination holds nothing to release.
+  OwnedVariant number = Value("I4 7");
+  ASSERT_EQ(ZrVariantChangeType(&number, &source, 0, target), result);
+  if (LetterFor(tag, target) == 'G' && ZR_FAILED(result)) TakeLostRecord(number);
+  EXPECT_EQ(Describe(number), Describe(apart));
 }
 
 static void CheckInPlace(OwnedVariant& source, uint16_t target) {
@@ -456,6 +462,8 @@ TEST(VariantConversion, EverySourceAndTarget) {
   std::vector<uint16_t> targets = {0xFFF, 0x1004, 0x2004, 0x4004, 0x8004, 0x1032, 0x8000, 0x4000 | ZR_VT_SREF};
   for (uint16_t target = 0; target <= 60; ++target) targets.push_back(target);
   const std::vector<std::string> sources = Sources();
+  const Owned empty(ZrCopyString(nullptr));
+  const uint32_t empties = ZrStringRefCount(empty);
   for (std::size_t row = 0; row < sources.size(); ++row) {
     std::string text = sources[row];
     text.insert(std::min(text.find(' '), text.size()), row % 5 == 1 ? "+1000" : row % 5 == 2 ? "+8000" : "");
@@ -470,6 +478,7 @@ TEST(VariantConversion, EverySourceAndTarget) {
     }
   }
   EXPECT_EQ(g_object.references, 0u);
+  EXPECT_EQ(ZrStringRefCount(empty), empties);
 }
 
 TEST(VariantConversion, ReferencesAreOnlyCopied) {
@@ -509,97 +518,50 @@ TEST(VariantConversion, Claims) {
     ZRRESULT result;
     const char* left;
   } kRows[] = {
-      {"I4 5", ZR_VT_R8, ZR_R_OK, "R8 5"},
-      {"I4 300", ZR_VT_I1, kRange, "EMPTY"},
       {"R8 127.5", ZR_VT_I1, kRange, "EMPTY"},  // checked before it is cut
       {"R8 -0.5", ZR_VT_I1, ZR_R_OK, "I1 0"},
-      {"R8 -0.5", ZR_VT_UI1, kRange, "EMPTY"},
       {"R8 0.5", ZR_VT_BOOL, ZR_R_OK, "BOOL 0"},
-      {"I4 256", ZR_VT_BOOL, kRange, "EMPTY"},
       {"I4 -1", ZR_VT_BOOL, kRange, "EMPTY"},
-      {"UI1 200", ZR_VT_BOOL, ZR_R_OK, "BOOL 1"},
       {"BOOL 255", ZR_VT_I1, ZR_R_OK, "I1 -1"},
-      {"BOOL 255", ZR_VT_I4, ZR_R_OK, "I4 255"},
-      {"BOOL 2", ZR_VT_R4, ZR_R_OK, "R4 2"},
-      {"BOOL 2", ZR_VT_STR, ZR_R_OK, "STR TRUE"},
       {"BOOL 2", ZR_VT_BLOB, ZR_R_OK, "BLOB 01"},
-      {"UI1 2", ZR_VT_BLOB, ZR_R_OK, "BLOB 02"},
       {"R8 9223372036854775808", ZR_VT_I8, ZR_R_OK, "I8 -9223372036854775808"},
       {"UI8 9223372036854776832", ZR_VT_I8, ZR_R_OK, "I8 -9223372036854774784"},
-      {"UI8 9223372036854776833", ZR_VT_I8, kRange, "EMPTY"},
       {"R8 18446744073709551616", ZR_VT_UI8, ZR_R_OK, "UI8 9223372036854775808"},
       {"R8 9223372036854777856", ZR_VT_UI8, ZR_R_OK, "UI8 9223372036854777856"},
       {"UI8 9223372586610589697", ZR_VT_R4, ZR_R_OK, "R4 9.22337314e+18"},  // rounded once
       {"R8 nan", ZR_VT_R8, ZR_R_OK, "R8 nan"},
-      {"R4 nan", ZR_VT_R8, kRange, "EMPTY"},
-      {"R4 inf", ZR_VT_R8, kRange, "EMPTY"},
       {"R8 nan", ZR_VT_CY, ZR_R_OK, "CY -9223372036854775808"},
-      {"R8 -1.9", ZR_VT_TIME, ZR_R_OK, "TIME -1"},
-      {"UI8 18446744073709551615", ZR_VT_CY, ZR_R_OK, "CY -1"},
-      {"I4 5", ZR_VT_DATETIME, ZR_R_NOT_SUPPORTED, "EMPTY"},
-      {"R4 5", ZR_VT_CY, ZR_R_NOT_SUPPORTED, "EMPTY"},
-      {"DATETIME 131277024001234567", ZR_VT_I4, kRange, "EMPTY"},
       {"BLOB 0102030405", ZR_VT_I2, ZR_R_OK, "I2 513"},
-      {"BLOB ff", ZR_VT_I8, ZR_R_OK, "I8 255"},
-      {"BLOB null", ZR_VT_I4, ZR_R_OK, "I4 0"},
-      {"BLOB 02", ZR_VT_BOOL, ZR_R_OK, "BOOL 1"},
       {"BLOB 000000000000f87f", ZR_VT_R8, ZR_R_OK, "R8 nan"},
       {"BLOB null", ZR_VT_STR, ZR_R_OK, "STR null"},
-      {"BLOB 41004200", ZR_VT_STR, ZR_R_OK, "STR AB"},
       {"BLOB 41", ZR_VT_UUID, ZR_R_OK, "UUID {00000041-0000-0000-0000-000000000000}"},
       {"BLOB ", ZR_VT_UUID, kFailed, "EMPTY"},
       {"VARIANT 9", ZR_VT_I4, ZR_R_NOT_SUPPORTED, "EMPTY"},
       {"VARIANT 9", ZR_VT_STR, ZR_R_INVALID_ARGUMENTS, "EMPTY"},
-      {"UNKNOWN object", ZR_VT_DISPATCH, ZR_R_NOT_SUPPORTED, "EMPTY"},
-      {"EMPTY", ZR_VT_I4, ZR_R_NOT_SUPPORTED, "EMPTY"},
       {"EMPTY", 14, ZR_R_INVALID_ARGUMENTS, "EMPTY"},  // the target is looked at first
       {"14 5", 14, ZR_R_OK, "14"},
       {"STR 12d", ZR_VT_I4, ZR_R_OK, "I4 12"},
       {"STR 12f", ZR_VT_I4, kFailed, "EMPTY c"},
-      {"STR 1.5f", ZR_VT_R8, ZR_R_OK, "R8 1.5"},
       {"STR 1.5d", ZR_VT_R8, kFailed, "EMPTY 3ff8000000000000"},
-      {"STR 0x10", ZR_VT_UI8, ZR_R_OK, "UI8 16"},
-      {"STR 0x10", ZR_VT_R4, ZR_R_OK, "R4 16"},
       {"STR 0x80000000", ZR_VT_R4, kFailed, "EMPTY 4f000000"},
       {"STR 0x80000000", ZR_VT_R8, ZR_R_OK, "R8 2147483648"},
       {"STR -0x10", ZR_VT_I4, kFailed, "EMPTY"},
       {"STR -0x10", ZR_VT_R8, ZR_R_OK, "R8 -16"},
-      {"STR 0x", ZR_VT_I4, kFailed, "EMPTY"},
-      {"STR ", ZR_VT_UI8, ZR_R_OK, "UI8 0"},
-      {"STR null", ZR_VT_R8, ZR_R_OK, "R8 0"},
       {"STR zr_TRUE", ZR_VT_R4, ZR_R_OK, "R4 1"},
-      {"STR TRUE ", ZR_VT_I4, kFailed, "EMPTY"},
       {"STR 300", ZR_VT_I1, kFailed, "EMPTY 7f"},
-      {"STR -300", ZR_VT_I1, kFailed, "EMPTY 80"},
       {"STR 300", ZR_VT_BOOL, kFailed, "EMPTY ff"},  // a failure isn't normalised
-      {"STR -1", ZR_VT_UI4, kFailed, "EMPTY"},
       {"STR -1", ZR_VT_UI8, kFailed, "EMPTY"},
-      {"STR -0", ZR_VT_UI8, ZR_R_OK, "UI8 0"},
       {"STR -1e-400", ZR_VT_UI8, kFailed, "EMPTY ffffffffffffffff"},  // not below zero, and then it wraps
       {"STR 99999999999999999999", ZR_VT_I8, ZR_R_OK, "I8 9223372036854775807"},
       {"STR 1e39", ZR_VT_R4, ZR_R_OK, "R4 inf"},
-      {"STR 1e400", ZR_VT_R8, ZR_R_OK, "R8 inf"},
       {"STR 0x10", ZR_VT_CY, kFailed, "EMPTY"},
-      {"STR 12d", ZR_VT_CY, ZR_R_OK, "CY 12"},
-      {"STR 12x", ZR_VT_CY, kFailed, "EMPTY c"},
       {"STR TRUE", ZR_VT_CY, kFailed, "EMPTY"},
       {"STR 65", ZR_VT_CHAR32, ZR_R_OK, "CHAR32 54"},
-      {"STR ", ZR_VT_CHAR32, ZR_R_OK, "CHAR32 0"},
       {"STR 01:00:00.0000005", ZR_VT_TIME, ZR_R_OK, "TIME 36000000005"},
-      {"STR x", ZR_VT_TIME, ZR_R_INVALID_ARGUMENTS, "EMPTY"},
       {"STR name", ZR_VT_SREF, ZR_R_OK, "SREF text name"},
-      {"STR  1.2.3.4.5.6", ZR_VT_SREF, ZR_R_OK, "SREF 1.2.3.4.5.6"},
-      {"STR name", ZR_VT_REF, ZR_R_INVALID_ARGUMENTS, "EMPTY"},
-      {"STR ", ZR_VT_BLOB, ZR_R_OK, "BLOB null"},
-      {"SREF text name", ZR_VT_BLOB, ZR_R_OK, "BLOB 6e0061006d006500"},
       {"SREF 1.2.3.4.5.6 text name", ZR_VT_STR, ZR_R_OK, "STR 1.2.3.4.5.6"},
-      {"SREF text 1.2.3.4.5.6", ZR_VT_REF, ZR_R_OK, "REF 1.2.3.4.5.6"},
-      {"REF 4294967295.0.0.0.0.0", ZR_VT_STR, ZR_R_OK, "STR 4294967295.0.0.0.0.0"},
       {"TIME 900000000000", ZR_VT_STR, ZR_R_OK, "STR 01:00:00.0000000"},  // 25 hours
       {"DATETIME 0", ZR_VT_STR, ZR_R_OK, "STR 1601-01-01 00:00:00.0000000"},
-      {"I1 -128", ZR_VT_STR, ZR_R_OK, "STR -128"},
-      {"CY -15", ZR_VT_STR, ZR_R_OK, "STR -15"},
-      {"R8 0.0000001", ZR_VT_STR, ZR_R_OK, "STR 0.000000"},
       {"R4 0.1", ZR_VT_STR, ZR_R_OK, "STR 0.100000"},
   };
   for (const auto& row : kRows) {
@@ -609,7 +571,7 @@ TEST(VariantConversion, Claims) {
     EXPECT_EQ(ZrVariantChangeType(&apart, &source, 0, row.target), row.result);
     EXPECT_EQ(Describe(apart), row.left);
     EXPECT_EQ(ZrVariantChangeType(&source, &source, 0, row.target), row.result);
-    if (before != "STR null" && before != "14 5") {
+    if (before != "14 5") {
       EXPECT_EQ(Describe(source), ZR_SUCCEEDED(row.result) ? row.left : before);
     }
   }
@@ -658,12 +620,22 @@ static void CheckManyReals(int rounds) {
   }
 }
 
-TEST(VariantConversion, RealsAsTheCLibraryWritesAndReadsThem) { CheckManyReals(20000); }
+// In the user's locale, for the point is the locale's.
+TEST(VariantConversion, RealsAsTheCLibraryWritesAndReadsThem) {
+  std::setlocale(LC_ALL, "");
+  CheckManyReals(10000);
+  OwnedVariant source = Value("STR 1.5"), number;
+  char* end = nullptr;
+  const double expected = std::strtod("1.5", &end);
+  EXPECT_EQ(ZrVariantChangeType(&number, &source, 0, ZR_VT_R8), *end == 0 ? ZR_R_OK : ZR_R_FAILED);
+  EXPECT_EQ(number.Value.r8, expected);
+  std::setlocale(LC_ALL, "C");
+}
 
 TEST(VariantConversion, TextsAsTheCLibraryReadsThem) {
   std::mt19937 random(12);
   static constexpr char kUnits[] = "001239.eE+-xXfFdDinaptrueTRUE() \t\x7f";
-  for (int round = 0; round < 20000; ++round) {
+  for (int round = 0; round < 10000; ++round) {
     std::string text(random() % 12, ' ');
     for (char& unit : text) unit = kUnits[random() % sizeof kUnits];  // zero units too
     if (round % 4 == 0)
@@ -678,27 +650,21 @@ TEST(VariantConversion, TextsAsTheCLibraryReadsThem) {
   }
 }
 
-// The point is the locale's: a comma, or one that is no single byte.
+#if defined(__linux__)
+// The same in processes whose locale has a comma, or a point that is no single byte.
 TEST(VariantConversion, RealsInOtherLocales) {
-  const std::string folder = TEST_DIRECTORY "/locales";
-  int tried = 0;
+  if (!std::filesystem::exists("/usr/share/i18n/locales/ps_AF")) GTEST_SKIP() << "needs the package locales";
+  std::string folder = testing::TempDir() + "zrcore-locale-XXXXXX";
+  ASSERT_NE(mkdtemp(folder.data()), nullptr);
+  const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
   for (const std::string name : {"de_DE", "ps_AF"}) {
     const std::string locale = name + ".UTF-8";
-    if (std::setlocale(LC_ALL, locale.c_str()) == nullptr) {  // not installed: made, where the system knows how
-      const std::string make = "mkdir -p '" + folder + "' && localedef -c -i " + name + " -f UTF-8 '" + folder + "/" +
-                               locale + "' >'" + folder + "/log' 2>&1";
-      (void)!std::system(make.c_str());
-      setenv("LOCPATH", folder.c_str(), 1);
-      if (std::setlocale(LC_ALL, locale.c_str()) == nullptr) continue;
-    }
-    SCOPED_TRACE(locale);
-    ++tried;
-    CheckManyReals(500);
-    OwnedVariant source = Value("STR 1.5"), number;
-    EXPECT_EQ(ZrVariantChangeType(&number, &source, 0, ZR_VT_R8), ZR_R_FAILED) << "the point of another locale";
-    EXPECT_EQ(number.Value.r8, 1.0);
-    std::setlocale(LC_ALL, "C");
+    // (A locale may have warnings, which localedef answers with 1. The C library leaks the path of locales.)
+    (void)!std::system(
+        ("localedef -c -i " + name + " -f UTF-8 --no-archive " + folder + "/" + locale + " 2>&1").c_str());
+    const std::string environment = "ASAN_OPTIONS=detect_leaks=0 LC_ALL=" + locale + " LOCPATH=" + folder;
+    EXPECT_EQ(std::system((environment + " " + self + " --gtest_filter=VariantConversion.RealsAs* >&2").c_str()), 0);
   }
-  unsetenv("LOCPATH");
-  if (tried == 0) GTEST_SKIP() << "no locale with a point of its own, and no way to make one";
+  std::filesystem::remove_all(folder);
 }
+#endif

@@ -170,7 +170,7 @@ class CConversionInPlace {
   bool hasSucceeded_ = false;
   const ZRVARIANT original_;
   CVariantHolder before_;
-  ZRVARIANT copy_;
+  ZRVARIANT copy_ = kResetVariant;
   const ZRVARIANT& working_;
 };
 

@@ -23,7 +23,7 @@ using TimeParser = uint8_t(ZRSTR text, ZRDATETIMESTRUCT* record) noexcept;
 
 static ZRRESULT ParseTime(ZRSTR text, TimeParser* parse, int64_t& count) noexcept {
   ZRDATETIMESTRUCT record;
-  if (parse(text, &record) == 0) return ZR_R_INVALID_ARGUMENTS;
+  if (parse == nullptr || parse(text, &record) == 0) return ZR_R_INVALID_ARGUMENTS;
   count = DateTimeOf(record);
   return ZR_R_OK;
 }

@@ -135,10 +135,8 @@ static ZRRESULT CopyBehind(ZRVARIANT& destination, const ZRVARIANT& source) {
   const void* address = source.Value.address;
   if (HasFlag(source.Type, ZR_VT_ARRAY)) {
     if (address == nullptr) return ZR_R_INVALID_POINTER;
-    ZRSAFEARRAY array;
-    std::memcpy(&array, address, sizeof array);
     destination.Type = tagWord | ZR_VT_ARRAY;
-    return CopyArray(array, &destination.Value.array);
+    return CopyArray(ArrayBehind(address), &destination.Value.array);
   }
   const CTag tag = TagOf(tagWord);
   destination.Type = tagWord;
@@ -211,7 +209,7 @@ static bool IsPayloadEmpty(PayloadKind kind, ZRVARIANTVALUE payload) noexcept {
 
 static bool IsArrayEmpty(const ZRVARIANT& variant) noexcept {
   ZRSAFEARRAY array = variant.Value.array;
-  if (array != nullptr && HasFlag(variant.Type, ZR_VT_BYREF)) std::memcpy(&array, variant.Value.address, sizeof array);
+  if (array != nullptr && HasFlag(variant.Type, ZR_VT_BYREF)) array = ArrayBehind(variant.Value.address);
   return array != nullptr && ArrayElementCount(array) == 0;
 }
 

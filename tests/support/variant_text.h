@@ -261,7 +261,8 @@ inline std::string Describe(const ZRVARIANT& variant) {
   } else if (tag == ZR_VT_EMPTY || row == nullptr) {
     if (variant.Value.ui8 != 0) text += Format(" %" PRIx64, variant.Value.ui8);
   } else {
-    text += " " + DescribePayload(*row, variant.Value);
+    text += ' ';
+    text += DescribePayload(*row, variant.Value);
   }
   const bool isMarked = variant.Reserved1 == 0x41 && variant.Reserved2 == 0x4D && variant.Reserved3 == 0x43;
   return isMarked ? text : text + " ~";
