@@ -27,9 +27,14 @@ endfunction()
 
 # What makes an error hard to exploit, and the call of an own function direct. Release builds are optimised as a whole.
 function(zrcore_harden target)
-  zrcore_compile_flags(${target} -fstack-protector-strong -fstack-clash-protection -fcf-protection
+  zrcore_compile_flags(${target} -fstack-protector-strong -fcf-protection
     -fno-semantic-interposition -fno-plt
     -fno-gnu-unique)   # a symbol of that kind would keep the library from ever being unloaded
+  if(WIN32)
+    target_link_libraries(${target} PRIVATE -Wl,-Bstatic ssp -Wl,-Bdynamic)   # of its own, the compiler takes a DLL
+  else()
+    zrcore_compile_flags(${target} -fstack-clash-protection)   # Windows itself touches page after page
+  endif()
   if(NOT ZRCORE_SANITIZE)
     target_compile_options(${target} PRIVATE $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
   endif()

@@ -18,6 +18,7 @@ install(FILES
   "${CMAKE_CURRENT_BINARY_DIR}/ZrCoreConfig.cmake"
   "${CMAKE_CURRENT_BINARY_DIR}/ZrCoreConfigVersion.cmake"
   cmake/ZrCoreModule.cmake
+  cmake/zrcore_module.def
   cmake/zrcore_module.map
   DESTINATION ${package_dir})
 

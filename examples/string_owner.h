@@ -8,7 +8,8 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
-#include <string_view>
+
+#include "code_units.h"
 
 struct StringRelease {
   void operator()(WCHAR* string) const noexcept { ZrDestroyString(string); }
@@ -16,14 +17,14 @@ struct StringRelease {
 using StringOwner = std::unique_ptr<WCHAR, StringRelease>;
 
 /// Units shows the content of a string. The length comes from the string's header, so zero units are part of it.
-inline std::u16string_view Units(ZRSTR string) noexcept {
-  return string == nullptr ? std::u16string_view() : std::u16string_view(string, ZrStringLen(string));
+inline WideView Units(ZRSTR string) noexcept {
+  return string == nullptr ? WideView() : WideView(string, ZrStringLen(string));
 }
 
 /// MakeString gives a string of exactly these units; null if memory or the 32 bits for its length don't suffice.
 ///
 /// By bytes, because the other creators stop copying at a zero unit and need a terminator, which a slice has not.
-inline ZRSTR MakeString(std::u16string_view units) noexcept {
+inline ZRSTR MakeString(WideView units) noexcept {
   constexpr std::size_t kMostUnits = std::numeric_limits<std::uint32_t>::max() / sizeof(WCHAR) - 1;
   if (units.size() > kMostUnits) return nullptr;
   return ZrCreateStringByteLen(units.data(), static_cast<std::uint32_t>(units.size() * sizeof(WCHAR)));

@@ -3,6 +3,8 @@
 #include <stdio.h>
 #include <zrcore/zrcore.h>
 
+#include "code_units.h"
+
 static int failures = 0;
 
 // One line a claim; the program fails if one of them doesn't hold.
@@ -21,14 +23,14 @@ static void ToAscii(ZRSTR string, char* text, size_t size) {
 
 static void Strings(void) {
   puts("Strings");
-  ZRSTR saturn = ZrCreateString(u"Saturn \u571F\u661F");  // the last two units are the planet's name in Han
-  ZRSTR rings = ZrCreateStringLen(u", rings", 7);
+  ZRSTR saturn = ZrCreateString(W("Saturn \u571F\u661F"));  // the last two units are the planet's name in Han
+  ZRSTR rings = ZrCreateStringLen(W(", rings"), 7);
   ZRSTR both = ZrAppendStrings(saturn, rings);
   Claim(ZrStringLen(saturn) == 9 && ZrStringByteLen(saturn) == 18, "the length counts 16-bit units");
   Claim(ZrStringLen(both) == 16, "appending makes a new string of both");
 
   int32_t order = 1;
-  Claim(ZR_SUCCEEDED(ZrCompareStringW(both, u"Saturn \u571F\u661F, rings", &order)) && order == 0,
+  Claim(ZR_SUCCEEDED(ZrCompareStringW(both, W("Saturn \u571F\u661F, rings"), &order)) && order == 0,
         "and it compares equal to the literal");
   Claim(ZR_SUCCEEDED(ZrCompareString(saturn, rings, &order)) && order > 0, "\"Saturn\" comes after a comma");
 
@@ -37,9 +39,9 @@ static void Strings(void) {
   ZrDestroyString(again);
   Claim(ZrStringRefCount(saturn) == 1, "which is given up again");
 
-  const WCHAR withZero[] = {u'a', 0, u'b'};
+  const WCHAR withZero[] = {W('a'), 0, W('b')};
   ZRSTR exact = ZrCreateStringByteLen(withZero, sizeof withZero);
-  Claim(ZrStringLen(exact) == 3 && exact[2] == u'b', "a zero unit inside is a unit like any other");
+  Claim(ZrStringLen(exact) == 3 && exact[2] == W('b'), "a zero unit inside is a unit like any other");
 
   ZrDestroyString(exact);
   ZrDestroyString(both);

@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "host/environment.h"
 #include "host/utf8.h"
 
 struct FileClose {
@@ -17,7 +18,7 @@ static std::string ReadBytes(const std::string& path) {
   const auto fail = [&](int reason) {
     throw std::runtime_error("can't read \"" + path + "\": " + std::generic_category().message(reason));
   };
-  const std::unique_ptr<std::FILE, FileClose> file(std::fopen(path.c_str(), "rb"));
+  const std::unique_ptr<std::FILE, FileClose> file(OpenToRead(path));
   if (file == nullptr) fail(errno);
   std::string bytes;
   char block[16384];
@@ -31,18 +32,18 @@ static std::string ReadBytes(const std::string& path) {
 
 // The end of the line that begins at `begin`: the place of its line feed or the end of the text. Quotation marks count
 // only in a field that begins with one.
-static std::size_t FindLineEnd(std::u16string_view text, std::size_t begin) {
+static std::size_t FindLineEnd(WideView text, std::size_t begin) {
   bool isFieldQuoted = false;
   bool isInQuotes = false;
   bool isAtFieldStart = true;
   for (std::size_t i = begin; i < text.size(); ++i) {
-    const char16_t unit = text[i];
-    if (unit == u'\n' && !isInQuotes) return i;
-    if (unit == u'"' && (isAtFieldStart || isFieldQuoted)) {
+    const WCHAR unit = text[i];
+    if (unit == W('\n') && !isInQuotes) return i;
+    if (unit == W('"') && (isAtFieldStart || isFieldQuoted)) {
       isFieldQuoted = true;
       isInQuotes = !isInQuotes;
     }
-    isAtFieldStart = unit == u',' && !isInQuotes;
+    isAtFieldStart = unit == W(',') && !isInQuotes;
     if (isAtFieldStart) isFieldQuoted = false;
   }
   return text.size();
@@ -55,16 +56,16 @@ std::vector<CsvFileLine> ReadCsvFile(const std::string& path, CStringBook& book)
     throw std::runtime_error("\"" + path + "\", line " + std::to_string(number) + ": this is not UTF-8");
   }
   const StringOwner decoded = FromUtf8(bytes);
-  std::u16string_view text = Units(decoded.get());
+  WideView text = Units(decoded.get());
   if (!text.empty() && text.front() == 0xFEFF) text.remove_prefix(1);
 
   std::vector<CsvFileLine> lines;
   std::size_t number = 1;
   for (std::size_t begin = 0; begin < text.size();) {
     const std::size_t end = FindLineEnd(text, begin);
-    std::u16string_view line = text.substr(begin, end - begin);
-    const auto breaks = static_cast<std::size_t>(std::count(line.begin(), line.end(), u'\n'));
-    if (!line.empty() && line.back() == u'\r') line.remove_suffix(1);
+    WideView line = text.substr(begin, end - begin);
+    const auto breaks = static_cast<std::size_t>(std::count(line.begin(), line.end(), W('\n')));
+    if (!line.empty() && line.back() == W('\r')) line.remove_suffix(1);
     lines.push_back({number, book.Write(line)});
     number += breaks + 1;
     begin = end + 1;

@@ -34,7 +34,7 @@ ZRRESULT CTableDiscovery::QueryComponent(const ZRUUID* classId, ZRSTR* modulePat
 }
 
 ZRRESULT CTableDiscovery::QueryConfiguration(const ZRUUID*, ZRSTR name, IZrConfiguration** configuration) {
-  if (Units(name) != u"ZrCore") return ZR_R_NOT_EXISTING;
+  if (Units(name) != W("ZrCore")) return ZR_R_NOT_EXISTING;
   settings_->AddRef();
   *configuration = settings_;
   return ZR_R_OK;

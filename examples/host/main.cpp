@@ -35,15 +35,15 @@ struct UsageError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-static Arguments ReadArguments(int count, char** values) {
-  Arguments arguments{BesideProgram("bodies.so"), kClassName, BesideProgram("bodies.csv"), false};
+static Arguments ReadArguments(const std::vector<std::string>& values) {
+  Arguments arguments{BesideProgram(BODIES_FILE), kClassName, BesideProgram("bodies.csv"), false};
   int position = 0;
-  for (int i = 1; i < count; ++i) {
+  for (std::size_t i = 0; i < values.size(); ++i) {
     const std::string_view value = values[i];
     if (value == "--help") {
       arguments.wantsHelp = true;
     } else if (value == "--module") {
-      if (++i == count) throw UsageError(kUsage);
+      if (++i == values.size()) throw UsageError(kUsage);
       arguments.modulePath = AbsolutePath(values[i]);
     } else if (value.substr(0, 2) == "--" || position == 2) {
       throw UsageError(kUsage);
@@ -115,9 +115,9 @@ static bool Run(const Arguments& arguments) {
   try {
     discovery->Add(kBodyTableClass, listedName, modulePath);
     // The library keeps the records of released REFs and SREFs for the next ones, so many of each.
-    discovery->Settings().Add(u"EnableAllocator", u"TRUE");
-    discovery->Settings().Add(u"ZR_VT_REF", u"64");
-    discovery->Settings().Add(u"ZR_VT_SREF", u"16");
+    discovery->Settings().Add(W("EnableAllocator"), W("TRUE"));
+    discovery->Settings().Add(W("ZR_VT_REF"), W("64"));
+    discovery->Settings().Add(W("ZR_VT_SREF"), W("16"));
     if (const ZRRESULT result = ZrAddComponentDiscovery(discovery, &cookie); ZR_FAILED(result)) {
       throw std::runtime_error("the discovery was refused: " + Describe(result));
     }
@@ -150,7 +150,7 @@ static bool Run(const Arguments& arguments) {
 
 int main(int count, char** values) {
   try {
-    const Arguments arguments = ReadArguments(count, values);
+    const Arguments arguments = ReadArguments(CommandLine(count, values));
     if (arguments.wantsHelp) {
       std::puts(kUsage);
       return 0;

@@ -15,7 +15,7 @@ class CTextValue final : public CCounted<IZrConfigurationValue> {
   StringOwner text_;
 };
 
-void CSettings::Add(std::u16string_view name, std::u16string_view text) {
+void CSettings::Add(WideView name, WideView text) {
   entries_.push_back(Entry{StringOwner(MakeString(name)), StringOwner(MakeString(text))});
 }
 

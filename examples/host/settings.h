@@ -6,9 +6,9 @@
 #include <zrcore/zrcore.h>
 
 #include <cstddef>
-#include <string_view>
 #include <vector>
 
+#include "code_units.h"
 #include "string_owner.h"
 
 /// CCounted counts the references of an object that is made with one and frees itself with the last.
@@ -41,7 +41,7 @@ class CCounted : public Interfaces... {
 class CSettings final : public CCounted<IZrConfiguration, IZrConfigurationSection> {
  public:
   /// Add lists a value. A text will do for any type: who asks converts it to what is wanted.
-  void Add(std::u16string_view name, std::u16string_view text);
+  void Add(WideView name, WideView text);
 
   /// Asked tells how many values have been given so far.
   std::size_t Asked() const { return asked_; }

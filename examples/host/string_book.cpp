@@ -5,7 +5,7 @@
 
 ZRSTR CStringBook::Enter(StringOwner string) { return strings_.emplace_back(std::move(string)).get(); }
 
-ZRSTR CStringBook::Write(std::u16string_view units) {
+ZRSTR CStringBook::Write(WideView units) {
   StringOwner string(MakeString(units));
   if (string == nullptr) throw std::bad_alloc();
   return Enter(std::move(string));

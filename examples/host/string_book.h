@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "code_units.h"
 #include "string_owner.h"
 
 class CStringBook {
@@ -15,7 +16,7 @@ class CStringBook {
   ZRSTR Enter(StringOwner string);
 
   /// Write makes a string of these units and enters it. Throws std::bad_alloc if there is no room for it.
-  ZRSTR Write(std::u16string_view units);
+  ZRSTR Write(WideView units);
 
   std::size_t Strings() const { return strings_.size(); }
 

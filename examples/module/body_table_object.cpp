@@ -16,7 +16,7 @@ static ZRRESULT Guarded(Body&& body) noexcept {
   }
 }
 
-static ZRRESULT Give(std::u16string_view units, ZRSTR* text) noexcept {
+static ZRRESULT Give(WideView units, ZRSTR* text) noexcept {
   *text = MakeString(units);
   return *text == nullptr ? ZR_R_NO_MEMORY : ZR_R_OK;
 }
@@ -73,7 +73,7 @@ ZRRESULT CBodyTable::Explain(ZRSTR* text) {
   if (text == nullptr) return ZR_R_INVALID_ARGUMENTS;
   *text = nullptr;
   if (rejection_.empty()) return ZR_R_EMPTY_VALUE;
-  return Guarded([&] { return Give(std::u16string(rejection_.begin(), rejection_.end()), text); });
+  return Guarded([&] { return Give(WideText(rejection_.begin(), rejection_.end()), text); });
 }
 
 ZRRESULT CBodyTable::Render(uint32_t width, ZRSTR* text) {
@@ -88,7 +88,7 @@ uint32_t CBodyTable::Handles() {
   return ZrInterlockedDecrementU32(&countedHandles);
 }
 
-std::u16string CBodyTable::RenderTable(std::size_t width) const {
+WideText CBodyTable::RenderTable(std::size_t width) const {
   std::vector<TableRow> cells;
   cells.reserve(rows_.size());
   for (const Row& row : rows_) {
@@ -107,12 +107,12 @@ std::u16string CBodyTable::RenderTable(std::size_t width) const {
 }
 
 // The first and the last row that have a value of every kind, all of it; nothing if there is no such row.
-std::u16string CBodyTable::RenderValues(std::size_t width) const {
-  static constexpr std::pair<ValueKind, const char16_t*> kKinds[] = {{ValueKind::Identity, u"a UUID"},
-                                                                     {ValueKind::Place, u"a REF"},
-                                                                     {ValueKind::Moment, u"a date-time"},
-                                                                     {ValueKind::Span, u"a time span"},
-                                                                     {ValueKind::Bytes, u"a blob"}};
+WideText CBodyTable::RenderValues(std::size_t width) const {
+  static constexpr std::pair<ValueKind, const WCHAR*> kKinds[] = {{ValueKind::Identity, W("a UUID")},
+                                                                  {ValueKind::Place, W("a REF")},
+                                                                  {ValueKind::Moment, W("a date-time")},
+                                                                  {ValueKind::Span, W("a time span")},
+                                                                  {ValueKind::Bytes, W("a blob")}};
   const auto columnOf = [](const Row& row, ValueKind kind) {
     const auto isKind = [&](const Value& value) { return value.kind == kind; };
     return static_cast<std::size_t>(std::find_if(row.values.begin(), row.values.end(), isKind) - row.values.begin());
@@ -125,9 +125,9 @@ std::u16string CBodyTable::RenderValues(std::size_t width) const {
   if (first == rows_.end()) return {};
   const Row& last = *std::find_if(rows_.rbegin(), rows_.rend(), hasAll);
 
-  std::vector<TableRow> cells = {{u"In full"}};
+  std::vector<TableRow> cells = {{W("In full")}};
   for (const auto& [kind, name] : kKinds) {
-    cells.push_back({rows_[0].Text(columnOf(*first, kind)) + u", " + name});
+    cells.push_back({rows_[0].Text(columnOf(*first, kind)) + W(", ") + name});
   }
   for (const Row* row = &*first;; row = &last) {
     cells[0].push_back(row->Text(columnOf(*row, ValueKind::Identity)));
@@ -137,5 +137,5 @@ std::u16string CBodyTable::RenderValues(std::size_t width) const {
     if (row == &last) break;
   }
   const std::vector<TableSide> sides(cells[0].size(), TableSide::ByContent);
-  return u"\n" + LayOutTable(cells, sides, width);
+  return W("\n") + LayOutTable(cells, sides, width);
 }

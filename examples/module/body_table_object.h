@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "body_table.h"
+#include "code_units.h"
 #include "module/csv_line.h"
 #include "module/table_layout.h"
 #include "module/value.h"
@@ -34,13 +35,13 @@ class CBodyTable final : public IBodyTable {
     std::vector<CsvField> fields;  // places in `line`
     std::vector<Value> values;     // of the fields
 
-    std::u16string Text(std::size_t column) const { return FieldText(Units(line.get()), fields[column]); }
+    WideText Text(std::size_t column) const { return FieldText(Units(line.get()), fields[column]); }
   };
 
   ~CBodyTable() = default;  // by the last Release only
 
-  std::u16string RenderTable(std::size_t width) const;
-  std::u16string RenderValues(std::size_t width) const;
+  WideText RenderTable(std::size_t width) const;
+  WideText RenderValues(std::size_t width) const;
 
   uint32_t references_ = 1;
   std::vector<Row> rows_;         // the titles are row 0; all have as many fields

@@ -1,22 +1,22 @@
 #include "module/csv_line.h"
 
-static constexpr std::size_t kNowhere = std::u16string_view::npos;
+static constexpr std::size_t kNowhere = WideView::npos;
 
 // The place of the quotation mark that closes a field whose content begins at `begin`; kNowhere if none does.
-static std::size_t FindClosingQuote(std::u16string_view line, std::size_t begin) {
-  for (std::size_t quote = line.find(u'"', begin); quote != kNowhere; quote = line.find(u'"', quote + 2)) {
-    const bool isDoubled = quote + 1 < line.size() && line[quote + 1] == u'"';
+static std::size_t FindClosingQuote(WideView line, std::size_t begin) {
+  for (std::size_t quote = line.find(W('"'), begin); quote != kNowhere; quote = line.find(W('"'), quote + 2)) {
+    const bool isDoubled = quote + 1 < line.size() && line[quote + 1] == W('"');
     if (!isDoubled) return quote;
   }
   return kNowhere;
 }
 
-CsvLine SplitCsvLine(std::u16string_view line) {
+CsvLine SplitCsvLine(WideView line) {
   CsvLine result;
   std::size_t begin = 0;
   for (;;) {
     std::size_t end = 0;
-    if (begin < line.size() && line[begin] == u'"') {
+    if (begin < line.size() && line[begin] == W('"')) {
       const std::size_t quote = FindClosingQuote(line, begin + 1);
       const std::size_t contentEnd = quote == kNowhere ? line.size() : quote;
       result.fields.push_back({begin + 1, contentEnd - (begin + 1), true});
@@ -25,12 +25,12 @@ CsvLine SplitCsvLine(std::u16string_view line) {
         return result;
       }
       end = quote + 1;
-      if (end < line.size() && line[end] != u',') {
+      if (end < line.size() && line[end] != W(',')) {
         result.problem = CsvProblem::TextBehindQuotes;
         return result;
       }
     } else {
-      end = line.find(u',', begin);
+      end = line.find(W(','), begin);
       if (end == kNowhere) end = line.size();
       result.fields.push_back({begin, end - begin, false});
     }
@@ -39,13 +39,13 @@ CsvLine SplitCsvLine(std::u16string_view line) {
   }
 }
 
-std::u16string FieldText(std::u16string_view line, const CsvField& field) {
-  const std::u16string_view content = line.substr(field.begin, field.length);
-  std::u16string text;
+WideText FieldText(WideView line, const CsvField& field) {
+  const WideView content = line.substr(field.begin, field.length);
+  WideText text;
   text.reserve(content.size());
   for (std::size_t i = 0; i < content.size(); ++i) {
     text += content[i];
-    if (field.isQuoted && content[i] == u'"') ++i;  // the second of two
+    if (field.isQuoted && content[i] == W('"')) ++i;  // the second of two
   }
   return text;
 }

@@ -4,9 +4,9 @@
 #define EXAMPLES_MODULE_CSV_LINE_H
 
 #include <cstddef>
-#include <string>
-#include <string_view>
 #include <vector>
+
+#include "code_units.h"
 
 /// CsvField is where the content of a field lies, without the quotation marks around it.
 struct CsvField {
@@ -25,9 +25,9 @@ struct CsvLine {
 
 /// SplitCsvLine finds the fields: always at least one. A quotation mark within an unquoted field is an ordinary
 /// character.
-CsvLine SplitCsvLine(std::u16string_view line);
+CsvLine SplitCsvLine(WideView line);
 
 /// FieldText is the content of a field of this line.
-std::u16string FieldText(std::u16string_view line, const CsvField& field);
+WideText FieldText(WideView line, const CsvField& field);
 
 #endif

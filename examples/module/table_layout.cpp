@@ -26,7 +26,7 @@ static constexpr std::size_t kLeastTextWidth = 6;
 static constexpr std::size_t kLeastSidedWidth = 16;
 static constexpr std::size_t kAnyWidth = std::numeric_limits<std::size_t>::max();
 static constexpr char32_t kReplacement = 0xFFFD;
-static constexpr char16_t kLeftToRightMark = 0x200E;
+static constexpr WCHAR kLeftToRightMark = 0x200E;
 
 static bool IsHighSurrogate(char32_t unit) { return (unit & 0xFFFFFC00u) == 0xD800u; }
 static bool IsLowSurrogate(char32_t unit) { return (unit & 0xFFFFFC00u) == 0xDC00u; }
@@ -41,7 +41,7 @@ static char32_t Visible(char32_t codePoint) {
 }
 
 // The paragraphs of a text: one, and one more for each line break in it.
-static Cell Paragraphs(const std::u16string& text) {
+static Cell Paragraphs(const WideText& text) {
   Cell paragraphs(1);
   for (std::size_t i = 0; i < text.size(); ++i) {
     char32_t codePoint = text[i];
@@ -74,25 +74,25 @@ static std::size_t Width(const Cell& cell) {
 }
 
 // A sign, digits with at most one point, an exponent: what a person reads as a number.
-static bool IsNumber(const std::u16string& text) {
-  static constexpr char16_t kMinusSign = 0x2212;
+static bool IsNumber(const WideText& text) {
+  static constexpr WCHAR kMinusSign = 0x2212;
   std::size_t at = 0;
   const auto skipSign = [&] {
-    if (at < text.size() && (text[at] == u'+' || text[at] == u'-' || text[at] == kMinusSign)) ++at;
+    if (at < text.size() && (text[at] == W('+') || text[at] == W('-') || text[at] == kMinusSign)) ++at;
   };
   const auto skipDigits = [&] {
     const std::size_t begin = at;
-    while (at < text.size() && text[at] >= u'0' && text[at] <= u'9') ++at;
+    while (at < text.size() && text[at] >= W('0') && text[at] <= W('9')) ++at;
     return at - begin;
   };
   skipSign();
   std::size_t digits = skipDigits();
-  if (at < text.size() && text[at] == u'.') {
+  if (at < text.size() && text[at] == W('.')) {
     ++at;
     digits += skipDigits();
   }
   if (digits == 0) return false;
-  if (at < text.size() && (text[at] == u'e' || text[at] == u'E')) {
+  if (at < text.size() && (text[at] == W('e') || text[at] == W('E'))) {
     ++at;
     skipSign();
     if (skipDigits() == 0) return false;
@@ -180,19 +180,19 @@ static void Narrow(std::vector<Column>& columns, std::size_t width) {
   }
 }
 
-static void Append(std::u16string& out, char32_t codePoint) {
+static void Append(WideText& out, char32_t codePoint) {
   if (codePoint < 0x10000) {
-    out += static_cast<char16_t>(codePoint);
+    out += static_cast<WCHAR>(codePoint);
     return;
   }
-  out += static_cast<char16_t>(0xD800 + ((codePoint - 0x10000) >> 10));
-  out += static_cast<char16_t>(0xDC00 + ((codePoint - 0x10000) & 0x3FF));
+  out += static_cast<WCHAR>(0xD800 + ((codePoint - 0x10000) >> 10));
+  out += static_cast<WCHAR>(0xDC00 + ((codePoint - 0x10000) & 0x3FF));
 }
 
-static void AppendLine(std::u16string& out, const GlyphLine& line, std::size_t width, bool isToTheRight) {
+static void AppendLine(WideText& out, const GlyphLine& line, std::size_t width, bool isToTheRight) {
   const std::size_t used = Width(line);
   const std::size_t fill = width - std::min(width, used);
-  if (isToTheRight) out.append(fill, u' ');
+  if (isToTheRight) out.append(fill, W(' '));
   bool isRightToLeft = false;
   for (const Glyph& glyph : line) {
     Append(out, glyph.codePoint);
@@ -200,19 +200,19 @@ static void AppendLine(std::u16string& out, const GlyphLine& line, std::size_t w
   }
   // Where a terminal knows of direction, the mark keeps the cells behind this one from being drawn in front of it.
   if (isRightToLeft) out += kLeftToRightMark;
-  if (!isToTheRight) out.append(fill, u' ');
+  if (!isToTheRight) out.append(fill, W(' '));
 }
 
-static void AppendRule(std::u16string& out, const std::vector<Column>& columns, const char16_t (&ends)[4]) {
+static void AppendRule(WideText& out, const std::vector<Column>& columns, const WCHAR (&ends)[4]) {
   for (std::size_t c = 0; c < columns.size(); ++c) {
     out += c == 0 ? ends[0] : ends[1];
-    out.append(columns[c].width + 2, u'─');
+    out.append(columns[c].width + 2, W('─'));
   }
   out += ends[2];
-  out += u'\n';
+  out += W('\n');
 }
 
-static void AppendRow(std::u16string& out, const TableRow& row, const std::vector<Column>& columns, bool isTitle) {
+static void AppendRow(WideText& out, const TableRow& row, const std::vector<Column>& columns, bool isTitle) {
   std::vector<Cell> cells;
   cells.reserve(row.size());
   const GlyphLine below;  // what a cell shows under its last line
@@ -223,24 +223,24 @@ static void AppendRow(std::u16string& out, const TableRow& row, const std::vecto
   }
   for (std::size_t h = 0; h < height; ++h) {
     for (std::size_t c = 0; c < cells.size(); ++c) {
-      out += c == 0 ? u"│ " : u" │ ";
+      out += c == 0 ? W("│ ") : W(" │ ");
       const bool isNumber = isTitle ? columns[c].isNumeric : IsNumber(row[c]);
       const TableSide side = columns[c].side;
       const bool isToTheRight = side == TableSide::ByContent ? isNumber : side == TableSide::Right;
       AppendLine(out, h < cells[c].size() ? cells[c][h] : below, columns[c].width, isToTheRight);
     }
-    out += u" │\n";
+    out += W(" │\n");
   }
 }
 
-std::u16string LayOutTable(const std::vector<TableRow>& rows, const std::vector<TableSide>& sides, std::size_t width) {
+WideText LayOutTable(const std::vector<TableRow>& rows, const std::vector<TableSide>& sides, std::size_t width) {
   std::vector<Column> columns = Measure(rows, sides);
   if (width != 0) Narrow(columns, width);
-  std::u16string out;
-  AppendRule(out, columns, u"╭┬╮");
+  WideText out;
+  AppendRule(out, columns, W("╭┬╮"));
   AppendRow(out, rows[0], columns, true);
-  AppendRule(out, columns, u"├┼┤");
+  AppendRule(out, columns, W("├┼┤"));
   for (std::size_t r = 1; r < rows.size(); ++r) AppendRow(out, rows[r], columns, false);
-  AppendRule(out, columns, u"╰┴╯");
+  AppendRule(out, columns, W("╰┴╯"));
   return out;
 }

@@ -4,10 +4,11 @@
 #define EXAMPLES_MODULE_TABLE_LAYOUT_H
 
 #include <cstddef>
-#include <string>
 #include <vector>
 
-using TableRow = std::vector<std::u16string>;
+#include "code_units.h"
+
+using TableRow = std::vector<WideText>;
 
 /// TableSide is where the cells of a column go. ByContent: numbers to the right, the rest to the left.
 enum class TableSide { ByContent, Left, Right };
@@ -20,6 +21,6 @@ enum class TableSide { ByContent, Left, Right };
 /// @param rows   the titles first; all of one length, which is not 0.
 /// @param sides  one for each column.
 /// @param width  in columns of a terminal; 0 means any.
-std::u16string LayOutTable(const std::vector<TableRow>& rows, const std::vector<TableSide>& sides, std::size_t width);
+WideText LayOutTable(const std::vector<TableRow>& rows, const std::vector<TableSide>& sides, std::size_t width);
 
 #endif

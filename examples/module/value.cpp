@@ -9,44 +9,44 @@
 
 uint32_t countedHandles = 0;
 
-static constexpr const char16_t* kWeekdays[] = {u"Sun", u"Mon", u"Tue", u"Wed", u"Thu", u"Fri", u"Sat"};
+static constexpr const WCHAR* kWeekdays[] = {W("Sun"), W("Mon"), W("Tue"), W("Wed"), W("Thu"), W("Fri"), W("Sat")};
 
 static StringOwner Made(ZRSTR string) {
   if (string == nullptr) throw std::bad_alloc();
   return StringOwner(string);
 }
 
-static std::u16string Taken(ZRSTR string) { return std::u16string(Units(Made(string).get())); }
+static WideText Taken(ZRSTR string) { return WideText(Units(Made(string).get())); }
 
-static std::u16string Number(std::uint64_t number) {
+static WideText Number(std::uint64_t number) {
   const std::string digits = std::to_string(number);
-  return std::u16string(digits.begin(), digits.end());
+  return WideText(digits.begin(), digits.end());
 }
 
-ValueKind KindOfTitle(std::u16string_view title) {
-  if (title == u"Body") return ValueKind::Identity;
-  if (title == u"Place") return ValueKind::Place;
-  if (title == u"Discovered") return ValueKind::Moment;
-  if (title == u"Period d") return ValueKind::Span;
-  if (title == u"Note") return ValueKind::Bytes;
+ValueKind KindOfTitle(WideView title) {
+  if (title == W("Body")) return ValueKind::Identity;
+  if (title == W("Place")) return ValueKind::Place;
+  if (title == W("Discovered")) return ValueKind::Moment;
+  if (title == W("Period d")) return ValueKind::Span;
+  if (title == W("Note")) return ValueKind::Bytes;
   return ValueKind::Text;
 }
 
 // ---- Reading: each tells whether the text is one of its kind -------------------------------------------------------
 
 // The text has as many numbers as are not 0 at the end; a REF has six.
-static bool ReadPlace(std::u16string_view text, Value& value) {
-  std::u16string numbers(text);
+static bool ReadPlace(WideView text, Value& value) {
+  WideText numbers(text);
   int dots = 0;
-  for (const char16_t unit : text) dots += unit == u'.' ? 1 : 0;
-  for (; dots < 5; ++dots) numbers += u".0";
+  for (const WCHAR unit : text) dots += unit == W('.') ? 1 : 0;
+  for (; dots < 5; ++dots) numbers += W(".0");
   ZRREF* ref = nullptr;
   if (ZR_FAILED(ZrStringToREF(Made(MakeString(numbers)).get(), &ref))) return false;
   Own(value.place, ref);
   return true;
 }
 
-static bool ReadMoment(std::u16string_view text, Value& value) {
+static bool ReadMoment(WideView text, Value& value) {
   ZRDATETIMESTRUCT fields = {};
   if (ZrDateTimeStringToDateTimeStruct(Made(MakeString(text)).get(), &fields) == 0) return false;
   ZrDateTimeFromStruct(&fields, &value.moment);
@@ -56,30 +56,30 @@ static bool ReadMoment(std::u16string_view text, Value& value) {
 }
 
 // Decimal days become ticks without a detour by floating point: nine places of them are whole ticks.
-static bool ReadSpan(std::u16string_view text, Value& value) {
+static bool ReadSpan(WideView text, Value& value) {
   std::int64_t placeTicks = 0;  // of the place behind the point that was read last; 0 in front of the point
   bool hasDigit = false;
-  for (const char16_t unit : text) {
-    if (unit == u'.' && placeTicks == 0) {
+  for (const WCHAR unit : text) {
+    if (unit == W('.') && placeTicks == 0) {
       placeTicks = ZR_TICKS_PER_DAY;
       continue;
     }
-    if (unit < u'0' || unit > u'9') return false;
+    if (unit < W('0') || unit > W('9')) return false;
     if (value.span > std::numeric_limits<std::int64_t>::max() / 100) return false;
     hasDigit = true;
     if (placeTicks == 0) {
-      value.span = value.span * 10 + (unit - u'0') * ZR_TICKS_PER_DAY;
+      value.span = value.span * 10 + (unit - W('0')) * ZR_TICKS_PER_DAY;
     } else {
       if (placeTicks % 10 != 0) return false;
       placeTicks /= 10;
-      value.span += (unit - u'0') * placeTicks;
+      value.span += (unit - W('0')) * placeTicks;
     }
   }
   return hasDigit;
 }
 
-static bool ReadBytes(std::u16string_view text, Value& value) {
-  if (text.find(u'\0') != text.npos) return false;  // would end the conversion
+static bool ReadBytes(WideView text, Value& value) {
+  if (text.find(W('\0')) != text.npos) return false;  // would end the conversion
   const StringOwner string = Made(MakeString(text));
   std::string bytes(static_cast<std::size_t>(ZrZRSTRtoUTF8(string.get(), nullptr, 0)), '\0');
   const std::int32_t size = static_cast<std::int32_t>(bytes.size());
@@ -88,7 +88,7 @@ static bool ReadBytes(std::u16string_view text, Value& value) {
   return true;
 }
 
-static bool Read(ValueKind kind, std::u16string_view text, Value& value) {
+static bool Read(ValueKind kind, WideView text, Value& value) {
   switch (kind) {
     case ValueKind::Text:
       return false;
@@ -107,7 +107,7 @@ static bool Read(ValueKind kind, std::u16string_view text, Value& value) {
   return false;
 }
 
-Value ReadValue(ValueKind kind, std::u16string_view text) {
+Value ReadValue(ValueKind kind, WideView text) {
   Value value;
   if (!text.empty() && Read(kind, text, value)) value.kind = kind;
   return value;
@@ -115,50 +115,50 @@ Value ReadValue(ValueKind kind, std::u16string_view text) {
 
 // ---- Writing -------------------------------------------------------------------------------------------------------
 
-static std::u16string FullPlace(const ZRREF& place) {
+static WideText FullPlace(const ZRREF& place) {
   ZRSTR text = nullptr;
   (void)ZrREFToString(&place, &text);
   return Taken(text);
 }
 
-static std::u16string ShortPlace(const ZRREF& place) {
-  std::u16string text = FullPlace(place);
-  while (text.size() > 2 && text.compare(text.size() - 2, 2, u".0") == 0) text.resize(text.size() - 2);
+static WideText ShortPlace(const ZRREF& place) {
+  WideText text = FullPlace(place);
+  while (text.size() > 2 && text.compare(text.size() - 2, 2, W(".0")) == 0) text.resize(text.size() - 2);
   return text;
 }
 
-static std::u16string ShortMoment(ZRDATETIME moment) {
+static WideText ShortMoment(ZRDATETIME moment) {
   ZRDATETIMESTRUCT fields = {};
   ZrDateTimeToStruct(moment, &fields);
-  return kWeekdays[fields.dayOfWeek % 7] + (u" " + Taken(ZrDateTimeStructToDateString(&fields)));
+  return kWeekdays[fields.dayOfWeek % 7] + (W(" ") + Taken(ZrDateTimeStructToDateString(&fields)));
 }
 
-static std::u16string FullMoment(ZRDATETIME moment) {
+static WideText FullMoment(ZRDATETIME moment) {
   ZRDATETIMESTRUCT then = {};
   ZRDATETIMESTRUCT now = {};
   ZrDateTimeToStruct(moment, &then);
   ZrDateTimeToStruct(ZrGetNow(0), &now);
   int years = now.year - then.year;
   if (std::tie(now.month, now.day) < std::tie(then.month, then.day)) --years;
-  std::u16string text = Taken(ZrDateTimeStructToDateTimeString(&then, 1));
+  WideText text = Taken(ZrDateTimeStructToDateTimeString(&then, 1));
   if (years > 0)
-    text += u", " + Number(static_cast<std::uint64_t>(years)) + (years == 1 ? u" year ago" : u" years ago");
+    text += W(", ") + Number(static_cast<std::uint64_t>(years)) + (years == 1 ? W(" year ago") : W(" years ago"));
   return text;
 }
 
-static std::u16string FullSpan(ZRTIMESPAN span) {
-  const std::u16string text = Taken(ZrTimeSpanToTimeSpanString(span));
-  return text.substr(text.find_first_not_of(u' '));  // the days are padded
+static WideText FullSpan(ZRTIMESPAN span) {
+  const WideText text = Taken(ZrTimeSpanToTimeSpanString(span));
+  return text.substr(text.find_first_not_of(W(' ')));  // the days are padded
 }
 
 // Two units that suit the length, in at most nine columns: "1d 18:27", "365d 06h", "60189d".
-static std::u16string ShortSpan(ZRTIMESPAN span) {
-  const std::u16string text = FullSpan(span);
-  const std::size_t hour = text.find(u':') - 2;
-  const std::u16string days = hour == 0 ? u"0" : text.substr(0, hour - 1);
-  if (days.size() > 4) return days + u"d";
-  if (days.size() > 2) return days + u"d " + text.substr(hour, 2) + u"h";
-  return days + u"d " + text.substr(hour, 5);
+static WideText ShortSpan(ZRTIMESPAN span) {
+  const WideText text = FullSpan(span);
+  const std::size_t hour = text.find(W(':')) - 2;
+  const WideText days = hour == 0 ? W("0") : text.substr(0, hour - 1);
+  if (days.size() > 4) return days + W("d");
+  if (days.size() > 2) return days + W("d ") + text.substr(hour, 2) + W("h");
+  return days + W("d ") + text.substr(hour, 5);
 }
 
 // Reading at an offset leaves the blob as it is, shared or not.
@@ -170,25 +170,25 @@ static std::string Bytes(ZRBLOB blob) {
   return bytes;
 }
 
-static std::u16string BytesText(ZRBLOB blob) {
+static WideText BytesText(ZRBLOB blob) {
   const std::string bytes = Bytes(blob);
   ZRSTR text = nullptr;
   (void)ZrCreateZRSTRfromUTF8(bytes.c_str(), static_cast<std::int32_t>(bytes.size()), &text);
   return Taken(text);
 }
 
-static std::u16string FullBytes(ZRBLOB blob) {
+static WideText FullBytes(ZRBLOB blob) {
   constexpr std::size_t kShown = 9;
   const std::string bytes = Bytes(blob);
-  std::u16string text = Number(bytes.size()) + (bytes.size() == 1 ? u" byte:" : u" bytes:");
+  WideText text = Number(bytes.size()) + (bytes.size() == 1 ? W(" byte:") : W(" bytes:"));
   for (std::size_t i = 0; i < bytes.size() && i < kShown; ++i) {
     const unsigned byte = static_cast<unsigned char>(bytes[i]);
-    text += {u' ', u"0123456789ABCDEF"[byte >> 4], u"0123456789ABCDEF"[byte & 15]};
+    text += {W(' '), W("0123456789ABCDEF")[byte >> 4], W("0123456789ABCDEF")[byte & 15]};
   }
-  return bytes.size() > kShown ? text + u" …" : text;
+  return bytes.size() > kShown ? text + W(" …") : text;
 }
 
-std::u16string ShortText(const Value& value, std::u16string_view text) {
+WideText ShortText(const Value& value, WideView text) {
   switch (value.kind) {
     case ValueKind::Text:
     case ValueKind::Identity:
@@ -202,10 +202,10 @@ std::u16string ShortText(const Value& value, std::u16string_view text) {
     case ValueKind::Bytes:
       return BytesText(value.bytes.get());
   }
-  return std::u16string(text);
+  return WideText(text);
 }
 
-std::u16string FullText(const Value& value) {
+WideText FullText(const Value& value) {
   ZRSTR text = nullptr;
   switch (value.kind) {
     case ValueKind::Text:

@@ -6,14 +6,14 @@
 #include <zrcore/zrcore.h>
 
 #include <memory>
-#include <string>
-#include <string_view>
+
+#include "code_units.h"
 
 /// ValueKind is what a column's title promises: "Body" an identity, "Place" numbers such as 3.1 (planet, moon),
 /// "Discovered" a date, "Period d" a number of days, "Note" a text that is kept as UTF-8. Others are plain text.
 enum class ValueKind { Text, Identity, Place, Moment, Span, Bytes };
 
-ValueKind KindOfTitle(std::u16string_view title);
+ValueKind KindOfTitle(WideView title);
 
 /// countedHandles is how many records the values of all threads own; the owners keep it.
 extern uint32_t countedHandles;
@@ -49,14 +49,14 @@ struct Value {
 /// every body is given a new identity.
 ///
 /// @throws std::bad_alloc
-Value ReadValue(ValueKind kind, std::u16string_view text);
+Value ReadValue(ValueKind kind, WideView text);
 
 /// ShortText is what a cell of the table shows of its value.
 ///
 /// @param text  what the cell was read from: the answer for a text and for an identity.
-std::u16string ShortText(const Value& value, std::u16string_view text);
+WideText ShortText(const Value& value, WideView text);
 
 /// FullText is all that there is to tell about a value; empty for a text.
-std::u16string FullText(const Value& value);
+WideText FullText(const Value& value);
 
 #endif

@@ -5,11 +5,15 @@
 
 #include <filesystem>
 
+std::vector<std::string> CommandLine(int count, char** values) { return {values + 1, values + count}; }
+
 std::string BesideProgram(const std::string& fileName) {
   return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / fileName).string();
 }
 
 std::string AbsolutePath(const std::string& path) { return std::filesystem::absolute(path).string(); }
+
+std::FILE* OpenToRead(const std::string& path) { return std::fopen(path.c_str(), "rb"); }
 
 uint32_t OutputWidth() {
   constexpr uint32_t kUsualWidth = 120;

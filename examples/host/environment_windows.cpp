@@ -1,0 +1,40 @@
+#include <windows.h>
+
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+
+#include "host/environment.h"
+
+static std::string Utf8(const std::filesystem::path& path) { return path.u8string(); }
+
+// The values that main receives are in the system's code page, which has no place for most characters.
+std::vector<std::string> CommandLine(int, char**) {
+  SetConsoleOutputCP(CP_UTF8);  // what is written is UTF-8 too
+  int count = 0;
+  const std::unique_ptr<wchar_t*, decltype(&LocalFree)> values(CommandLineToArgvW(GetCommandLineW(), &count),
+                                                               &LocalFree);
+  std::vector<std::string> arguments;
+  for (int i = 1; i < count; ++i) arguments.push_back(Utf8(values.get()[i]));
+  return arguments;
+}
+
+std::string BesideProgram(const std::string& fileName) {
+  std::wstring program(32768, L'\0');  // no path is longer
+  const DWORD length = GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size()));
+  program.resize(length);
+  return Utf8(std::filesystem::path(program).parent_path() / std::filesystem::u8path(fileName));
+}
+
+std::string AbsolutePath(const std::string& path) {
+  return Utf8(std::filesystem::absolute(std::filesystem::u8path(path)));
+}
+
+std::FILE* OpenToRead(const std::string& path) { return _wfopen(std::filesystem::u8path(path).c_str(), L"rb"); }
+
+uint32_t OutputWidth() {
+  constexpr uint32_t kUsualWidth = 120;
+  CONSOLE_SCREEN_BUFFER_INFO screen;
+  if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &screen)) return kUsualWidth;
+  return static_cast<uint32_t>(screen.srWindow.Right - screen.srWindow.Left + 1);
+}

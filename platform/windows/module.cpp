@@ -1,0 +1,23 @@
+#include "platform/module.h"
+
+#include <windows.h>
+
+ModuleHandle PlatformLoadModule(const WCHAR* path, std::wstring& reason) {
+  ModuleHandle module = LoadLibraryW(path);
+  if (module != nullptr) return module;
+  const DWORD error = GetLastError();  // before any other call overwrites it
+  // On one line, and with the places for names left as they are, since nobody has the names.
+  constexpr DWORD kPlainLine =
+      FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK;
+  WCHAR text[kModuleReasonUnits + 1];
+  reason.assign(text, FormatMessageW(kPlainLine, nullptr, error, 0, text, kModuleReasonUnits + 1, nullptr));
+  return nullptr;
+}
+
+ModuleFunction PlatformFindFunction(ModuleHandle module, const char* name) noexcept {
+  return reinterpret_cast<ModuleFunction>(GetProcAddress(static_cast<HMODULE>(module), name));
+}
+
+void PlatformReleaseModule(ModuleHandle module) noexcept {
+  if (module != nullptr) (void)FreeLibrary(static_cast<HMODULE>(module));  // nobody could do anything about a failure
+}

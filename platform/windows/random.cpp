@@ -1,0 +1,13 @@
+#include "platform/random.h"
+
+#include <objbase.h>
+
+#include <cstring>
+
+bool PlatformRandomUuid(ZRUUID& uuid) noexcept {
+  static_assert(sizeof(ZRUUID) == sizeof(GUID), "the same fields in the same places");
+  GUID made;
+  if (FAILED(CoCreateGuid(&made))) return false;
+  std::memcpy(&uuid, &made, sizeof uuid);
+  return true;
+}
