@@ -31,6 +31,7 @@ function(zrcore_harden target)
     -fno-semantic-interposition -fno-plt
     -fno-gnu-unique)   # a symbol of that kind would keep the library from ever being unloaded
   if(WIN32)
+    zrcore_compile_flags(${target} -fno-partial-inlining)   # a part split off an exported function would be exported too
     target_link_libraries(${target} PRIVATE -Wl,-Bstatic ssp -Wl,-Bdynamic)   # of its own, the compiler takes a DLL
   else()
     zrcore_compile_flags(${target} -fstack-clash-protection)   # Windows itself touches page after page

@@ -28,14 +28,13 @@ static void CheckText(const std::basic_string<WCHAR>& units) {
 }
 
 static void CheckReal(double real) {
-  char printed[400];
-  const int length = std::snprintf(printed, sizeof printed, "%f", real);
+  const std::string printed = PrintedReal(real);
   ZRVARIANT number = ZR_VARIANT_INIT, text = ZR_VARIANT_INIT;
   number.Type = ZR_VT_R8;
   number.Value.r8 = real;
   FUZZ_CLAIM(ZrVariantChangeType(&text, &number, 0, ZR_VT_STR) == ZR_R_OK);
-  FUZZ_CLAIM(ZrStringLen(text.Value.string) == static_cast<uint32_t>(length));
-  FUZZ_CLAIM(std::equal(printed, printed + length, text.Value.string));
+  FUZZ_CLAIM(ZrStringLen(text.Value.string) == printed.size());
+  FUZZ_CLAIM(std::equal(printed.begin(), printed.end(), text.Value.string));
   (void)ZrVariantClear(&text);
 }
 

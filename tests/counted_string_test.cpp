@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "tests/support/guarded_page.h"
 #include "tests/support/text.h"
 
 static const std::vector<std::optional<Units>> kTexts = {std::nullopt,         Units(),          W("a"), W("abc"),

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 
 #include "tests/support/fake_discovery.h"
 #include "tests/support/module_log.h"
+#include "tests/support/system.h"
 
 TEST(Lifecycle, TheGuardComesAfterTheResultsThatAreClearedFirst) {
   FakeDiscovery discovery;
@@ -45,12 +45,10 @@ TEST(Lifecycle, TheGuardComesAfterTheResultsThatAreClearedFirst) {
 }
 
 // What a child process writes on its standard output stream while it ends.
-static std::string OutputOf(const std::string& arguments) {
-  FILE* child = popen(("timeout 20 " TEST_DIRECTORY "/teardown_child " + arguments).c_str(), "r");
-  std::string output;
-  for (int byte; (byte = fgetc(child)) != EOF;) output += static_cast<char>(byte);
-  EXPECT_EQ(pclose(child), 0) << arguments;
-  return output;
+static std::string OutputOf(const std::string& state) {
+  const ProgramOutput output = OutputOfProgram(TEST_DIRECTORY "/teardown_child", state);
+  EXPECT_TRUE(output.isGood) << state;
+  return output.text;
 }
 
 TEST(Lifecycle, TeardownTellsWhatWasLeft) {

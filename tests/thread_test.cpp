@@ -4,22 +4,23 @@
 
 #include <atomic>
 #include <functional>
-#include <latch>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "tests/support/fake_discovery.h"
+#include "tests/support/gate.h"
 #include "tests/support/module_log.h"
 
 static constexpr int kThreads = 4;
 
 static void Race(const std::function<void(int thread)>& body) {
-  std::latch start(kThreads);
+  CGate start(kThreads);
   std::vector<std::thread> threads;
   for (int thread = 0; thread < kThreads; ++thread) {
     threads.emplace_back([&, thread] {
-      start.arrive_and_wait();
+      start.Arrive();
+      start.Wait();
       body(thread);
     });
   }

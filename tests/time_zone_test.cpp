@@ -1,16 +1,14 @@
 // What depends on the clock and the time zone: universal time, a zone with daylight saving, one off by half an hour,
-// one in the west. Zones are given by rule, and by name where the system has tables of them.
+// one in the west. Zones are given by rule, and by name where the system has tables of them. Where it can't follow the
+// rule of a zone, that zone is left out.
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
+#include <cstdio>
 #include <ctime>
-#include <filesystem>
-#include <optional>
 #include <string>
-#include <utility>
 
+#include "tests/support/system.h"
 #include "tests/support/text.h"
 
 struct Zone {
@@ -30,24 +28,15 @@ static constexpr int64_t kSecondsTo1970 = 11644473600;
 
 class TimeZone {
  public:
-  explicit TimeZone(const char* name) {
-    if (const char* old = std::getenv("TZ")) old_ = old;
-    Set(name);
-  }
+  explicit TimeZone(const char* zone) : isSet_(SetTimeZone(zone)) {}
   TimeZone(const TimeZone&) = delete;
   TimeZone& operator=(const TimeZone&) = delete;
-  ~TimeZone() { Set(old_ ? old_->c_str() : nullptr); }
+  ~TimeZone() { (void)SetTimeZone(nullptr); }
+
+  explicit operator bool() const { return isSet_; }
 
  private:
-  static void Set(const char* name) {
-    if (name != nullptr) {
-      setenv("TZ", name, 1);
-    } else {
-      unsetenv("TZ");
-    }
-    tzset();
-  }
-  std::optional<std::string> old_;
+  bool isSet_;
 };
 
 static int64_t Value(int64_t secondsFrom1970) { return (secondsFrom1970 + kSecondsTo1970) * ZR_TICKS_PER_SECOND; }
@@ -77,9 +66,7 @@ static std::string Moment(ZRDATETIME value) {
 
 class TimeT : public testing::TestWithParam<const char * Zone::*> {
   void SetUp() override {
-    if (GetParam() == &Zone::name && !std::filesystem::exists("/usr/share/zoneinfo/Europe/Berlin")) {
-      GTEST_SKIP() << "needs the package tzdata";
-    }
+    if (!TimeZone(kUniversal.*GetParam())) GTEST_SKIP() << "the system has no tables of zones";
   }
 };
 INSTANTIATE_TEST_SUITE_P(Zones, TimeT, testing::Values(&Zone::rule, &Zone::name),
@@ -89,6 +76,7 @@ TEST_P(TimeT, EveryQuarterHourOfAYearGoesThereAndBack) {
   for (const Zone& place : {kUniversal, kBerlin, kKolkata, kNewYork}) {
     SCOPED_TRACE(place.name);
     const TimeZone zone(place.*GetParam());
+    if (!zone) continue;
     int repeated = 0;
     for (int64_t moment = 1325376000; moment < 1325376000 + 366 * 86400; moment += 900) {
       ZRDATETIME value = 0;
@@ -118,16 +106,20 @@ TEST_P(TimeT, HasItsLimits) {
       {kUniversal, "3000-12-31 23:59:59.999", "32535215999"},
       {kUniversal, "3001-01-01 00:00:00", "raises 80070057"},
       {kUniversal, "9999-01-01 00:00:00", "raises 80070057"},
-      {kBerlin, "1970-01-01 00:59:59", "raises 80070057"},
-      {kBerlin, "1970-01-01 01:00:00", "0"},
+      {kKolkata, "1970-01-01 05:29:59", "raises 80070057"},
+      {kKolkata, "1970-01-01 05:30:00", "0"},
       {kBerlin, "2012-03-25 02:30:00", "1332635400"},  // skipped: 00:30 universal time
       {kBerlin, "2012-10-28 02:30:00", "1351387800"},  // repeated: 01:30
+      {kNewYork, "2012-03-11 02:30:00", "1331447400"},
+      {kNewYork, "2012-11-04 01:30:00", "1352010600"},
+      {kBerlin, "1970-01-01 00:59:59", "raises 80070057"},
       {kBerlin, "3001-01-01 00:59:59", "32535215999"},
       {kNewYork, "1969-12-31 19:00:00", "raises 80004005"},
       {kNewYork, "3000-12-31 19:00:00", "raises 80070057"},
   };
   for (const Row& row : kRows) {
     const TimeZone zone(row.place.*GetParam());
+    if (!zone) continue;
     EXPECT_EQ(Moment(Local(row.local)), row.moment) << row.local;
   }
   EXPECT_EQ(Moment(-1), "answers 80000000");
@@ -157,21 +149,22 @@ TEST(TimeTArguments, ANullComesLast) {
 }
 
 TEST(TimeTArguments, RaisesWhatAnotherModuleCatches) {
-  void* module = dlopen(TEST_DIRECTORY "/catching.so", RTLD_NOW | RTLD_LOCAL);
-  ASSERT_NE(module, nullptr) << dlerror();
-  const auto catchTimeT = reinterpret_cast<ZRRESULT (*)(ZRDATETIME)>(dlsym(module, "CatchTimeT"));
+  void* module = OpenLibrary(TEST_DIRECTORY "/catching" MODULE_SUFFIX);
+  ASSERT_NE(module, nullptr);
+  const auto catchTimeT = reinterpret_cast<ZRRESULT (*)(ZRDATETIME)>(FindInLibrary(module, "CatchTimeT"));
   ASSERT_NE(catchTimeT, nullptr);
   EXPECT_EQ(catchTimeT(Local("1950-01-01")), ZR_RAISED_NO_TIME_T);
   EXPECT_EQ(catchTimeT(Local("9999-01-01")), ZR_RAISED_INVALID_TIME);
   EXPECT_EQ(catchTimeT(-1), ZR_R_FAILED);
   EXPECT_EQ(catchTimeT(Local("2000-01-01")), ZR_R_OK);
-  dlclose(module);
+  CloseLibrary(module);
 }
 
 TEST(Now, IsUniversalOrLocal) {
   for (const Zone& place : {kUniversal, kKolkata}) {
     const TimeZone zone(place.rule);
-    const ZRDATETIME offset = place.standard * ZR_TICKS_PER_SECOND;
+    ASSERT_TRUE(zone);
+    const ZRDATETIME offset = LocalClockOffset(place.standard) * ZR_TICKS_PER_SECOND;
     const ZRDATETIME before = Value(std::time(nullptr) - 1);
     const ZRDATETIME universal = ZrGetNow(1), other = ZrGetNow(0xFF), local = ZrGetNow(0);
     const ZRDATETIME after = Value(std::time(nullptr) + 1);

@@ -6,13 +6,15 @@
 #include <filesystem>
 #include <random>
 
+#include "tests/support/guarded_page.h"
+#include "tests/support/system.h"
 #include "tests/support/text.h"
 #include "tests/support/unicode_check.h"
 
 // Before the library reads it, on first use: the one locale with more than ASCII letters that every system has; or the
 // Turkish one, in the child of a test below.
 static const bool g_isTurkish = std::getenv("LOCPATH") != nullptr;
-[[maybe_unused]] static const int g_locale = g_isTurkish ? 0 : setenv("LC_ALL", "C.utf8", 1);
+[[maybe_unused]] static const bool g_isChosen = g_isTurkish || (ChooseUnicodeLocale(), true);
 
 // What the model says at random, told for some texts. (The byte behind each is its terminator.)
 TEST(Unicode, FromUtf8ValidatesLoosely) {
@@ -167,21 +169,18 @@ TEST(Unicode, AllLayersDoWhatTheModelDoes) {
   }
 }
 
-#if !defined(_WIN32)
 // Every unit by the system's own mapping of single characters.
 TEST(Unicode, CaseIsThatOfTheUsersLocale) {
-  const locale_t locale = newlocale(LC_CTYPE_MASK, "", locale_t{});
-  ASSERT_NE(locale, locale_t{});
-  EXPECT_EQ(towlower_l(0xC9, locale), 0xE9u) << "a locale with more than ASCII";
-  EXPECT_EQ(towlower_l('I', locale), g_isTurkish ? 0x131u : 'i');
-  const auto lowered = [locale](Units text) {
-    for (WCHAR& unit : text) unit = static_cast<WCHAR>(towlower_l(unit, locale));
+  EXPECT_EQ(SystemLower(0xC9), 0xE9u) << "a locale with more than ASCII";
+  EXPECT_EQ(SystemLower('I'), g_isTurkish ? 0x131u : 'i');
+  const auto lowered = [](Units text) {
+    for (WCHAR& unit : text) unit = SystemLower(unit);
     return text;
   };
   for (uint32_t first = 1; first < 0x10000; first += 29) {  // spans that end anywhere in a vector
     Units text, upper;
     for (uint32_t unit = first; unit < std::min(first + 29, 0x10000u); ++unit) text += static_cast<WCHAR>(unit);
-    for (WCHAR unit : text) upper += static_cast<WCHAR>(towupper_l(unit, locale));
+    for (WCHAR unit : text) upper += SystemUpper(unit);
     const std::vector<WCHAR> original(text.c_str(), text.c_str() + text.size() + 1);
     std::vector<WCHAR> changed = original;
     EXPECT_EQ(ZrWCHARToLower(changed.data()), ZR_R_OK);
@@ -194,10 +193,10 @@ TEST(Unicode, CaseIsThatOfTheUsersLocale) {
 
   const GuardedPage page, otherPage;
   std::mt19937 random(5);
-  static constexpr char16_t kUnits[] = u"aAzZ@[`{iI\xC9\xE9\x130\x131\x212A\x4E16\xD83E\xDE90";
+  static constexpr WCHAR kUnits[] = W("aAzZ@[`{iI\xC9\xE9\x130\x131\x212A\x4E16\xD83E\xDE90");
   for (int round = 0; round < 20000; ++round) {
     Units left(random() % 40, WCHAR{0});
-    for (WCHAR& unit : left) unit = static_cast<WCHAR>(kUnits[random() % (std::size(kUnits) - 1)]);
+    for (WCHAR& unit : left) unit = kUnits[random() % (std::size(kUnits) - 1)];
     Units right = left;
     if (random() % 2 == 0) right = lowered(right);
     if (random() % 2 == 0 && !right.empty()) right[random() % right.size()] = static_cast<WCHAR>('a' + random() % 3);
@@ -211,10 +210,11 @@ TEST(Unicode, CaseIsThatOfTheUsersLocale) {
   EXPECT_EQ(ZrWCHARCompareNoCase(W(""), nullptr), 1);
   EXPECT_EQ(ZrWCHARToLower(nullptr), ZR_R_INVALID_ARGUMENTS);
   EXPECT_EQ(ZrWCHARToUpper(nullptr), ZR_R_INVALID_ARGUMENTS);
-  freelocale(locale);
 }
 
-// The same in a process whose user's locale has a dotted and a dotless i, made for the occasion.
+#if defined(__linux__)
+// The same in a process whose user's locale has a dotted and a dotless i, made for the occasion by a tool of the
+// system.
 TEST(Unicode, CaseIsThatOfATurkishUser) {
   if (!std::filesystem::exists("/usr/share/i18n/locales/tr_TR")) GTEST_SKIP() << "needs the package locales";
   std::string folder = testing::TempDir() + "zrcore-locale-XXXXXX";

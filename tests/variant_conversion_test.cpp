@@ -141,7 +141,7 @@ static ZRRESULT ModelOfWriting(const ZRVARIANT& source, ZRVARIANT& left) {
       break;
     case ZR_VT_R4:
     case ZR_VT_R8:
-      text = Format("%f", tag == ZR_VT_R4 ? double{v.r4} : v.r8);
+      text = PrintedReal(tag == ZR_VT_R4 ? double{v.r4} : v.r8);
       break;
     case ZR_VT_TIME:
       text = Format("%02d:%02d:%02d.%07d", t.hour, t.minute, t.second, t.fraction);
@@ -582,11 +582,10 @@ TEST(VariantConversion, Claims) {
 
 // Expects that numbers are written as the C library writes them, and read as it reads them.
 static void CheckRealText(uint16_t tag, double real) {
-  char printed[400];
-  std::snprintf(printed, sizeof printed, "%f", real);
-  Units expected(std::strlen(printed), WCHAR{0});
+  const std::string printed = PrintedReal(real);
+  Units expected(printed.size(), WCHAR{0});
   wchar_t wide[400];
-  expected.resize(std::mbstowcs(wide, printed, 400));
+  expected.resize(std::mbstowcs(wide, printed.c_str(), 400));
   std::copy_n(wide, expected.size(), expected.begin());
   OwnedVariant number;
   number.Type = tag;
@@ -595,7 +594,7 @@ static void CheckRealText(uint16_t tag, double real) {
   ASSERT_EQ(ZrVariantChangeType(&number, &number, 0, ZR_VT_STR), ZR_R_OK);
   ASSERT_EQ(ContentOf(number.Value.string), expected) << printed;
   ASSERT_EQ(ZrVariantChangeType(&number, &number, 0, ZR_VT_R8), ZR_R_OK) << printed;
-  const double read = std::strtod(printed, nullptr);
+  const double read = std::strtod(printed.c_str(), nullptr);
   ASSERT_EQ(std::memcmp(&number.Value.r8, &read, sizeof read), 0) << printed;
 }
 

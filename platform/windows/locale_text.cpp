@@ -43,5 +43,6 @@ CDecimalPoint PlatformDecimalPoint() noexcept {
 }
 
 int32_t PlatformTextToUtf8(const WCHAR* text, char* buffer, int32_t size) noexcept {
+  if (static_cast<const void*>(buffer) == text) return 0;  // as the service does, but not each that stands in for it
   return WideCharToMultiByte(CP_UTF8, 0, text, -1, buffer, size, nullptr, nullptr);
 }

@@ -22,6 +22,16 @@ static const struct Presence {  // in memory, as the loader sees it
 #ifdef UNRESOLVED
 extern "C" void NobodyDefinesThis();
 #endif
+#ifdef NEEDED
+extern "C" ZR_EXPORT void NeededByAnother();
+void NeededByAnother() {}
+#endif
+#ifdef NEEDING
+extern "C" void NeededByAnother();
+static struct Need {
+  Need() { NeededByAnother(); }
+} g_need;
+#endif
 
 #ifndef WITHOUT_INIT
 ZRRESULT ZrInitModule() {

@@ -10,7 +10,9 @@
 
 inline constexpr ZRUUID ClassId(uint32_t number) { return {number, 0x1234, 0x5678, {1, 2, 3, 4, 5, 6, 7, 8}}; }
 
-inline Units ModulePath(const char* module) { return Widened(std::string(TEST_DIRECTORY "/") + module + ".so"); }
+inline Units ModulePath(const char* module) {
+  return Widened(std::string(TEST_DIRECTORY "/") + module + MODULE_SUFFIX);
+}
 
 class FakeDiscovery final : public IZrComponentDiscovery {
  public:

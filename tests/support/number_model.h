@@ -5,7 +5,9 @@
 #include <strings.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -29,6 +31,13 @@ inline std::string Narrowed(const std::basic_string<WCHAR>& units) {
   std::string bytes;
   for (WCHAR unit : units) bytes += unit < 0x80 ? static_cast<char>(unit) : '\x7f';
   return bytes;
+}
+
+// What "%f" prints. C libraries differ in how they spell what is no number.
+inline std::string PrintedReal(double real) {
+  if (std::isnan(real)) return std::signbit(real) ? "-nan" : "nan";
+  char text[400];
+  return {text, static_cast<std::size_t>(std::snprintf(text, sizeof text, "%f", real))};
 }
 
 inline void StoreAs(uint16_t tag, int64_t number, ModelNumber& model) {

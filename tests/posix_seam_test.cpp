@@ -1,0 +1,27 @@
+// What stands below the seam on POSIX systems only: elsewhere the debugger's channel is no stream of the process.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "platform/debug_output.h"
+#include "tests/support/system.h"
+#include "tests/support/text.h"
+
+TEST(PosixSeam, DebugOutputIsUtf8) {
+  Units text = W("a\x00E9\x96EA");
+  text += {WCHAR{0xD83E}, WCHAR{0xDE90}, WCHAR{0xD83E}, WCHAR{'.'}, WCHAR{0xDE90}};  // a pair, and two halves
+  EXPECT_EQ(DebugOutputOf([&] { PlatformDebugOutput(text); }),
+            "a\xC3\xA9\xE9\x9B\xAA\xF0\x9F\xAA\x90\xEF\xBF\xBD.\xEF\xBF\xBD");
+}
+
+TEST(PosixSeam, DebugOutputSurvivesAReaderThatWentAway) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  const int standardError = dup(STDERR_FILENO);
+  dup2(ends[1], STDERR_FILENO);
+  close(ends[0]);
+  close(ends[1]);
+  PlatformDebugOutput(W("nobody reads this"));
+  dup2(standardError, STDERR_FILENO);
+  close(standardError);
+}

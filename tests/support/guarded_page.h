@@ -1,0 +1,25 @@
+// A page without one behind it.
+
+#pragma once
+
+#include <algorithm>
+
+#include "tests/support/system.h"
+#include "tests/support/text.h"
+
+class GuardedPage {
+ public:
+  GuardedPage() = default;
+  GuardedPage(const GuardedPage&) = delete;
+  GuardedPage& operator=(const GuardedPage&) = delete;
+  ~GuardedPage() { ReleaseGuardedPage(page_); }
+
+  // The text with its terminator at the end of the page.
+  WCHAR* Put(const Units& text) const {
+    auto* end = reinterpret_cast<WCHAR*>(page_ + kPageSize);
+    return std::copy_n(text.c_str(), text.size() + 1, end - text.size() - 1) - text.size() - 1;
+  }
+
+ private:
+  char* const page_ = ReserveGuardedPage();
+};
