@@ -1,7 +1,8 @@
 // Numbers in 16-bit text: the one reader and the one writer that all families share.
 //
 // The reader takes what the C library's conversions take in the C locale, on every system: leading white space, an
-// optional sign, digits of the base up to the first other unit. Nothing fails; what doesn't fit saturates.
+// optional sign, digits of the base up to the first other unit. Nothing fails; what doesn't fit saturates. (Of a "0x"
+// without a digit the 0 is a number, where some systems' own libraries see none.)
 
 #pragma once
 

@@ -96,6 +96,7 @@ static CReadReal ReadAnyReal(CTextView text) {
   char* end = nullptr;
   const double value = std::strtod(narrow.c_str(), &end);
   auto length = static_cast<std::size_t>(end - narrow.c_str());
+  if (length == 0) return {0, 0};  // where there is no number, some libraries keep the sign in front of it
   if (pointAt != std::string::npos && length > pointAt) length -= std::string_view(point.bytes.data()).size() - 1;
   return {value, length};
 }

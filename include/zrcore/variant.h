@@ -234,7 +234,11 @@ ZR_API uint8_t ZrVariantIsContentEmpty(const ZRVARIANT* variant) ZR_NOEXCEPT;
 /// interface pointers. If the source has the target's tag already, the destination becomes a ZrVariantCopy of it,
 /// flags included; in place nothing happens.
 ///
-/// The decimal point that is read and written is that of the process's current locale.
+/// Numbers are read and written alike on every system, whatever its own runtime does, but for the decimal point, which
+/// is that of the process's current locale. Where runtimes differ: an exponent begins with 'e', never with 'd'; of a
+/// "0x" without a digit behind it the 0 is read; infinities and NaN are read by their names, and hexadecimal fractions
+/// behind a sign; "%f" rounds the exact value, to the even digit in the middle of two, and writes "inf", "-inf", "nan"
+/// and "-nan".
 ///
 /// @param destination  released first, in all cases but those marked below. May be the source itself.
 /// @param flags        no effect; pass 0.

@@ -1,0 +1,238 @@
+// The reader and the writer of numbers, and the calendar, against what a Windows system has of its own. For Windows
+// only, since nobody else has it. Where its two C runtimes go other ways, the rows below say which is ours.
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <cmath>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <random>
+#include <sstream>
+
+#include "tests/support/integer_texts.h"
+#include "tests/support/text.h"
+#include "text/number_text.h"
+#include "text/real_text.h"
+
+class Runtime {
+ public:
+  explicit Runtime(const char* file) : name(file), module_(LoadLibraryA(file)) {
+    Find(readInteger, "_wcstoi64");
+    Find(readUnsigned, "_wcstoui64");
+    Find(readReal, "wcstod");
+    Find(print_, "_snwprintf");
+    Find(printCommon_, "__stdio_common_vswprintf");
+  }
+  Runtime(const Runtime&) = delete;
+  Runtime& operator=(const Runtime&) = delete;
+  ~Runtime() { FreeLibrary(module_); }
+
+  Units Printed(double real) const {
+    WCHAR text[400];
+    const int length = print_ != nullptr ? print_(text, 400, L"%f", real) : PrintCommon(text, L"%f", real);
+    return Units(text, static_cast<std::size_t>(length));
+  }
+
+  const char* const name;
+  int64_t (*readInteger)(const WCHAR*, WCHAR**, int) = nullptr;
+  uint64_t (*readUnsigned)(const WCHAR*, WCHAR**, int) = nullptr;
+  double (*readReal)(const WCHAR*, WCHAR**) = nullptr;
+
+ private:
+  template <class Function>
+  void Find(Function& function, const char* export_) {
+    function = reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module_, export_)));
+  }
+  int PrintCommon(WCHAR* text, const WCHAR* format, ...) const {
+    va_list arguments;
+    va_start(arguments, format);
+    const int length = printCommon_(0, text, 400, format, nullptr, arguments);
+    va_end(arguments);
+    return length;
+  }
+
+  HMODULE module_;
+  int (*print_)(WCHAR*, std::size_t, const WCHAR*, ...) = nullptr;
+  int (*printCommon_)(uint64_t, WCHAR*, std::size_t, const WCHAR*, _locale_t, va_list) = nullptr;
+};
+
+static constexpr const char* kRuntimes[] = {"msvcrt.dll", "ucrtbase.dll"};
+
+static std::size_t Length(const Units& text, const WCHAR* end) { return static_cast<std::size_t>(end - text.c_str()); }
+
+TEST(WindowsRuntime, ReadsIntegersAlike) {
+  for (const char* name : kRuntimes) {
+    const Runtime runtime(name);
+    ForEachIntegerText([&](const std::string& bytes) {
+      SCOPED_TRACE(testing::Message() << name << " " << bytes);
+      const Units text = Widened(bytes), undisputed = Widened(WithoutEmptyPrefix(bytes));
+      for (unsigned base : {10u, 16u}) {
+        WCHAR* end = nullptr;
+        const auto got = ReadInteger<int64_t>(text, base);
+        EXPECT_EQ(got.value, runtime.readInteger(undisputed.c_str(), &end, static_cast<int>(base)));
+        EXPECT_EQ(got.end, Length(undisputed, end));
+        const auto gotUnsigned = ReadInteger<uint64_t>(text, base);
+        const uint64_t expected = runtime.readUnsigned(undisputed.c_str(), &end, static_cast<int>(base));
+        // (Both may turn the sign of what was too large. Nothing in the library asks for a negative unsigned number.)
+        EXPECT_TRUE(gotUnsigned.value == expected || (gotUnsigned.value == UINT64_MAX && expected == 1));
+        EXPECT_EQ(gotUnsigned.end, Length(undisputed, end));
+      }
+    });
+  }
+}
+
+static void CheckReal(const Runtime& runtime, const Units& text) {
+  SCOPED_TRACE(testing::Message() << runtime.name << " " << std::string(text.begin(), text.end()));
+  WCHAR* end = nullptr;
+  const double expected = runtime.readReal(text.c_str(), &end);
+  const CReadReal got = ReadReal(text);
+  EXPECT_EQ(got.end, Length(text, end));
+  // (Without a number there is no sign, of which one runtime makes a difference.)
+  EXPECT_TRUE(std::memcmp(&got.value, &expected, sizeof expected) == 0 || (got.end == 0 && expected == 0));
+}
+
+TEST(WindowsRuntime, ReadsRealsAlike) {
+  std::mt19937 random(4);
+  for (const char* name : kRuntimes) {
+    const Runtime runtime(name);
+    std::istringstream texts(
+        "| |-|.|-.|+.5|5.|-.5e1|1e|1e+|1e-|1e5f| "
+        "\t\n\v\f\r1|--1|1e400|-1e400|1e-400|-1e-400|4.9e-324|2.5e-324|2.4e-324|"
+        "2.2250738585072011e-308|2.2250738585072014e-308|1.7976931348623157e308|1.7976931348623159e308|"
+        "9007199254740993|"
+        "1.00000000000000011102230246251565404236316680908203125|1."
+        "00000000000000011102230246251565404236316680908203126|"
+        "0.000000000000000000000000000000000000000001e42|123456789012345678901234567890|1e0000000000000000000001");
+    for (std::string text; std::getline(texts, text, '|');) CheckReal(runtime, Widened(text));
+    for (int round = 0; round < 20000; ++round) {
+      static constexpr char kUnits[] = "0012345678999e.E+-f \t";
+      std::string text(random() % 30, ' ');
+      for (char& unit : text) unit = kUnits[random() % sizeof kUnits];  // zero units too
+      CheckReal(runtime, Widened(text));
+    }
+  }
+}
+
+// Where they differ: no 'd' begins an exponent, and what the older runtime doesn't know is read as the newer one reads
+// it.
+TEST(WindowsRuntime, ReadsSomeRealsItsOwnWay) {
+  const struct {
+    const WCHAR* text;
+    double value;
+    std::size_t end, older, newer;
+  } kRows[] = {
+      {W("1d5"), 1, 1, 3, 3},      {W("1D+5"), 1, 1, 4, 4},      {W("inf"), HUGE_VAL, 3, 0, 3},
+      {W("0x10"), 16, 4, 1, 4},    {W("-0x1.8p1"), -3, 8, 2, 8}, {W("-INFINITY"), -HUGE_VAL, 9, 0, 9},
+      {W("0x1p-1"), 0.5, 6, 1, 6},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(&row - kRows);
+    const CReadReal got = ReadReal(row.text);
+    EXPECT_EQ(got.value, row.value);
+    EXPECT_EQ(got.end, row.end);
+    for (const char* name : kRuntimes) {
+      const Runtime runtime(name);
+      WCHAR* end = nullptr;
+      (void)runtime.readReal(row.text, &end);
+      EXPECT_EQ(static_cast<std::size_t>(end - row.text), name == kRuntimes[0] ? row.older : row.newer);
+    }
+  }
+  EXPECT_TRUE(std::isnan(ReadReal(W("nan")).value));
+}
+
+// Whether a number lies in the middle of two that have six digits behind the point.
+static bool IsTie(double real) {
+  char exact[1500];
+  std::snprintf(exact, sizeof exact, "%.1080f", real);
+  const char* seventh = std::strchr(exact, '.') + 7;
+  return *seventh == '5' && std::strspn(seventh + 1, "0") == std::strlen(seventh + 1);
+}
+
+TEST(WindowsRuntime, WritesRealsAlike) {
+  for (const char* name : kRuntimes) {
+    const Runtime runtime(name);
+    std::mt19937_64 random(5);
+    int ties = 0;
+    const auto check = [&](double real) {
+      const Owned text(NewFixedText(real));
+      const Units got = ContentOf(text), expected = runtime.Printed(real);
+      if (got == expected) return;
+      // They take a tie away from zero, and we to the even digit, as is exact.
+      ASSERT_TRUE(IsTie(real)) << real << " " << std::string(expected.begin(), expected.end());
+      EXPECT_EQ(got.back() % 2, 0);
+      ++ties;
+    };
+    for (double real : {0.0, -0.0, 1e-7, 5e-324, 1e22, 1e300, -1e300, 1.7976931348623157e308, 0x1p53, 0x1p63})
+      check(real);
+    for (int round = 0; round < 20000; ++round) {
+      const uint64_t bits = random();
+      double any;
+      std::memcpy(&any, &bits, sizeof any);
+      if (std::isfinite(any)) check(any);
+      check(std::ldexp(static_cast<double>(static_cast<int64_t>(bits)), -static_cast<int>(bits % 90)));
+    }
+    EXPECT_LT(ties, 1000);
+  }
+  const struct {
+    double real;
+    const WCHAR *ours, *older, *newer;
+  } kRows[] = {{HUGE_VAL, W("inf"), W("1.#INF00"), W("inf")},
+               {-HUGE_VAL, W("-inf"), W("-1.#INF00"), W("-inf")},
+               {std::nan(""), W("nan"), W("1.#QNAN0"), W("nan")},
+               {-std::nan(""), W("-nan"), W("-1.#IND00"), W("-nan(ind)")}};
+  for (const auto& row : kRows) {
+    EXPECT_EQ(ContentOf(Owned(NewFixedText(row.real))), row.ours);
+    EXPECT_EQ(Runtime(kRuntimes[0]).Printed(row.real), row.older);
+    EXPECT_EQ(Runtime(kRuntimes[1]).Printed(row.real), row.newer);
+  }
+}
+
+static void CheckDate(const SYSTEMTIME& fields) {
+  SCOPED_TRACE(testing::Message() << fields.wYear << "-" << fields.wMonth << "-" << fields.wDay);
+  FILETIME file;
+  ASSERT_TRUE(SystemTimeToFileTime(&fields, &file));
+  ULARGE_INTEGER ticks;
+  ticks.LowPart = file.dwLowDateTime;
+  ticks.HighPart = file.dwHighDateTime;
+  ZRDATETIMESTRUCT record = {};
+  record.year = static_cast<int16_t>(fields.wYear);
+  record.month = static_cast<int8_t>(fields.wMonth);
+  record.day = static_cast<int8_t>(fields.wDay);
+  record.hour = static_cast<int8_t>(fields.wHour);
+  record.minute = static_cast<int8_t>(fields.wMinute);
+  record.second = static_cast<int8_t>(fields.wSecond);
+  record.fraction = fields.wMilliseconds * 10000;
+  ZRDATETIME value = 0;
+  ZrDateTimeFromStruct(&record, &value);
+  EXPECT_EQ(static_cast<uint64_t>(value), ticks.QuadPart);
+  SYSTEMTIME back;
+  ASSERT_TRUE(FileTimeToSystemTime(&file, &back));
+  ZrDateTimeToStruct(value, &record);
+  EXPECT_EQ(record.dayOfWeek, back.wDayOfWeek);
+  EXPECT_TRUE(record.year == back.wYear && record.month == back.wMonth && record.day == back.wDay &&
+              record.hour == back.wHour && record.minute == back.wMinute && record.second == back.wSecond &&
+              record.millisecond == back.wMilliseconds);
+}
+
+TEST(WindowsRuntime, HasTheSameCalendar) {
+  static constexpr WORD kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  for (WORD year = 1601; year <= 30827; year = static_cast<WORD>(year + (year < 2810 ? 1 : 97))) {
+    const bool isLeap = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+    for (WORD month = 1; month <= 12; ++month) {
+      const WORD last = static_cast<WORD>(kDays[month - 1] + (month == 2 && isLeap ? 1 : 0));
+      CheckDate({year, month, 0, 1, 0, 0, 0, 0});
+      CheckDate({year, month, 0, last, 23, 59, 59, 999});
+    }
+  }
+  CheckDate({30827, 12, 0, 31, 23, 59, 59, 999});
+  FILETIME file;
+  const SYSTEMTIME early = {1600, 12, 0, 31, 0, 0, 0, 0};
+  EXPECT_FALSE(SystemTimeToFileTime(&early, &file));
+  SYSTEMTIME fields;
+  file = {0, 0x80000000};  // -2^63
+  EXPECT_FALSE(FileTimeToSystemTime(&file, &fields));
+  int64_t timeT = 0;
+  EXPECT_EQ(ZrDateTimeToTimeT(INT64_MIN, &timeT), ZR_R_FAILED);
+}
