@@ -9,50 +9,49 @@
 inline constexpr ZRUUID kBodyTableClass = {
     0x93E729DC, 0x1C62, 0x4556, {0xA2, 0x28, 0xF1, 0x7B, 0xF7, 0xEA, 0xF2, 0xB5}};
 
-/// kBodyTableInterface names IBodyTable: {67CEFA47-E023-4371-9AC3-D4097D5FE5E5}.
+/// kBodyTableInterface names IBodyTable: {483DC16E-1322-45B9-ADF5-555BC0A80645}.
 inline constexpr ZRUUID kBodyTableInterface = {
-    0x67CEFA47, 0xE023, 0x4371, {0x9A, 0xC3, 0xD4, 0x09, 0x7D, 0x5F, 0xE5, 0xE5}};
+    0x483DC16E, 0x1322, 0x45B9, {0xAD, 0xF5, 0x55, 0x5B, 0xC0, 0xA8, 0x06, 0x45}};
 
-/// IBodyTable takes the lines of a CSV file, one by one, and gives back one text: the table. Under the titles "Body",
-/// "Place", "Discovered", "Period d" and "Note" cells become values; those that don't read as such, and all others,
-/// stay text.
+/// IBodyTable takes columns, each of one type, then rows of values, which it converts to the types of their columns;
+/// and gives back the values, and all of them as one text: the table.
 ///
-/// Fields are separated by commas. A field in quotation marks may hold commas, line breaks and, doubled, quotation
-/// marks. An operation that fails leaves the table as it was. References: any thread, any time; the rest: any thread,
-/// one at a time for an object.
+/// An operation that fails leaves the table as it was. Strings are shared, not copied. References: any thread, any
+/// time; the rest: any thread, one at a time for an object.
 struct IBodyTable : IZrUnknown {
-  /// AddLine adds a line: the first one holds the titles of the columns, each other one a row.
+  /// AddColumn adds a column at the right, while there are no rows yet.
   ///
-  /// @param line  lent for the call. If it is accepted, the object takes a reference of its own on the string and gives
-  ///              it up when the object goes; the units are not copied, but for a note's.
-  /// @return ZR_R_OK; ZR_R_SAME_VALUE, a success, for a line without a single character, which adds nothing;
-  ///         ZR_R_REQUEST_REJECTED if the line has another number of fields than the titles or its quotation marks
-  ///         don't match, and Explain tells more; ZR_R_NO_MEMORY.
-  virtual ZRRESULT AddLine(ZRSTR line) = 0;
+  /// @param title  lent for the call; the object takes a reference of its own.
+  /// @param type   a tag of zrcore/variant.h, without flags.
+  /// @return ZR_R_OK; ZR_R_INVALID_OBJECT_STATE if there are rows; ZR_R_NO_MEMORY.
+  virtual ZRRESULT AddColumn(ZRSTR title, uint16_t type) = 0;
 
-  /// Explain tells why AddLine rejected a line most recently, such as "5 fields where the titles are 7".
+  /// AddRow adds a row. A cell that doesn't convert to the type of its column is no failure: Cell tells about it.
   ///
-  /// @param text  receives a string, which the caller destroys; null after a failure.
-  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `text` is null; ZR_R_EMPTY_VALUE if no line was rejected;
+  /// @param cells  reads one for each column. An empty text stands for a missing value and is not converted.
+  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `cells` is null or `count` is not the number of columns;
   ///         ZR_R_NO_MEMORY.
-  virtual ZRRESULT Explain(ZRSTR* text) = 0;
+  virtual ZRRESULT AddRow(uint32_t count, const ZRVARIANT* cells) = 0;
+
+  /// Cell gives the value of a cell: of its column's type; empty if it is missing; as it came if it didn't convert.
+  ///
+  /// @param row, column  from 0.
+  /// @param value        holds a variant, which is released, and receives another, which the caller clears. Untouched
+  ///                     after a failure.
+  /// @param conversion   receives what the conversion answered: ZR_R_OK, or why the value is as it came.
+  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if a pointer is null; ZR_R_NOT_EXISTING if there is no such cell.
+  virtual ZRRESULT Cell(uint32_t row, uint32_t column, ZRVARIANT* value, ZRRESULT* conversion) = 0;
 
   /// Render gives the table as lines of text, each with a line feed at its end, aligned for a terminal.
   ///
-  /// What is too wide for its column goes on in the next line. A second table shows the values of two rows in full, if
-  /// any row has a value under each of the five titles.
+  /// What is too wide for its column goes on in the next line. A cell that didn't convert is shown as it came, with a
+  /// mark behind it.
   ///
   /// @param width  the columns of the terminal to fit into if at all possible; 0 means as wide as it gets.
   /// @param text   receives a string, which the caller destroys; null after a failure.
-  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `text` is null; ZR_R_EMPTY_VALUE if there are no titles;
+  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `text` is null; ZR_R_EMPTY_VALUE if there are no columns;
   ///         ZR_R_NO_MEMORY.
   virtual ZRRESULT Render(uint32_t width, ZRSTR* text) = 0;
-
-  /// Clear forgets all lines, and gives back the strings and the values that were made of them.
-  virtual void Clear() = 0;
-
-  /// Handles tells how many UUIDs, REFs and blobs the module's values hold at this moment, those of all its objects.
-  virtual uint32_t Handles() = 0;
 
  protected:
   ~IBodyTable() = default;

@@ -81,27 +81,33 @@ static std::string AskForUnknown() {
   return Text(*classId) + ": " + Describe(result);
 }
 
-// The client's road: name, identifier, object, lines in, text out.
-static void ShowTable(CTableClient& client, ZRSTR className, const CTableDiscovery& discovery,
-                      const std::vector<CsvFileLine>& lines, const std::string& csvPath, CStringBook& book) {
+static void SayUnconverted(const std::vector<std::string>& lines) {
+  constexpr std::size_t kMost = 10;
+  for (std::size_t i = 0; i < lines.size() && i < kMost; ++i) Say(i == 0 ? "Not converted" : "", lines[i]);
+  if (lines.size() > kMost) Say("", "and " + std::to_string(lines.size() - kMost) + " more");
+}
+
+// The client's road: name, identifier, object, variants in, text and variants out.
+static void ShowTable(CTableClient& client, ZRSTR className, const CTableDiscovery& discovery, const CsvTable& table,
+                      const std::string& csvPath, CStringBook& book) {
   Say("Asked for", ToUtf8(className));
   client.Find(className);
   Say("Identifier", Text(client.ClassId()) + ", which is " + client.ClassName());
   Say("Not known", AskForUnknown());
   client.Open();
   Say("Answered by", ToUtf8(discovery.Answered()));
-  client.AddLines(lines, csvPath);
-  Say("Handed over", std::to_string(lines.size()) + " lines of " + csvPath);
+  client.AddTable(table);
+  Say("Handed over", std::to_string(table.rows.size()) + " rows of " + csvPath);
   Say("Shared", std::to_string(book.Strings()) + " strings, " + std::to_string(book.References()) +
-                    " references on them while the object holds its lines");
-  const ZRSTR table = book.Enter(client.Render(OutputWidth(), csvPath));
-  std::printf("\n%s\n", ToUtf8(table).c_str());
+                    " references on them while the object holds its cells");
+  std::printf("\n%s\n", ToUtf8(book.Enter(client.Render(OutputWidth()))).c_str());
+  SayUnconverted(client.Unconverted(table));
 }
 
 // Registers, lets the client work, and takes everything down again, whether that went well or not.
 static bool Run(const Arguments& arguments) {
   CStringBook book;
-  const std::vector<CsvFileLine> lines = ReadCsvFile(arguments.csvPath, book);
+  const CsvTable table = ReadCsvFile(arguments.csvPath, book);
   const ZRSTR listedName = book.Enter(FromUtf8(kClassName));
   const ZRSTR modulePath = book.Enter(DecodeArgument(arguments.modulePath, "module path"));
   // Not in the book: the library remembers a name that it could answer, and so may keep a reference on it.
@@ -126,7 +132,7 @@ static bool Run(const Arguments& arguments) {
     Say("", ToUtf8(listedName) + " " + Text(kBodyTableClass));
     Say("", "in " + ToUtf8(modulePath));
     Say("Configured", "by " + std::to_string(discovery->Settings().Asked()) + " values that the library asked for");
-    ShowTable(client, className.get(), *discovery, lines, arguments.csvPath, book);
+    ShowTable(client, className.get(), *discovery, table, arguments.csvPath, book);
   } catch (const std::exception& error) {
     Complain(error.what());
     isGood = false;
@@ -138,12 +144,10 @@ static bool Run(const Arguments& arguments) {
   (void)ZrUninitialize();
   const uint32_t discoveryCount = discovery->Release();
 
-  const bool isBalanced =
-      objectCount == 0 && discoveryCount == 0 && book.Outstanding() == 0 && client.HandlesLeft() == 0;
+  const bool isBalanced = objectCount == 0 && discoveryCount == 0 && book.Outstanding() == 0;
   Say("References", "left: object " + std::to_string(objectCount) + ", discovery " + std::to_string(discoveryCount) +
                         ", the " + std::to_string(book.Strings()) + " shared strings " +
-                        std::to_string(book.Outstanding()) + ", the " + std::to_string(client.HandlesHeld()) +
-                        " handles " + std::to_string(client.HandlesLeft()) +
+                        std::to_string(book.Outstanding()) +
                         (isBalanced ? ". All given back." : ". NOT all given back!"));
   return isGood && isBalanced;
 }

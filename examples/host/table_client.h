@@ -9,7 +9,7 @@
 
 #include "body_table.h"
 #include "host/csv_file.h"
-#include "string_owner.h"
+#include "owners.h"
 
 /// Every operation that fails throws std::runtime_error with one sentence for the user. None may be called before Open.
 class CTableClient {
@@ -25,18 +25,17 @@ class CTableClient {
   /// Open makes the object of the class that was found.
   void Open();
 
-  void AddLines(const std::vector<CsvFileLine>& lines, const std::string& fileName);
+  /// AddTable hands over the columns, then the rows, as variants.
+  void AddTable(const CsvTable& table);
 
-  /// Render gives the table of the lines that were added; the name is for the case that there were none.
-  StringOwner Render(uint32_t width, const std::string& fileName);
+  /// Render gives the table of what was added.
+  StringOwner Render(uint32_t width);
+
+  /// Unconverted gives a line for each cell that has no value of its column's type: where it is, and why.
+  std::vector<std::string> Unconverted(const CsvTable& table);
 
   /// Close releases the object, if there is one, and answers how many references that left.
   uint32_t Close();
-
-  /// HandlesHeld is how many handles of the library the module held while the table was rendered, and HandlesLeft those
-  /// that it still held when the table was closed.
-  uint32_t HandlesHeld() const { return handlesHeld_; }
-  uint32_t HandlesLeft() const { return handlesLeft_; }
 
   const ZRUUID& ClassId() const { return classId_; }
   const std::string& ClassName() const { return className_; }  // as it came back, in UTF-8
@@ -45,8 +44,6 @@ class CTableClient {
   ZRUUID classId_ = {};
   std::string className_;
   IBodyTable* table_ = nullptr;
-  uint32_t handlesHeld_ = 0;
-  uint32_t handlesLeft_ = 0;
 };
 
 #endif

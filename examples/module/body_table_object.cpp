@@ -4,6 +4,8 @@
 #include <new>
 #include <utility>
 
+#include "module/table_layout.h"
+
 // Between modules only codes travel: no exception may leave an operation.
 template <class Body>
 static ZRRESULT Guarded(Body&& body) noexcept {
@@ -20,8 +22,6 @@ static ZRRESULT Give(std::u16string_view units, ZRSTR* text) noexcept {
   *text = MakeString(units);
   return *text == nullptr ? ZR_R_NO_MEMORY : ZR_R_OK;
 }
-
-static std::string FieldCount(std::size_t count) { return std::to_string(count) + (count == 1 ? " field" : " fields"); }
 
 uint32_t CBodyTable::AddRef() { return ZrInterlockedIncrementU32(&references_); }
 
@@ -43,99 +43,77 @@ ZRRESULT CBodyTable::QueryInterface(const ZRUUID* interfaceId, void** object) {
   return ZR_R_OK;
 }
 
-ZRRESULT CBodyTable::AddLine(ZRSTR line) {
+ZRRESULT CBodyTable::AddColumn(ZRSTR title, uint16_t type) {
+  if (!rows_.empty()) return ZR_R_INVALID_OBJECT_STATE;
   return Guarded([&]() -> ZRRESULT {
-    if (ZrStringLen(line) == 0) return ZR_R_SAME_VALUE;
-    CsvLine split = SplitCsvLine(Units(line));
-    if (split.problem == CsvProblem::None && !rows_.empty() && split.fields.size() != rows_[0].fields.size()) {
-      rejection_ = FieldCount(split.fields.size()) + " where the titles are " + std::to_string(rows_[0].fields.size());
-      return ZR_R_REQUEST_REJECTED;
-    }
-    if (split.problem != CsvProblem::None) {
-      rejection_ = "field " + std::to_string(split.fields.size()) +
-                   (split.problem == CsvProblem::OpenQuotes ? " has no closing quotation mark"
-                                                            : " goes on behind its closing quotation mark");
-      return ZR_R_REQUEST_REJECTED;
-    }
-    Row row{StringOwner(ZrCopyString(line)), std::move(split.fields), {}};
-    std::vector<ValueKind> kinds;
-    for (std::size_t c = 0; c < row.fields.size(); ++c) {
-      if (rows_.empty()) kinds.push_back(KindOfTitle(row.Text(c)));
-      row.values.push_back(rows_.empty() ? Value() : ReadValue(kinds_[c], row.Text(c)));
-    }
-    rows_.push_back(std::move(row));
-    if (!kinds.empty()) kinds_ = std::move(kinds);
+    columns_.push_back({StringOwner(ZrCopyString(title)), type});
     return ZR_R_OK;
   });
 }
 
-ZRRESULT CBodyTable::Explain(ZRSTR* text) {
-  if (text == nullptr) return ZR_R_INVALID_ARGUMENTS;
-  *text = nullptr;
-  if (rejection_.empty()) return ZR_R_EMPTY_VALUE;
-  return Guarded([&] { return Give(std::u16string(rejection_.begin(), rejection_.end()), text); });
+ZRRESULT CBodyTable::AddRow(uint32_t count, const ZRVARIANT* cells) {
+  if (cells == nullptr || count != columns_.size()) return ZR_R_INVALID_ARGUMENTS;
+  return Guarded([&]() -> ZRRESULT {
+    Row row;
+    row.reserve(count);
+    for (std::size_t c = 0; c < count; ++c) row.push_back(ReadCell(cells[c], columns_[c].type));
+    rows_.push_back(std::move(row));
+    return ZR_R_OK;
+  });
+}
+
+ZRRESULT CBodyTable::Cell(uint32_t row, uint32_t column, ZRVARIANT* value, ZRRESULT* conversion) {
+  if (value == nullptr || conversion == nullptr) return ZR_R_INVALID_ARGUMENTS;
+  if (row >= rows_.size() || column >= columns_.size()) return ZR_R_NOT_EXISTING;
+  return Guarded([&]() -> ZRRESULT {
+    const TableCell& cell = rows_[row][column];
+    *conversion = cell.conversion;
+    return ZrVariantCopy(value, &cell.value.Get());
+  });
 }
 
 ZRRESULT CBodyTable::Render(uint32_t width, ZRSTR* text) {
   if (text == nullptr) return ZR_R_INVALID_ARGUMENTS;
   *text = nullptr;
-  if (rows_.empty()) return ZR_R_EMPTY_VALUE;
-  return Guarded([&] { return Give(RenderTable(width) + RenderValues(width), text); });
+  if (columns_.empty()) return ZR_R_EMPTY_VALUE;
+  return Guarded([&] { return Give(RenderTable(width), text); });
 }
 
-uint32_t CBodyTable::Handles() {
-  (void)ZrInterlockedIncrementU32(&countedHandles);  // there and back, for the sake of what it answers
-  return ZrInterlockedDecrementU32(&countedHandles);
+// Fills the fractions of a column up to the longest one, so that the points stand below each other.
+static void AlignPoints(std::vector<TableRow>& rows, std::size_t column) {
+  const auto isNumber = [](const std::u16string& text) {
+    return !text.empty() && text.find_first_not_of(u"-0123456789.") == text.npos;
+  };
+  const auto fractionLength = [](const std::u16string& text) {
+    const std::size_t point = text.find(u'.');
+    return point == text.npos ? 0 : text.size() - point;
+  };
+  std::size_t most = 0;
+  for (std::size_t r = 1; r < rows.size(); ++r) {
+    if (isNumber(rows[r][column])) most = std::max(most, fractionLength(rows[r][column]));
+  }
+  for (std::size_t r = 1; r < rows.size(); ++r) {
+    std::u16string& text = rows[r][column];
+    if (!isNumber(text) || fractionLength(text) == most) continue;
+    if (fractionLength(text) == 0) text += u'.';
+    text.append(most - fractionLength(text), u'0');
+  }
 }
 
 std::u16string CBodyTable::RenderTable(std::size_t width) const {
-  std::vector<TableRow> cells;
-  cells.reserve(rows_.size());
+  std::vector<TableRow> cells(1);
+  std::vector<TableSide> sides;
+  for (const Column& column : columns_) {
+    cells[0].emplace_back(Units(column.title.get()));
+    const TableSide side = column.type == ZR_VT_STR ? TableSide::ByContent : TableSide::Left;
+    sides.push_back(IsNumber(column.type) ? TableSide::Right : side);
+  }
   for (const Row& row : rows_) {
     TableRow& texts = cells.emplace_back();
-    texts.reserve(row.fields.size());
-    for (std::size_t c = 0; c < row.fields.size(); ++c) texts.push_back(ShortText(row.values[c], row.Text(c)));
+    for (const TableCell& cell : row) texts.push_back(CellText(cell));
   }
-  std::vector<TableSide> sides(kinds_.size(), TableSide::ByContent);
-  for (const Row& row : rows_) {
-    for (std::size_t c = 0; c < sides.size(); ++c) {
-      if (row.values[c].kind == ValueKind::Place) sides[c] = TableSide::Left;
-      if (row.values[c].kind == ValueKind::Span) sides[c] = TableSide::Right;
-    }
+  for (std::size_t c = 0; c < columns_.size(); ++c) {
+    if (IsReal(columns_[c].type)) AlignPoints(cells, c);
   }
   return LayOutTable(cells, sides, width);
-}
-
-// The first and the last row that have a value of every kind, all of it; nothing if there is no such row.
-std::u16string CBodyTable::RenderValues(std::size_t width) const {
-  static constexpr std::pair<ValueKind, const char16_t*> kKinds[] = {{ValueKind::Identity, u"a UUID"},
-                                                                     {ValueKind::Place, u"a REF"},
-                                                                     {ValueKind::Moment, u"a date-time"},
-                                                                     {ValueKind::Span, u"a time span"},
-                                                                     {ValueKind::Bytes, u"a blob"}};
-  const auto columnOf = [](const Row& row, ValueKind kind) {
-    const auto isKind = [&](const Value& value) { return value.kind == kind; };
-    return static_cast<std::size_t>(std::find_if(row.values.begin(), row.values.end(), isKind) - row.values.begin());
-  };
-  const auto hasAll = [&](const Row& row) {
-    const auto hasKind = [&](const auto& kind) { return columnOf(row, kind.first) < row.values.size(); };
-    return std::all_of(std::begin(kKinds), std::end(kKinds), hasKind);
-  };
-  const auto first = std::find_if(rows_.begin(), rows_.end(), hasAll);
-  if (first == rows_.end()) return {};
-  const Row& last = *std::find_if(rows_.rbegin(), rows_.rend(), hasAll);
-
-  std::vector<TableRow> cells = {{u"In full"}};
-  for (const auto& [kind, name] : kKinds) {
-    cells.push_back({rows_[0].Text(columnOf(*first, kind)) + u", " + name});
-  }
-  for (const Row* row = &*first;; row = &last) {
-    cells[0].push_back(row->Text(columnOf(*row, ValueKind::Identity)));
-    for (std::size_t k = 0; k < std::size(kKinds); ++k) {
-      cells[k + 1].push_back(FullText(row->values[columnOf(*row, kKinds[k].first)]));
-    }
-    if (row == &last) break;
-  }
-  const std::vector<TableSide> sides(cells[0].size(), TableSide::ByContent);
-  return u"\n" + LayOutTable(cells, sides, width);
 }

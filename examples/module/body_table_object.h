@@ -1,4 +1,4 @@
-// The object behind IBodyTable. It keeps the lines as it got them, shared with the caller, and where their fields lie.
+// The object behind IBodyTable: columns of one type each, and rows of cells.
 
 #ifndef EXAMPLES_MODULE_BODY_TABLE_OBJECT_H
 #define EXAMPLES_MODULE_BODY_TABLE_OBJECT_H
@@ -7,10 +7,8 @@
 #include <vector>
 
 #include "body_table.h"
-#include "module/csv_line.h"
-#include "module/table_layout.h"
-#include "module/value.h"
-#include "string_owner.h"
+#include "module/cell.h"
+#include "owners.h"
 
 class CBodyTable final : public IBodyTable {
  public:
@@ -22,30 +20,25 @@ class CBodyTable final : public IBodyTable {
   uint32_t Release() override;
   ZRRESULT QueryInterface(const ZRUUID* interfaceId, void** object) override;
 
-  ZRRESULT AddLine(ZRSTR line) override;
-  ZRRESULT Explain(ZRSTR* text) override;
+  ZRRESULT AddColumn(ZRSTR title, uint16_t type) override;
+  ZRRESULT AddRow(uint32_t count, const ZRVARIANT* cells) override;
+  ZRRESULT Cell(uint32_t row, uint32_t column, ZRVARIANT* value, ZRRESULT* conversion) override;
   ZRRESULT Render(uint32_t width, ZRSTR* text) override;
-  void Clear() override { rows_.clear(); }
-  uint32_t Handles() override;
 
  private:
-  struct Row {
-    StringOwner line;
-    std::vector<CsvField> fields;  // places in `line`
-    std::vector<Value> values;     // of the fields
-
-    std::u16string Text(std::size_t column) const { return FieldText(Units(line.get()), fields[column]); }
+  struct Column {
+    StringOwner title;
+    uint16_t type;
   };
+  using Row = std::vector<TableCell>;  // as many as there are columns
 
   ~CBodyTable() = default;  // by the last Release only
 
   std::u16string RenderTable(std::size_t width) const;
-  std::u16string RenderValues(std::size_t width) const;
 
   uint32_t references_ = 1;
-  std::vector<Row> rows_;         // the titles are row 0; all have as many fields
-  std::vector<ValueKind> kinds_;  // of the columns
-  std::string rejection_;         // why a line was rejected most recently, in ASCII
+  std::vector<Column> columns_;
+  std::vector<Row> rows_;
 };
 
 #endif
