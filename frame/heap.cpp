@@ -14,6 +14,12 @@ void* AllocateOrThrow(std::size_t size) {
   }
 }
 
+void* AllocateZeroedOrThrow(std::size_t count, std::size_t size) {
+  for (;; MakeRoomOrThrow()) {
+    if (void* block = std::calloc(count, size)) return block;
+  }
+}
+
 void* ReallocateOrThrow(void* block, std::size_t size) {
   assert(size != 0);
   for (;; MakeRoomOrThrow()) {

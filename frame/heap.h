@@ -16,6 +16,9 @@
 // Calls the new-handler until the heap gives way or there is no handler; then throws std::bad_alloc.
 [[nodiscard]] void* AllocateOrThrow(std::size_t size);
 
+// The same with zeros, which a large block that is new to the process has for nothing.
+[[nodiscard]] void* AllocateZeroedOrThrow(std::size_t count, std::size_t size);
+
 // The block with its content, extended or moved to have a new `size` above 0. It is unchanged if this throws.
 [[nodiscard]] void* ReallocateOrThrow(void* block, std::size_t size);
 

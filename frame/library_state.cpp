@@ -9,6 +9,7 @@
 #include <atomic>
 #include <iostream>  // brings the runtime's stream support up before the objects below, and keeps it until after them
 
+#include "arrays/array_manager.h"
 #include "blobs/blob_manager.h"
 #include "components/allocator_settings.h"
 #include "components/component_management.h"
@@ -85,6 +86,7 @@ constinit CCharacterCase g_characterCase;           // read on first use, releas
 constinit CZrBlobMgr g_blobManager;
 bool g_hasWideVectors = FindWideVectors();  // until then the loops that do without
 static CErrorRegistry g_errorRegistry;
+constinit CZrSafeArrayMgr g_arrayManager;
 static CGlobalData g_globalData;
 static CAllocatorSettings g_allocatorSettings;
 CItemAllocator g_refAllocator("tagZRREF", true, sizeof(ZRREF), 0);

@@ -23,33 +23,33 @@ static constexpr CTarget kNoConversion{nullptr, kColumnCount, ZR_R_NOT_SUPPORTED
 
 // clang-format off
 static constexpr CTargetRow kTargetRows[] = {
-  {ZR_VT_BOOL,     {ToBool,     kNarrow}},
-  {ZR_VT_I1,       {ToI1,       kNarrow}},
-  {ZR_VT_I2,       {ToI2,       kNarrow}},
-  {ZR_VT_I4,       {ToI4,       kNarrow}},
-  {ZR_VT_I8,       {ToI8,       kInt64}},
-  {ZR_VT_UI1,      {ToUI1,      kNarrow}},
-  {ZR_VT_UI2,      {ToUI2,      kNarrow}},
-  {ZR_VT_UI4,      {ToUI4,      kNarrow}},
-  {ZR_VT_UI8,      {ToUI8,      kUint64}},
-  {ZR_VT_R4,       {ToR4,       kReal}},
-  {ZR_VT_R8,       {ToR8,       kReal}},
-  {ZR_VT_TIME,     {ToTime,     kTime}},
-  {ZR_VT_DATETIME, {ToDateTime, kDateTime}},
-  {ZR_VT_CY,       {ToCY,       kCurrency}},
-  {ZR_VT_BYTE,     {ToUI1,      kNarrow}},
-  {ZR_VT_WORD,     {ToUI2,      kNarrow}},
-  {ZR_VT_DWORD,    {ToUI4,      kNarrow}},
-  {ZR_VT_QWORD,    {ToUI8,      kUint64}},
-  {ZR_VT_BLOB,     {ToBlob,     kBlob}},
+  {ZR_VT_BOOL,     {ToBool,             kNarrow}},
+  {ZR_VT_I1,       {ToNumber<int8_t>,   kNarrow}},
+  {ZR_VT_I2,       {ToNumber<int16_t>,  kNarrow}},
+  {ZR_VT_I4,       {ToNumber<int32_t>,  kNarrow}},
+  {ZR_VT_I8,       {ToNumber<int64_t>,  kInt64}},
+  {ZR_VT_UI1,      {ToNumber<uint8_t>,  kNarrow}},
+  {ZR_VT_UI2,      {ToNumber<uint16_t>, kNarrow}},
+  {ZR_VT_UI4,      {ToNumber<uint32_t>, kNarrow}},
+  {ZR_VT_UI8,      {ToNumber<uint64_t>, kUint64}},
+  {ZR_VT_R4,       {ToNumber<float>,    kReal}},
+  {ZR_VT_R8,       {ToNumber<double>,   kReal}},
+  {ZR_VT_TIME,     {ToTime,             kTime}},
+  {ZR_VT_DATETIME, {ToDateTime,         kDateTime}},
+  {ZR_VT_CY,       {ToCY,               kCurrency}},
+  {ZR_VT_BYTE,     {ToNumber<uint8_t>,  kNarrow}},
+  {ZR_VT_WORD,     {ToNumber<uint16_t>, kNarrow}},
+  {ZR_VT_DWORD,    {ToNumber<uint32_t>, kNarrow}},
+  {ZR_VT_QWORD,    {ToNumber<uint64_t>, kUint64}},
+  {ZR_VT_BLOB,     {ToBlob,             kBlob}},
   {ZR_VT_UNKNOWN,  kNoConversion},
   {ZR_VT_OPAQUE,   kNoConversion},
-  {ZR_VT_CHAR32,   {ToChar32,   kChar32}},
+  {ZR_VT_CHAR32,   {ToChar32,           kChar32}},
   {ZR_VT_VARIANT,  kNoConversion},
-  {ZR_VT_UUID,     {ToUUID,     kUuid}},
-  {ZR_VT_STR,      {ToStr,      kText}},
-  {ZR_VT_REF,      {ToREF,      kRef}},
-  {ZR_VT_SREF,     {ToSREF,     kSref}},
+  {ZR_VT_UUID,     {ToUUID,             kUuid}},
+  {ZR_VT_STR,      {ToStr,              kText}},
+  {ZR_VT_REF,      {ToREF,              kRef}},
+  {ZR_VT_SREF,     {ToSREF,             kSref}},
   {ZR_VT_DISPATCH, kNoConversion},
 };
 // clang-format on
@@ -69,6 +69,12 @@ ZRRESULT ConvertScalar(const ZRVARIANT& source, uint16_t target, ZRVARIANTVALUE&
   return to.convert(rule, source, value);
 }
 
+Rule RuleOf(uint16_t source, uint16_t target) noexcept {
+  const CTarget& to = kTargets[TagIndex(target)];
+  if (to.convert != nullptr) return RuleFor(source, to.column);
+  return to.refusal == ZR_R_NOT_SUPPORTED ? Rule::NotSupported : Rule::Invalid;
+}
+
 // ---- The frame -----------------------------------------------------------------------------------------------------
 
 // A scalar as ZrVariantCopy would give it, but with the payload of the original and without an owner: the original
@@ -86,6 +92,11 @@ static const ZRVARIANT& Lend(const ZRVARIANT& original, ZRVARIANT& copy) noexcep
     copy.Value.sref = nullptr;
   }
   return copy;
+}
+
+ZRVARIANT LendCopy(const ZRVARIANT& original) noexcept {
+  ZRVARIANT copy;
+  return Lend(original, copy);
 }
 
 static ZRRESULT ConvertIntoReset(ZRVARIANT& destination, const ZRVARIANT& source, uint16_t target) {

@@ -9,11 +9,20 @@
 // Converts a scalar by value to a tag other than its own and stores the payload; the source is read only. On a failure
 // `value`, which has to be zero before, may hold what the target function had stored by then.
 //
-// A string in the source must not be null, and a ZRSREF has a ref or a text: that is what a copy of a value has.
+// A string in the source must not be null, and a ZRSREF has a ref or a text: that is what LendCopy gives.
 [[nodiscard]] ZRRESULT ConvertScalar(const ZRVARIANT& source, uint16_t target, ZRVARIANTVALUE& value);
+
+// The rule from one tag without flags to another: NotSupported or Invalid also where the target takes nothing at all.
+[[nodiscard]] Rule RuleOf(uint16_t source, uint16_t target) noexcept;
+
+// A scalar as ZrVariantCopy would give it, but with the payload of the original and without an owner.
+[[nodiscard]] ZRVARIANT LendCopy(const ZRVARIANT& original) noexcept;
 
 // A function a target. `rule` is one of those in the target's column but NotSupported and Invalid.
 using TargetFunction = ZRRESULT(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
 
-TargetFunction ToBool, ToI1, ToI2, ToI4, ToI8, ToUI1, ToUI2, ToUI4, ToUI8, ToR4, ToR8, ToChar32;
-TargetFunction ToCY, ToTime, ToDateTime, ToStr, ToBlob, ToUUID, ToREF, ToSREF;
+// For the integers from 8 to 64 bits, float and double.
+template <class Target>
+ZRRESULT ToNumber(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
+
+TargetFunction ToBool, ToChar32, ToCY, ToTime, ToDateTime, ToStr, ToBlob, ToUUID, ToREF, ToSREF;

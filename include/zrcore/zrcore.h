@@ -3,6 +3,7 @@
 #ifndef ZRCORE_ZRCORE_H
 #define ZRCORE_ZRCORE_H
 
+#include "zrcore/array.h"
 #include "zrcore/atomic.h"
 #include "zrcore/base.h"
 #include "zrcore/blob.h"

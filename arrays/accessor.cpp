@@ -1,0 +1,305 @@
+// One template for all accessors; what differs between elements stands in their kinds.
+
+#include "arrays/accessor.h"
+
+#include <algorithm>
+#include <array>
+#include <concepts>
+#include <cstring>
+
+#include "arrays/element_conversion.h"
+#include "arrays/element_kinds.h"
+
+template <class Kind>
+class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
+ public:
+  using Element = typename Kind::Element;
+  using CZrSafeArrayAccessorBase::CZrSafeArrayAccessorBase;
+
+  ZRRESULT AllocateData(uint32_t dimensions, const ZrSafeArrayBound* bounds, void** storage) const override {
+    if (storage == nullptr || bounds == nullptr) return ZR_R_INVALID_POINTER;
+    if (dimensions == 0) return ZR_R_INVALID_ARGUMENTS;
+    const uint32_t count = ProductOfCounts(dimensions, bounds);
+    *storage = count != 0 ? AllocateZeroedOrThrow(count, sizeof(Element)) : nullptr;
+    if constexpr (!Kind::kIsPlain) Kind::Initialise(static_cast<Element*>(*storage), count);
+    return ZR_R_OK;
+  }
+
+  ZRRESULT CopyData(uint32_t dimensions, const ZrSafeArrayBound* bounds, const void* source,
+                    void** storage) const override {
+    if (storage == nullptr || bounds == nullptr) return ZR_R_INVALID_POINTER;
+    const uint32_t count = ProductOfCounts(dimensions, bounds);
+    if constexpr (Kind::kIsPlain) {
+      if (source != nullptr && dimensions != 0 && count != 0) {
+        *storage = AllocateOrThrow(sizeof(Element) * count);
+        std::memcpy(*storage, source, sizeof(Element) * count);
+        return ZR_R_OK;
+      }
+    }
+    CStorageHolder copy(*this, dimensions, bounds);
+    if (const ZRRESULT result = AllocateData(dimensions, bounds, copy.Receive()); result != ZR_R_OK) return result;
+    if constexpr (!Kind::kIsPlain) {
+      const auto* from = static_cast<const Element*>(source);
+      auto* to = static_cast<Element*>(copy.Get());
+      for (uint32_t index = 0; from != nullptr && index < count; ++index) Kind::Copy(from[index], to[index]);
+    }
+    *storage = copy.Detach();
+    return ZR_R_OK;
+  }
+
+  ZRRESULT DestroyData(void* storage, uint32_t dimensions, const ZrSafeArrayBound* bounds) const override {
+    if (storage == nullptr) return ZR_R_INVALID_POINTER;
+    if constexpr (!Kind::kIsPlain) {
+      auto* elements = static_cast<Element*>(storage);
+      const uint32_t count = ProductOfCounts(dimensions, bounds);
+      for (uint32_t index = 0; index < count; ++index) ReleaseElement(elements[index]);
+    }
+    std::free(storage);
+    return ZR_R_OK;
+  }
+
+  void* ElementAddress(void* storage, int32_t index) const noexcept override {
+    return storage != nullptr ? static_cast<Element*>(storage) + index : nullptr;
+  }
+
+  ZRRESULT GetElementValue(const ZrSafeArrayDescriptor* descriptor, const ZrSafeArrayBound* bounds,
+                           const uint32_t* indices, void* value) const override {
+    if (descriptor == nullptr || bounds == nullptr || indices == nullptr || value == nullptr) {
+      return ZR_R_INVALID_POINTER;
+    }
+    // That a variant's get alone fails otherwise is what callers rely on.
+    constexpr ZRRESULT kNegative = std::same_as<Kind, VariantKind> ? ZR_R_FAILED : ZR_R_INVALID_ARGUMENTS;
+    const int32_t index = CZrSafeArrayAccessor::LinearIndex(descriptor->dimensions, bounds, indices);
+    if (index < 0) return kNegative;
+    auto& variable = *static_cast<Element*>(value);
+    const auto* elements = static_cast<const Element*>(descriptor->data);
+    if constexpr (Kind::kIsPlain) {
+      if (elements == nullptr) return 1;
+      std::memcpy(&variable, elements + index, sizeof(Element));
+      return ZR_R_OK;
+    } else {
+      if (elements != nullptr) return Kind::Deliver(elements[index], variable);
+      Kind::DeliverNothing(variable);
+      return 1;
+    }
+  }
+
+  ZRRESULT PutElementValue(const ZrSafeArrayDescriptor* descriptor, const ZrSafeArrayBound* bounds,
+                           const uint32_t* indices, const void* value) const override {
+    if (descriptor == nullptr || bounds == nullptr || indices == nullptr || value == nullptr) {
+      return ZR_R_INVALID_POINTER;
+    }
+    const int32_t index = CZrSafeArrayAccessor::LinearIndex(descriptor->dimensions, bounds, indices);
+    auto* elements = static_cast<Element*>(descriptor->data);
+    Element* element = index >= 0 && elements != nullptr ? elements + index : nullptr;
+    const ZRRESULT withoutPlace = index < 0 ? ZR_R_INVALID_ARGUMENTS : 1;
+    const auto& wanted = *static_cast<const Element*>(value);
+    if constexpr (Kind::kIsPlain) {
+      if (element == nullptr) return withoutPlace;
+      std::memcpy(element, &wanted, sizeof(Element));
+      return ZR_R_OK;
+    } else if constexpr (!Kind::kIsPointer) {
+      return element != nullptr ? Kind::Take(wanted, *element) : withoutPlace;
+    } else {
+      // The old one goes before the new one is copied, and its place is null meanwhile.
+      if (element != nullptr) ReleaseElement(*element);
+      Element copy = nullptr;
+      if (const ZRRESULT result = Kind::Take(wanted, copy); result != ZR_R_OK) return result;
+      if (element == nullptr) return withoutPlace;  // the copy stays behind, by contract
+      *element = copy;
+      return ZR_R_OK;
+    }
+  }
+
+  uint32_t CountElements(uint32_t dimensions, const ZrSafeArrayBound* bounds, uint64_t* bytes) const noexcept override {
+    const uint32_t count = ProductOfCounts(dimensions, bounds);
+    if (bytes != nullptr) *bytes = uint64_t{count} * sizeof(Element);
+    return count;
+  }
+
+  int32_t LinearIndex(uint32_t dimensions, const ZrSafeArrayBound* bounds,
+                      const uint32_t* indices) const noexcept override {
+    if (bounds == nullptr || indices == nullptr || dimensions == 0) return -1;
+    uint32_t index = 0;  // modulo 2^32, so factors may be taken out
+    for (uint32_t dimension = 0; dimension < dimensions; ++dimension) {
+      const ZrSafeArrayBound& bound = bounds[dimension];
+      index = index * bound.elementCount + (indices[dimension] - static_cast<uint32_t>(bound.lowerBound));
+    }
+    return static_cast<int32_t>(index);
+  }
+
+  ZRRESULT ConvertFrom(ZrSafeArrayDescriptor* descriptor, const ZrSafeArrayBound* bounds,
+                       const CZrSafeArrayAccessorBase* source) const override {
+    if (descriptor == nullptr || bounds == nullptr || source == nullptr) return ZR_R_INVALID_POINTER;
+    if (descriptor->data == nullptr) return ZR_R_FAILED;
+    const uint32_t dimensions = descriptor->dimensions, count = ProductOfCounts(dimensions, bounds);
+    const uint16_t sourceTag = *source->AccessorType();
+    CStorageHolder converted(*this, dimensions, bounds);
+    bool all = false;
+    if (BulkConversion* const convert = FindBulkConversion(sourceTag, Tag())) {
+      *converted.Receive() = AllocateOrThrow(sizeof(Element) * count);  // every element is written
+      all = convert(descriptor->data, converted.Get(), count);
+    } else {
+      (void)AllocateData(dimensions, bounds, converted.Receive());
+      all = ConvertElements(sourceTag, descriptor->data, Tag(), converted.Get(), count);
+    }
+    void* before = std::exchange(descriptor->data, converted.Detach());
+    descriptor->vartype = Tag();
+    (void)source->DestroyData(before, dimensions, bounds);
+    return all ? ZR_R_OK : 1;
+  }
+
+  ZRRESULT RedimData(ZrSafeArrayDescriptor* descriptor, uint32_t dimensions, const ZrSafeArrayBound* bounds,
+                     const ZrSafeArrayBound* oldBounds) const override {
+    if (descriptor == nullptr || bounds == nullptr || oldBounds == nullptr) return ZR_R_INVALID_POINTER;
+    const uint32_t oldDimensions = descriptor->dimensions;
+    const uint32_t count = ProductOfCounts(dimensions, bounds);
+    const uint32_t kept = std::min(count, ProductOfCounts(oldDimensions, oldBounds));
+    CStorageHolder fresh(*this, dimensions, bounds);
+    (void)AllocateData(dimensions, bounds, fresh.Receive());
+    void* before = descriptor->data;
+    if (before != nullptr && kept != 0) CarryElements(static_cast<Element*>(before), fresh.Get(), kept);
+
+    descriptor->data = fresh.Detach();
+    descriptor->dimensions = dimensions;
+    descriptor->bounds = nullptr;
+    descriptor->elementCount = count;
+    if (before != nullptr) (void)DestroyData(before, oldDimensions, oldBounds);
+    return ZR_R_OK;
+  }
+
+  ZRRESULT CompareData(const ZrSafeArrayDescriptor* descriptor, const ZrSafeArrayDescriptor* other,
+                       const ZrSafeArrayBound* bounds, uint8_t* equal) const override {
+    if (descriptor == nullptr || other == nullptr || bounds == nullptr || equal == nullptr) return ZR_R_INVALID_POINTER;
+    *equal = 1;
+    const uint32_t count = ProductOfCounts(descriptor->dimensions, bounds);
+    if (count != ProductOfCounts(other->dimensions, bounds)) {
+      *equal = 0;
+      return ZR_R_OK;
+    }
+    if (count == 0 || descriptor->data == nullptr || other->data == nullptr) return ZR_R_OK;
+    *equal = AreElementsEqual(static_cast<const Element*>(descriptor->data), static_cast<const Element*>(other->data),
+                              count);
+    return ZR_R_OK;
+  }
+
+ private:
+  static void ReleaseElement(Element& element) {
+    if constexpr (Kind::kIsPlain) {
+    } else if constexpr (Kind::kIsPointer) {
+      if (element != nullptr) Kind::Release(std::exchange(element, nullptr));
+    } else {
+      Kind::Release(element);
+    }
+  }
+
+  static void CarryElements(const Element* from, void* to, uint32_t count) {
+    if constexpr (Kind::kIsPlain) {
+      std::memcpy(to, from, sizeof(Element) * count);
+    } else {
+      for (uint32_t index = 0; index < count; ++index) Kind::Carry(from[index], static_cast<Element*>(to)[index]);
+    }
+  }
+
+  static bool AreElementsEqual(const Element* left, const Element* right, uint32_t count) {
+    if constexpr (Kind::kIsPlain) {
+      return std::memcmp(left, right, sizeof(Element) * count) == 0;
+    } else {
+      for (uint32_t index = 0; index < count; ++index) {
+        if (!Kind::AreEqual(left[index], right[index])) return false;
+      }
+      return true;
+    }
+  }
+};
+
+// ---- The classes, and which tag has which --------------------------------------------------------------------------
+
+template <class T>
+class CZrSafeArrayAccessorScalar final : public CZrSafeArrayAccessor<PlainKind<T>> {
+  using CZrSafeArrayAccessor<PlainKind<T>>::CZrSafeArrayAccessor;
+};
+class CZrSafeArrayAccessorZRBLOB final : public CZrSafeArrayAccessor<BlobKind> {
+  using CZrSafeArrayAccessor::CZrSafeArrayAccessor;
+};
+class CZrSafeArrayAccessorZRREF final : public CZrSafeArrayAccessor<RefKind> {
+  using CZrSafeArrayAccessor::CZrSafeArrayAccessor;
+};
+class CZrSafeArrayAccessorZRSREF final : public CZrSafeArrayAccessor<SrefKind> {
+  using CZrSafeArrayAccessor::CZrSafeArrayAccessor;
+};
+class CZrSafeArrayAccessorZRSTR final : public CZrSafeArrayAccessor<StringKind> {
+  using CZrSafeArrayAccessor::CZrSafeArrayAccessor;
+};
+class CZrSafeArrayAccessorZRUUID final : public CZrSafeArrayAccessor<UuidKind> {
+  using CZrSafeArrayAccessor::CZrSafeArrayAccessor;
+};
+class CZrSafeArrayAccessorRefCounted final : public CZrSafeArrayAccessor<InterfaceKind> {
+  using CZrSafeArrayAccessor::CZrSafeArrayAccessor;
+};
+class CZrSafeArrayAccessorVariant final : public CZrSafeArrayAccessor<VariantKind> {
+  using CZrSafeArrayAccessor::CZrSafeArrayAccessor;
+};
+
+template <class Accessor>
+static CZrSafeArrayAccessorBase* New(uint16_t tag) {
+  return new Accessor(tag);
+}
+
+struct CAccessorClass {
+  Storage storage = Storage::None;
+  uint8_t width = 0;
+  CZrSafeArrayAccessorBase* (*create)(uint16_t tag) = nullptr;
+};
+
+struct CAccessorRow {
+  uint16_t tag;
+  CAccessorClass what;
+};
+
+// clang-format off
+static constexpr CAccessorRow kAccessorRows[] = {
+  {ZR_VT_BOOL,     {Storage::Unsigned8,   1, New<CZrSafeArrayAccessorScalar<uint8_t>>}},
+  {ZR_VT_I1,       {Storage::Signed8,     1, New<CZrSafeArrayAccessorScalar<int8_t>>}},
+  {ZR_VT_I2,       {Storage::Signed16,    2, New<CZrSafeArrayAccessorScalar<int16_t>>}},
+  {ZR_VT_I4,       {Storage::Signed32,    4, New<CZrSafeArrayAccessorScalar<int32_t>>}},
+  {ZR_VT_I8,       {Storage::Signed64,    8, New<CZrSafeArrayAccessorScalar<int64_t>>}},
+  {ZR_VT_UI1,      {Storage::Unsigned8,   1, New<CZrSafeArrayAccessorScalar<uint8_t>>}},
+  {ZR_VT_UI2,      {Storage::Unsigned16,  2, New<CZrSafeArrayAccessorScalar<uint16_t>>}},
+  {ZR_VT_UI4,      {Storage::Unsigned32,  4, New<CZrSafeArrayAccessorScalar<uint32_t>>}},
+  {ZR_VT_UI8,      {Storage::Unsigned64,  8, New<CZrSafeArrayAccessorScalar<uint64_t>>}},
+  {ZR_VT_R4,       {Storage::Real32,      4, New<CZrSafeArrayAccessorScalar<float>>}},
+  {ZR_VT_R8,       {Storage::Real64,      8, New<CZrSafeArrayAccessorScalar<double>>}},
+  {ZR_VT_TIME,     {Storage::Signed64,    8, New<CZrSafeArrayAccessorScalar<int64_t>>}},
+  {ZR_VT_DATETIME, {Storage::Signed64,    8, New<CZrSafeArrayAccessorScalar<int64_t>>}},
+  {ZR_VT_CY,       {Storage::Currency,    8, New<CZrSafeArrayAccessorScalar<ZRCY>>}},
+  {ZR_VT_BYTE,     {Storage::Unsigned8,   1, New<CZrSafeArrayAccessorScalar<uint8_t>>}},
+  {ZR_VT_WORD,     {Storage::Unsigned16,  2, New<CZrSafeArrayAccessorScalar<uint16_t>>}},
+  {ZR_VT_DWORD,    {Storage::Unsigned32,  4, New<CZrSafeArrayAccessorScalar<uint32_t>>}},
+  {ZR_VT_QWORD,    {Storage::Unsigned64,  8, New<CZrSafeArrayAccessorScalar<uint64_t>>}},
+  {ZR_VT_BLOB,     {Storage::Blob,        8, New<CZrSafeArrayAccessorZRBLOB>}},
+  {ZR_VT_UNKNOWN,  {Storage::Interface,   8, New<CZrSafeArrayAccessorRefCounted>}},
+  {ZR_VT_CHAR32,   {Storage::Unsigned32,  4, New<CZrSafeArrayAccessorScalar<uint32_t>>}},
+  {ZR_VT_VARIANT,  {Storage::Variant,    16, New<CZrSafeArrayAccessorVariant>}},
+  {ZR_VT_UUID,     {Storage::Uuid,       16, New<CZrSafeArrayAccessorZRUUID>}},
+  {ZR_VT_STR,      {Storage::String,      8, New<CZrSafeArrayAccessorZRSTR>}},
+  {ZR_VT_REF,      {Storage::Ref,         8, New<CZrSafeArrayAccessorZRREF>}},
+  {ZR_VT_SREF,     {Storage::Sref,        8, New<CZrSafeArrayAccessorZRSREF>}},
+  {ZR_VT_DISPATCH, {Storage::Interface,   8, New<CZrSafeArrayAccessorRefCounted>}},
+};
+// clang-format on
+
+static constexpr auto kAccessors = [] {
+  std::array<CAccessorClass, kTagCount> classes{};
+  for (const CAccessorRow& row : kAccessorRows) classes[row.tag] = row.what;
+  return classes;
+}();
+
+Storage StorageOf(uint16_t tag) noexcept { return kAccessors[TagIndex(tag)].storage; }
+
+std::size_t ElementWidth(uint16_t tag) noexcept { return kAccessors[TagIndex(tag)].width; }
+
+CZrSafeArrayAccessorBase* CreateAccessorForTag(uint16_t tag) {
+  const CAccessorClass& what = kAccessors[TagIndex(tag)];
+  return what.create != nullptr ? what.create(tag) : nullptr;
+}

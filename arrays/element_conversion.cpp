@@ -1,0 +1,234 @@
+// Numbers are converted in loops, by the rule that a single variant follows; everything else one by one, through a
+// variant that borrows the element.
+//
+// What an element of an array is as a variant differs a little from what its tag says: a boolean is its number, and the
+// unsigned types by other names are those of the plain names. Of the counts of time a few targets take the bits, and
+// the others nothing.
+
+#include "arrays/element_conversion.h"
+
+#include <array>
+#include <concepts>
+#include <cstring>
+
+#include "arrays/accessor.h"
+#include "variants/conversion.h"
+#include "variants/number_rule.h"
+#include "variants/variant_record.h"
+
+// The tag of an element as a variant.
+static constexpr uint16_t VariantTag(uint16_t elementTag) noexcept {
+  switch (elementTag) {
+    case ZR_VT_BOOL:
+    case ZR_VT_BYTE:
+      return ZR_VT_UI1;
+    case ZR_VT_WORD:
+      return ZR_VT_UI2;
+    case ZR_VT_DWORD:
+    case ZR_VT_CHAR32:
+      return ZR_VT_UI4;
+    case ZR_VT_QWORD:
+      return ZR_VT_UI8;
+    default:
+      return elementTag;
+  }
+}
+
+static bool IsTime(uint16_t elementTag) noexcept { return elementTag == ZR_VT_TIME || elementTag == ZR_VT_DATETIME; }
+
+// Whether an element takes the payload of a variant as it is.
+static bool IsDirect(uint16_t variantTag, uint16_t elementTag) noexcept {
+  return StorageOf(variantTag) == StorageOf(elementTag);
+}
+
+// ---- In loops ------------------------------------------------------------------------------------------------------
+
+template <class Target, class Source>
+inline constexpr bool kAlwaysFits =
+    std::integral<Source>&& kLowerBound<Target> <= kLowerBound<Source>&& kUpperBound<Source> <= kUpperBound<Target>;
+
+// As StoreNumber, with nothing in the loop that depends on the outcome but what is selected by it.
+template <class Target, class Source>
+static bool ConvertInRange(const void* from, void* to, uint32_t count) noexcept {
+  const auto* source = static_cast<const Source*>(from);
+  auto* target = static_cast<Target*>(to);
+  if constexpr (kAlwaysFits<Target, Source>) {
+    for (uint32_t index = 0; index < count; ++index) target[index] = CutNumber<Target>(source[index]);
+    return true;
+  } else {
+    uint32_t refused = 0;
+    for (uint32_t index = 0; index < count; ++index) {
+      const auto value = static_cast<double>(source[index]);
+      const bool fits = (value >= kLowerBound<Target>)&(kUpperBound<Target> >= value);
+      target[index] = CutNumber<Target>(fits ? source[index] : Source{});
+      refused |= fits ? 0u : 1u;
+    }
+    return refused == 0;
+  }
+}
+
+template <class Source>
+static bool ConvertToBool(const void* from, void* to, uint32_t count) noexcept {
+  const bool all = ConvertInRange<uint8_t, Source>(from, to, count);
+  auto* target = static_cast<uint8_t*>(to);
+  for (uint32_t index = 0; index < count; ++index) target[index] = target[index] != 0;
+  return all;
+}
+
+static bool Truncate(const void* from, void* to, uint32_t count) noexcept {
+  const auto* source = static_cast<const double*>(from);
+  auto* target = static_cast<int64_t*>(to);
+  for (uint32_t index = 0; index < count; ++index) target[index] = TruncateToInt64(source[index]);
+  return true;
+}
+
+template <std::size_t width>
+static bool CopyBits(const void* from, void* to, uint32_t count) noexcept {
+  std::memcpy(to, from, width * count);
+  return true;
+}
+
+template <std::size_t width>
+static bool Refuse(const void* /*from*/, void* to, uint32_t count) noexcept {
+  std::memset(to, 0, width * count);
+  return false;
+}
+
+// One row a source, one cell a target, both in the order of Storage; currency is a signed count.
+using LoopRow = std::array<BulkConversion*, 12>;
+template <class Source>
+static constexpr LoopRow kLoopsFrom = {
+    ConvertInRange<int8_t, Source>,   ConvertInRange<uint8_t, Source>,  ConvertInRange<int16_t, Source>,
+    ConvertInRange<uint16_t, Source>, ConvertInRange<int32_t, Source>,  ConvertInRange<uint32_t, Source>,
+    ConvertInRange<int64_t, Source>,  ConvertInRange<uint64_t, Source>, ConvertInRange<float, Source>,
+    ConvertInRange<double, Source>,   ConvertInRange<int64_t, Source>,  ConvertToBool<Source>};
+static constexpr std::size_t kBoolCell = 11;
+static constexpr std::array<LoopRow, 11> kLoops = {kLoopsFrom<int8_t>,   kLoopsFrom<uint8_t>,  kLoopsFrom<int16_t>,
+                                                   kLoopsFrom<uint16_t>, kLoopsFrom<int32_t>,  kLoopsFrom<uint32_t>,
+                                                   kLoopsFrom<int64_t>,  kLoopsFrom<uint64_t>, kLoopsFrom<float>,
+                                                   kLoopsFrom<double>,   kLoopsFrom<int64_t>};
+
+static BulkConversion* ForWidth(std::size_t width, BulkConversion* one, BulkConversion* two, BulkConversion* four,
+                                BulkConversion* eight) noexcept {
+  return width == 1 ? one : width == 2 ? two : width == 4 ? four : eight;
+}
+
+BulkConversion* FindBulkConversion(uint16_t sourceTag, uint16_t targetTag) noexcept {
+  const Storage source = StorageOf(sourceTag), target = StorageOf(targetTag);
+  if (!IsNumber(source) || !IsNumber(target)) return nullptr;
+  const std::size_t width = TagOf(targetTag).width;
+  BulkConversion* const copy = ForWidth(width, CopyBits<1>, CopyBits<2>, CopyBits<4>, CopyBits<8>);
+  BulkConversion* const refuse = ForWidth(width, Refuse<1>, Refuse<2>, Refuse<4>, Refuse<8>);
+  if (IsTime(sourceTag)) {
+    const bool keepsBits = target == Storage::Signed64 || target == Storage::Unsigned64 || target == Storage::Currency;
+    return keepsBits ? copy : target == Storage::Real64 ? ConvertInRange<double, int64_t> : refuse;
+  }
+  const uint16_t variantTag = VariantTag(sourceTag);
+  if (IsDirect(variantTag, targetTag)) return copy;
+  switch (RuleOf(variantTag, targetTag)) {
+    case Rule::Range:
+      return kLoops[static_cast<std::size_t>(source)]
+                   [targetTag == ZR_VT_BOOL ? kBoolCell : static_cast<std::size_t>(target)];
+    case Rule::Word:
+      return copy;
+    case Rule::Truncate:
+      return Truncate;
+    default:
+      return refuse;
+  }
+}
+
+// ---- One by one ----------------------------------------------------------------------------------------------------
+
+// The element as a variant that owns nothing. A UUID's payload is the element itself.
+static ZRVARIANT LendElement(uint16_t tag, const char* element) noexcept {
+  ZRVARIANT lent = kResetVariant;
+  if (tag == ZR_VT_VARIANT) {
+    std::memcpy(&lent, element, sizeof lent);
+    return HasFlag(lent.Type, ZR_VT_ARRAY | ZR_VT_BYREF) ? lent : LendCopy(lent);
+  }
+  lent.Type = VariantTag(tag);
+  if (tag == ZR_VT_UUID) {
+    lent.Value.address = const_cast<char*>(element);
+    return lent;
+  }
+  std::memcpy(&lent.Value, element, TagOf(tag).width);
+  const bool isMissing = (tag == ZR_VT_REF || tag == ZR_VT_SREF) && lent.Value.address == nullptr;
+  return isMissing ? kResetVariant : LendCopy(lent);
+}
+
+// An owner of a payload that isn't in its place yet.
+class CPayloadHolder {
+ public:
+  CPayloadHolder(PayloadKind kind, ZRVARIANTVALUE payload) noexcept : kind_(kind), payload_(payload) {}
+  CPayloadHolder(const CPayloadHolder&) = delete;
+  CPayloadHolder& operator=(const CPayloadHolder&) = delete;
+  ~CPayloadHolder() { ReleasePayload(kind_, payload_); }
+
+  ZRVARIANTVALUE& Get() noexcept { return payload_; }
+  // Into an element of the kind, which is null before. Of a UUID the element has the bytes, not the record.
+  void MoveInto(void* element, std::size_t width) noexcept {
+    if (kind_ == PayloadKind::Uuid) {
+      if (payload_.uuid != nullptr) std::memcpy(element, payload_.uuid, sizeof(ZRUUID));
+      return;
+    }
+    std::memcpy(element, &payload_, width);
+    payload_ = kResetVariant.Value;
+  }
+
+ private:
+  PayloadKind kind_;
+  ZRVARIANTVALUE payload_;
+};
+
+static bool StoreInterface(const ZRVARIANT& lent, uint16_t tag, void* element) {
+  const bool isTaken = lent.Type == ZR_VT_DISPATCH || (lent.Type == ZR_VT_UNKNOWN && tag == ZR_VT_UNKNOWN);
+  if (!isTaken) return false;
+  const ZRVARIANTVALUE payload = DuplicatePayload(PayloadKind::Interface, lent.Value);
+  std::memcpy(element, &payload.unknown, sizeof payload.unknown);
+  return true;
+}
+
+static bool StoreScalar(const ZRVARIANT& lent, uint16_t tag, void* element) {
+  const CTag what = TagOf(tag);
+  if (HasFlag(lent.Type, ZR_VT_ARRAY)) return false;
+  if (HasFlag(lent.Type, ZR_VT_BYREF)) {
+    CVariantHolder behind;
+    if (ZrVariantCopyInd(behind.Receive(), &lent) < 0) return false;
+    return StoreScalar(LendCopy(behind.Get()), tag, element);
+  }
+  const uint16_t lentTag = lent.Type & ZR_VT_TYPEMASK;
+  CPayloadHolder stored(what.kind, kResetVariant.Value);
+  if (IsDirect(lentTag, tag)) {
+    if (what.kind == PayloadKind::Uuid) {
+      if (lent.Value.uuid != nullptr) std::memcpy(element, lent.Value.uuid, sizeof(ZRUUID));
+      return true;
+    }
+    stored.Get() = IsOwned(what.kind) ? DuplicatePayload(what.kind, lent.Value) : lent.Value;
+  } else if (ConvertScalar(lent, tag, stored.Get()) != ZR_R_OK) {
+    return false;
+  }
+  stored.MoveInto(element, what.width);
+  return true;
+}
+
+bool ConvertElements(uint16_t sourceTag, const void* source, uint16_t targetTag, void* target, uint32_t count) {
+  const std::size_t sourceWidth = ElementWidth(sourceTag), targetWidth = ElementWidth(targetTag);
+  const bool isRefusedTime = IsTime(sourceTag) && targetTag != ZR_VT_STR && targetTag != ZR_VT_VARIANT;
+  if (isRefusedTime) return false;
+  const PayloadKind targetKind = TagOf(targetTag).kind;
+  const auto* from = static_cast<const char*>(source);
+  auto* to = static_cast<char*>(target);
+  bool all = true;
+  for (uint32_t index = 0; index < count; ++index, from += sourceWidth, to += targetWidth) {
+    const ZRVARIANT lent = LendElement(sourceTag, from);
+    if (targetKind == PayloadKind::Carried) {
+      (void)CopyIntoReset(*reinterpret_cast<ZRVARIANT*>(to), lent);  // as it is, a bad tag too
+    } else if (targetKind == PayloadKind::Interface) {
+      all = StoreInterface(lent, targetTag, to) && all;
+    } else {
+      all = StoreScalar(lent, targetTag, to) && all;
+    }
+  }
+  return all;
+}

@@ -1,0 +1,122 @@
+// The kinds of elements: what a single one needs when it is made, copied, released, delivered and compared.
+//
+// A kind that is plain is copied and compared by its bytes. The others have these operations, of which a later kind
+// repeats an earlier one's where it doesn't say otherwise:
+//
+//   Copy      into a fresh element, for the copy of an array; null stays null
+//   Carry     the same for a change of shape, where the family's own copy decides
+//   Take      one more owner for a value that is to be put; a result that isn't ZR_R_OK refuses it
+//   Release   of an element that is not null
+//   Deliver   into a caller's variable
+//   AreEqual  false also where the family's comparison fails
+
+#pragma once
+
+#include <cstdint>
+
+#include "blobs/blob_handle.h"
+#include "text/counted_string.h"
+#include "variants/variant_record.h"
+#include "zrcore/reference.h"
+#include "zrcore/variant.h"
+
+template <class T>
+struct PlainKind {
+  using Element = T;
+  static constexpr bool kIsPlain = true;
+};
+
+using UuidKind = PlainKind<ZRUUID>;
+
+// What the pointers have in common, by the four operations of their kind.
+template <class Kind, class Pointer>
+struct PointerKind {
+  using Element = Pointer;
+  static constexpr bool kIsPlain = false;
+  static constexpr bool kIsPointer = true;
+
+  static void Initialise(Element* /*elements*/, uint32_t /*count*/) noexcept {}  // zero is null
+  static void Copy(const Element& from, Element& to) {
+    if (from != nullptr) (void)Kind::Take(from, to);
+  }
+  static void Carry(const Element& from, Element& to) { (void)Kind::Take(from, to); }  // a refused one stays null
+  static ZRRESULT Deliver(const Element& from, Element& to) {
+    if (from != nullptr) (void)Kind::Take(from, to);
+    return ZR_R_OK;
+  }
+  static void DeliverNothing(Element& /*to*/) noexcept {}
+};
+
+struct BlobKind : PointerKind<BlobKind, ZRBLOB> {
+  static ZRRESULT Take(ZRBLOB from, ZRBLOB& to) {
+    to = ShareBlob(from);
+    return ZR_R_OK;
+  }
+  static void Release(ZRBLOB element) noexcept { ReleaseBlob(element); }
+  static bool AreEqual(ZRBLOB left, ZRBLOB right) noexcept {
+    uint8_t equal = 0;
+    return ZrCompareBlob(left, right, &equal) == ZR_R_OK && equal != 0;
+  }
+};
+
+struct StringKind : PointerKind<StringKind, ZRSTR> {
+  static ZRRESULT Take(ZRSTR from, ZRSTR& to) noexcept {
+    to = ShareString(from);  // of null, the empty string
+    return ZR_R_OK;
+  }
+  static void Release(ZRSTR element) noexcept { ReleaseString(element); }
+  static bool AreEqual(ZRSTR left, ZRSTR right) noexcept { return CompareStrings(left, right) == 0; }
+};
+
+struct RefKind : PointerKind<RefKind, ZRREF*> {
+  static ZRRESULT Take(const ZRREF* from, ZRREF*& to) { return ZrCopyREF(from, &to); }
+  static void Release(ZRREF* element) noexcept { ZrDestroyREF(element); }
+  static bool AreEqual(const ZRREF* left, const ZRREF* right) noexcept {
+    uint8_t equal = 0;
+    return ZrCompareREF(left, right, &equal) == ZR_R_OK && equal != 0;
+  }
+};
+
+struct SrefKind : PointerKind<SrefKind, ZRSREF*> {
+  static ZRRESULT Take(const ZRSREF* from, ZRSREF*& to) { return ZrCopySREF(from, &to); }
+  static void Release(ZRSREF* element) noexcept { ZrDestroySREF(element); }
+  static bool AreEqual(const ZRSREF* left, const ZRSREF* right) noexcept {
+    uint8_t equal = 0;
+    return ZrCompareSREF(left, right, &equal) == ZR_R_OK && equal != 0;
+  }
+};
+
+// Objects are delivered null or not, and a caller's variable is taken at its word where there is nothing to deliver.
+struct InterfaceKind : PointerKind<InterfaceKind, IZrUnknown*> {
+  static ZRRESULT Take(IZrUnknown* from, IZrUnknown*& to) {
+    if (from != nullptr) from->AddRef();
+    to = from;
+    return ZR_R_OK;
+  }
+  static void Release(IZrUnknown* element) { element->Release(); }
+  static ZRRESULT Deliver(IZrUnknown* from, IZrUnknown*& to) { return Take(from, to); }
+  static void DeliverNothing(IZrUnknown*& to) {
+    if (to != nullptr) to->AddRef();
+  }
+  static bool AreEqual(const IZrUnknown* left, const IZrUnknown* right) noexcept { return left == right; }
+};
+
+struct VariantKind {
+  using Element = ZRVARIANT;
+  static constexpr bool kIsPlain = false;
+  static constexpr bool kIsPointer = false;
+
+  static void Initialise(ZRVARIANT* elements, uint32_t count) noexcept {
+    for (uint32_t index = 0; index < count; ++index) elements[index] = kResetVariant;
+  }
+  static void Copy(const ZRVARIANT& from, ZRVARIANT& to) { (void)CopyIntoReset(to, from); }
+  static void Carry(const ZRVARIANT& from, ZRVARIANT& to) { (void)CopyIntoReset(to, from); }
+  static ZRRESULT Take(const ZRVARIANT& from, ZRVARIANT& to) { return ZrVariantCopy(&to, &from); }
+  static void Release(ZRVARIANT& element) { (void)ZrVariantClear(&element); }
+  static ZRRESULT Deliver(const ZRVARIANT& from, ZRVARIANT& to) { return ZrVariantCopy(&to, &from); }
+  static void DeliverNothing(ZRVARIANT& /*to*/) noexcept {}
+  static bool AreEqual(const ZRVARIANT& left, const ZRVARIANT& right) {
+    uint8_t equal = 0;
+    return ZrVariantCompare(&left, &right, &equal) == ZR_R_OK && equal != 0;
+  }
+};
