@@ -9,49 +9,57 @@
 inline constexpr ZRUUID kBodyTableClass = {
     0x93E729DC, 0x1C62, 0x4556, {0xA2, 0x28, 0xF1, 0x7B, 0xF7, 0xEA, 0xF2, 0xB5}};
 
-/// kBodyTableInterface names IBodyTable: {483DC16E-1322-45B9-ADF5-555BC0A80645}.
+/// kBodyTableInterface names IBodyTable: {8E8CD166-1274-4280-9A6A-A8B98CECC85C}.
 inline constexpr ZRUUID kBodyTableInterface = {
-    0x483DC16E, 0x1322, 0x45B9, {0xAD, 0xF5, 0x55, 0x5B, 0xC0, 0xA8, 0x06, 0x45}};
+    0x8E8CD166, 0x1274, 0x4280, {0x9A, 0x6A, 0xA8, 0xB9, 0x8C, 0xEC, 0xC8, 0x5C}};
 
-/// IBodyTable takes columns, each of one type, then rows of values, which it converts to the types of their columns;
-/// and gives back the values, and all of them as one text: the table.
+/// SummaryCell is what a row of the summary holds, in this order.
+enum SummaryCell : uint32_t {
+  kSummaryTitle,    // ZR_VT_STR
+  kSummaryCount,    // ZR_VT_UI4: the values
+  kSummaryMissing,  // ZR_VT_UI4: the cells without a text
+  kSummaryFailed,   // ZR_VT_UI4: the cells whose text is no value of the column's type
+  kSummaryLeast,    // of the column's type; empty where the type has no order or the column no value, as the next two
+  kSummaryMost,     // of the column's type
+  kSummaryMean,     // ZR_VT_R8, or a date or time
+  kSummaryCells
+};
+
+/// IBodyTable takes columns of texts and makes them columns of values, each of one type. Whole columns cross the
+/// boundary, as arrays in variants; what becomes of them on a screen is the caller's business.
 ///
-/// An operation that fails leaves the table as it was. Strings are shared, not copied. References: any thread, any
+/// An operation that fails leaves the table, and what its pointers point at, as it was. References: any thread, any
 /// time; the rest: any thread, one at a time for an object.
 struct IBodyTable : IZrUnknown {
-  /// AddColumn adds a column at the right, while there are no rows yet.
+  /// AddColumn adds a column at the right and converts its texts, all at once. One that doesn't convert is no failure:
+  /// Column and Summary tell about it. A date converts only if it reads back as it was written.
   ///
-  /// @param title  lent for the call; the object takes a reference of its own.
-  /// @param type   a tag of zrcore/variant.h, without flags.
-  /// @return ZR_R_OK; ZR_R_INVALID_OBJECT_STATE if there are rows; ZR_R_NO_MEMORY.
-  virtual ZRRESULT AddColumn(ZRSTR title, uint16_t type) = 0;
+  /// @param title  lent for the call; the object takes a reference of its own, as on the texts of a column of texts.
+  /// @param type   of the column: a tag of zrcore/variant.h, without flags, that a text converts to.
+  /// @param texts  reads an array of strings of one dimension, of the length of the other columns. An empty string
+  /// stands
+  ///               for a missing value.
+  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `texts` is no such array; ZR_R_NOT_SUPPORTED if there are no arrays of
+  ///         `type`; ZR_R_NO_MEMORY.
+  virtual ZRRESULT AddColumn(ZRSTR title, uint16_t type, const ZRVARIANT* texts) = 0;
 
-  /// AddRow adds a row. A cell that doesn't convert to the type of its column is no failure: Cell tells about it.
+  /// Column gives the values of a column.
   ///
-  /// @param cells  reads one for each column. An empty text stands for a missing value and is not converted.
-  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `cells` is null or `count` is not the number of columns;
+  /// @param column  from 0.
+  /// @param values  holds a variant, which is released, and receives an array of the column's type, which the caller
+  ///                clears. Where there is no value, an element is zero or null.
+  /// @param codes   likewise; an array of ZR_VT_I4, as long: ZR_R_OK for a value, ZR_R_EMPTY_VALUE for a missing one,
+  /// and
+  ///                what the conversion answered for a text that is none.
+  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if a pointer is null; ZR_R_NOT_EXISTING if there is no such column;
   ///         ZR_R_NO_MEMORY.
-  virtual ZRRESULT AddRow(uint32_t count, const ZRVARIANT* cells) = 0;
+  virtual ZRRESULT Column(uint32_t column, ZRVARIANT* values, ZRVARIANT* codes) = 0;
 
-  /// Cell gives the value of a cell: of its column's type; empty if it is missing; as it came if it didn't convert.
+  /// Summary gives an array of variants with two dimensions, the columns and the cells of SummaryCell, both from 0.
   ///
-  /// @param row, column  from 0.
-  /// @param value        holds a variant, which is released, and receives another, which the caller clears. Untouched
-  ///                     after a failure.
-  /// @param conversion   receives what the conversion answered: ZR_R_OK, or why the value is as it came.
-  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if a pointer is null; ZR_R_NOT_EXISTING if there is no such cell.
-  virtual ZRRESULT Cell(uint32_t row, uint32_t column, ZRVARIANT* value, ZRRESULT* conversion) = 0;
-
-  /// Render gives the table as lines of text, each with a line feed at its end, aligned for a terminal.
-  ///
-  /// What is too wide for its column goes on in the next line. A cell that didn't convert is shown as it came, with a
-  /// mark behind it.
-  ///
-  /// @param width  the columns of the terminal to fit into if at all possible; 0 means as wide as it gets.
-  /// @param text   receives a string, which the caller destroys; null after a failure.
-  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `text` is null; ZR_R_EMPTY_VALUE if there are no columns;
-  ///         ZR_R_NO_MEMORY.
-  virtual ZRRESULT Render(uint32_t width, ZRSTR* text) = 0;
+  /// @param summary  holds a variant, which is released, and receives the array, which the caller clears.
+  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `summary` is null; ZR_R_NO_MEMORY.
+  virtual ZRRESULT Summary(ZRVARIANT* summary) = 0;
 
  protected:
   ~IBodyTable() = default;

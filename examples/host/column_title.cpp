@@ -10,9 +10,8 @@ struct NamedType {
 // What a text can be converted to and shown as.
 static constexpr NamedType kTypes[] = {
     {"STR", ZR_VT_STR}, {"BOOL", ZR_VT_BOOL}, {"I4", ZR_VT_I4},     {"UI4", ZR_VT_UI4},
-    {"I8", ZR_VT_I8},   {"UI8", ZR_VT_UI8},   {"R4", ZR_VT_R4},     {"R8", ZR_VT_R8},
-    {"CY", ZR_VT_CY},   {"TIME", ZR_VT_TIME}, {"UUID", ZR_VT_UUID}, {"DATETIME", ZR_VT_DATETIME},
-    {"REF", ZR_VT_REF}, {"SREF", ZR_VT_SREF},
+    {"I8", ZR_VT_I8},   {"R4", ZR_VT_R4},     {"R8", ZR_VT_R8},     {"TIME", ZR_VT_TIME},
+    {"REF", ZR_VT_REF}, {"SREF", ZR_VT_SREF}, {"UUID", ZR_VT_UUID}, {"DATETIME", ZR_VT_DATETIME},
 };
 
 ColumnTitle ReadColumnTitle(std::u16string_view text) {

@@ -18,6 +18,7 @@
 #include "host/result_text.h"
 #include "host/string_book.h"
 #include "host/table_client.h"
+#include "host/table_text.h"
 #include "host/utf8.h"
 
 static constexpr char kUsage[] = "usage: zrdemo [--module PATH] [CLASS-NAME [CSV-FILE]]";
@@ -81,13 +82,18 @@ static std::string AskForUnknown() {
   return Text(*classId) + ": " + Describe(result);
 }
 
-static void SayUnconverted(const std::vector<std::string>& lines) {
+static void SayFailures(const std::vector<std::string>& lines) {
   constexpr std::size_t kMost = 10;
   for (std::size_t i = 0; i < lines.size() && i < kMost; ++i) Say(i == 0 ? "Not converted" : "", lines[i]);
   if (lines.size() > kMost) Say("", "and " + std::to_string(lines.size() - kMost) + " more");
 }
 
-// The client's road: name, identifier, object, variants in, text and variants out.
+static void Show(std::u16string_view text) {
+  const StringOwner string(MakeString(text));
+  std::printf("\n%s", ToUtf8(string.get()).c_str());
+}
+
+// The client's road: name, identifier, object, columns of texts in, columns of values out.
 static void ShowTable(CTableClient& client, ZRSTR className, const CTableDiscovery& discovery, const CsvTable& table,
                       const std::string& csvPath, CStringBook& book) {
   Say("Asked for", ToUtf8(className));
@@ -97,11 +103,15 @@ static void ShowTable(CTableClient& client, ZRSTR className, const CTableDiscove
   client.Open();
   Say("Answered by", ToUtf8(discovery.Answered()));
   client.AddTable(table);
-  Say("Handed over", std::to_string(table.rows.size()) + " rows of " + csvPath);
+  Say("Handed over", std::to_string(table.columns.size()) + " columns of " + std::to_string(table.rows.size()) +
+                         " texts each, from " + csvPath);
   Say("Shared", std::to_string(book.Strings()) + " strings, " + std::to_string(book.References()) +
-                    " references on them while the object holds its cells");
-  std::printf("\n%s\n", ToUtf8(book.Enter(client.Render(OutputWidth()))).c_str());
-  SayUnconverted(client.Unconverted(table));
+                    " references on them while the object holds its columns");
+  const CTableText text(table, client.Columns());
+  Show(text.Cells(OutputWidth()));
+  Show(text.Summary(client.Summary(), OutputWidth()));
+  std::printf("\n");
+  SayFailures(text.Failures());
 }
 
 // Registers, lets the client work, and takes everything down again, whether that went well or not.

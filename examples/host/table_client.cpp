@@ -3,21 +3,11 @@
 #include <stdexcept>
 #include <utility>
 
-#include "host/column_title.h"
 #include "host/result_text.h"
 #include "host/utf8.h"
 
 static void Require(ZRRESULT result, const char* deed) {
   if (ZR_FAILED(result)) throw std::runtime_error(std::string("the object can't ") + deed + ": " + Describe(result));
-}
-
-// On one line: a line break in a cell is a blank here, as is all else that would move the cursor.
-static std::string Shown(ZRSTR string) {
-  std::string text = ToUtf8(string);
-  for (char& byte : text) {
-    if (static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F) byte = ' ';
-  }
-  return text;
 }
 
 void CTableClient::Find(ZRSTR className) {
@@ -41,40 +31,32 @@ void CTableClient::Open() {
 }
 
 void CTableClient::AddTable(const CsvTable& table) {
-  for (const CsvColumn& column : table.columns) Require(table_->AddColumn(column.title, column.type), "add a column");
-  std::vector<ZRVARIANT> cells;
-  for (const CsvRow& row : table.rows) {
-    cells.clear();
-    for (const ZRSTR text : row.cells) {
-      ZRVARIANT& cell = cells.emplace_back(ZRVARIANT ZR_VARIANT_INIT);
-      cell.Type = ZR_VT_STR;
-      cell.Value.string = text;  // lent: these variants are never cleared
+  for (std::size_t c = 0; c < table.columns.size(); ++c) {
+    const ZrSafeArrayBound bound = {static_cast<uint32_t>(table.rows.size()), 0};
+    ArrayOwner texts(ZrSafeArrayCreate(ZR_VT_STR, 1, &bound));
+    {
+      const CElements<ZRSTR> text(texts.get());
+      for (uint32_t r = 0; r < text.Count(); ++r) text[r] = ZrCopyString(table.rows[r].cells[c]);
     }
-    Require(table_->AddRow(static_cast<uint32_t>(cells.size()), cells.data()), "add a row");
+    const CVariantOwner column = CVariantOwner::OfArray(ZR_VT_STR, std::move(texts));
+    const CsvColumn& title = table.columns[c];
+    Require(table_->AddColumn(title.title, title.type, &column.Get()), "take a column");
+    ++columnCount_;
   }
 }
 
-StringOwner CTableClient::Render(uint32_t width) {
-  ZRSTR text = nullptr;
-  Require(table_->Render(width, &text), "render the table");
-  return StringOwner(text);
+std::vector<ColumnValues> CTableClient::Columns() {
+  std::vector<ColumnValues> columns(columnCount_);
+  for (uint32_t c = 0; c < columnCount_; ++c) {
+    Require(table_->Column(c, columns[c].values.Address(), columns[c].codes.Address()), "give a column");
+  }
+  return columns;
 }
 
-std::vector<std::string> CTableClient::Unconverted(const CsvTable& table) {
-  std::vector<std::string> lines;
-  for (uint32_t r = 0; r < table.rows.size(); ++r) {
-    for (uint32_t c = 0; c < table.columns.size(); ++c) {
-      CVariantOwner value;
-      ZRRESULT conversion = ZR_R_OK;
-      Require(table_->Cell(r, c, value.Address(), &conversion), "read a cell");
-      if (ZR_SUCCEEDED(conversion)) continue;
-      const CsvColumn& column = table.columns[c];
-      lines.push_back("line " + std::to_string(table.rows[r].line) + ", \"" + Shown(column.title) + "\": \"" +
-                      Shown(value.Get().Value.string) + "\" is no " + TypeName(column.type) + ": " +
-                      Describe(conversion));
-    }
-  }
-  return lines;
+CVariantOwner CTableClient::Summary() {
+  CVariantOwner summary;
+  Require(table_->Summary(summary.Address()), "sum up the columns");
+  return summary;
 }
 
 uint32_t CTableClient::Close() {

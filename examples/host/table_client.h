@@ -11,6 +11,12 @@
 #include "host/csv_file.h"
 #include "owners.h"
 
+/// ColumnValues is what IBodyTable tells about a column, in arrays.
+struct ColumnValues {
+  CVariantOwner values;
+  CVariantOwner codes;
+};
+
 /// Every operation that fails throws std::runtime_error with one sentence for the user. None may be called before Open.
 class CTableClient {
  public:
@@ -25,14 +31,14 @@ class CTableClient {
   /// Open makes the object of the class that was found.
   void Open();
 
-  /// AddTable hands over the columns, then the rows, as variants.
+  /// AddTable hands over the columns, one by one, each as an array of texts.
   void AddTable(const CsvTable& table);
 
-  /// Render gives the table of what was added.
-  StringOwner Render(uint32_t width);
+  /// Columns gives the values of all columns.
+  std::vector<ColumnValues> Columns();
 
-  /// Unconverted gives a line for each cell that has no value of its column's type: where it is, and why.
-  std::vector<std::string> Unconverted(const CsvTable& table);
+  /// Summary gives an array of variants, as IBodyTable describes it.
+  CVariantOwner Summary();
 
   /// Close releases the object, if there is one, and answers how many references that left.
   uint32_t Close();
@@ -42,6 +48,7 @@ class CTableClient {
 
  private:
   ZRUUID classId_ = {};
+  uint32_t columnCount_ = 0;
   std::string className_;
   IBodyTable* table_ = nullptr;
 };

@@ -1,10 +1,7 @@
 #include "module/body_table_object.h"
 
-#include <algorithm>
 #include <new>
 #include <utility>
-
-#include "module/table_layout.h"
 
 // Between modules only codes travel: no exception may leave an operation.
 template <class Body>
@@ -18,9 +15,9 @@ static ZRRESULT Guarded(Body&& body) noexcept {
   }
 }
 
-static ZRRESULT Give(std::u16string_view units, ZRSTR* text) noexcept {
-  *text = MakeString(units);
-  return *text == nullptr ? ZR_R_NO_MEMORY : ZR_R_OK;
+static void Give(CVariantOwner from, ZRVARIANT* to) noexcept {
+  (void)ZrVariantClear(to);
+  *to = from.Detach();
 }
 
 uint32_t CBodyTable::AddRef() { return ZrInterlockedIncrementU32(&references_); }
@@ -43,77 +40,45 @@ ZRRESULT CBodyTable::QueryInterface(const ZRUUID* interfaceId, void** object) {
   return ZR_R_OK;
 }
 
-ZRRESULT CBodyTable::AddColumn(ZRSTR title, uint16_t type) {
-  if (!rows_.empty()) return ZR_R_INVALID_OBJECT_STATE;
+ZRRESULT CBodyTable::AddColumn(ZRSTR title, uint16_t type, const ZRVARIANT* texts) {
+  if (texts == nullptr || texts->Type != (ZR_VT_STR | ZR_VT_ARRAY)) return ZR_R_INVALID_ARGUMENTS;
+  uint32_t dimensions = 0;
+  const ZrSafeArrayBound* bounds = nullptr;
+  (void)ZrSafeArrayGetBounds(texts->Value.array, &dimensions, &bounds);
+  if (dimensions != 1) return ZR_R_INVALID_ARGUMENTS;
+  const uint32_t count = bounds[0].elementCount;
+  if (!columns_.empty() && count != rowCount_) return ZR_R_INVALID_ARGUMENTS;
   return Guarded([&]() -> ZRRESULT {
-    columns_.push_back({StringOwner(ZrCopyString(title)), type});
+    TableColumn column;
+    column.title.reset(ZrCopyString(title));
+    if (const ZRRESULT result = ReadColumn(texts->Value.array, type, column); ZR_FAILED(result)) return result;
+    columns_.push_back(std::move(column));
+    rowCount_ = count;
     return ZR_R_OK;
   });
 }
 
-ZRRESULT CBodyTable::AddRow(uint32_t count, const ZRVARIANT* cells) {
-  if (cells == nullptr || count != columns_.size()) return ZR_R_INVALID_ARGUMENTS;
+ZRRESULT CBodyTable::Column(uint32_t column, ZRVARIANT* values, ZRVARIANT* codes) {
+  if (values == nullptr || codes == nullptr) return ZR_R_INVALID_ARGUMENTS;
+  if (column >= columns_.size()) return ZR_R_NOT_EXISTING;
   return Guarded([&]() -> ZRRESULT {
-    Row row;
-    row.reserve(count);
-    for (std::size_t c = 0; c < count; ++c) row.push_back(ReadCell(cells[c], columns_[c].type));
-    rows_.push_back(std::move(row));
+    CVariantOwner valuesCopy;
+    CVariantOwner codesCopy;
+    (void)ZrVariantCopy(valuesCopy.Address(), &columns_[column].values.Get());
+    (void)ZrVariantCopy(codesCopy.Address(), &columns_[column].codes.Get());
+    Give(std::move(valuesCopy), values);
+    Give(std::move(codesCopy), codes);
     return ZR_R_OK;
   });
 }
 
-ZRRESULT CBodyTable::Cell(uint32_t row, uint32_t column, ZRVARIANT* value, ZRRESULT* conversion) {
-  if (value == nullptr || conversion == nullptr) return ZR_R_INVALID_ARGUMENTS;
-  if (row >= rows_.size() || column >= columns_.size()) return ZR_R_NOT_EXISTING;
+ZRRESULT CBodyTable::Summary(ZRVARIANT* summary) {
+  if (summary == nullptr) return ZR_R_INVALID_ARGUMENTS;
   return Guarded([&]() -> ZRRESULT {
-    const TableCell& cell = rows_[row][column];
-    *conversion = cell.conversion;
-    return ZrVariantCopy(value, &cell.value.Get());
+    const ZrSafeArrayBound bounds[] = {{static_cast<uint32_t>(columns_.size()), 0}, {kSummaryCells, 0}};
+    ArrayOwner rows(ZrSafeArrayCreate(ZR_VT_VARIANT, 2, bounds));
+    for (uint32_t c = 0; c < columns_.size(); ++c) Summarize(columns_[c], rows.get(), c);
+    Give(CVariantOwner::OfArray(ZR_VT_VARIANT, std::move(rows)), summary);
+    return ZR_R_OK;
   });
-}
-
-ZRRESULT CBodyTable::Render(uint32_t width, ZRSTR* text) {
-  if (text == nullptr) return ZR_R_INVALID_ARGUMENTS;
-  *text = nullptr;
-  if (columns_.empty()) return ZR_R_EMPTY_VALUE;
-  return Guarded([&] { return Give(RenderTable(width), text); });
-}
-
-// Fills the fractions of a column up to the longest one, so that the points stand below each other.
-static void AlignPoints(std::vector<TableRow>& rows, std::size_t column) {
-  const auto isNumber = [](const std::u16string& text) {
-    return !text.empty() && text.find_first_not_of(u"-0123456789.") == text.npos;
-  };
-  const auto fractionLength = [](const std::u16string& text) {
-    const std::size_t point = text.find(u'.');
-    return point == text.npos ? 0 : text.size() - point;
-  };
-  std::size_t most = 0;
-  for (std::size_t r = 1; r < rows.size(); ++r) {
-    if (isNumber(rows[r][column])) most = std::max(most, fractionLength(rows[r][column]));
-  }
-  for (std::size_t r = 1; r < rows.size(); ++r) {
-    std::u16string& text = rows[r][column];
-    if (!isNumber(text) || fractionLength(text) == most) continue;
-    if (fractionLength(text) == 0) text += u'.';
-    text.append(most - fractionLength(text), u'0');
-  }
-}
-
-std::u16string CBodyTable::RenderTable(std::size_t width) const {
-  std::vector<TableRow> cells(1);
-  std::vector<TableSide> sides;
-  for (const Column& column : columns_) {
-    cells[0].emplace_back(Units(column.title.get()));
-    const TableSide side = column.type == ZR_VT_STR ? TableSide::ByContent : TableSide::Left;
-    sides.push_back(IsNumber(column.type) ? TableSide::Right : side);
-  }
-  for (const Row& row : rows_) {
-    TableRow& texts = cells.emplace_back();
-    for (const TableCell& cell : row) texts.push_back(CellText(cell));
-  }
-  for (std::size_t c = 0; c < columns_.size(); ++c) {
-    if (IsReal(columns_[c].type)) AlignPoints(cells, c);
-  }
-  return LayOutTable(cells, sides, width);
 }
