@@ -40,7 +40,7 @@ struct IBodyTable : IZrUnknown {
   /// stands
   ///               for a missing value.
   /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `texts` is no such array; ZR_R_NOT_SUPPORTED if there are no arrays of
-  ///         `type`; ZR_R_NO_MEMORY.
+  ///         `type`; ZR_R_INVALID_OBJECT_STATE if the array's flag is taken; ZR_R_NO_MEMORY.
   virtual ZRRESULT AddColumn(ZRSTR title, uint16_t type, const ZRVARIANT* texts) = 0;
 
   /// Column gives the values of a column.

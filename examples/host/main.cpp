@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <exception>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -90,6 +91,7 @@ static void SayFailures(const std::vector<std::string>& lines) {
 
 static void Show(std::u16string_view text) {
   const StringOwner string(MakeString(text));
+  if (string == nullptr) throw std::bad_alloc();
   std::printf("\n%s", ToUtf8(string.get()).c_str());
 }
 

@@ -38,6 +38,7 @@ ZRRESULT ReadColumn(ZRSAFEARRAY texts, uint16_t type, TableColumn& column) {
   {
     const CElements<int32_t> code(codes.get());
     const CElements<ZRSTR> text(texts);
+    if (text.Count() != count) return ZR_R_INVALID_OBJECT_STATE;
     for (uint32_t i = 0; i < count; ++i) {
       if (ZrStringLen(text[i]) == 0) {
         code[i] = ZR_R_EMPTY_VALUE;

@@ -17,7 +17,8 @@ struct TableColumn {
 /// ReadColumn makes a column of this type, without a title, of an array of strings.
 ///
 /// @throws std::bad_alloc
-/// @return ZR_R_OK; ZR_R_NOT_SUPPORTED, with the column as it was, if there are no arrays of this type.
+/// @return ZR_R_OK; with the column as it was, ZR_R_NOT_SUPPORTED if there are no arrays of this type,
+///         ZR_R_INVALID_OBJECT_STATE if the flag of `texts` is taken.
 ZRRESULT ReadColumn(ZRSAFEARRAY texts, uint16_t type, TableColumn& column);
 
 /// Summarize fills the column's row of the summary, which IBodyTable describes.
