@@ -48,6 +48,15 @@ class CountedObject final : public IZrDispatch {
   ZRRESULT QueryInterface(const ZRUUID*, void**) override { return ZR_R_NO_INTERFACE; }
 };
 
+// A variant of the test's own.
+struct Holder {
+  ZRVARIANT variant = ZR_VARIANT_INIT;
+  Holder() = default;
+  Holder(const Holder&) = delete;
+  Holder& operator=(const Holder&) = delete;
+  ~Holder() { (void)ZrVariantClear(&variant); }
+};
+
 struct CDestroyArray {
   void operator()(ZRSAFEARRAY array) const { (void)ZrSafeArrayDestroy(array); }
 };
@@ -143,14 +152,20 @@ inline std::string ShowElement(uint16_t tag, const void* at) {
   }
 }
 
+inline std::vector<std::string> ShowEach(uint16_t tag, ZRSAFEARRAY array) {
+  const Content content = ContentOf(array);
+  std::vector<std::string> shown;
+  for (uint32_t index = 0; content.data != nullptr && index < content.count; ++index) {
+    shown.push_back(ShowElement(tag, content.data + index * WidthOf(tag)));
+  }
+  return shown;
+}
+
 inline std::string ShowElements(ZRSAFEARRAY array) {
   uint16_t tag = 0;
   (void)ZrSafeArrayGetVartype(array, &tag);
-  const Content content = ContentOf(array);
   std::string text = "tag " + std::to_string(tag) + ":";
-  for (uint32_t index = 0; content.data != nullptr && index < content.count; ++index) {
-    text += " " + ShowElement(tag, content.data + index * WidthOf(tag));
-  }
+  for (const std::string& element : ShowEach(tag, array)) text += " " + element;
   return text;
 }
 
@@ -172,6 +187,12 @@ inline std::string ShowVariant(const ZRVARIANT& variant) {
     if (tag == ZR_VT_BLOB) return head + Show(variant.Value.blob) + ">";
   }
   return head + Hex(&variant.Value, 8) + ">";
+}
+
+// What becomes of an element that is copied by its family.
+inline std::string CopiedAlone(uint16_t tag, const std::string& shown) {
+  if (shown == "{nullnull}") return "null";
+  return shown == "null" && tag == ZR_VT_STR ? "''" : shown;
 }
 
 // ---- Elements at the edges -----------------------------------------------------------------------------------------
