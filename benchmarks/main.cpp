@@ -27,8 +27,8 @@ int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
 
-  for (auto addRows : {CallRows, StringRows, UnicodeRows, UuidRows, ReferenceRows, TimeRows, BlobRows, MemoryRows,
-                       LockRows, AtomicRows, ComponentRows, ModuleLoadingRows})
+  for (auto addRows : {CallRows, StringRows, UnicodeRows, UuidRows, ReferenceRows, TimeRows, BlobRows, VariantRows,
+                       MemoryRows, LockRows, AtomicRows, ComponentRows, ModuleLoadingRows})
     addRows();
   const std::size_t count = benchmark::RunSpecifiedBenchmarks();
 

@@ -28,6 +28,7 @@ void UuidRows();
 void MemoryRows();
 void ReferenceRows();
 void TimeRows();
+void VariantRows();
 void LockRows();
 void AtomicRows();
 void ComponentRows();

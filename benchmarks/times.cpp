@@ -1,7 +1,9 @@
 // Points in time, durations and the texts of result codes. Most peers count from 1970, in coarser ticks, and write
 // 8-bit text; several write no more than six digits of a second.
 
+#include <algorithm>
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -13,6 +15,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "boundary.h"
 #include "row.h"
 #include "zrcore/datetime.h"
 #include "zrcore/error_info.h"
@@ -521,6 +524,33 @@ static void ErrorRows() {
 #if BENCH_GLIB
   Row(operation, "g_strerror (char)", [] { Consume(g_strerror(22)); });
 #endif
+  struct SortedTexts {
+    std::mutex mutex;
+    std::array<uint32_t, 33> codes{};
+    std::array<std::atomic<uint32_t>, 33> counts{};
+  };
+  auto texts = std::make_shared<SortedTexts>();
+  for (std::size_t at = 0; at < texts->codes.size(); ++at) {
+    texts->codes[at] = 0x80000000 + static_cast<uint32_t>(at);
+    texts->counts[at] = 1;
+  }
+  Row(operation, "floor", [texts] {
+    std::atomic<uint32_t>& count = texts->counts[4];
+    count.fetch_add(1, std::memory_order_relaxed);
+    Consume(&count);
+    Consume(count.fetch_sub(1, std::memory_order_acq_rel) == 1);
+  });
+  Row(operation, "floor by contract", [texts] {  // the lock, the look-up, and the string's count over the boundary
+    std::atomic<uint32_t>* count = nullptr;
+    {
+      const std::lock_guard hold(texts->mutex);
+      const auto found = std::lower_bound(texts->codes.begin(), texts->codes.end(), 0x80000004);
+      count = &texts->counts[static_cast<std::size_t>(found - texts->codes.begin())];
+      BoundaryRetain(count);
+    }
+    Consume(count);
+    BoundaryRelease(count);
+  });
 }
 
 void TimeRows() {

@@ -7,8 +7,7 @@
 //   1. length <= capacity. The position may lie behind the length, after a removal.
 //   2. Every byte of the buffer is defined: behind the content stand zeros, or 0xFE where content was removed.
 //   3. A blob can become exactly full, and a reader may ask for the byte at an index equal to the length. So each
-//   buffer
-//      has one byte more than its capacity, always 0.
+//      buffer has one byte more than its capacity, always 0.
 //   4. Whoever changes a block holds the only reference on it. The operations here don't look; CZrBlobElement does.
 
 #pragma once

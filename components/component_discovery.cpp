@@ -41,6 +41,11 @@ ZRRESULT CComponentDiscovery::QueryComponent(const ZRUUID& classId, std::shared_
   return result;
 }
 
+ZRRESULT CComponentDiscovery::QueryConfiguration(const ZRUUID& classId, ZRSTR name, IZrConfiguration** configuration) {
+  const ZRUUID lentClassId = classId;
+  return discovery_ != nullptr ? discovery_->QueryConfiguration(&lentClassId, name, configuration) : ZR_R_UNEXPECTED;
+}
+
 ZRRESULT CComponentDiscovery::QueryClassId(ZRSTR className, ZRUUID* classId) {
   return discovery_ != nullptr ? discovery_->QueryClassId(className, classId) : ZR_R_UNEXPECTED;
 }

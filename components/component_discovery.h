@@ -47,6 +47,7 @@ class CComponentDiscovery {
   // answered.
   [[nodiscard]] ZRRESULT QueryComponent(const ZRUUID& classId, std::shared_ptr<CComponent>& component);
 
+  [[nodiscard]] ZRRESULT QueryConfiguration(const ZRUUID& classId, ZRSTR name, IZrConfiguration** configuration);
   [[nodiscard]] ZRRESULT QueryClassId(ZRSTR className, ZRUUID* classId);
   [[nodiscard]] ZRRESULT QueryClassName(const ZRUUID& classId, ZRSTR* className);
 

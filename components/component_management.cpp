@@ -115,15 +115,26 @@ void CComponentManagement::Shutdown() {
 template <class Ask>
 bool CComponentManagement::AskDiscoveries(Ask&& ask) {
   return Walk(discoveries_, [&ask](uint32_t, const std::shared_ptr<CComponentDiscovery>& discovery) {
-    return !Failed(ask(*discovery));
+    return !Failed(ask(discovery));
   });
 }
 
-CComponent* CComponentManagement::FindComponent(const ZRUUID& classId) {
-  if (const auto known = components_.find(classId); known != components_.end()) return known->second.get();
+CComponent* CComponentManagement::FindComponent(const ZRUUID& classId,
+                                                std::shared_ptr<CComponentDiscovery>* discovery) {
+  if (const auto known = components_.find(classId); known != components_.end()) {
+    CComponent* component = known->second.get();
+    if (discovery != nullptr) {
+      const auto reporter = discoveries_.find(component->Cookie());
+      if (reporter != discoveries_.end()) *discovery = reporter->second;
+    }
+    return component;
+  }
   std::shared_ptr<CComponent> component;
-  const bool isKnown =
-      AskDiscoveries([&](CComponentDiscovery& discovery) { return discovery.QueryComponent(classId, component); });
+  const bool isKnown = AskDiscoveries([&](const std::shared_ptr<CComponentDiscovery>& asked) {
+    const ZRRESULT result = asked->QueryComponent(classId, component);
+    if (discovery != nullptr && !Failed(result)) *discovery = asked;
+    return result;
+  });
   if (!isKnown) return nullptr;
   return components_.insert_or_assign(classId, std::move(component)).first->second.get();
 }
@@ -158,6 +169,18 @@ ZRRESULT CComponentManagement::CreateInstance(ZRUUID classId, uint64_t argument1
   });
 }
 
+ZRRESULT CComponentManagement::QueryConfiguration(ZRUUID classId, ZRSTR name,
+                                                  IZrConfiguration** configuration) noexcept {
+  return Guarded(ZR_R_FAILED, [&]() -> ZRRESULT {
+    const CLockGuard hold(lock_);
+    std::shared_ptr<CComponentDiscovery> discovery;  // alive through the call, which may remove it
+    if (FindComponent(classId, &discovery) == nullptr) return ZR_R_CLASS_NOT_REGISTERED;
+    if (!discovery) return ZR_R_UNEXPECTED;
+    *configuration = nullptr;  // again: a discovery has been asked since the export did it
+    return discovery->QueryConfiguration(classId, name, configuration);
+  });
+}
+
 ZRRESULT CComponentManagement::ClassIdFromName(ZRSTR className, ZRUUID* classId) noexcept {
   return Guarded(ZR_R_FAILED, [&]() -> ZRRESULT {
     const CLockGuard hold(lock_);
@@ -169,7 +192,7 @@ ZRRESULT CComponentManagement::ClassIdFromName(ZRSTR className, ZRUUID* classId)
     // keeps the name alive through the walk.
     CClassIdMap entry;
     ZRUUID& remembered = entry.emplace(CStringHolder::Share(className), ZRUUID{}).first->second;
-    if (!AskDiscoveries([&](CComponentDiscovery& discovery) { return discovery.QueryClassId(className, classId); })) {
+    if (!AskDiscoveries([&](const auto& discovery) { return discovery->QueryClassId(className, classId); })) {
       return ZR_R_FAILED;
     }
     remembered = *classId;
@@ -187,7 +210,7 @@ ZRRESULT CComponentManagement::NameFromClassId(ZRUUID classId, ZRSTR* className)
     }
     CClassNameMap entry;
     CStringHolder& remembered = entry.emplace(classId, CStringHolder()).first->second;
-    if (!AskDiscoveries([&](CComponentDiscovery& discovery) { return discovery.QueryClassName(classId, className); })) {
+    if (!AskDiscoveries([&](const auto& discovery) { return discovery->QueryClassName(classId, className); })) {
       return ZR_R_FAILED;
     }
     remembered = CStringHolder::Share(*className);

@@ -31,6 +31,7 @@ class CComponentManagement {
   // (Identifiers by value: foreign code that is called may change the caller's records.)
   [[nodiscard]] ZRRESULT CreateInstance(ZRUUID classId, uint64_t argument1, ZRUUID interfaceId, uint64_t argument2,
                                         void** object) noexcept;
+  [[nodiscard]] ZRRESULT QueryConfiguration(ZRUUID classId, ZRSTR name, IZrConfiguration** configuration) noexcept;
   [[nodiscard]] ZRRESULT ClassIdFromName(ZRSTR className, ZRUUID* classId) noexcept;
   [[nodiscard]] ZRRESULT NameFromClassId(ZRUUID classId, ZRSTR* className) noexcept;
 
@@ -67,7 +68,9 @@ class CComponentManagement {
   }
 
   // Null if no discovery knows the class. The registry's own: valid until the lock is left or foreign code runs.
-  CComponent* FindComponent(const ZRUUID& classId) ZR_REQUIRES(lock_);
+  // Who wants it gets the discovery that reported the class too: empty if that has been removed since.
+  CComponent* FindComponent(const ZRUUID& classId, std::shared_ptr<CComponentDiscovery>* discovery = nullptr)
+      ZR_REQUIRES(lock_);
   const std::shared_ptr<CComponentAssembly>& Bind(CComponent& component) ZR_REQUIRES(lock_);
 
   // Asks the discoveries in ascending cookie order until one answers zero or above; whether one did.

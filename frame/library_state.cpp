@@ -11,6 +11,7 @@
 
 #include "arrays/array_manager.h"
 #include "blobs/blob_manager.h"
+#include "components/allocator_settings.h"
 #include "components/component_management.h"
 #include "frame/error_registry.h"
 #include "frame/item_allocator.h"
@@ -18,6 +19,7 @@
 #include "identifiers/reference_records.h"
 #include "text/character_case.h"
 #include "text/counted_string.h"
+#include "text/utf8_vectors.h"
 #include "zrcore/lifecycle.h"
 
 class CGlobalData {
@@ -82,9 +84,11 @@ constinit CSharedEmptyString g_emptyString;         // no code runs for it, at e
 constinit CItemAllocatorSettings g_itemAllocators;  // nor for this
 constinit CCharacterCase g_characterCase;           // read on first use, released here
 constinit CZrBlobMgr g_blobManager;
+bool g_hasWideVectors = FindWideVectors();  // until then the loops that do without
 static CErrorRegistry g_errorRegistry;
 constinit CZrSafeArrayMgr g_arrayManager;
 static CGlobalData g_globalData;
+static CAllocatorSettings g_allocatorSettings;
 CItemAllocator g_refAllocator("tagZRREF", true, sizeof(ZRREF), 0);
 static CItemAllocatorTeardown g_refAllocatorTeardown(g_refAllocator);
 CItemAllocator g_srefAllocator("tagZRSREF", true, sizeof(ZRSREF), 0);
@@ -97,6 +101,8 @@ bool IsLibraryInitialized() noexcept { return g_globalData.IsInitialized(); }
 CErrorRegistry& ErrorRegistry() noexcept { return g_errorRegistry; }
 
 CComponentManagement& ComponentRegistry() noexcept { return g_globalData.Registry(); }
+
+CAllocatorSettings& AllocatorSettings() noexcept { return g_allocatorSettings; }
 
 ZRRESULT ZrInitialize() noexcept { return g_globalData.Initialize(); }
 

@@ -44,7 +44,7 @@ class CArraySequence {
       Check(slot);
     }
     for (Slot& slot : slots_) slot = Slot();
-    FUZZ_CLAIM(object_.references == 0);
+    FUZZ_CLAIM(g_object.references == 0);
   }
 
  private:
@@ -76,7 +76,7 @@ class CArraySequence {
     return bounds;
   }
 
-  uint16_t NextTag() { return kElementTypes[Next(std::size(kElementTypes))].tag; }
+  uint16_t NextTag() { return kElementTags[Next(kElementTags.size())]; }
 
   static std::string Zero(uint16_t tag) { return ShowEach(tag, MakeArray(tag, {{1, 0}}).get())[0]; }
 
@@ -130,8 +130,8 @@ class CArraySequence {
       case ZR_VT_UNKNOWN:
       case ZR_VT_DISPATCH:
         if (isNull) break;
-        object_.AddRef();
-        element.value.dispatch = &object_;
+        g_object.AddRef();
+        element.value.dispatch = &g_object;
         break;
       case ZR_VT_VARIANT: {
         const uint16_t inner = NextTag();
@@ -184,7 +184,7 @@ class CArraySequence {
       return;  // the caller's part
     const char* data = ContentOf(value.get()).data;
     std::string shown = ShowElement(tag, data);
-    const bool isRefused = (tag == ZR_VT_REF && shown == "null") || shown == "{nullnull}";
+    const bool isRefused = (tag == ZR_VT_REF && shown == "null") || (tag == ZR_VT_SREF && shown == "neither");
     const ZRRESULT result = ZrSafeArrayPutElement(slot.array.get(), indices.data(), data);
     if (slot.isTaken) {
       FUZZ_CLAIM(result == ZR_R_INVALID_OBJECT_STATE);
@@ -251,13 +251,11 @@ class CArraySequence {
     const uint16_t target = NextTag();
     if (from.array == nullptr || from.elements.empty() || from.tag != from.elementTag || from.tag == target) return;
     const auto [converted, all] = ConvertSlowly(from.tag, CopyOf(from.array.get()).get(), target);
-    Holder source, result;
-    source.variant.Type = from.tag | ZR_VT_ARRAY;
-    source.variant.Value.array = CopyOf(from.array.get()).release();
-    FUZZ_CLAIM(ZrVariantChangeType(&result.variant, &source.variant, 0, target) == (all ? ZR_R_OK : ZR_R_FAILED));
-    FUZZ_CLAIM((result.variant.Type == 0) == !all && ShowEach(from.tag, source.variant.Value.array) == from.elements);
+    OwnedVariant source = InVariant(from.tag, CopyOf(from.array.get())), result;
+    FUZZ_CLAIM(ZrVariantChangeType(&result, &source, 0, target) == (all ? ZR_R_OK : ZR_R_FAILED));
+    FUZZ_CLAIM((result.Type == 0) == !all && ShowEach(from.tag, source.Value.array) == from.elements);
     if (!all) return;
-    to = {Array(std::exchange(result.variant, kEmpty).Value.array), target, target, from.bounds,
+    to = {Array(std::exchange(result.Value.array, nullptr)), target, target, from.bounds,
           ShowEach(target, converted.get())};
   }
 
@@ -297,10 +295,8 @@ class CArraySequence {
     }
   }
 
-  static constexpr ZRVARIANT kEmpty = ZR_VARIANT_INIT;
   const uint8_t* data_;
   size_t size_;
-  CountedObject object_;
   Slot slots_[kSlots];
 };
 

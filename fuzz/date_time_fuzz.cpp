@@ -6,17 +6,12 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::basic_string<WCHAR> units = FuzzUnits(data, size);
-  ZRSTR text = ZrCreateStringByteLen(units.data(), static_cast<uint32_t>(units.size() * sizeof(WCHAR)));
-  ZRDATETIMESTRUCT record, model;
-  std::memset(&record, 0xA5, sizeof record);
-  const bool isRead = ZrDateTimeStringToDateTimeStruct(text, &record) != 0;
-  ZrDestroyString(text);
-  FUZZ_CLAIM(isRead == ModelReadDateTime(ModelBytes(units), model));
-  FUZZ_CLAIM(std::memcmp(&record, &model, sizeof record) == 0);
+  ZRDATETIMESTRUCT record;
+  FUZZ_CLAIM(ReadsAsModelled(ZrDateTimeStringToDateTimeStruct, ModelReadDateTime, units, record));
 
   ZRSTR written = ZrDateTimeStructToDateTimeString(&record, 1);
   FUZZ_CLAIM(ZrStringLen(written) >= 27);
-  if (isRead && ZrStringLen(written) == 27 && record.year >= 0 && record.fraction >= 0) {
+  if (units.size() >= 10 && ZrStringLen(written) == 27 && record.year >= 0 && record.fraction >= 0) {
     ZRDATETIMESTRUCT again;
     FUZZ_CLAIM(ZrDateTimeStringToDateTimeStruct(written, &again) == 1);
     again.millisecond = record.millisecond;  // that of a short fraction is read from fewer digits

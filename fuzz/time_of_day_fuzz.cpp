@@ -4,14 +4,8 @@
 #include "tests/support/time_models.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  const std::basic_string<WCHAR> units = FuzzUnits(data, size);
-  ZRSTR text = ZrCreateStringByteLen(units.data(), static_cast<uint32_t>(units.size() * sizeof(WCHAR)));
-  ZRDATETIMESTRUCT record, model;
-  std::memset(&record, 0xA5, sizeof record);
-  const bool isRead = ZrTimeStringToDateTimeStruct(text, &record) != 0;
-  ZrDestroyString(text);
-  FUZZ_CLAIM(isRead == ModelReadTime(ModelBytes(units), model));
-  FUZZ_CLAIM(std::memcmp(&record, &model, sizeof record) == 0);
+  ZRDATETIMESTRUCT record;
+  FUZZ_CLAIM(ReadsAsModelled(ZrTimeStringToDateTimeStruct, ModelReadTime, FuzzUnits(data, size), record));
   ZRSTR written = ZrDateTimeStructToTimeString(&record);
   FUZZ_CLAIM(ZrStringLen(written) >= 16);
   ZrDestroyString(written);

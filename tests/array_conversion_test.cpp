@@ -4,40 +4,36 @@
 
 #include "tests/support/array_model.h"
 
-class Conversions : public testing::TestWithParam<ElementType> {};
+class Conversions : public testing::TestWithParam<uint16_t> {};
 
 TEST_P(Conversions, AreTheVariantsOwn) {
-  const uint16_t source = GetParam().tag;
+  const uint16_t source = GetParam();
   Samples samples;
   (void)samples.Make(source);
-  const uint32_t references = samples.object.references;
-  for (const ElementType& type : kElementTypes) {
-    SCOPED_TRACE("tag " + std::to_string(source) + " to tag " + std::to_string(type.tag));
+  const uint32_t references = g_object.references;
+  for (const uint16_t target : kElementTags) {
+    SCOPED_TRACE("tag " + std::to_string(source) + " to tag " + std::to_string(target));
     const Array array = samples.Make(source);
-    const auto [slow, all] = ConvertSlowly(source, array.get(), type.tag);
+    const auto [slow, all] = ConvertSlowly(source, array.get(), target);
 
     // In a variant: all elements or none. To the own type it is a copy.
-    Holder from, to;
-    const auto sourceWord = static_cast<uint16_t>(source | ZR_VT_ARRAY),
-               targetWord = static_cast<uint16_t>(type.tag | ZR_VT_ARRAY);
-    from.variant.Type = sourceWord;
-    from.variant.Value.array = CopyOf(array.get()).release();
-    const std::string before = ShowVariant(to.variant);
-    EXPECT_EQ(ZrVariantChangeType(&to.variant, &from.variant, 0, targetWord), all ? ZR_R_OK : ZR_R_FAILED);
-    EXPECT_EQ(all ? ShowElements(to.variant.Value.array) : ShowVariant(to.variant),
-              all ? ShowElements(slow.get()) : before);
-    EXPECT_EQ(all ? to.variant.Type : targetWord, targetWord);
+    const OwnedVariant from = InVariant(source, CopyOf(array.get()));
+    const auto targetWord = static_cast<uint16_t>(target | ZR_VT_ARRAY);
+    OwnedVariant to = Value("I4 5");
+    EXPECT_EQ(ZrVariantChangeType(&to, &from, 0, targetWord), all ? ZR_R_OK : ZR_R_FAILED);
+    EXPECT_EQ(all ? ShowArray(to.Value.array) : Describe(to), all ? ShowArray(slow.get()) : "I4 5");
+    EXPECT_EQ(all ? to.Type : targetWord, targetWord);
 
     EXPECT_EQ(ZrSafeArrayLock(array.get()), ZR_R_OK) << "which nobody looks at";
-    EXPECT_EQ(ZrSafeArrayChangeType(array.get(), 0xFFFFFFFF, type.tag | ZR_VT_BYREF | ZR_VT_ARRAY), all ? ZR_R_OK : 1);
+    EXPECT_EQ(ZrSafeArrayChangeType(array.get(), 0xFFFFFFFF, target | ZR_VT_BYREF | ZR_VT_ARRAY), all ? ZR_R_OK : 1);
     EXPECT_EQ(ShowArray(array.get()), ShowArray(slow.get()));
     EXPECT_EQ(ZrSafeArrayUnlock(array.get()), ZR_R_OK);
   }
-  EXPECT_EQ(samples.object.references, references);
+  EXPECT_EQ(g_object.references, references);
 }
 
-INSTANTIATE_TEST_SUITE_P(Array, Conversions, testing::ValuesIn(kElementTypes),
-                         [](const auto& row) { return "tag" + std::to_string(row.param.tag); });
+INSTANTIATE_TEST_SUITE_P(Array, Conversions, testing::ValuesIn(kElementTags),
+                         [](const auto& row) { return NameOf(row.param)->name; });
 
 struct ArrayCase {
   uint16_t tag;

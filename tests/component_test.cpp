@@ -62,62 +62,52 @@ TEST_F(ComponentTest, CookiesCountUpAndEachHoldsItsReference) {
 }
 
 TEST_F(ComponentTest, ModulesAnswerAsTheyAre) {
-  FakeDiscovery& discovery = New({{1, ModulePath("good")},
-                                  {2, ModulePath("without_init")},
-                                  {3, ModulePath("without_exit")},
-                                  {4, ModulePath("without_create")},
-                                  {5, ModulePath("failing")},
-                                  {6, ModulePath("positive")},
-                                  {7, ModulePath("throwing")},
-                                  {8, ModulePath("nowhere")},
-                                  {9, ModulePath("no_module")},
-                                  {10, ModulePath("unresolved")},
-                                  {11, Units(1, WCHAR{0xD800})},
-                                  {12, Units()},
-                                  {13, ModulePath("hollow")}});
-  Add(discovery);
+  const char* kBad = "Could Not Initialize Component";
+  const char* kUnloadable = "LoadLibrary failed";
   const struct {
-    uint32_t number;
+    Units path;
     ZRRESULT result;
     const char* log;
-    std::string diagnostic;  // what the debugger's channel says, around the path
+    std::string diagnostic = {};  // what the debugger's channel says, around the path
     const char* reason = "";
   } kRows[] = {
-      {1, ZR_R_OK, "good.load good.init good.create", ""},
-      {2, ZR_R_INVALID_SYSTEM, "without_init.load without_init.unload", "Could Not Initialize Component"},
-      {3, ZR_R_INVALID_SYSTEM, "without_exit.load without_exit.unload", "Could Not Initialize Component"},
-      {4, ZR_R_INVALID_SYSTEM, "without_create.load without_create.unload", "Could Not Initialize Component"},
-      {5, ZR_R_NO_AGGREGATION, "failing.load failing.init failing.create", ""},
-      {6, ZR_R_SAME_VALUE, "positive.load positive.init positive.create", ""},
-      {7, ZR_R_UNEXPECTED, "throwing.load throwing.init throwing.create", ""},
-      {8, ZR_R_FILE_NOT_FOUND, "", "LoadLibrary failed", "cannot open shared object file: No such file or directory"},
-      {9, ZR_R_FILE_NOT_FOUND, "", "LoadLibrary failed", "file too short"},
-      {10, ZR_R_FILE_NOT_FOUND, "", "LoadLibrary failed", "undefined symbol: NobodyDefinesThis"},
-      {11, ZR_R_FILE_NOT_FOUND, "", "LoadLibrary failed", "not valid UTF-16"},
-      {12, ZR_R_FAILED, "", ""},
-      {13, ZR_R_INVALID_SYSTEM, "exporter.load hollow.load hollow.unload exporter.unload",
-       "Could Not Initialize Component"},
+      {ModulePath("good"), ZR_R_OK, "good.load good.init good.create"},
+      {ModulePath("without_init"), ZR_R_INVALID_SYSTEM, "without_init.load without_init.unload", kBad},
+      {ModulePath("without_exit"), ZR_R_INVALID_SYSTEM, "without_exit.load without_exit.unload", kBad},
+      {ModulePath("without_create"), ZR_R_INVALID_SYSTEM, "without_create.load without_create.unload", kBad},
+      {ModulePath("hollow"), ZR_R_INVALID_SYSTEM, "exporter.load hollow.load hollow.unload exporter.unload", kBad},
+      {ModulePath("failing"), ZR_R_NO_AGGREGATION, "failing.load failing.init failing.create"},
+      {ModulePath("positive"), ZR_R_SAME_VALUE, "positive.load positive.init positive.create"},
+      {ModulePath("throwing"), ZR_R_UNEXPECTED, "throwing.load throwing.init throwing.create"},
+      {ModulePath("nowhere"), ZR_R_FILE_NOT_FOUND, "", kUnloadable, "shared object file: No such file or directory"},
+      {ModulePath("no_module"), ZR_R_FILE_NOT_FOUND, "", kUnloadable, "file too short"},
+      {ModulePath("unresolved"), ZR_R_FILE_NOT_FOUND, "", kUnloadable, "undefined symbol: NobodyDefinesThis"},
+      {Units(1, WCHAR{0xD800}), ZR_R_FILE_NOT_FOUND, "", kUnloadable, "not valid UTF-16"},
+      {Units(), ZR_R_FAILED, ""},
   };
+  std::vector<FakeDiscovery::Entry> entries;
+  for (const auto& row : kRows) entries.push_back({static_cast<uint32_t>(entries.size()), row.path});
+  Add(New(entries));
+  uint32_t number = 0;
   for (const auto& row : kRows) {
     for (int attempt = 0; attempt < 2; ++attempt) {  // a failure is neither remembered nor silent the second time
-      SCOPED_TRACE(testing::Message() << "class " << row.number << ", attempt " << attempt);
+      SCOPED_TRACE(testing::Message() << "class " << number << ", attempt " << attempt);
       testing::internal::CaptureStderr();
-      EXPECT_EQ(Create(row.number), row.result);
+      EXPECT_EQ(Create(number), row.result);
       const std::string said = testing::internal::GetCapturedStderr();
       const std::string log = row.log;
       const bool isStarted = attempt > 0 && log.find(".init") != std::string::npos;
       EXPECT_EQ(TakeModuleLog(), isStarted ? log.substr(log.rfind(' ') + 1) : log);
-      if (row.diagnostic.empty()) {
-        EXPECT_EQ(said, "");
-        continue;
-      }
+      EXPECT_EQ(said.empty(), row.diagnostic.empty());
+      if (said.empty()) continue;
       EXPECT_EQ(said.rfind("ZrCore: " + row.diagnostic + ". Path: \"", 0), 0u) << said;
       EXPECT_NE(said.find(row.reason), std::string::npos) << said;
       EXPECT_TRUE(said.size() > 3 && said.find("\r\n") == said.size() - 2) << "one line: " << said;
     }
+    ++number;
   }
   testing::internal::CaptureStderr();
-  (void)Create(3);
+  (void)Create(2);
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "ZrCore: Could Not Initialize Component. Path: \"" TEST_DIRECTORY
             "/without_exit.so\". One or more of the functions \"ZrInitModule\", \"ZrExitModule\", "

@@ -40,7 +40,6 @@ TEST(CountedString, CreatorsFromTextFollowTheirRules) {
         EXPECT_EQ(string == shared.string, isShared);
         EXPECT_EQ(ContentOf(string),
                   isShared ? Units() : Resized(found, length < 0 ? found.size() : std::size_t(length)));
-        EXPECT_EQ(string[ZrStringLen(string)], 0) << "terminated";
         EXPECT_TRUE(isShared || ZrStringRefCount(string) == 1);
       }
     }
@@ -75,15 +74,16 @@ TEST(CountedString, CreatorsOfExactLengthsNeverShare) {
   }
 }
 
-// Texts at every place in a 16-byte vector, ending at every place: a scan in vectors must find the same end, and never
-// look into the next page.
+// Texts at every place in a 16-byte vector, ending at every place: a scan in vectors must find the same end. The last
+// unit of each is the last of a page with none behind it.
 TEST(CountedString, FindsTheTerminatorWhereverTheTextLies) {
-  for (std::size_t start = 0; start < 16; ++start) {
-    for (std::size_t length = 1; length < 40; ++length) {
-      std::vector<WCHAR> buffer(start, 0);
-      buffer.insert(buffer.end(), length, WCHAR{0x100});  // a unit with a zero byte is no end
-      buffer.push_back(0);
-      EXPECT_EQ(ZrStringLen(Owned(ZrCreateString(buffer.data() + start))), length);
+  const GuardedPage page;
+  for (std::size_t length = 1; length < 40; ++length) {
+    const Units text(length, WCHAR{0x100});  // a unit with a zero byte is no end
+    EXPECT_EQ(ZrStringLen(Owned(ZrCreateString(page.Put(text)))), length);
+    for (std::size_t start = 0; start < 16; ++start) {
+      const Units buffer = Units(start, WCHAR{0}) + text;
+      EXPECT_EQ(ZrStringLen(Owned(ZrCreateString(buffer.c_str() + start))), length);
     }
   }
 }

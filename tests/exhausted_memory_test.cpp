@@ -14,102 +14,95 @@
 #include "tests/support/failing_heap.h"
 #include "tests/support/fake_discovery.h"
 
-// Runs `operation` until it succeeds; answers how many failures came before.
-template <class Result>
-static int Exhaust(Result onFailure, const std::function<Result()>& operation) {
+// Runs `operation` until it succeeds; answers how many failures came before, each told by `onFailure` or, if that is
+// ZR_R_NO_MEMORY, by std::bad_alloc too.
+static int Exhaust(ZRRESULT onFailure, const std::function<ZRRESULT()>& operation) {
   for (int n = 1;; ++n) {
+    ZRRESULT result = ZR_R_NO_MEMORY;
     FailAllocation(n);
-    const Result result = operation();
+    try {
+      result = operation();
+    } catch (const std::bad_alloc&) {
+    }
     if (!AllocationFailed()) return n - 1;
     EXPECT_EQ(result, onFailure) << "allocation " << n;
     if (n > 100) return n;
   }
 }
 
-TEST(ExhaustedMemory, StringCreatorsAnswerNull) {
+// For operations that answer what they made, or null.
+static ZRRESULT NoMemoryIfNull(const void* made) { return made != nullptr ? ZR_R_OK : ZR_R_NO_MEMORY; }
+
+TEST(ExhaustedMemory, StringsAreNull) {
   const Owned text(Units(W("text")));
   const uint32_t emptyCount = ZrStringRefCount(Owned(ZrCopyString(nullptr)));
-  const ZRDATETIMESTRUCT record = {2012, 3, 0, 4, 5, 6, 7, 0, 0, 0}, oddRecord = {-1, -1, 0, -1, -1, -1, -1, 0, 0, -1};
-  using Creator = std::function<ZRSTR()>;
-  const Creator kCreators[] = {
-      [] { return ZrCreateString(W("a")); },
-      [] { return ZrCreateStringLen(W("a"), 3); },
-      [] { return ZrCreateStringByteLen("abc", 3); },
-      [&] { return ZrDeepCopyString(text); },
-      [] { return ZrDeepCopyString(nullptr); },
-      [&] { return ZrAppendStrings(text, text); },
-      [] { return ZrAppendStrings(nullptr, nullptr); },
-      [&] { return ZrDateTimeStructToDateString(&record); },
-      [&] { return ZrDateTimeStructToDateTimeString(&record, 1); },
-      [&] { return ZrDateTimeStructToTimeString(&record); },
-      [&] { return ZrDateTimeStructToTimeString(&oddRecord); },
-      [] { return ZrTimeSpanToTimeSpanString(1); },
-      [] { return ZrTimeSpanToTimeSpanString(-1); },
-  };
-  for (const Creator& create : kCreators) {
-    EXPECT_EQ(Exhaust<bool>(false, [&] { return Owned(create()).string != nullptr; }), 1);
-  }
+  const ZRDATETIMESTRUCT record = {2012, 3, 0, 4, 5, 6, 7, 0, 0, 0}, odd = {-1, -1, 0, -1, -1, -1, -1, 0, 0, -1};
   const ZRUUID uuid = {};
-  EXPECT_EQ(Exhaust<ZRRESULT>(ZR_R_NO_MEMORY,
-                              [&] {
-                                ZRSTR string = text;
-                                const ZRRESULT result = ZrStringFromUUID(&uuid, &string);
-                                EXPECT_EQ(string == nullptr, ZR_FAILED(result));
-                                ZrDestroyString(string);
-                                return result;
-                              }),
-            1);
-  EXPECT_EQ(Exhaust<ZRRESULT>(ZR_R_NO_MEMORY,
-                              [&] {
-                                ZRSTR string = text;
-                                const ZRRESULT result = ZrCreateZRSTRfromWCHAR(W("a"), 2, &string);
-                                EXPECT_EQ(string == nullptr, ZR_FAILED(result));
-                                ZrDestroyString(string);
-                                return result;
-                              }),
-            1);
-  for (bool exact : {false, true}) {
-    EXPECT_EQ(Exhaust<int>(0,
-                           [&] {
-                             ZRSTR string = ZrCopyString(text);
-                             const int truth =
-                                 exact ? ZrReCreateStringLen(&string, W("a"), 1) : ZrReCreateString(&string, W("a"));
-                             EXPECT_EQ(string == nullptr, truth == 0);
-                             ZrDestroyString(string);
-                             return truth;
-                           }),
-              1);
+  using Out = ZRSTR*;
+  const std::function<ZRRESULT(Out)> kCreators[] = {
+      [](Out out) { return NoMemoryIfNull(*out = ZrCreateString(W("a"))); },
+      [](Out out) { return NoMemoryIfNull(*out = ZrCreateStringLen(W("a"), 3)); },
+      [](Out out) { return NoMemoryIfNull(*out = ZrCreateStringByteLen("abc", 3)); },
+      [&](Out out) { return NoMemoryIfNull(*out = ZrDeepCopyString(text)); },
+      [](Out out) { return NoMemoryIfNull(*out = ZrDeepCopyString(nullptr)); },
+      [&](Out out) { return NoMemoryIfNull(*out = ZrAppendStrings(text, text)); },
+      [](Out out) { return NoMemoryIfNull(*out = ZrAppendStrings(nullptr, nullptr)); },
+      [&](Out out) { return NoMemoryIfNull(*out = ZrDateTimeStructToDateString(&record)); },
+      [&](Out out) { return NoMemoryIfNull(*out = ZrDateTimeStructToDateTimeString(&record, 1)); },
+      [&](Out out) { return NoMemoryIfNull(*out = ZrDateTimeStructToTimeString(&record)); },
+      [&](Out out) { return NoMemoryIfNull(*out = ZrDateTimeStructToTimeString(&odd)); },
+      [](Out out) { return NoMemoryIfNull(*out = ZrTimeSpanToTimeSpanString(1)); },
+      [](Out out) { return NoMemoryIfNull(*out = ZrTimeSpanToTimeSpanString(-1)); },
+      [&](Out out) { return ZrStringFromUUID(&uuid, out); },
+      [](Out out) { return ZrCreateZRSTRfromWCHAR(W("a"), 2, out); },
+      [](Out out) { return ZrCreateZRSTRfromUTF8("a", 1, out); },
+      [](Out out) { return ZrUTF8toZRSTR("\x80", 1, out); },
+      [](Out out) { return ZrCreateZRSTRfromUTF32(U"a", 1, out); },
+      [&](Out out) { return *out = ZrCopyString(text), ZrReCreateString(out, W("a")) ? ZR_R_OK : ZR_R_NO_MEMORY; },
+      [&](Out out) {
+        return *out = ZrCopyString(text), ZrReCreateStringLen(out, W("a"), 1) ? ZR_R_OK : ZR_R_NO_MEMORY;
+      },
+  };
+  for (const auto& create : kCreators) {
+    SCOPED_TRACE(&create - kCreators);
+    const auto createOne = [&] {
+      ZRSTR string = text;
+      const ZRRESULT result = create(&string);
+      EXPECT_EQ(string == nullptr, ZR_FAILED(result));
+      ZrDestroyString(string);
+      return result;
+    };
+    EXPECT_EQ(Exhaust(ZR_R_NO_MEMORY, createOne), 1);
   }
   EXPECT_EQ(ZrStringRefCount(text), 1u);
   EXPECT_EQ(ZrStringRefCount(Owned(ZrCopyString(nullptr))), emptyCount);
 }
 
-TEST(ExhaustedMemory, MemoryBlocksAnswerNull) {
+TEST(ExhaustedMemory, MemoryBlocksAreNullAndStay) {
   char* block = nullptr;
-  EXPECT_EQ(Exhaust<bool>(true,
-                          [&] {
-                            block = static_cast<char*>(ZrCreateMemory(1));
-                            return block == nullptr;
-                          }),
-            1);
+  EXPECT_EQ(Exhaust(ZR_R_NO_MEMORY, [&] { return NoMemoryIfNull(block = static_cast<char*>(ZrCreateMemory(1))); }), 1);
   *block = 'x';
-  EXPECT_EQ(Exhaust<bool>(true,
-                          [&] {
-                            auto* moved = static_cast<char*>(ZrRecreateMemory(block, 2));
-                            EXPECT_EQ(moved != nullptr ? *moved : *block, 'x') << "a failure leaves the old block";
-                            block = moved != nullptr ? moved : block;
-                            return moved == nullptr;
-                          }),
-            1);
+  const auto recreate = [&] {
+    auto* moved = static_cast<char*>(ZrRecreateMemory(block, 2));
+    EXPECT_EQ(moved != nullptr ? *moved : *block, 'x') << "a failure leaves the old block";
+    block = moved != nullptr ? moved : block;
+    return NoMemoryIfNull(moved);
+  };
+  EXPECT_EQ(Exhaust(ZR_R_NO_MEMORY, recreate), 1);
   ZrDestroyMemory(block);
 }
 
-TEST(ExhaustedMemory, ReferencesThrowAndTheirTextIsNull) {
+TEST(ExhaustedMemory, RecordsLocksAndBuffersThrow) {
   const Owned numbers(Units(W("1.2.3.4.5.6"))), words(Units(W("words")));
   ZRREF value = {{1, 2, 3, 4, 5, 6}};
   const ZRSREF both = {&value, words};
+  const ZRUUID id = {1, 2, 3, {4}};
+  const char32_t point = U'a';
   ZRREF* ref = nullptr;
   ZRSREF* sref = nullptr;
+  ZRUUID* uuid = nullptr;
+  ZRCRITICALSECTION lock = nullptr;
+  char* bytes = nullptr;
   const struct {
     int allocations;
     std::function<void()> make;
@@ -121,105 +114,41 @@ TEST(ExhaustedMemory, ReferencesThrowAndTheirTextIsNull) {
       {2, [&] { (void)ZrCopySREF(&both, &sref); }},
       {2, [&] { (void)ZrStringToSREF(numbers, &sref); }},
       {1, [&] { (void)ZrStringToSREF(words, &sref); }},
+      {1, [&] { uuid = ZrCreateUUID(); }},
+      {1, [&] { uuid = ZrGenerateUUID(); }},
+      {1, [&] { (void)ZrCopyUUID(&id, &uuid); }},
+      {1, [&] { (void)ZrInitializeCriticalSection(&lock); }},
+      {1, [&] { (void)ZrUTF32toUTF8(&point, &point + 1, 0, &bytes); }},
   };
   for (const auto& maker : kMakers) {
-    const int failures = Exhaust<bool>(true, [&] {
-      try {
-        maker.make();
-      } catch (const std::bad_alloc&) {
-        EXPECT_TRUE(ref == nullptr && sref == nullptr) << "out-values are unchanged";
-        return true;
-      }
-      return false;
-    });
-    EXPECT_EQ(failures, maker.allocations);
+    SCOPED_TRACE(&maker - kMakers);
+    const auto make = [&] {
+      EXPECT_FALSE(ref || sref || uuid || lock || bytes) << "out-values are unchanged";
+      maker.make();
+      return ZR_R_OK;
+    };
+    EXPECT_EQ(Exhaust(ZR_R_NO_MEMORY, make), maker.allocations);
     ZrDestroyREF(std::exchange(ref, nullptr));
     ZrDestroySREF(std::exchange(sref, nullptr));
+    ZrDestroyUUID(std::exchange(uuid, nullptr));
+    if (lock != nullptr) (void)ZrDeleteCriticalSection(&lock);
+    std::free(std::exchange(bytes, nullptr));
   }
   EXPECT_EQ(ZrStringRefCount(words), 1u);
-  EXPECT_EQ(Exhaust<bool>(true,
-                          [&] {
-                            ZRSTR string = words;
-                            EXPECT_EQ(ZrSREFToString(&both, &string), ZR_R_OK) << "no code tells";
-                            return Owned(string).string == nullptr;
-                          }),
-            1);
-}
-
-TEST(ExhaustedMemory, UnicodeCreatorsAnswerACodeAndRangeConvertersThrow) {
-  const std::function<ZRRESULT(ZRSTR*)> kCreators[] = {
-      [](ZRSTR* string) { return ZrCreateZRSTRfromUTF8("a", 1, string); },
-      [](ZRSTR* string) { return ZrUTF8toZRSTR("\x80", 1, string); },
-      [](ZRSTR* string) { return ZrCreateZRSTRfromUTF32(U"a", 1, string); },
+  const auto write = [&] {
+    ZRSTR string = words;
+    EXPECT_EQ(ZrSREFToString(&both, &string), ZR_R_OK) << "no code tells";
+    return NoMemoryIfNull(Owned(string));
   };
-  for (const auto& create : kCreators) {
-    EXPECT_EQ(Exhaust<ZRRESULT>(ZR_R_NO_MEMORY,
-                                [&] {
-                                  ZRSTR string = reinterpret_cast<ZRSTR>(&string);
-                                  const ZRRESULT result = create(&string);
-                                  EXPECT_EQ(string == nullptr, ZR_FAILED(result));
-                                  ZrDestroyString(string);
-                                  return result;
-                                }),
-              1);
-  }
-  const char32_t point = U'a';
-  char* bytes = nullptr;
-  EXPECT_EQ(Exhaust<bool>(true,
-                          [&] {
-                            try {
-                              (void)ZrUTF32toUTF8(&point, &point + 1, 0, &bytes);
-                            } catch (const std::bad_alloc&) {
-                              EXPECT_EQ(bytes, nullptr);
-                              return true;
-                            }
-                            return false;
-                          }),
-            1);
-  std::free(bytes);
-}
-
-TEST(ExhaustedMemory, RecordsAndLocksThrow) {
-  const ZRUUID value = {1, 2, 3, {4}};
-  ZRUUID* record = nullptr;
-  ZRCRITICALSECTION lock = nullptr;
-  const std::function<void()> kMakers[] = {
-      [&] { record = ZrCreateUUID(); },
-      [&] { record = ZrGenerateUUID(); },
-      [&] { (void)ZrCopyUUID(&value, &record); },
-      [&] { (void)ZrInitializeCriticalSection(&lock); },
-  };
-  for (const auto& make : kMakers) {
-    const int failures = Exhaust<bool>(true, [&] {
-      try {
-        make();
-      } catch (const std::bad_alloc&) {
-        EXPECT_TRUE(record == nullptr && lock == nullptr);
-        return true;
-      }
-      return false;
-    });
-    EXPECT_EQ(failures, 1);
-    ZrDestroyUUID(std::exchange(record, nullptr));
-    if (lock != nullptr) (void)ZrDeleteCriticalSection(&lock);
-  }
+  EXPECT_EQ(Exhaust(ZR_R_NO_MEMORY, write), 1);
 }
 
 // Two strings and a row for each code; what the failure interrupts is finished by the next call.
 TEST(ExhaustedMemory, TheErrorRegistryThrowsAndGoesOn) {
-  const auto failures = [](const std::function<ZRRESULT()>& operation) {
-    return Exhaust<ZRRESULT>(ZR_R_NO_MEMORY, [&] {
-      try {
-        return operation();
-      } catch (const std::bad_alloc&) {
-        return ZR_R_NO_MEMORY;
-      }
-    });
-  };
   ZRSTR text = nullptr;
-  EXPECT_GE(failures([&] { return ZrErrorInfoGetText(0xCA, &text); }), 3);
+  EXPECT_GE(Exhaust(ZR_R_NO_MEMORY, [&] { return ZrErrorInfoGetText(0xCA, &text); }), 3);
   EXPECT_EQ(ContentOf(Owned(text)), W("ZR_R_SAME_VALUE"));
-  EXPECT_EQ(failures([&] { return ZrErrorInfoRegister(0x1234, W("text"), W("description")); }), 3);
+  EXPECT_EQ(Exhaust(ZR_R_NO_MEMORY, [&] { return ZrErrorInfoRegister(0x1234, W("text"), W("description")); }), 3);
   EXPECT_EQ(ZrErrorInfoRegister(0x1234, W("text"), W("description")), ZR_R_ALREADY_REGISTERED);
 }
 
@@ -273,6 +202,84 @@ TEST(ExhaustedMemory, BlobsThrowOrEndTheProcess) {
   (void)ZrDestroyBlob(copy);
 }
 
+// Copies and conversions throw, but a text becomes null, for two kinds with a code. In place the value is back.
+TEST(ExhaustedMemory, VariantsThrowOrTheirTextIsNull) {
+  enum : uint16_t { kCopy = 0x100, kCopyBehind, kCopyBehindNull };
+  static constexpr ZRRESULT kThrows = 1;
+  const struct {
+    const char* source;
+    uint16_t operation;  // a copy, or the target of a conversion
+    int failures;
+    ZRRESULT onFailure = kThrows;
+    bool goesOn = false;  // with failures that end the process
+  } kRows[] = {
+      {"UUID {00000000-0000-0000-0000-000000000001}", kCopy, 1},
+      {"REF 1.2.3.4.5.6", kCopy, 1},
+      {"SREF 1.2.3.4.5.6 text name", kCopy, 2},
+      {"SREF neither", kCopy, 0},
+      {"BLOB 0102", kCopy, 2},
+      {"STR null", kCopy, 0},
+      {"SREF 1.2.3.4.5.6", kCopyBehind, 2},
+      {"BLOB 0102", kCopyBehind, 2},
+      {"UUID null", kCopyBehindNull, 1},
+      {"STR null", kCopyBehindNull, 0},
+      {"REF null", kCopyBehindNull, 1},
+      {"SREF null", kCopyBehindNull, 1},
+      {"I4 5", ZR_VT_R8, 0},
+      {"STR 1.5f", ZR_VT_R8, 0},
+      {"STR 0000000000000000000000x", ZR_VT_R8, 1},
+      {"STR 01234567-89ab-cdef-0123-456789abcdef", ZR_VT_UUID, 1},
+      {"BLOB 0102", ZR_VT_UUID, 1},
+      {"STR 1.2.3.4.5.6", ZR_VT_REF, 1},
+      {"SREF text 1.2.3.4.5.6", ZR_VT_REF, 1},
+      {"STR 1.2.3.4.5.6", ZR_VT_SREF, 2},
+      {"STR name", ZR_VT_SREF, 1},
+      {"REF 1.2.3.4.5.6", ZR_VT_SREF, 2},
+      {"I4 5", ZR_VT_BLOB, 2, kThrows, true},
+      {"REF 1.2.3.4.5.6", ZR_VT_BLOB, 2, kThrows, true},
+      {"I4 5", ZR_VT_STR, 1, ZR_R_OK},
+      {"R8 1.5", ZR_VT_STR, 1, ZR_R_OK},
+      {"DATETIME 1", ZR_VT_STR, 1, ZR_R_OK},
+      {"BLOB 0102", ZR_VT_STR, 1, ZR_R_OK},
+      {"REF 1.2.3.4.5.6", ZR_VT_STR, 1, ZR_R_OK},
+      {"UUID {00000000-0000-0000-0000-000000000001}", ZR_VT_STR, 1, ZR_R_NO_MEMORY},
+      {"CHAR32 65", ZR_VT_STR, 1, ZR_R_NO_MEMORY},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(std::string(row.source) + " to " + std::to_string(row.operation));
+    const auto run = [&](ZRVARIANT& destination, ZRVARIANT& source) {
+      try {
+        if (row.operation == kCopy) return ZrVariantCopy(&destination, &source);
+        if (row.operation < kCopy) return ZrVariantChangeType(&destination, &source, 0, row.operation);
+        const ZRVARIANT reference = row.operation == kCopyBehind ? ByRef(source) : ByRef(source.Type, nullptr);
+        return ZrVariantCopyInd(&destination, &reference);
+      } catch (const std::bad_alloc&) {
+        return kThrows;
+      }
+    };
+    const bool isCopy = row.operation >= kCopy;
+    for (int n = 1; !row.goesOn || n <= row.failures; ++n) {
+      OwnedVariant source = Value(row.source), apart = Value("STR before");
+      const std::string before = Describe(source);
+      FailAllocation(n);
+      const ZRRESULT result = run(apart, source);
+      if (!AllocationFailed()) {
+        EXPECT_EQ(n, row.failures + 1);
+        break;
+      }
+      EXPECT_EQ(result, row.onFailure) << "allocation " << n;
+      const std::string name = isCopy ? before.substr(0, before.find(' ')) : "STR";
+      EXPECT_EQ(Describe(apart), isCopy || result == ZR_R_OK ? name + " null" : "EMPTY");
+      EXPECT_EQ(Describe(source), before);
+      if (isCopy) continue;
+      FailAllocation(n);
+      EXPECT_EQ(run(source, source), row.onFailure);
+      EXPECT_TRUE(AllocationFailed());
+      EXPECT_EQ(Describe(source), result == ZR_R_OK ? "STR null" : before);
+    }
+  }
+}
+
 static ZRRESULT CreateByFunction(const ZRUUID*, uint64_t, const ZRUUID*, uint64_t, void** object) {
   *object = object;
   return ZR_R_OK;
@@ -281,8 +288,12 @@ static ZRRESULT CreateByFunction(const ZRUUID*, uint64_t, const ZRUUID*, uint64_
 TEST(ExhaustedMemory, ComponentOperationsAnswerTheirCodes) {
   ZrInitialize();
   FakeDiscovery discovery({{1, {}, {CreateByFunction, nullptr, nullptr}, W("Name")}, {2, ModulePath("nowhere")}});
+  discovery.onCall = [](const std::string& operation) {
+    if (operation == "AddRef") FailAllocation(0);  // what is read behind it can't fail the addition
+  };
   uint32_t cookie = 0;
-  EXPECT_GE(Exhaust<ZRRESULT>(ZR_R_UNEXPECTED, [&] { return ZrAddComponentDiscovery(&discovery, &cookie); }), 2);
+  EXPECT_GE(Exhaust(ZR_R_UNEXPECTED, [&] { return ZrAddComponentDiscovery(&discovery, &cookie); }), 2);
+  discovery.onCall = nullptr;
   EXPECT_EQ(discovery.references, 1u);
 
   // The lookup, the binding and the creation fail in turn, each with its code; a module that isn't there fails alike.
@@ -306,20 +317,32 @@ TEST(ExhaustedMemory, ComponentOperationsAnswerTheirCodes) {
 
   const Owned name(Units(W("Name")));
   ZRUUID classId = ClassId(1);
-  EXPECT_GE(Exhaust<ZRRESULT>(ZR_R_FAILED, [&] { return ZrCLSIDFromClassName(name, &classId); }), 1);
+  EXPECT_GE(Exhaust(ZR_R_FAILED, [&] { return ZrCLSIDFromClassName(name, &classId); }), 1);
   ZRSTR learnt = nullptr;
-  EXPECT_GE(Exhaust<ZRRESULT>(ZR_R_FAILED,
-                              [&] {
-                                const ZRRESULT result = ZrClassNameFromCLSID(&classId, &learnt);
-                                EXPECT_EQ(learnt != nullptr, ZR_SUCCEEDED(result))
-                                    << "no string is given and then lost";
-                                return result;
-                              }),
-            1);
+  const auto learn = [&] {
+    const ZRRESULT result = ZrClassNameFromCLSID(&classId, &learnt);
+    EXPECT_EQ(learnt != nullptr, ZR_SUCCEEDED(result)) << "no string is given and then lost";
+    return result;
+  };
+  EXPECT_GE(Exhaust(ZR_R_FAILED, learn), 1);
   ZrDestroyString(learnt);
-  EXPECT_EQ(Exhaust<ZRRESULT>(ZR_R_UNEXPECTED, [&] { return ZrRemoveComponentDiscovery(cookie); }), 0);
-  EXPECT_EQ(Exhaust<ZRRESULT>(ZR_R_UNEXPECTED, [&] { return ZrUninitialize(); }), 0) << "the end needs no memory";
+  EXPECT_EQ(Exhaust(ZR_R_UNEXPECTED, [&] { return ZrRemoveComponentDiscovery(cookie); }), 0);
+  EXPECT_EQ(Exhaust(ZR_R_UNEXPECTED, [&] { return ZrUninitialize(); }), 0) << "the end needs no memory";
   EXPECT_EQ(discovery.references, 0u);
+}
+
+TEST(ExhaustedMemory, WithoutANameNoConfigurationIsAskedFor) {
+  FakeDiscovery discovery;
+  discovery.onCall = [](const std::string& operation) {
+    if (operation == "AddRef") FailAllocation(1);
+    EXPECT_NE(operation, "QueryConfiguration");
+  };
+  ZrInitialize();
+  uint32_t cookie = 0;
+  EXPECT_EQ(ZrAddComponentDiscovery(&discovery, &cookie), ZR_R_OK);
+  EXPECT_TRUE(AllocationFailed());
+  EXPECT_EQ(ZrRemoveComponentDiscovery(cookie), ZR_R_OK);
+  ZrUninitialize();
 }
 
 // Runs the operation on fresh arrays with one allocation after the other failing; answers how often it threw. (Texts
@@ -361,9 +384,9 @@ static void ClearArrays(ZRSAFEARRAY variants) {
 TEST(ExhaustedMemory, ArraysThrowAndAreAsBefore) {
   Samples samples;
   const ZrSafeArrayBound bounds[] = {{2, 1}, {400, -1}}, none = {0, 0}, one = {1, 0};
-  for (const auto& [source, width] : kElementTypes) {
-    SCOPED_TRACE(source);
-    const uint16_t tag = source;
+  for (const uint16_t tag : kElementTags) {
+    SCOPED_TRACE(NameOf(tag)->name);
+    const std::size_t width = WidthOf(tag);
     const auto make = [&] {
       Array array = samples.Make(tag);
       if (tag == ZR_VT_VARIANT) ClearArrays(array.get());

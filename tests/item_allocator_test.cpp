@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -82,9 +83,9 @@ TEST_F(ItemAllocatorTest, ServesTheLastItemFirstAndOnlyItsSize) {
 
   // Torn down, it serves from the heap and to the heap.
   items_.Teardown();
+  items_.Give(items_.Allocate(kSize));
   EXPECT_EQ(items_.Take(kSize), nullptr);
   EXPECT_EQ(items_.Take(0), nullptr);
-  items_.Give(items_.Allocate(kSize));
 }
 
 TEST_F(ItemAllocatorTest, CapsAndTheirTrimming) {
@@ -123,10 +124,13 @@ TEST_F(ItemAllocatorTest, StatisticsFollowTheListOfAllocators) {
   const std::string shared = "tagZRSREF : 0/1024/0\ntagZRREF : 0/1024/0\n";
   EXPECT_EQ(Statistics(), kHeadline + "items : 2/1024/80\n" + shared);
   {
-    CItemAllocator newer("newer", false, 8, 5), newest("newest", false, 8, 0);
-    EXPECT_EQ(Statistics(), kHeadline + "newest : 0/1024/0\nnewer : 0/5/0\nitems : 2/1024/80\n" + shared);
+    CItemAllocator old("old", false, 8, 0), newer("newer", false, 8, 5), newest("newest", false, 8, 0);
+    const std::string rest = "items : 2/1024/80\n" + shared;
+    EXPECT_EQ(Statistics(), kHeadline + "newest : 0/1024/0\nnewer : 0/5/0\nold : 0/1024/0\n" + rest);
     newer.Teardown();
-    EXPECT_EQ(Statistics(), kHeadline + "newest : 0/1024/0\nitems : 2/1024/80\n" + shared);
+    EXPECT_EQ(Statistics(), kHeadline + "newest : 0/1024/0\nold : 0/1024/0\n" + rest);
+    old.Teardown();
+    EXPECT_EQ(Statistics(), kHeadline + "newest : 0/1024/0\n" + rest);
     newest.Teardown();
   }
   EXPECT_EQ(Statistics(), kHeadline + "items : 2/1024/80\n" + shared);
@@ -205,4 +209,30 @@ TEST_F(ItemAllocatorTest, ReferencesReturnClearedToTheirOwnAllocator) {
   EXPECT_EQ(ZrCreateREF(), ref);
   for (uint32_t word : ref->words) EXPECT_EQ(word, 0u);
   ZrDestroyREF(ref);
+}
+
+// Constructed before the library's own objects, and so destroyed after them.
+struct CLateRelease {
+  ZRSREF* sref = nullptr;
+  ~CLateRelease() {
+    if (sref != nullptr && g_itemAllocators.head != nullptr) std::_Exit(9);  // too early to prove anything
+    ZrDestroySREF(sref);
+    if (g_refAllocator.Take(sizeof(ZRREF)) || g_srefAllocator.Take(sizeof(ZRSREF))) std::_Exit(8);  // kept, and lost
+  }
+};
+__attribute__((init_priority(101))) static CLateRelease g_late;
+
+TEST(ItemAllocatorDeathTest, TakesWhatIsReleasedAfterItsTeardown) {
+  EXPECT_EXIT(
+      {
+        CItemAllocator::SetEnabled(true);
+        (void)std::atexit([] { ZrDestroySREF(ZrCreateSREF()); });  // the process ends, the allocators are still there
+        ZrDestroyREF(ZrCreateREF());
+        ZrDestroySREF(ZrCreateSREF());
+        g_late.sref = ZrCreateSREF();
+        g_late.sref->ref = ZrCreateREF();
+        ZrDestroyREF(ZrCreateREF());
+        std::exit(0);
+      },
+      testing::ExitedWithCode(0), "");
 }

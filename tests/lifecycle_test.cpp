@@ -18,6 +18,10 @@ TEST(Lifecycle, TheGuardComesAfterTheResultsThatAreClearedFirst) {
   EXPECT_EQ(ZrCreateInstance(&classId, 0, &classId, 0, nullptr), ZR_R_NO_INIT);
   EXPECT_EQ(ZrCreateInstance(&classId, 0, &classId, 0, &object), ZR_R_NO_INIT);
   EXPECT_EQ(object, nullptr);
+  IZrConfiguration* configuration = reinterpret_cast<IZrConfiguration*>(&configuration);
+  EXPECT_EQ(ZrQueryComponentConfiguration(&classId, nullptr, nullptr), ZR_R_NO_INIT);
+  EXPECT_EQ(ZrQueryComponentConfiguration(&classId, nullptr, &configuration), ZR_R_NO_INIT);
+  EXPECT_EQ(configuration, nullptr);
   ZRUUID untouched = classId;
   ZRSTR name = reinterpret_cast<ZRSTR>(&name);
   EXPECT_EQ(ZrCLSIDFromClassName(nullptr, nullptr), ZR_R_NO_INIT);
@@ -55,6 +59,7 @@ TEST(Lifecycle, TeardownTellsWhatWasLeft) {
   const std::string components = "Not all Components removed while destroying CGlobalData";
   EXPECT_EQ(OutputOf("balanced"), "") << "the last ZrUninitialize cleared what nobody removed";
   EXPECT_EQ(OutputOf("initialized"), "");
+  EXPECT_EQ(OutputOf("used"), "") << "three times loaded, used all over and unloaded";
   EXPECT_EQ(OutputOf("late-reference"), "") << "a record that is released after the library's end goes to the heap";
   EXPECT_EQ(OutputOf("discovery"), discoveries);
   EXPECT_EQ(OutputOf("object"), discoveries + assemblies + components);

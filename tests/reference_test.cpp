@@ -6,22 +6,19 @@
 #include <cstdio>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "tests/support/text.h"
 
-// One record of each kind, destroyed at the end.
+// A record that is destroyed at the end.
 struct Ref {
   ZRREF* ref = nullptr;
-  Ref() = default;
-  Ref(const Ref&) = delete;
-  Ref& operator=(const Ref&) = delete;
   ~Ref() { ZrDestroyREF(ref); }
 };
 struct Sref {
   ZRSREF* sref = nullptr;
   Sref() = default;
   Sref(const Sref&) = delete;
-  Sref& operator=(const Sref&) = delete;
   ~Sref() { ZrDestroySREF(sref); }
 
   // "null", or what each field holds: "ref 1.2.3.4.5.6", "text ...", both with a bar between.
@@ -75,71 +72,56 @@ TEST(Reference, WritesAsTheCLibrary) {
 
 enum class Out { Record, Null, Untouched };
 
+static void CheckReading(const std::string& bytes, Out out) {
+  SCOPED_TRACE(bytes);
+  const Owned text(Widened(bytes));
+  Ref read;
+  read.ref = kUntouched;
+  EXPECT_EQ(ZrStringToREF(text, &read.ref), out == Out::Record ? ZR_R_OK : ZR_R_INVALID_ARGUMENTS);
+  EXPECT_EQ(read.ref == nullptr, out == Out::Null);
+  EXPECT_EQ(read.ref == kUntouched, out == Out::Untouched);
+  if (read.ref == kUntouched) read.ref = nullptr;
+
+  std::array<uint32_t, 6> w = {9, 9, 9, 9, 9, 9};
+  const ZRRESULT result = ZrSplitRefName(text, &w[0], nullptr, &w[2], &w[3], &w[4], &w[5]);
+  Sref sref;
+  EXPECT_EQ(ZrStringToSREF(text, &sref.sref), ZR_R_OK);
+  EXPECT_EQ(sref.sref->ref != nullptr, out == Out::Record);
+  EXPECT_EQ(sref.sref->text, out == Out::Record ? nullptr : text.string) << "the same block";
+  ZRSTR written = nullptr;
+  EXPECT_EQ(ZrSREFToString(sref.sref, &written), ZR_R_OK);
+  const Owned owned(written);
+  if (out != Out::Record) {
+    EXPECT_EQ(result, ZR_R_INVALID_ARGUMENTS);
+    EXPECT_EQ(w, (std::array<uint32_t, 6>{9, 9, 9, 9, 9, 9}));
+    EXPECT_EQ(ContentOf(written), Widened(bytes));
+  } else {
+    EXPECT_EQ(result, ZR_R_OK);
+    const uint32_t* r = read.ref->words;
+    EXPECT_EQ(w, (std::array<uint32_t, 6>{r[0], 9, r[2], r[3], r[4], r[5]}));
+    EXPECT_EQ(ContentOf(written), Widened(Written(*read.ref)));
+  }
+}
+
 TEST(Reference, ReadsWhatItWritesAndNothingElse) {
   using namespace std::string_literals;
   const struct {
-    std::string text;
     Out out;
+    std::vector<std::string> texts;
   } kRows[] = {
-      {"1.2.3.4.5.6", Out::Record},
-      {"0.0.0.0.0.0", Out::Record},
-      {"4294967295.0.10.0.0.4294967295", Out::Record},
-      {" \t\n\r\f\v1.2.3.4.5.6\v\f\r\n\t ", Out::Record},
-      {"", Out::Untouched},
-      {"   ", Out::Untouched},
-      {"1.2.3.4.5", Out::Untouched},
-      {"1.2.3.4.5.6.7", Out::Untouched},
-      {"1.2.3.4.5.6.", Out::Untouched},
-      {".2.3.4.5.6", Out::Untouched},
-      {"1.2..4.5.6", Out::Untouched},
-      {"1.2.3.4.5. ", Out::Untouched},  // trimmed to an empty field
-      {"1. .3.4.5.6", Out::Null},       // a blank inside is a field that reads as 0
-      {"1.2.3.04.5.6", Out::Null},
-      {"1.2.3.4.5.00", Out::Null},
-      {"+1.2.3.4.5.6", Out::Null},
-      {"-1.2.3.4.5.6", Out::Null},
-      {"1 .2.3.4.5.6", Out::Null},
-      {"1. 2.3.4.5.6", Out::Null},
-      {"1.2.3.4.5.6x", Out::Null},
-      {"x.2.3.4.5.6", Out::Null},
-      {"4294967296.2.3.4.5.6", Out::Null},
-      {"99999999999999999999999.2.3.4.5.6", Out::Null},
-      {"1.2.3.4.5.18446744073709551617", Out::Null},
-      {"1.2.3.4.5.6\0"s, Out::Record},  // a zero unit ends the comparison
-      {"1.2.3.4.5.6\0more"s, Out::Record},
-      {"1.2.3.4.5.6\0."s, Out::Untouched},  // but not the count of dots
-      {"1.2.3.4.5\0.6"s, Out::Null},
-      {"1.2.3.4.5.6 \0"s, Out::Null},
+      {Out::Record, {"1.2.3.4.5.6", "0.0.0.0.0.0", "4294967295.0.10.0.0.4294967295"}},
+      {Out::Record, {" \t\n\r\f\v1.2.3.4.5.6\v\f\r\n\t "}},
+      {Out::Record, {"1.2.3.4.5.6\0"s, "1.2.3.4.5.6\0more"s}},  // a zero unit ends the comparison
+      {Out::Untouched, {"1.2.3.4.5.6\0."s}},                    // but not the count of dots
+      {Out::Untouched, {"", "   ", "1.2.3.4.5", "1.2.3.4.5.6.7", "1.2.3.4.5.6.", ".2.3.4.5.6", "1.2..4.5.6"}},
+      {Out::Untouched, {"1.2.3.4.5. "}},  // trimmed to an empty field
+      {Out::Null, {"1. .3.4.5.6"}},       // a blank inside is a field that reads as 0
+      {Out::Null, {"1.2.3.04.5.6", "1.2.3.4.5.00", "+1.2.3.4.5.6", "-1.2.3.4.5.6", "1 .2.3.4.5.6", "1. 2.3.4.5.6"}},
+      {Out::Null, {"1.2.3.4.5.6x", "x.2.3.4.5.6", "1.2.3.4.5\0.6"s, "1.2.3.4.5.6 \0"s, "4294967296.2.3.4.5.6"}},
+      {Out::Null, {"99999999999999999999999.2.3.4.5.6", "1.2.3.4.5.18446744073709551617"}},
   };
   for (const auto& row : kRows) {
-    SCOPED_TRACE(row.text);
-    const Owned text(Widened(row.text));
-    Ref read;
-    read.ref = kUntouched;
-    EXPECT_EQ(ZrStringToREF(text, &read.ref), row.out == Out::Record ? ZR_R_OK : ZR_R_INVALID_ARGUMENTS);
-    EXPECT_EQ(read.ref == nullptr, row.out == Out::Null);
-    EXPECT_EQ(read.ref == kUntouched, row.out == Out::Untouched);
-    if (read.ref == kUntouched) read.ref = nullptr;
-
-    std::array<uint32_t, 6> w = {9, 9, 9, 9, 9, 9};
-    const ZRRESULT result = ZrSplitRefName(text, &w[0], nullptr, &w[2], &w[3], &w[4], &w[5]);
-    Sref sref;
-    EXPECT_EQ(ZrStringToSREF(text, &sref.sref), ZR_R_OK);
-    EXPECT_EQ(sref.sref->ref != nullptr, row.out == Out::Record);
-    EXPECT_EQ(sref.sref->text, row.out == Out::Record ? nullptr : text.string) << "the same block";
-    ZRSTR written = nullptr;
-    EXPECT_EQ(ZrSREFToString(sref.sref, &written), ZR_R_OK);
-    const Owned owned(written);
-    if (row.out != Out::Record) {
-      EXPECT_EQ(result, ZR_R_INVALID_ARGUMENTS);
-      EXPECT_EQ(w, (std::array<uint32_t, 6>{9, 9, 9, 9, 9, 9}));
-      EXPECT_EQ(ContentOf(written), Widened(row.text));
-    } else {
-      EXPECT_EQ(result, ZR_R_OK);
-      const uint32_t* r = read.ref->words;
-      EXPECT_EQ(w, (std::array<uint32_t, 6>{r[0], 9, r[2], r[3], r[4], r[5]}));
-      EXPECT_EQ(ContentOf(written), Widened(Written(*read.ref)));
-    }
+    for (const std::string& text : row.texts) CheckReading(text, row.out);
   }
 }
 
@@ -168,7 +150,7 @@ TEST(Reference, NullArguments) {
 TEST(Reference, CopiesShareTheTextAndNotTheNumbers) {
   for (const char* description : {"ref 1.2.3.4.5.6", "text free", "text ", "ref 1.2.3.4.5.6|text free"}) {
     SCOPED_TRACE(description);
-    const Sref source{std::string(description)};
+    const Sref source(description);
     const uint32_t count = ZrStringRefCount(source.sref->text);
     Sref copy;
     ASSERT_EQ(ZrCopySREF(source.sref, &copy.sref), ZR_R_OK);
@@ -179,7 +161,7 @@ TEST(Reference, CopiesShareTheTextAndNotTheNumbers) {
     EXPECT_NE(copy.sref->ref, source.sref->ref);
     EXPECT_EQ(Written(*copy.sref->ref), Written(*source.sref->ref));
   }
-  const Sref neither{std::string("")};
+  const Sref neither("");
   Sref copy;
   copy.sref = neither.sref;
   EXPECT_EQ(ZrCopySREF(neither.sref, &copy.sref), 1) << "a success without a record";
@@ -263,7 +245,7 @@ TEST(Reference, OrdersNumbersAndTexts) {
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(std::string(row.left) + " and " + row.right);
-    const Sref one{std::string(row.left)}, other{std::string(row.right)};
+    const Sref one(row.left), other(row.right);
     for (int direction : {1, -1}) {
       const ZRSREF* left = direction == 1 ? one.sref : other.sref;
       const ZRSREF* right = direction == 1 ? other.sref : one.sref;
@@ -279,6 +261,6 @@ TEST(Reference, OrdersNumbersAndTexts) {
     }
   }
   // The smallest difference is its own opposite, beside a text too.
-  const Sref far{std::string("ref 2147483649.0.0.0.0.0")}, near{std::string("text 1.0.0.0.0.0")};
+  const Sref far("ref 2147483649.0.0.0.0.0"), near("text 1.0.0.0.0.0");
   EXPECT_TRUE(ZRSREFLess(far.sref, near.sref) && ZRSREFLess(near.sref, far.sref));
 }

@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <thread>
 
 #include "platform/clock.h"
 #include "platform/debug_output.h"
+#include "platform/locale_text.h"
 #include "platform/module.h"
 #include "platform/scheduling.h"
 #include "tests/support/text.h"
@@ -46,6 +48,39 @@ TEST(Seam, DebugOutputIsUtf8) {
   text += {WCHAR{0xD83E}, WCHAR{0xDE90}, WCHAR{0xD83E}, WCHAR{'.'}, WCHAR{0xDE90}};  // a pair, and two halves
   PlatformDebugOutput(text);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "a\xC3\xA9\xE9\x9B\xAA\xF0\x9F\xAA\x90\xEF\xBF\xBD.\xEF\xBF\xBD");
+}
+
+// A locale with more than ASCII, one that is not there, and none.
+TEST(Seam, CaseIsThatOfTheLocaleUnitByUnit) {
+  const struct {
+    WCHAR upper, lower;
+    bool isAscii = false;
+  } kPairs[] = {{'A', 'a', true}, {'Z', 'z', true}, {0xC9, 0xE9}, {0x416, 0x436}, {0x3A9, 0x3C9}, {0xFF21, 0xFF41}};
+  for (const char* name : {"C.utf8", "nobody_HAS.this", ""}) {
+    SCOPED_TRACE(name);
+    ASSERT_EQ(setenv("LC_ALL", name, 1), 0);
+    const CharacterLocale locale = *name != 0 ? PlatformOpenCharacterLocale() : nullptr;
+    EXPECT_EQ(locale == nullptr, *name == 0);
+    for (const auto& [upper, lower, isAscii] : kPairs) {
+      const bool hasCase = isAscii || name == std::string("C.utf8");
+      EXPECT_EQ(PlatformToLower(locale, upper), hasCase ? lower : upper);
+      EXPECT_EQ(PlatformToUpper(locale, lower), hasCase ? upper : lower);
+      EXPECT_EQ(PlatformToLower(locale, lower), lower);
+      EXPECT_EQ(PlatformToUpper(locale, upper), upper);
+    }
+    for (const WCHAR unit : Units(W("@[`{\x00DF\x96EA\xD800.\xDFFF\xFFFF")) + WCHAR{0}) {  // without another case
+      EXPECT_EQ(PlatformToLower(locale, unit), unit);
+      EXPECT_EQ(PlatformToUpper(locale, unit), unit);
+    }
+    PlatformCloseCharacterLocale(locale);
+  }
+}
+
+TEST(Seam, TextIntoItselfIsNoUtf8) {
+  WCHAR text[] = {'a', 'b', 0};
+  EXPECT_EQ(PlatformTextToUtf8(text, reinterpret_cast<char*>(text), sizeof text), 0);
+  EXPECT_EQ(PlatformTextToUtf8(text, nullptr, 0), 3);
+  EXPECT_EQ(text[1], 'b');
 }
 
 // POSIX only: elsewhere the debugger's channel is no stream of the process.

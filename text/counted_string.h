@@ -58,6 +58,14 @@ inline uint32_t StringLen(ZRSTR string) noexcept {
   return characters;
 }
 
+// A block of `length` units and a terminator, for the caller to write digits straight into their place: a copy from a
+// buffer would have to wait until what was stored there piece by piece can be read as a whole.
+[[nodiscard]] inline ZRSTR AllocateText(std::size_t length) noexcept {
+  ZRSTR string = AllocateString((length + 1) * sizeof(WCHAR));
+  if (string != nullptr) string[length] = 0;
+  return string;
+}
+
 inline ZRSTR ShareString(ZRSTR string) noexcept {
   if (string == nullptr) string = &g_emptyString.terminator;
   std::atomic_ref(StringHeader(string)->refCount).fetch_add(1);

@@ -34,6 +34,16 @@ static_assert(CountDecimalDigits(0) == 1 && CountDecimalDigits(9) == 1 && CountD
 static_assert(CountDecimalDigits(999'999'999) == 9 && CountDecimalDigits(1'000'000'000) == 10);
 static_assert(CountDecimalDigits(0xFFFFFFFF) == 10);
 
+// 1 to 20.
+constexpr std::size_t CountLongDecimalDigits(uint64_t value) noexcept {
+  constexpr uint64_t kBillion = 1'000'000'000;
+  std::size_t below = 0;
+  for (; value > 0xFFFFFFFF; value /= kBillion) below += 9;
+  return below + CountDecimalDigits(static_cast<uint32_t>(value));
+}
+static_assert(CountLongDecimalDigits(0) == 1 && CountLongDecimalDigits(0x100000000) == 10);
+static_assert(CountLongDecimalDigits(999'999'999'999'999'999) == 18 && CountLongDecimalDigits(~uint64_t{0}) == 20);
+
 // Writes `value`, which has `digits` digits, and answers the place behind them.
 inline WCHAR* WriteDecimalDigits(WCHAR* at, uint32_t value, std::size_t digits) noexcept {
   WCHAR* const end = at + digits;

@@ -26,18 +26,16 @@ struct CReadInteger {
 
 // Reads an integer in base 10 or 16; in base 16 a "0x" may stand before the digits. A negative number read as an
 // unsigned one wraps, unless its digits alone don't fit.
-template <class Integer>
+template <class Integer, unsigned base>
 requires std::same_as<Integer, int64_t> || std::same_as<Integer, uint64_t>
-constexpr CReadInteger<Integer> ReadInteger(CTextView text, unsigned base = 10) noexcept {
+constexpr CReadInteger<Integer> ReadIntegerIn(CTextView text) noexcept {
   constexpr bool kIsSigned = std::same_as<Integer, int64_t>;
-  const auto digitAt = [text, base](std::size_t at) -> unsigned {
+  const auto digitAt = [text](std::size_t at) -> unsigned {
     if (at >= text.size()) return base;
     const unsigned unit = text[at];
-    const unsigned letter = unit | 0x20;
-    const unsigned digit = unit >= '0' && unit <= '9'       ? unit - '0'
-                           : letter >= 'a' && letter <= 'f' ? letter - 'a' + 10
-                                                            : base;
-    return digit < base ? digit : base;
+    if (unit - '0' < 10) return unit - '0';
+    const unsigned letter = (unit | 0x20) - 'a';
+    return base == 16 && letter < 6 ? letter + 10 : base;
   };
 
   std::size_t at = 0;
@@ -51,14 +49,22 @@ constexpr CReadInteger<Integer> ReadInteger(CTextView text, unsigned base = 10) 
 
   constexpr uint64_t kMost = std::numeric_limits<Integer>::max();
   const uint64_t limit = kIsSigned && isNegative ? kMost + 1 : kMost;
+  constexpr uint64_t kSafe = kMost / base - 1;  // up to here any digit still fits
   uint64_t magnitude = 0;
   bool isSaturated = false;
-  for (unsigned digit; (digit = digitAt(at)) != base; ++at) {
+  unsigned digit = digitAt(at);
+  for (; digit != base && magnitude <= kSafe; digit = digitAt(++at)) magnitude = magnitude * base + digit;
+  for (; digit != base; digit = digitAt(++at)) {
     isSaturated = isSaturated || magnitude > (limit - digit) / base;
     if (!isSaturated) magnitude = magnitude * base + digit;
   }
   if (isSaturated) return {static_cast<Integer>(limit), at};
   return {static_cast<Integer>(isNegative ? 0 - magnitude : magnitude), at};
+}
+
+template <class Integer>
+constexpr CReadInteger<Integer> ReadInteger(CTextView text, unsigned base = 10) noexcept {
+  return base == 16 ? ReadIntegerIn<Integer, 16>(text) : ReadIntegerIn<Integer, 10>(text);
 }
 
 inline constexpr std::size_t kMostDecimalDigits = 20;

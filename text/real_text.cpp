@@ -3,7 +3,10 @@
 
 #include "text/real_text.h"
 
+#include <algorithm>
+#include <array>
 #include <bit>
+#include <cfloat>
 #include <charconv>
 #include <cstdint>
 #include <cstdlib>
@@ -11,15 +14,50 @@
 #include <string>
 #include <string_view>
 #include <system_error>
-#include <tuple>
 
 #include "platform/locale_text.h"
+#include "text/counted_string.h"
 #include "text/decimal_digits.h"
 
 // ---- Reading -------------------------------------------------------------------------------------------------------
 
+static constexpr bool IsDigit(WCHAR unit) noexcept { return unit >= '0' && unit <= '9'; }
+
 static constexpr bool IsPlain(WCHAR unit) noexcept {
-  return (unit >= '0' && unit <= '9') || unit == '.' || unit == '-' || unit == '+' || unit == 'e' || unit == 'E';
+  return IsDigit(unit) || unit == '.' || unit == '-' || unit == '+' || unit == 'e' || unit == 'E';
+}
+
+static bool EndsNumber(CTextView text, std::size_t at) noexcept {
+  return at == text.size() || text[at] == 0 || (text[at] | 0x20) == 'f';
+}
+
+// A number without an exponent whose digits, and whose power of ten, binary64 holds exactly: then one division rounds
+// as it has to. False for any other.
+static bool ReadShortReal(CTextView text, CReadReal& read) noexcept {
+  static constexpr std::array<double, 16> kPowersOfTen = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                          1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+  constexpr std::size_t kMostDigits = std::numeric_limits<double>::digits10;
+  if constexpr (FLT_EVAL_METHOD != 0) return false;  // a wider register would round twice
+  const bool isNegative = !text.empty() && text[0] == '-';
+  std::size_t at = isNegative ? 1 : 0;
+  uint64_t digits = 0;
+  const auto readDigits = [&] {
+    const std::size_t end = std::min(text.size(), at + kMostDigits + 1);
+    const std::size_t first = at;
+    for (; at < end && IsDigit(text[at]); ++at) digits = digits * 10 + (text[at] - unsigned{'0'});
+    return at - first;
+  };
+  std::size_t count = readDigits(), fraction = 0;
+  if (count <= kMostDigits && at < text.size() && text[at] == '.') {
+    ++at;
+    fraction = readDigits();
+    count += fraction;
+    if (PlatformDecimalPoint().unit != '.') return false;
+  }
+  if (count == 0 || count > kMostDigits || !EndsNumber(text, at)) return false;
+  const auto magnitude = static_cast<double>(static_cast<int64_t>(digits));
+  read = {(isNegative ? -magnitude : magnitude) / kPowersOfTen[fraction], at};
+  return true;
 }
 
 // The number that fills the text up to its end or to an 'f'; false for anything that needs a closer look.
@@ -33,8 +71,7 @@ static bool ReadPlainReal(CTextView text, CReadReal& read) noexcept {
     hasPoint = hasPoint || text[length] == '.';
   }
   if (length == 0) return false;
-  const bool isEnd = length == text.size() || text[length] == 0 || (text[length] | 0x20) == 'f';
-  if (!isEnd || plain[0] == '+' || (hasPoint && PlatformDecimalPoint().unit != '.')) return false;
+  if (!EndsNumber(text, length) || plain[0] == '+' || (hasPoint && PlatformDecimalPoint().unit != '.')) return false;
   const auto [end, error] = std::from_chars(plain.data(), plain.data() + length, read.value);
   if (error != std::errc()) return false;
   read.end = static_cast<std::size_t>(end - plain.data());
@@ -65,7 +102,7 @@ static CReadReal ReadAnyReal(CTextView text) {
 
 CReadReal ReadReal(CTextView text) {
   CReadReal read;
-  return ReadPlainReal(text, read) ? read : ReadAnyReal(text);
+  return ReadShortReal(text, read) || ReadPlainReal(text, read) ? read : ReadAnyReal(text);
 }
 
 // ---- Writing -------------------------------------------------------------------------------------------------------
@@ -93,27 +130,31 @@ static uint64_t RoundToMillionths(double value) noexcept {
 
 static WCHAR PointUnit() noexcept { return PlatformDecimalPoint().unit; }
 
-static CTextView WriteMillionths(uint64_t millionths, bool isNegative, CFixedText& buffer) noexcept {
-  WCHAR* const end = buffer.data() + 32;
+static ZRSTR NewMillionthsText(uint64_t millionths, bool isNegative) noexcept {
+  const uint64_t whole = millionths / 1'000'000;
   auto fraction = static_cast<uint32_t>(millionths % 1'000'000);
-  WCHAR* at = end;
+  const std::size_t length = (isNegative ? 1 : 0) + CountLongDecimalDigits(whole) + 7;
+  ZRSTR string = AllocateText(length);
+  if (string == nullptr) return nullptr;
+  WCHAR* at = string + length;
   for (int pair = 0; pair < 3; ++pair, fraction /= 100) WriteTwoDigits(at -= 2, fraction % 100);
   *--at = PointUnit();
-  at = WriteDecimalBackwards(at, millionths / 1'000'000);
-  if (isNegative) *--at = '-';
-  return {at, static_cast<std::size_t>(end - at)};
+  WriteDecimalBackwards(at, whole);
+  if (isNegative) string[0] = '-';
+  return string;
 }
 
-CTextView WriteFixed(double value, CFixedText& buffer) noexcept {
+ZRSTR NewFixedText(double value) noexcept {
   const bool isNegative = std::bit_cast<int64_t>(value) < 0;
   const double magnitude = isNegative ? -value : value;
-  if (magnitude < kExactLimit) return WriteMillionths(RoundToMillionths(magnitude), isNegative, buffer);
+  if (magnitude < kExactLimit) return NewMillionthsText(RoundToMillionths(magnitude), isNegative);
 
-  std::array<char, std::tuple_size_v<CFixedText>> narrow;
-  const auto written = std::to_chars(narrow.data(), narrow.data() + narrow.size(), value, std::chars_format::fixed, 6);
-  std::size_t length = 0;
-  for (const char* at = narrow.data(); at != written.ptr; ++at) {
-    buffer[length++] = *at == '.' ? PointUnit() : static_cast<WCHAR>(*at);
-  }
-  return {buffer.data(), length};
+  std::array<char, 320> narrow;  // the longest has a sign, 309 digits, a point and six more
+  char* const end = std::to_chars(narrow.data(), narrow.data() + narrow.size(), value, std::chars_format::fixed, 6).ptr;
+  ZRSTR string = AllocateText(static_cast<std::size_t>(end - narrow.data()));
+  if (string == nullptr) return nullptr;
+  const WCHAR point = PointUnit();
+  std::transform(narrow.data(), end, string,
+                 [point](char unit) { return unit == '.' ? point : static_cast<WCHAR>(unit); });
+  return string;
 }

@@ -3,9 +3,8 @@
 
 #pragma once
 
-#include <array>
-
 #include "text/number_text.h"
+#include "zrcore/string.h"
 
 struct CReadReal {
   double value;
@@ -17,9 +16,6 @@ struct CReadReal {
 // Allocates, and may throw std::bad_alloc, for other than plain decimal numbers of ordinary length alone.
 [[nodiscard]] CReadReal ReadReal(CTextView text);
 
-// The longest has a sign, 309 digits, a point and six more.
-using CFixedText = std::array<WCHAR, 320>;
-
-// Writes what printf's "%f" writes, six digits behind the point, exactly rounded: to even where two are equally near.
-// The view is into the buffer.
-[[nodiscard]] CTextView WriteFixed(double value, CFixedText& buffer) noexcept;
+// A new string of what printf's "%f" writes, six digits behind the point, exactly rounded: to even where two are
+// equally near. Null when memory is exhausted.
+[[nodiscard]] ZRSTR NewFixedText(double value) noexcept;

@@ -10,6 +10,7 @@
 
 #include "text/counted_string.h"
 #include "text/unicode_forms.h"
+#include "text/utf8_vectors.h"
 #include "zrcore/unicode.h"
 
 #if defined(__SSE2__)
@@ -17,7 +18,6 @@
 #endif
 
 static constexpr std::size_t kMostUnits = std::numeric_limits<int32_t>::max();
-static constexpr std::size_t kBad = std::numeric_limits<std::size_t>::max();
 
 static ZRRESULT GiveSharedEmpty(ZRSTR* string) noexcept {
   *string = ShareString(nullptr);
@@ -93,8 +93,14 @@ class CVectorCount {
 };
 #endif
 
-// The units of the text, or kBad.
+// A short text that begins in ASCII is mostly ASCII, and done before wide vectors are set up.
+static bool IsForWideVectors(const unsigned char* text, std::size_t size) noexcept {
+  return g_hasWideVectors && size >= kFewestBytes && (size >= 128 || *text >= 0x80);
+}
+
+// The units of the text, or kNotCounted if it is bad.
 static std::size_t CountUnits(const unsigned char* text, std::size_t size) noexcept {
+  if (IsForWideVectors(text, size)) return CountUnitsWide(text, size);
   std::size_t at = 0, units = 0;
 #if defined(__SSE2__)
   CVectorCount count;
@@ -105,13 +111,13 @@ static std::size_t CountUnits(const unsigned char* text, std::size_t size) noexc
     count.Take(text, at, vectors);
     at += vectors * 16;
   }
-  if (!count.IsGood()) return kBad;
+  if (!count.IsGood()) return kNotCounted;
   units = count.Units();
 #endif
   for (std::size_t needed = NeededAt(text, at); at < size; ++at) {
     const unsigned char byte = text[at];
     const bool isTail = byte >= 0x80 && byte < 0xC0;
-    if (isTail != (needed != 0)) return kBad;
+    if (isTail != (needed != 0)) return kNotCounted;
     if (isTail) {
       --needed;
     } else {
@@ -192,6 +198,7 @@ static void DecodeVectors(const unsigned char*&, const unsigned char*, WCHAR*&, 
 
 // Fills [to, toEnd), which is what the text was counted to yield, and answers the place behind the last unit stored.
 static WCHAR* Decode(const unsigned char* at, const unsigned char* end, WCHAR* to, const WCHAR* toEnd) noexcept {
+  if (IsForWideVectors(at, static_cast<std::size_t>(end - at))) DecodeWide(at, end, to, toEnd);
   DecodeVectors(at, end, to, toEnd);
   while (at < end && to < toEnd) {
     if (*at < 0x80) {
@@ -240,7 +247,7 @@ ZRRESULT ZrCreateZRSTRfromUTF8(const char* text, int32_t length, ZRSTR* string) 
 
   const auto* bytes = reinterpret_cast<const unsigned char*>(text);
   std::size_t units = CountUnits(bytes, size);
-  if (units == kBad) units = 0;
+  if (units == kNotCounted) units = 0;
   if (units > kMostUnits) return ZR_R_INVALID_ARGUMENTS;
   ZRSTR made = *string = MakeRoom(units);
   if (made == nullptr) return ZR_R_NO_MEMORY;

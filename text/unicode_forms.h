@@ -68,3 +68,30 @@ constexpr void StoreSequence(unsigned char* at, char32_t codePoint, std::size_t 
 constexpr std::size_t SequenceSize(char32_t codePoint) noexcept {
   return codePoint < 0x80 ? 1 : codePoint < 0x800 ? 2 : codePoint < 0x10000 ? 3 : 4;
 }
+
+// Stores the character at `at`, into a room of four bytes, and answers how many units it had; a surrogate is not the
+// last unit, and goes with whatever follows. Each length is a branch of its own, so that where the next character goes
+// is mostly guessed right and needs no waiting.
+constexpr std::size_t StoreCharacter(const WCHAR* at, unsigned char*& to) noexcept {
+  const WCHAR unit = *at;
+  if (unit < 0x80) {
+    StoreSequence(to, unit, 1);
+    to += 1;
+    return 1;
+  }
+  if (unit < 0x800) {
+    StoreSequence(to, unit, 2);
+    to += 2;
+    return 1;
+  }
+  if (!IsSurrogate(unit)) {
+    StoreSequence(to, unit, 3);
+    to += 3;
+    return 1;
+  }
+  const char32_t codePoint = MergeUnits(unit, at[1]);
+  const std::size_t size = SequenceSize(codePoint);
+  StoreSequence(to, codePoint, size);
+  to += size;
+  return 2;
+}

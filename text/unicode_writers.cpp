@@ -10,6 +10,7 @@
 
 #include "text/counted_string.h"
 #include "text/unicode_forms.h"
+#include "text/utf8_vectors.h"
 #include "zrcore/unicode.h"
 
 #if defined(__SSE2__)
@@ -137,6 +138,9 @@ static std::size_t CountVectors(const WCHAR*&, const WCHAR*) noexcept { return 0
 #endif
 
 static std::size_t CountUtf8(const WCHAR* at, const WCHAR* end) noexcept {
+  if (const auto length = static_cast<std::size_t>(end - at); g_hasWideVectors && length >= kFewestUnits) {
+    if (const std::size_t bytes = CountUtf8Wide(at, length); bytes != kNotCounted) return bytes;
+  }
   std::size_t bytes = CountVectors(at, end);
   for (; at < end; ++at) {
     if (!IsSurrogate(*at)) {
@@ -168,27 +172,6 @@ static unsigned OthersThanAscii(const WCHAR* at) noexcept {
   return static_cast<unsigned>(_mm_movemask_epi8(isAscii)) ^ 0xFFFF;
 }
 
-// The character at `at`, not ASCII, into a room of four bytes. Each length is a branch of its own, so that where the
-// next character goes is mostly guessed right and needs no waiting.
-static std::size_t EncodeCharacter(const WCHAR* at, unsigned char*& to) noexcept {
-  const WCHAR unit = *at;
-  if (unit < 0x800) {
-    StoreSequence(to, unit, 2);
-    to += 2;
-    return 1;
-  }
-  if (!IsSurrogate(unit)) {
-    StoreSequence(to, unit, 3);
-    to += 3;
-    return 1;
-  }
-  const char32_t codePoint = MergeUnits(unit, at[1]);
-  const std::size_t size = SequenceSize(codePoint);
-  StoreSequence(to, codePoint, size);
-  to += size;
-  return 2;
-}
-
 // Encodes in steps of a fixed sixteen units, as long as the end of neither side is near. The last unit of the text is
 // not among those looked at, so each of them yields a byte at least, and nothing of the sixteen bytes stored at once
 // lies behind what is written in the end.
@@ -211,7 +194,7 @@ static void EncodeVectors(const WCHAR*& at, const WCHAR* end, unsigned char*& to
         others >>= ascii;
         if (others == 0) break;
       }
-      const std::size_t units = EncodeCharacter(at + taken, to);
+      const std::size_t units = StoreCharacter(at + taken, to);
       taken += units;
       others >>= units;
     }
@@ -227,6 +210,7 @@ static void EncodeVectors(const WCHAR*&, const WCHAR*, unsigned char*&, const un
 static std::size_t EncodeUtf8(const WCHAR* at, const WCHAR* end, unsigned char* buffer, std::size_t limit) noexcept {
   unsigned char* to = buffer;
   unsigned char* const toEnd = buffer + limit;
+  if (g_hasWideVectors) EncodeWide(at, end, to, toEnd);
   EncodeVectors(at, end, to, toEnd);
   while (at < end && to < toEnd) {
 #if defined(__SSE2__)
@@ -241,7 +225,7 @@ static std::size_t EncodeUtf8(const WCHAR* at, const WCHAR* end, unsigned char* 
       }
     }
     if (*at >= 0x80 && end - at >= 2 && toEnd - to >= 4) {
-      at += EncodeCharacter(at, to);
+      at += StoreCharacter(at, to);
       continue;
     }
 #endif

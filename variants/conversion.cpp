@@ -77,10 +77,12 @@ Rule RuleOf(uint16_t source, uint16_t target) noexcept {
 
 // ---- The frame -----------------------------------------------------------------------------------------------------
 
-ZRVARIANT LendCopy(const ZRVARIANT& original) noexcept {
+// A scalar as ZrVariantCopy would give it, but with the payload of the original and without an owner: the original
+// itself, or `copy` where a copy is not the same 16 bytes.
+static const ZRVARIANT& Lend(const ZRVARIANT& original, ZRVARIANT& copy) noexcept {
   const PayloadKind kind = TagOf(original.Type).kind;
   if (IsInline(kind)) return original;
-  ZRVARIANT copy = kResetVariant;
+  copy = kResetVariant;
   copy.Type = original.Type;
   if (!IsOwned(kind)) return copy;
   copy.Value = original.Value;
@@ -92,28 +94,63 @@ ZRVARIANT LendCopy(const ZRVARIANT& original) noexcept {
   return copy;
 }
 
-// A conversion at work: it has taken what the destination held, which lives until the end, since the source may be this
-// very record or lie within it. A conversion in place that doesn't succeed, by a code or an exception, puts it back.
-class CConversion {
+ZRVARIANT LendCopy(const ZRVARIANT& original) noexcept {
+  ZRVARIANT copy;
+  return Lend(original, copy);
+}
+
+static ZRRESULT ConvertIntoReset(ZRVARIANT& destination, const ZRVARIANT& source, uint16_t target) {
+  const ZRRESULT result = ConvertScalar(source, target, destination.Value);
+  if (result == ZR_R_OK) destination.Type = target;
+  return result;
+}
+
+// What the destination held lives until the end: the source may lie within it.
+static ZRRESULT ChangeAndRelease(ZRVARIANT& destination, const ZRVARIANT& source, uint16_t target) {
+  const CVariantHolder before = CVariantHolder::Adopt(destination);
+  ZRVARIANT copy;
+  return ConvertIntoReset(destination, Lend(source, copy), target);
+}
+
+// Whether the original does as well as its copy: the marker words differ at most, which no conversion reads.
+static bool IsLentAsItIs(const ZRVARIANT& original) noexcept {
+  switch (TagOf(original.Type).kind) {
+    case PayloadKind::String:
+      return original.Value.string != nullptr;
+    case PayloadKind::Sref:
+      return original.Value.sref == nullptr;
+    default:
+      return true;
+  }
+}
+
+static ZRRESULT ChangeScalar(ZRVARIANT& destination, const ZRVARIANT& source, uint16_t target) {
+  if (OwnsSomething(destination.Type) || !IsLentAsItIs(source)) return ChangeAndRelease(destination, source, target);
+  destination = kResetVariant;
+  return ConvertIntoReset(destination, source, target);
+}
+
+// A conversion in place at work. One that doesn't succeed, by a code or an exception, puts back what the record held.
+class CConversionInPlace {
  public:
-  CConversion(ZRVARIANT& destination, const ZRVARIANT& source) noexcept
-      : destination_(destination),
-        isInPlace_(&destination == &source),
-        before_(CVariantHolder::Adopt(destination)),
-        working_(LendCopy(isInPlace_ ? before_.Get() : source)) {}
-  CConversion(const CConversion&) = delete;
-  CConversion& operator=(const CConversion&) = delete;
-  ~CConversion() {
-    if (isInPlace_ && !hasSucceeded_) PutBack();
+  explicit CConversionInPlace(ZRVARIANT& variant) noexcept
+      : variant_(variant),
+        original_(variant),
+        before_(CVariantHolder::Adopt(variant)),
+        working_(Lend(original_, copy_)) {}
+  CConversionInPlace(const CConversionInPlace&) = delete;
+  CConversionInPlace& operator=(const CConversionInPlace&) = delete;
+  ~CConversionInPlace() {
+    if (!hasSucceeded_) PutBack();
   }
 
   ZRRESULT Run(uint16_t target) {
-    const ZRRESULT result = ConvertScalar(working_, target, destination_.Value);
+    const ZRRESULT result = ConvertScalar(working_, target, variant_.Value);
     if (result == ZR_R_OK) {
       hasSucceeded_ = true;
-      destination_.Type = target;
-    } else if (isInPlace_) {
-      ReleasePayload(TagOf(target).kind, destination_.Value);  // nobody else could ever find it again
+      variant_.Type = target;
+    } else {
+      ReleasePayload(TagOf(target).kind, variant_.Value);  // nobody else could ever find it again
     }
     return result;
   }
@@ -121,20 +158,23 @@ class CConversion {
  private:
   // As a copy would be, which is the value itself but where a copy differs.
   void PutBack() noexcept {
-    destination_ = working_;
-    if (working_.Value.address == before_.Get().Value.address) {
+    variant_ = working_;
+    if (working_.Value.address == original_.Value.address) {
       (void)before_.Detach();
     } else if (TagOf(working_.Type).kind == PayloadKind::String) {
       (void)ShareString(working_.Value.string);  // the empty one was lent
     }
   }
 
-  ZRVARIANT& destination_;
-  const bool isInPlace_;
+  ZRVARIANT& variant_;
   bool hasSucceeded_ = false;
+  const ZRVARIANT original_;
   CVariantHolder before_;
-  const ZRVARIANT working_;
+  ZRVARIANT copy_ = kResetVariant;
+  const ZRVARIANT& working_;
 };
+
+static ZRRESULT ChangeInPlace(ZRVARIANT& variant, uint16_t target) { return CConversionInPlace(variant).Run(target); }
 
 // By way of a private array, so that a failure leaves the destination alone.
 static ZRRESULT ChangeArray(ZRVARIANT& destination, const ZRVARIANT& source, uint32_t flags, uint16_t target) {
@@ -159,5 +199,6 @@ ZRRESULT ZrVariantChangeType(ZRVARIANT* destination, const ZRVARIANT* source, ui
   }
   if (HasFlag(source->Type, ZR_VT_BYREF)) return ZR_R_NOT_SUPPORTED;
   if (HasFlag(source->Type, ZR_VT_ARRAY)) return ChangeArray(*destination, *source, flags, target & ZR_VT_TYPEMASK);
-  return CConversion(*destination, *source).Run(target);
+  if (destination == source) return ChangeInPlace(*destination, target);
+  return ChangeScalar(*destination, *source, target);
 }

@@ -126,14 +126,22 @@ static int NumberOfWord(ZRSTR text) noexcept {
   return is(kFalse) || is(kLongFalse) ? 0 : -1;
 }
 
+// Stores a number and the zeros behind it in one step, so that whoever reads the payload needn't wait for two.
 template <class Target>
-static ZRRESULT ParseNumber(ZRSTR text, Target& number) {
+static void Store(Target number, ZRVARIANTVALUE& value) noexcept {
+  ZRVARIANTVALUE whole{};
+  std::memcpy(&whole, &number, sizeof number);
+  value = whole;
+}
+
+template <class Target>
+static ZRRESULT ParseNumber(ZRSTR text, ZRVARIANTVALUE& value) {
   const CParsed<Target> parsed = Parse<Target>(UnitsOf(text));
-  number = parsed.number;
+  Store(parsed.number, value);
   if (parsed.isWhole) return parsed.isClamped ? ZR_R_FAILED : ZR_R_OK;
   const int word = NumberOfWord(text);
   if (word < 0) return ZR_R_FAILED;
-  number = static_cast<Target>(word);
+  Store(static_cast<Target>(word), value);
   return ZR_R_OK;
 }
 
@@ -141,27 +149,25 @@ static ZRRESULT ParseNumber(ZRSTR text, Target& number) {
 
 template <class Target>
 static ZRRESULT ToNumber(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
-  Target number{};
-  ZRRESULT result = ZR_R_OK;
   switch (rule) {
     case Rule::Range:
-      result = WithNumber(
-          source, [&number](auto from) { return StoreNumber(from, number) ? ZR_R_OK : ZR_R_INVALID_ARGUMENTS; });
-      break;
+      return WithNumber(source, [&value](auto from) {
+        Target number;
+        if (!StoreNumber(from, number)) return ZR_R_INVALID_ARGUMENTS;
+        Store(number, value);
+        return ZR_R_OK;
+      });
     case Rule::RawByte:
-      number = static_cast<Target>(source.Value.boolean);
-      break;
+      Store(static_cast<Target>(source.Value.boolean), value);
+      return ZR_R_OK;
     case Rule::FirstBytes:
-      (void)ZrReadBlobPos(source.Value.blob, &number, 0, sizeof number);
-      break;  // none: 0 stays
+      (void)ZrReadBlobPos(source.Value.blob, &value, 0, sizeof(Target));
+      return ZR_R_OK;  // none: 0 stays
     case Rule::Parse:
-      result = ParseNumber(source.Value.string, number);
-      break;
+      return ParseNumber<Target>(source.Value.string, value);
     default:
       return ZR_R_NOT_SUPPORTED;  // of other columns
   }
-  std::memcpy(&value, &number, sizeof number);
-  return result;
 }
 
 ZRRESULT ToI1(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {

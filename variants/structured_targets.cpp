@@ -23,7 +23,7 @@ using TimeParser = uint8_t(ZRSTR text, ZRDATETIMESTRUCT* record) noexcept;
 
 static ZRRESULT ParseTime(ZRSTR text, TimeParser* parse, int64_t& count) noexcept {
   ZRDATETIMESTRUCT record;
-  if (parse(text, &record) == 0) return ZR_R_INVALID_ARGUMENTS;
+  if (parse == nullptr || parse(text, &record) == 0) return ZR_R_INVALID_ARGUMENTS;
   count = DateTimeOf(record);
   return ZR_R_OK;
 }
@@ -117,7 +117,7 @@ static ZRRESULT ReadUuid(ZRSTR string, ZRUUID& uuid) {
     std::copy(string, string + length, ascii.begin());
     return ZrUUIDFromString(ascii.data(), &uuid);
   }
-  int32_t bytes = 0;
+  int32_t bytes = -1;  // asks for the size
   if (Failed(ZrCreateUTF8fromZRSTR(string, -1, nullptr, &bytes))) return ZR_R_INVALID_ARGUMENTS;
   const std::size_t room = std::size_t{length} * 4 + 4;  // whatever is written and counted, with a zero behind
   std::unique_ptr<char, HeapFree> text(static_cast<char*>(AllocateOrThrow(room)));

@@ -1,12 +1,12 @@
 // Conversion to text.
 
 #include <array>
-#include <iterator>
 
 #include "blobs/blob_handle.h"
 #include "identifiers/date_time.h"
 #include "identifiers/time_text.h"
 #include "text/code_units.h"
+#include "text/counted_string.h"
 #include "text/decimal_digits.h"
 #include "text/real_text.h"
 #include "variants/conversion.h"
@@ -24,21 +24,17 @@ static ZRSTR BooleanText(uint8_t boolean) noexcept {
 }
 
 static ZRSTR IntegerText(uint64_t magnitude, bool isNegative = false) noexcept {
-  WCHAR buffer[kMostDecimalDigits + 1];
-  WCHAR* at = WriteDecimalBackwards(std::end(buffer), magnitude);
-  if (isNegative) *--at = '-';
-  return NewString(at, std::end(buffer));
+  const std::size_t length = CountLongDecimalDigits(magnitude) + (isNegative ? 1 : 0);
+  ZRSTR string = AllocateText(length);
+  if (string == nullptr) return nullptr;
+  WriteDecimalBackwards(string + length, magnitude);
+  if (isNegative) string[0] = '-';
+  return string;
 }
 
 static ZRSTR SignedText(int64_t value) noexcept {
   const auto bits = static_cast<uint64_t>(value);
   return value < 0 ? IntegerText(0 - bits, true) : IntegerText(bits);
-}
-
-static ZRSTR RealText(double value) noexcept {
-  CFixedText buffer;
-  const CTextView text = WriteFixed(value, buffer);
-  return NewString(text.data(), text.data() + text.size());
 }
 
 static ZRSTR DateTimeText(ZRDATETIME value) noexcept {
@@ -91,10 +87,10 @@ ZRRESULT ToStr(Rule /*rule*/, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
       value.string = IntegerText(from.ui8);
       return ZR_R_OK;
     case ZR_VT_R4:
-      value.string = RealText(double{from.r4});
+      value.string = NewFixedText(double{from.r4});
       return ZR_R_OK;
     case ZR_VT_R8:
-      value.string = RealText(from.r8);
+      value.string = NewFixedText(from.r8);
       return ZR_R_OK;
     case ZR_VT_TIME:
       value.string = FormatTime(RecordOf(from.time), true);

@@ -60,6 +60,12 @@ static ZRRESULT ComparePayloads(PayloadKind kind, ZRVARIANTVALUE left, ZRVARIANT
   }
 }
 
+// All 16 bytes; the tag words are known to be equal.
+static bool HaveSameBytes(const ZRVARIANT& left, const ZRVARIANT& right) noexcept {
+  return left.Value.ui8 == right.Value.ui8 && left.Reserved1 == right.Reserved1 && left.Reserved2 == right.Reserved2 &&
+         left.Reserved3 == right.Reserved3;
+}
+
 static ZRRESULT CompareByValue(const ZRVARIANT& left, const ZRVARIANT& right, uint8_t* equal) {
   const PayloadKind kind = TagOf(left.Type).kind;
   switch (kind) {
@@ -68,7 +74,7 @@ static ZRRESULT CompareByValue(const ZRVARIANT& left, const ZRVARIANT& right, ui
       return ZR_R_OK;
     case PayloadKind::Number:
     case PayloadKind::Opaque:
-      *equal = std::memcmp(&left, &right, sizeof left) == 0;
+      *equal = HaveSameBytes(left, right);
       return ZR_R_OK;
     default:
       return ComparePayloads(kind, left.Value, right.Value, equal);
@@ -100,10 +106,7 @@ static ZRRESULT CompareBehind(CTag tag, const void* left, const void* right, uin
 static ZRRESULT CompareArrayRecords(const ZRVARIANT& left, const ZRVARIANT& right, uint8_t* equal) {
   if (!HasFlag(left.Type, ZR_VT_BYREF)) return CompareArrays(left.Value.array, right.Value.array, equal);
   if (left.Value.address == nullptr || right.Value.address == nullptr) return ZR_R_OK;  // and no answer
-  ZRSAFEARRAY leftArray, rightArray;
-  std::memcpy(&leftArray, left.Value.address, sizeof leftArray);
-  std::memcpy(&rightArray, right.Value.address, sizeof rightArray);
-  return CompareArrays(leftArray, rightArray, equal);
+  return CompareArrays(ArrayBehind(left.Value.address), ArrayBehind(right.Value.address), equal);
 }
 
 ZRRESULT ZrVariantCompare(const ZRVARIANT* left, const ZRVARIANT* right, uint8_t* equal) {

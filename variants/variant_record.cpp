@@ -73,17 +73,19 @@ void ReleasePayload(PayloadKind kind, ZRVARIANTVALUE payload) {
 
 // ---- Records -------------------------------------------------------------------------------------------------------
 
-ZRRESULT ReleaseVariant(const ZRVARIANT& variant) {
-  const bool isByRef = HasFlag(variant.Type, ZR_VT_BYREF);
-  if (HasFlag(variant.Type, ZR_VT_ARRAY)) return isByRef ? ZR_R_OK : DestroyArray(variant.Value.array);
-  const PayloadKind kind = TagOf(variant.Type).kind;
-  if (kind == PayloadKind::Unassigned || kind == PayloadKind::Empty) return ZR_R_INVALID_ARGUMENTS;
-  if (!isByRef && IsOwned(kind)) ReleasePayload(kind, variant.Value);
+ZRRESULT ReleaseOwned(uint16_t tagWord, ZRVARIANTVALUE value) {
+  if (HasFlag(tagWord, ZR_VT_ARRAY)) return DestroyArray(value.array);
+  ReleasePayload(TagOf(tagWord).kind, value);
   return ZR_R_OK;
 }
 
 ZRRESULT CopyIntoReset(ZRVARIANT& destination, const ZRVARIANT& source) {
   const uint16_t tagWord = source.Type;
+  const PayloadKind kind = TagOf(tagWord).kind;
+  if (IsInline(kind) && !HasFlag(tagWord, ZR_VT_ARRAY)) {
+    destination = source;  // the marker words too
+    return ZR_R_OK;
+  }
   destination.Type = tagWord;
   const bool isByRef = HasFlag(tagWord, ZR_VT_BYREF);
   if (HasFlag(tagWord, ZR_VT_ARRAY)) {
@@ -91,14 +93,9 @@ ZRRESULT CopyIntoReset(ZRVARIANT& destination, const ZRVARIANT& source) {
     destination.Value = source.Value;
     return ZR_R_OK;
   }
-  const PayloadKind kind = TagOf(tagWord).kind;
   if (kind == PayloadKind::Empty) return ZR_R_OK;
   if (kind == PayloadKind::Unassigned) return ZR_R_INVALID_ARGUMENTS;
-  if (IsInline(kind)) {
-    destination = source;  // the marker words too
-  } else {
-    destination.Value = isByRef ? source.Value : DuplicatePayload(kind, source.Value);
-  }
+  destination.Value = isByRef ? source.Value : DuplicatePayload(kind, source.Value);
   return ZR_R_OK;
 }
 
@@ -138,10 +135,8 @@ static ZRRESULT CopyBehind(ZRVARIANT& destination, const ZRVARIANT& source) {
   const void* address = source.Value.address;
   if (HasFlag(source.Type, ZR_VT_ARRAY)) {
     if (address == nullptr) return ZR_R_INVALID_POINTER;
-    ZRSAFEARRAY array;
-    std::memcpy(&array, address, sizeof array);
     destination.Type = tagWord | ZR_VT_ARRAY;
-    return CopyArray(array, &destination.Value.array);
+    return CopyArray(ArrayBehind(address), &destination.Value.array);
   }
   const CTag tag = TagOf(tagWord);
   destination.Type = tagWord;
@@ -161,7 +156,12 @@ ZRRESULT ZrVariantInit(ZRVARIANT* variant) noexcept {
 ZRRESULT ZrVariantClear(ZRVARIANT* variant) {
   if (variant == nullptr) return ZR_R_INVALID_POINTER;
   if (variant->Type == ZR_VT_EMPTY) return ZR_R_OK;
-  return ReleaseVariant(std::exchange(*variant, ZRVARIANT{}));
+  const uint16_t tagWord = variant->Type;
+  if (OwnsSomething(tagWord)) return ReleaseOwned(tagWord, std::exchange(*variant, ZRVARIANT{}).Value);
+  *variant = ZRVARIANT{};
+  const PayloadKind kind = TagOf(tagWord).kind;
+  const bool isBad = kind == PayloadKind::Unassigned || kind == PayloadKind::Empty;
+  return isBad && !HasFlag(tagWord, ZR_VT_ARRAY) ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK;
 }
 
 ZRRESULT ZrVariantCopy(ZRVARIANT* destination, const ZRVARIANT* source) {
@@ -209,7 +209,7 @@ static bool IsPayloadEmpty(PayloadKind kind, ZRVARIANTVALUE payload) noexcept {
 
 static bool IsArrayEmpty(const ZRVARIANT& variant) noexcept {
   ZRSAFEARRAY array = variant.Value.array;
-  if (array != nullptr && HasFlag(variant.Type, ZR_VT_BYREF)) std::memcpy(&array, variant.Value.address, sizeof array);
+  if (array != nullptr && HasFlag(variant.Type, ZR_VT_BYREF)) array = ArrayBehind(variant.Value.address);
   return array != nullptr && ArrayElementCount(array) == 0;
 }
 

@@ -4,6 +4,9 @@
 //   1. A record whose tag word has ZR_VT_BYREF owns nothing, whatever its tag.
 //   2. The tag word is written before the payload and the payload in one step: a record that an exception leaves behind
 //      has its tag and a null payload, which every function takes.
+//   3. A record is read field by field, and Value only where it is owned: one of the fields has often just been
+//   written,
+//      and a wider load would have to wait until that store has reached the cache.
 
 #pragma once
 
@@ -29,19 +32,25 @@ void ReleasePayload(PayloadKind kind, ZRVARIANTVALUE payload);
 
 // ---- Records -------------------------------------------------------------------------------------------------------
 
-// Lets go of what the record owns, with the result of ZrVariantClear. The record is left as it is.
-ZRRESULT ReleaseVariant(const ZRVARIANT& variant);
-
 // Whether there is anything to release, so that most records need no call.
-inline bool OwnsSomething(const ZRVARIANT& variant) noexcept {
-  if (HasFlag(variant.Type, ZR_VT_BYREF)) return false;
-  return HasFlag(variant.Type, ZR_VT_ARRAY) || IsOwned(TagOf(variant.Type).kind);
+inline bool OwnsSomething(uint16_t tagWord) noexcept {
+  if (HasFlag(tagWord, ZR_VT_BYREF)) return false;
+  return HasFlag(tagWord, ZR_VT_ARRAY) || IsOwned(TagOf(tagWord).kind);
 }
+
+// Lets go of what a record owns that has this tag word and, if it owns something, this payload.
+ZRRESULT ReleaseOwned(uint16_t tagWord, ZRVARIANTVALUE value);
 
 // Releases without a word and writes the reset pattern; the pattern first, should a release throw.
 inline void ResetVariant(ZRVARIANT& variant) {
-  const ZRVARIANT before = std::exchange(variant, kResetVariant);
-  if (OwnsSomething(before)) (void)ReleaseVariant(before);
+  const uint16_t tagWord = variant.Type;
+  if (!OwnsSomething(tagWord)) {
+    variant = kResetVariant;
+    return;
+  }
+  const ZRVARIANTVALUE value = variant.Value;
+  variant = kResetVariant;
+  (void)ReleaseOwned(tagWord, value);
 }
 
 // Makes a copy of `source` in a record that has been reset; the source may be this very record.
@@ -51,8 +60,14 @@ ZRRESULT CopyIntoReset(ZRVARIANT& destination, const ZRVARIANT& source);
 class CVariantHolder {
  public:
   CVariantHolder() noexcept = default;
-  static CVariantHolder Adopt(ZRVARIANT& variant) noexcept {
-    return CVariantHolder(std::exchange(variant, kResetVariant));
+  static CVariantHolder Adopt(ZRVARIANT& variant) noexcept {  // what it owns; no numbers
+    CVariantHolder holder;
+    if (OwnsSomething(variant.Type)) {
+      holder.variant_.Type = variant.Type;
+      holder.variant_.Value = variant.Value;
+    }
+    variant = kResetVariant;
+    return holder;
   }
   CVariantHolder(CVariantHolder&& other) noexcept : variant_(other.Detach()) {}
   CVariantHolder& operator=(CVariantHolder&& other) noexcept {
@@ -66,11 +81,10 @@ class CVariantHolder {
   ZRVARIANT& Mutable() noexcept { return variant_; }
   [[nodiscard]] ZRVARIANT Detach() noexcept { return std::exchange(variant_, kResetVariant); }
   ZRVARIANT* Receive() noexcept {  // for an out-parameter
-    assert(!OwnsSomething(variant_));
+    assert(!OwnsSomething(variant_.Type));
     return &variant_;
   }
 
  private:
-  explicit CVariantHolder(const ZRVARIANT& variant) noexcept : variant_(variant) {}
   ZRVARIANT variant_ = kResetVariant;
 };

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 
 #include "zrcore/variant.h"
 
@@ -93,3 +94,10 @@ constexpr bool IsInline(PayloadKind kind) noexcept {
 constexpr bool IsOwned(PayloadKind kind) noexcept { return kind >= PayloadKind::Blob; }
 
 constexpr bool HasFlag(uint16_t tagWord, unsigned flag) noexcept { return (tagWord & flag) != 0; }
+
+// The handle that the address in a by-reference record leads to.
+inline ZRSAFEARRAY ArrayBehind(const void* address) noexcept {
+  ZRVARIANTVALUE behind;
+  std::memcpy(&behind, address, sizeof behind);
+  return behind.array;
+}

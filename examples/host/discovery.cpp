@@ -33,7 +33,12 @@ ZRRESULT CTableDiscovery::QueryComponent(const ZRUUID* classId, ZRSTR* modulePat
   return ZR_R_OK;
 }
 
-ZRRESULT CTableDiscovery::QueryConfiguration(const ZRUUID*, ZRSTR, IZrConfiguration**) { return ZR_R_NOT_EXISTING; }
+ZRRESULT CTableDiscovery::QueryConfiguration(const ZRUUID*, ZRSTR name, IZrConfiguration** configuration) {
+  if (Units(name) != u"ZrCore") return ZR_R_NOT_EXISTING;
+  settings_->AddRef();
+  *configuration = settings_;
+  return ZR_R_OK;
+}
 
 ZRRESULT CTableDiscovery::QueryClassId(ZRSTR className, ZRUUID* classId) {
   for (const Entry& entry : entries_) {

@@ -7,6 +7,7 @@
 
 #include <vector>
 
+#include "host/settings.h"
 #include "string_owner.h"
 
 /// CTableDiscovery is made with one reference, for its maker, and frees itself with the last one.
@@ -17,6 +18,9 @@ class CTableDiscovery final : public IZrComponentDiscovery {
   CTableDiscovery() = default;
   CTableDiscovery(const CTableDiscovery&) = delete;
   CTableDiscovery& operator=(const CTableDiscovery&) = delete;
+
+  /// Settings are what the library is given as its configuration "ZrCore".
+  CSettings& Settings() { return *settings_; }
 
   /// Add lists a class. The strings are lent; the discovery takes references of its own.
   void Add(const ZRUUID& classId, ZRSTR className, ZRSTR modulePath);
@@ -39,12 +43,13 @@ class CTableDiscovery final : public IZrComponentDiscovery {
     StringOwner modulePath;
   };
 
-  ~CTableDiscovery() = default;  // by the last Release only
+  ~CTableDiscovery() { settings_->Release(); }  // by the last Release only
   const Entry* Find(const ZRUUID* classId) const;
 
   uint32_t references_ = 1;
   std::vector<Entry> entries_;
   ZRSTR answered_ = nullptr;  // lent by an entry
+  CSettings* settings_ = new CSettings;
 };
 
 #endif

@@ -114,6 +114,10 @@ static bool Run(const Arguments& arguments) {
   bool isGood = true;
   try {
     discovery->Add(kBodyTableClass, listedName, modulePath);
+    // The library keeps the records of released REFs and SREFs for the next ones, so many of each.
+    discovery->Settings().Add(u"EnableAllocator", u"TRUE");
+    discovery->Settings().Add(u"ZR_VT_REF", u"64");
+    discovery->Settings().Add(u"ZR_VT_SREF", u"16");
     if (const ZRRESULT result = ZrAddComponentDiscovery(discovery, &cookie); ZR_FAILED(result)) {
       throw std::runtime_error("the discovery was refused: " + Describe(result));
     }
@@ -121,6 +125,7 @@ static bool Run(const Arguments& arguments) {
     Say("Registered", "a discovery, under cookie " + std::to_string(cookie) + ", that lists");
     Say("", ToUtf8(listedName) + " " + Text(kBodyTableClass));
     Say("", "in " + ToUtf8(modulePath));
+    Say("Configured", "by " + std::to_string(discovery->Settings().Asked()) + " values that the library asked for");
     ShowTable(client, className.get(), *discovery, lines, arguments.csvPath, book);
   } catch (const std::exception& error) {
     Complain(error.what());

@@ -122,7 +122,9 @@ ZR_API ZRRESULT ZrCompareBlob(ZRBLOB left, ZRBLOB right, uint8_t* equal) ZR_NOEX
 ///         handle's insides are missing. `*position` is untouched by a failure.
 ZR_API ZRRESULT ZrBlobPosition(ZRBLOB blob, uint32_t* position) ZR_NOEXCEPT;
 
-/// ZrSeekBlob moves the position, never behind the end. Detaches.
+/// ZrSeekBlob moves the position, never forward behind the end. Detaches.
+///
+/// A position that ZrRemoveBlob left behind the end may stay there after a backward move; any other move ends that.
 ///
 /// @param offset     in bytes, may be 0.
 /// @param origin     ZR_BLOB_SEEK_START: to the offset, at most to the end. ZR_BLOB_SEEK_POSITION: by the offset; the

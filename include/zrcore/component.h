@@ -10,13 +10,15 @@
 //     module   ZrInitModule, ZrCreateInstanceModule ... ZrExitModule
 //
 // Locks. The management lock, which is recursive, serialises every lookup, addition and removal, and every call into a
-// discovery is made under it: a discovery may call back on the same thread, and a slow one stalls all others. (It had
-// better not make objects of a module whose ZrInitModule calls back: the one holds the management lock and waits for
-// the module's start, the other the reverse.) Objects are made without it. ZrExitModule runs under it, and under the
-// lifecycle lock too in the last ZrUninitialize: a thread that it waits for must not want either.
+// discovery is made under it, but for the question about "ZrCore" (configuration.h) that an addition ends with: a
+// discovery may call back on the same thread, and a slow one stalls all others. (It had better not make objects of a
+// module whose ZrInitModule calls back: the one holds the management lock and waits for the module's start, the other
+// the reverse.) Objects are made without it. ZrExitModule runs under it, and under the lifecycle lock too in the last
+// ZrUninitialize: a thread that it waits for must not want either.
 //
 // The exports answer ZR_R_NO_INIT while ZrInitialize is not in force. Exceptions from discoveries and modules are
-// caught and become the code that each export names; so does exhausted memory, which never reads as ZR_R_NO_MEMORY.
+// caught and become the code that each export names, except where an addition reads "ZrCore"; so does exhausted memory,
+// which never reads as ZR_R_NO_MEMORY.
 // All exports: any thread, any time.
 
 #ifndef ZRCORE_COMPONENT_H
@@ -118,9 +120,13 @@ struct IZrComponentDiscovery : IZrUnknown {
 
   /// QueryConfiguration gives the configuration of a class.
   ///
+  /// ZrAddComponentDiscovery asks for the configuration "ZrCore" (configuration.h) of the nil class, 16 zero bytes, and
+  /// does so without any lock. It does not read the result: without an object there is none.
+  ///
   /// @param classId        lent for the call.
   /// @param name           name of the configuration; lent for the call.
-  /// @param configuration  receives an object with one reference for the caller.
+  /// @param configuration  null on entry; receives an object with one reference for the caller.
+  /// @return the result of ZrQueryComponentConfiguration.
   virtual ZRRESULT QueryConfiguration(const ZRUUID* classId, ZRSTR name, IZrConfiguration** configuration) = 0;
 
   /// QueryClassId turns a class name into a class identifier. Zero or above if this discovery knows the name.
@@ -171,14 +177,20 @@ struct IZrComponentDiscovery {
 
 #endif
 
-/// ZrAddComponentDiscovery registers a discovery object. It is asked nothing by this; one object may be added twice.
+/// ZrAddComponentDiscovery registers a discovery object. One object may be added twice.
 ///
-/// @param discovery  the library takes a reference of its own (AddRef) until the discovery is removed.
+/// By this it is asked for the configuration "ZrCore" and for nothing else: once it is registered, under no lock, also
+/// when an earlier discovery has decided already (configuration.h). What it answers changes no result. An exception of
+/// the objects that are asked passes through: the discovery is then registered under `*cookie` nevertheless, but isn't
+/// counted among those that were added.
+///
+/// @param discovery  the library takes a reference of its own (AddRef) until the discovery is removed. The caller keeps
+///                   one until this returns, lest another thread remove the discovery while it is asked.
 /// @param cookie     receives the number that names the registration: never 0, counting up over the process's life
 ///                   and skipping numbers in use after it has wrapped. 0 after a failure, except ZR_R_UNEXPECTED.
 /// @return ZR_R_OK; looked for in this order: ZR_R_INVALID_ARGUMENTS if `cookie` is null, ZR_R_NO_INIT,
 ///         ZR_R_INVALID_ARGUMENTS if `discovery` is null, ZR_R_FAILED if 0xFFFFFFFF discoveries are registered,
-///         ZR_R_UNEXPECTED for anything thrown.
+///         ZR_R_UNEXPECTED for anything thrown before the configuration is read.
 ZR_API ZRRESULT ZrAddComponentDiscovery(IZrComponentDiscovery* discovery, uint32_t* cookie);
 
 /// ZrRemoveComponentDiscovery forgets a discovery and the classes that it reported.
@@ -187,6 +199,9 @@ ZR_API ZRRESULT ZrAddComponentDiscovery(IZrComponentDiscovery* discovery, uint32
 /// classes of other discoveries live there too (the module is started again for those); each module whose last used
 /// class this was is unloaded; the discovery object is released. Class names learnt from it stay known. Objects made by
 /// its modules must have been released before.
+///
+/// When this has removed as many discoveries as were added, the item caches are switched off and emptied
+/// (configuration.h), which is no moment for other threads to make or destroy REFs and SREFs.
 ///
 /// @return ZR_R_OK; ZR_R_NO_INIT; ZR_R_UNKNOWN_IDENTIFIER if no discovery has this cookie; ZR_R_UNEXPECTED for anything
 ///         thrown, with what had been removed by then staying removed.

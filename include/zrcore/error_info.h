@@ -7,7 +7,8 @@
 // Codes are unsigned here: pass a ZRRESULT as it is, it converts. A null pointer gives ZR_R_INVALID_ARGUMENTS, except
 // for a description.
 //
-// Any thread, any time, before ZrInitialize too, under one mutex. A mutex that fails raises std::system_error.
+// Any thread, any time, before ZrInitialize too, under one mutex. A mutex that fails raises std::system_error. Each
+// call is a search among the rows; the first of all sets the registry up.
 
 #ifndef ZRCORE_ERROR_INFO_H
 #define ZRCORE_ERROR_INFO_H
@@ -20,9 +21,8 @@
 /// @param code         any that has no row yet.
 /// @param text         zero-terminated; may be empty.
 /// @param description  zero-terminated, or null for none, which reads as an empty string.
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `text` is null; ZR_R_ALREADY_REGISTERED if the code has a row, which
-/// stays
-///         as it was.
+/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `text` is null; ZR_R_ALREADY_REGISTERED if the code has a row: the row
+///         stays as it was.
 /// @throws std::bad_alloc when memory is exhausted; nothing is registered then.
 ZR_API ZRRESULT ZrErrorInfoRegister(uint32_t code, const WCHAR* text, const WCHAR* description);
 
@@ -33,7 +33,8 @@ ZR_API ZRRESULT ZrErrorInfoRegister(uint32_t code, const WCHAR* text, const WCHA
 /// @throws std::bad_alloc when memory is exhausted while the first call of all sets the registry up.
 ZR_API ZRRESULT ZrErrorInfoGetText(uint32_t code, ZRSTR* text);
 
-/// ZrErrorInfoGetDescription gives the description of a code, like ZrErrorInfoGetText.
+/// ZrErrorInfoGetDescription gives the description of a code, like ZrErrorInfoGetText. A row without one gives an
+/// empty string.
 ZR_API ZRRESULT ZrErrorInfoGetDescription(uint32_t code, ZRSTR* description);
 
 #endif

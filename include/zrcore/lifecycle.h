@@ -4,8 +4,9 @@
 // nothing, they only count, and the last ZrUninitialize empties the component registry. While the count is 0 the
 // component exports (component.h) answer ZR_R_NO_INIT; everything else works at any time.
 //
-// A new cycle may follow a finished one. Across cycles live on: the last cookie issued, the class names learnt and the
-// texts of registered result codes.
+// A new cycle may follow a finished one. Across cycles live on: the last cookie issued, the class names learnt, the
+// texts of registered result codes, and the settings of the item caches (configuration.h) with the count of discoveries
+// that keeps them in force.
 //
 // A process that ends with the count above 0 finds out from the standard output stream, which then receives, without a
 // line end, one text for each kind of entry that is left in the registry:

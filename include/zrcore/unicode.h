@@ -33,7 +33,7 @@
 /// ZrCreateZRSTRfromUTF32 makes a string of code points.
 ///
 /// A code point up to 0xFFFF becomes one unit, surrogates and zeros among them. Any other becomes a pair; values above
-/// 0x10FFFF are not refused, but the high unit of their pair wraps in 16 bits and is no high surrogate any more.
+/// 0x10FFFF are not refused, but the first unit of their pair, which wraps in 16 bits, need not be a high surrogate.
 ///
 /// @param text    `length` code points.
 /// @param length  in code points; -1 means all up to the first zero.
@@ -108,7 +108,8 @@ ZR_API ZRRESULT ZrCreateUTF32fomZRSTR(ZRSTR source, int32_t length, char32_t* bu
 ///
 /// Asked for the size, it counts four bytes for a true pair and none for a lone surrogate, and stores 1 if a lone
 /// surrogate is the last unit. Writing, any surrogate is merged with the unit behind it, and one in the last place ends
-/// the text as if nothing had been written.
+/// the text as if nothing had been written. Of a merged value above 0x1FFFFF, which four bytes don't hold, the low 21
+/// bits are written.
 ///
 /// A buffer that is too small cuts the text, even inside a character, and succeeds; one that is too large fails.
 ///

@@ -21,9 +21,11 @@
 // functions here store has zeros behind it.
 //
 // In this family a null record gives ZR_R_INVALID_POINTER. When memory is exhausted, std::bad_alloc is thrown, except
-// for texts, which become null; a destination holds then nothing, or its tag with a null Value, and a value that was to
-// be converted in place is back in its place. Any thread, before ZrInitialize too; a record has no lock, so one at a
-// time for a record, or any number that only read it. Strings and blobs behind records may be shared between threads.
+// for texts, which become null (those of ZR_VT_UUID and ZR_VT_CHAR32 answer ZR_R_NO_MEMORY), and for a conversion to
+// ZR_VT_BLOB, which may end the process as ZrCreateBlob does; a destination holds then nothing, or its tag with a null
+// Value, and a value that was to be converted in place is back in its place. Any thread, before ZrInitialize too; a
+// record has no lock, so one at a time for a record, or any number that only read it. Strings and blobs behind records
+// may be shared between threads.
 
 #ifndef ZRCORE_VARIANT_H
 #define ZRCORE_VARIANT_H
@@ -101,6 +103,7 @@ struct IZrDispatch {
 
 /// ZRVARIANTVALUE is the payload of a ZRVARIANT: the member that the tag word names.
 typedef union tagZRVARIANTVALUE {
+  uint64_t ui8;           // ZR_VT_UI8, ZR_VT_QWORD, ZR_VT_OPAQUE; first, so that { 0 } makes all 8 bytes zero
   uint8_t boolean;        // ZR_VT_BOOL
   int8_t i1;              // ZR_VT_I1
   int16_t i2;             // ZR_VT_I2
@@ -109,7 +112,6 @@ typedef union tagZRVARIANTVALUE {
   uint8_t ui1;            // ZR_VT_UI1, ZR_VT_BYTE
   uint16_t ui2;           // ZR_VT_UI2, ZR_VT_WORD
   uint32_t ui4;           // ZR_VT_UI4, ZR_VT_DWORD
-  uint64_t ui8;           // ZR_VT_UI8, ZR_VT_QWORD, ZR_VT_OPAQUE
   float r4;               // ZR_VT_R4
   double r8;              // ZR_VT_R8
   int64_t time;           // ZR_VT_TIME
@@ -158,7 +160,7 @@ ZR_API ZRRESULT ZrVariantInit(ZRVARIANT* variant) ZR_NOEXCEPT;
 ///
 /// @return ZR_R_OK; ZR_R_INVALID_POINTER if `variant` is null; ZR_R_INVALID_ARGUMENTS for a tag word that is not 0 with
 ///         tag 0, a tag that is not assigned or one above 53, with or without ZR_VT_BYREF; the result of
-///         ZrSafeArrayDestroy for an array. The record is zero in all cases but the null one.
+///         ZrSafeArrayDestroy for an array. Whatever the answer, a tag word that is not 0 leaves 16 zero bytes.
 ZR_API ZRRESULT ZrVariantClear(ZRVARIANT* variant);
 
 /// ZrVariantCopy releases the destination and makes it a copy of the source.
@@ -168,9 +170,8 @@ ZR_API ZRRESULT ZrVariantClear(ZRVARIANT* variant);
 /// neither ref nor text becomes null; other nulls stay.
 ///
 /// @param destination  released without a word, whatever its tag. Being the source itself, it ends empty.
-/// @return ZR_R_OK; ZR_R_INVALID_POINTER, with nothing changed, if an argument is null; ZR_R_INVALID_ARGUMENTS for a
-/// tag
-///         that is not assigned or above 53: the destination then has this tag word and a null Value; what the copying
+/// @return ZR_R_OK; ZR_R_INVALID_POINTER, with nothing changed, if an argument is null; ZR_R_INVALID_ARGUMENTS for tags
+///         that are not assigned or above 53: the destination then has the tag word and a null Value; what the copying
 ///         of an array answered.
 ZR_API ZRRESULT ZrVariantCopy(ZRVARIANT* destination, const ZRVARIANT* source);
 
@@ -181,10 +182,12 @@ ZR_API ZRRESULT ZrVariantCopy(ZRVARIANT* destination, const ZRVARIANT* source);
 /// record, a string as an empty one, and a variant as ZR_VT_VARIANT with a null Value. A null handle that an existing
 /// address points at stays null, but a string's.
 ///
+/// @param destination  released without a word, whatever its tag. Being the source itself, it ends empty.
 /// @return ZR_R_OK; ZR_R_INVALID_POINTER if an argument is null, with nothing changed, or, with the destination
 ///         released, if the source's array address is; ZR_R_INVALID_ARGUMENTS for a tag that is 0 (under ZR_VT_BYREF),
-///         not assigned or above 53: the destination then has this tag and a null Value; what the copying of an array
-///         answered.
+///         not assigned or above 53: the destination then has this tag (with its flags, unless it stood under
+///         ZR_VT_BYREF) and a null Value; the same code for a by-reference record as both arguments; what the copying
+///         of an array answered.
 ZR_API ZRRESULT ZrVariantCopyInd(ZRVARIANT* destination, const ZRVARIANT* source);
 
 /// ZrVariantIsContentEmpty tells whether a value has no content. It has no way to fail.
@@ -210,20 +213,21 @@ ZR_API uint8_t ZrVariantIsContentEmpty(const ZRVARIANT* variant) ZR_NOEXCEPT;
 ///   - To ZR_VT_TIME, ZR_VT_DATETIME and ZR_VT_CY come only 64-bit integers and each other, word by word, and ZR_VT_R8,
 ///     cut off towards zero without a check (0x8000000000000000 where it doesn't fit). ZR_VT_QWORD to ZR_VT_DATETIME is
 ///     taken as the address of the 64-bit count.
-///   - A blob gives its first bytes to a number, and to a ZR_VT_UUID up to 16, zeros where it has fewer. All values but
-///     interface pointers and ZR_VT_OPAQUE give their bytes to a blob; a boolean 0 or 1.
-///   - Text to an integer: decimal, or hexadecimal behind "0x"; a 'd' or 'D' may end it. To ZR_VT_R4 and ZR_VT_R8:
-///     what the C library's strtod reads, where an 'f' or 'F' may end it, or hexadecimal as above. An empty text is 0.
-///     White space may stand in front, not behind. The words "TRUE" and "ZR_TRUE" are 1, "FALSE" and "ZR_FALSE" 0, in
-///     upper or lower case. 64-bit integers saturate; so does ZR_VT_R4, to infinity. To ZR_VT_CY: decimal only, no
-///     words. To ZR_VT_CHAR32: the first code point; digits aren't read.
+///   - A blob gives its first bytes to a number, and to a ZR_VT_UUID up to 16, zeros where it has fewer. Numbers,
+///     booleans, texts and the records of UUIDs, REFs and SREFs give their bytes to a blob: a boolean 0 or 1, an SREF
+///     those of its ref or, without one, of its text. No bytes make a null blob.
+///   - Text to an integer: decimal, or hexadecimal if it begins with "0x"; a 'd' or 'D' may end it. To ZR_VT_R4 and
+///     ZR_VT_R8: what the C library's strtod reads, where an 'f' or 'F' may end it, or hexadecimal as above, signed, in
+///     32 and 64 bits. An empty text is 0. White space may stand in front, not behind. The words "TRUE" and "ZR_TRUE"
+///     are 1, "FALSE" and "ZR_FALSE" 0, in upper or lower case. 64 bits saturate, but for a number below 0 as an
+///     unsigned one; so does a decimal ZR_VT_R4, to infinity. To ZR_VT_CY: decimal only, no words. To ZR_VT_CHAR32: the
+///     first code point; digits aren't read.
 ///   - Text to ZR_VT_TIME, ZR_VT_DATETIME, ZR_VT_UUID and ZR_VT_REF as their own parsers read it. Every text converts
-///   to
-///     ZR_VT_SREF, as a ref if it reads as one.
+///     to ZR_VT_SREF, as a ref if it reads as one. An SREF without a ref converts to ZR_VT_REF as its text does.
 ///   - To text: integers in decimal, ZR_VT_R4 and ZR_VT_R8 as printf's "%f" (six digits, never an exponent), booleans
-///   as
-///     "TRUE" and "FALSE", the others as their own functions write them, a ZRSREF by its ref where it has one. A blob's
-///     bytes become the text's code units, and back.
+///     as "TRUE" and "FALSE", ZR_VT_TIME without whole days, ZR_VT_CHAR32 as its character, the others as their own
+///     functions write them, a ZRSREF by its ref where it has one. A blob's bytes become the text's code units, and
+///     back; a blob without bytes becomes a null text.
 ///   - An array converts element by element, into a new array.
 ///
 /// Nothing else converts, in particular no by-reference record (ZrVariantCopyInd first), ZR_VT_EMPTY, ZR_VT_OPAQUE,
@@ -237,16 +241,18 @@ ZR_API uint8_t ZrVariantIsContentEmpty(const ZRVARIANT* variant) ZR_NOEXCEPT;
 /// @param target       a tag without flags.
 /// @return ZR_R_OK, or
 ///         ZR_R_INVALID_POINTER (*) if an argument is null;
-///         ZR_R_NOT_SUPPORTED (*) if the source is by reference;
+///         ZR_R_NOT_SUPPORTED (*) if the source is by reference and the target not its tag;
 ///         ZR_R_FAILED (*) if an element of an array doesn't convert;
-///         ZR_R_INVALID_ARGUMENTS if the target is not assigned or has flags, for a number out of range, a null record
-///         behind the source's tag, a text that is no date, time, UUID or REF;
+///         ZR_R_INVALID_ARGUMENTS if the target is ZR_VT_EMPTY, not assigned or has flags, for a number out of range, a
+///         null record behind the source's tag, a text that is no date, time, UUID or REF, and for ZR_VT_VARIANT by
+///         value where the target is neither a number nor without conversions;
 ///         ZR_R_NOT_SUPPORTED if the types don't convert;
-///         ZR_R_FAILED for a text that is no number, or a number out of the range of up to 32 bits, and for an empty
-///         blob as a ZR_VT_UUID.
+///         ZR_R_FAILED for a text that is no number, for one out of a range of up to 32 bits or below 0 as an unsigned
+///         one, and for a blob without bytes as a ZR_VT_UUID;
+///         ZR_R_NO_MEMORY for the text of a ZR_VT_UUID or ZR_VT_CHAR32.
 ///         (*) leave the destination as it was. After the others it is empty, and its Value may hold remains that no
 ///         longer belong to anybody, such as the nearest number of a text out of range; in place, the value stands as
-///         it was.
+///         it was, or as ZrVariantCopy would have copied it where the two differ.
 ///
 /// Between numbers nothing is allocated.
 ZR_API ZRRESULT ZrVariantChangeType(ZRVARIANT* destination, const ZRVARIANT* source, uint32_t flags, uint16_t target);

@@ -8,6 +8,7 @@
 #include "zrcore/base.h"
 #include "zrcore/blob.h"
 #include "zrcore/component.h"
+#include "zrcore/configuration.h"
 #include "zrcore/datetime.h"
 #include "zrcore/error_info.h"
 #include "zrcore/lifecycle.h"

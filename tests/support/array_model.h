@@ -59,18 +59,18 @@ inline bool StoreSlowly(ZRVARIANT& temporary, uint16_t target, char* element) {
   }
   const uint16_t canonical = CanonicalTag(target);
   if ((temporary.Type & ZR_VT_ARRAY) != 0) return false;
-  Holder value, converted, last;
+  OwnedVariant value, converted, last;
   const bool isDirect = CanonicalTag(temporary.Type & ZR_VT_TYPEMASK) == canonical;
-  if (ZR_FAILED(ZrVariantCopyInd(&value.variant, &temporary))) return false;
-  if (isDirect) return ZrVariantCopy(&last.variant, &value.variant) == ZR_R_OK && Take(last.variant, target, element);
-  if ((value.variant.Type & ZR_VT_ARRAY) != 0) return false;
-  if (ZrVariantChangeType(&converted.variant, &value.variant, 0, target) != ZR_R_OK) {
-    if (target == ZR_VT_SREF) ZrDestroySREF(converted.variant.Value.sref);  // remains that nobody owns
+  if (ZR_FAILED(ZrVariantCopyInd(&value, &temporary))) return false;
+  if (isDirect) return ZrVariantCopy(&last, &value) == ZR_R_OK && Take(last, target, element);
+  if ((value.Type & ZR_VT_ARRAY) != 0) return false;
+  if (ZrVariantChangeType(&converted, &value, 0, target) != ZR_R_OK) {
+    if (target == ZR_VT_SREF) ZrDestroySREF(converted.Value.sref);  // remains that nobody owns
     return false;
   }
-  if (converted.variant.Type == canonical) return Take(converted.variant, target, element);
-  if (ZrVariantChangeType(&last.variant, &converted.variant, 0, canonical) != ZR_R_OK) return true;
-  return Take(last.variant, target, element);
+  if (converted.Type == canonical) return Take(converted, target, element);
+  if (ZrVariantChangeType(&last, &converted, 0, canonical) != ZR_R_OK) return true;
+  return Take(last, target, element);
 }
 
 inline bool ConvertSlowly(uint16_t source, const char* from, uint16_t target, char* element) {
@@ -84,9 +84,9 @@ inline bool ConvertSlowly(uint16_t source, const char* from, uint16_t target, ch
     if (canonical == ZR_VT_R8) return std::memcpy(element, &real, 8) != nullptr;
     if (canonical != ZR_VT_STR && canonical != ZR_VT_VARIANT) return false;
   }
-  Holder temporary;
-  MakeTemporary(source, from, temporary.variant);
-  return StoreSlowly(temporary.variant, target, element);
+  OwnedVariant temporary;
+  MakeTemporary(source, from, temporary);
+  return StoreSlowly(temporary, target, element);
 }
 
 // The elements of an array as another type; `all` tells whether every one converted.

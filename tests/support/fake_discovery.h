@@ -31,6 +31,7 @@ class FakeDiscovery final : public IZrComponentDiscovery {
   std::atomic<uint32_t> references{0}, componentsAsked{0}, namesAsked{0};
   ZRRESULT answer = ZR_R_OK;                          // to what the table knows
   std::function<void(const char* operation)> onCall;  // ahead of any answer; may throw
+  std::function<ZRRESULT(const ZRUUID& classId, ZRSTR name, IZrConfiguration** given)> configure;
 
   uint32_t AddRef() override { return Called("AddRef"), ++references; }
   uint32_t Release() override { return Called("Release"), --references; }
@@ -50,7 +51,10 @@ class FakeDiscovery final : public IZrComponentDiscovery {
     *entryPoints = row->points;
     return answer;
   }
-  ZRRESULT QueryConfiguration(const ZRUUID*, ZRSTR, IZrConfiguration**) override { return ZR_R_NOT_IMPLEMENTED; }
+  ZRRESULT QueryConfiguration(const ZRUUID* classId, ZRSTR name, IZrConfiguration** given) override {
+    Called("QueryConfiguration");
+    return configure ? configure(*classId, name, given) : ZR_R_NOT_IMPLEMENTED;
+  }
   ZRRESULT QueryClassId(ZRSTR className, ZRUUID* classId) override {
     ++namesAsked;
     Called("QueryClassId");

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "zrcore/zrcore.h"
@@ -98,4 +99,16 @@ inline std::string ModelBytes(const std::basic_string<WCHAR>& units) {
   std::string bytes;
   for (WCHAR unit : units) bytes += ModelByte(unit);
   return bytes;
+}
+
+// Whether the library reads a text as date and time, or as time, the way that its model does. `record` is what it read.
+inline bool ReadsAsModelled(uint8_t (*read)(ZRSTR, ZRDATETIMESTRUCT*),
+                            bool (*model)(const std::string&, ZRDATETIMESTRUCT&), const std::basic_string<WCHAR>& units,
+                            ZRDATETIMESTRUCT& record) {
+  ZRSTR text = ZrCreateStringByteLen(units.data(), static_cast<uint32_t>(units.size() * sizeof(WCHAR)));
+  ZRDATETIMESTRUCT expected;
+  std::memset(&record, 0xA5, sizeof record);
+  const bool isRead = read(text, &record) != 0;
+  ZrDestroyString(text);
+  return isRead == model(ModelBytes(units), expected) && std::memcmp(&record, &expected, sizeof record) == 0;
 }

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "zrcore/zrcore.h"
@@ -29,6 +30,12 @@ inline void PutUnits(std::vector<WCHAR>& to, uint32_t value) {
   to.push_back(static_cast<WCHAR>(0xDC00 + ((value - 0x10000) & 0x3FF)));
 }
 
+// How many bytes follow a lead byte, and the bits that it has of the value.
+inline std::pair<size_t, uint32_t> Lead(uint8_t byte) {
+  if (byte < 0xC0) return {0, byte};
+  return byte < 0xE0 ? std::pair(1, byte - 0xC0u) : byte < 0xF0 ? std::pair(2, byte - 0xE0u) : std::pair(3, byte % 8u);
+}
+
 // `size` bytes and one behind.
 inline Outcome<WCHAR> StringFromUtf8(const std::vector<uint8_t>& bytes, size_t size) {
   Outcome<WCHAR> outcome{ZR_R_OK, {}};
@@ -49,8 +56,7 @@ inline Outcome<WCHAR> StringFromUtf8(const std::vector<uint8_t>& bytes, size_t s
   }
   for (size_t at = 0; at < size && outcome.units.size() < count;) {
     const uint8_t byte = bytes[at];
-    const size_t tails = byte < 0xC0 ? 0 : byte < 0xE0 ? 1 : byte < 0xF0 ? 2 : 3;
-    uint32_t value = tails == 0 ? byte : tails == 1 ? byte - 0xC0u : tails == 2 ? byte - 0xE0u : (byte - 0xF0u) % 8;
+    auto [tails, value] = Lead(byte);
     if (at + tails > size) break;
     for (size_t tail = 1; tail <= tails; ++tail) value = value * 64 + bytes[at + tail] % 64;
     outcome.readsBehind = outcome.readsBehind || at + tails == size;
@@ -186,13 +192,11 @@ inline Outcome<char32_t> RangeUtf16To32(const std::vector<WCHAR>& from, bool sto
 inline Outcome<char32_t> RangeUtf8To32(const std::vector<char>& from, bool stop) {
   Outcome<char32_t> outcome{ZR_R_OK, {}};
   for (size_t at = 0; at < from.size() && !(stop && from[at] == 0); ++at) {
-    const auto lead = static_cast<uint8_t>(from[at]);
-    const size_t tails = lead < 0xC0 ? 0 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
+    auto [tails, value] = Lead(static_cast<uint8_t>(from[at]));
     if (at + tails >= from.size()) {
       outcome.result = ZR_R_INVALID_ARGUMENTS;
       break;
     }
-    uint32_t value = tails == 0 ? lead : tails == 1 ? lead - 0xC0u : tails == 2 ? lead - 0xE0u : (lead - 0xF0u) % 8;
     for (size_t tail = 0; tail < tails; ++tail) value = value * 64 + static_cast<uint8_t>(from[++at]) % 64;
     outcome.units.push_back(value);
   }

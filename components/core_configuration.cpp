@@ -1,0 +1,107 @@
+// Three interfaces deep, one value at a time. Results are not looked at on the way: an object came or it didn't.
+
+#include "components/core_configuration.h"
+
+#include <cstring>
+#include <utility>
+
+#include "text/code_units.h"
+#include "text/counted_string.h"
+#include "variants/variant_record.h"
+#include "zrcore/configuration.h"
+
+// One reference on an object of the host's.
+template <class Interface>
+class CObjectHolder {
+ public:
+  CObjectHolder() = default;
+  CObjectHolder(const CObjectHolder&) = delete;
+  CObjectHolder& operator=(const CObjectHolder&) = delete;
+  // Has something to do only while an exception passes, which must not meet a second one.
+  ~CObjectHolder() {
+    try {
+      Release();
+    } catch (...) {
+    }
+  }
+
+  explicit operator bool() const noexcept { return object_ != nullptr; }
+  Interface* operator->() const noexcept { return object_; }
+  Interface** Receive() noexcept { return &object_; }  // once, for an out-parameter
+
+  // What the object throws passes through.
+  void Release() {
+    if (Interface* object = std::exchange(object_, nullptr)) object->Release();
+  }
+
+ private:
+  Interface* object_ = nullptr;
+};
+
+// ---- One value -----------------------------------------------------------------------------------------------------
+
+// The number in a record, held or pointed at, converted if need be; 0 if there is none.
+template <class Number>
+static Number NumberIn(const ZRVARIANT& record, uint16_t type) {
+  Number number = 0;
+  if ((record.Type & ZR_VT_TYPEMASK) == type && !HasFlag(record.Type, ZR_VT_ARRAY)) {
+    const void* address = HasFlag(record.Type, ZR_VT_BYREF) ? record.Value.address : &record.Value;
+    if (address != nullptr) std::memcpy(&number, address, sizeof number);
+    return number;
+  }
+  CVariantHolder holder;
+  ZRVARIANT& converted = holder.Mutable();
+  (void)ZrVariantCopyInd(&converted, &record);  // what can't be copied doesn't convert either
+  const ZRRESULT result = ZrVariantChangeType(&converted, &converted, 0, type);
+  // (An array converts, but to an array.)
+  if (result == ZR_R_OK && !HasFlag(converted.Type, ZR_VT_ARRAY)) {
+    std::memcpy(&number, &converted.Value, sizeof number);
+  }
+  ResetVariant(converted);
+  return number;
+}
+
+// The value of that name as a number of the type, or 0, which is the default of all.
+template <class Number>
+static Number ReadNumber(CObjectHolder<IZrConfigurationSection>& section, const WCHAR* name, uint16_t type) {
+  const CStringHolder lentName = CStringHolder::Adopt(ZrCreateString(name));
+  if (lentName.Get() == nullptr) return 0;  // exhausted memory; nobody can be asked without a name
+  CObjectHolder<IZrConfigurationValue> value;
+  (void)section->QueryValue(lentName.Get(), value.Receive());
+  if (!value) return 0;
+
+  ZRVARIANT lentDefault = kResetVariant;
+  lentDefault.Type = type;
+  CVariantHolder answer;
+  const ZRRESULT result = value->Read(&lentDefault, type, answer.Receive());
+  const Number number = result >= 0 ? NumberIn<Number>(answer.Get(), type) : Number{0};
+  // By hand, since what is released may throw. A number that is pointed at is the value object's, so that goes last.
+  ResetVariant(answer.Mutable());
+  value.Release();
+  return number;
+}
+
+// ---- All of them ---------------------------------------------------------------------------------------------------
+
+CoreConfiguration ReadCoreConfiguration(IZrComponentDiscovery& discovery) {
+  CoreConfiguration read;
+  CObjectHolder<IZrConfiguration> configuration;
+  {
+    const CStringHolder name = CStringHolder::Adopt(ZrCreateString(Wide("ZrCore").data()));
+    if (name.Get() == nullptr) return read;  // as above
+    const ZRUUID nil{};
+    (void)discovery.QueryConfiguration(&nil, name.Get(), configuration.Receive());
+  }
+  if (!configuration) return read;
+  CObjectHolder<IZrConfigurationSection> section;
+  (void)configuration->QuerySection(section.Receive());
+  if (section) {
+    // Exactly 1: a boolean may hold any byte, and no other one turns the caches on.
+    read.enableAllocator = ReadNumber<uint8_t>(section, Wide("EnableAllocator").data(), ZR_VT_BOOL) == 1;
+    read.refCap = ReadNumber<uint32_t>(section, Wide("ZR_VT_REF").data(), ZR_VT_UI4);
+    read.srefCap = ReadNumber<uint32_t>(section, Wide("ZR_VT_SREF").data(), ZR_VT_UI4);
+    section.Release();
+  }
+  configuration.Release();
+  return read;
+}

@@ -1,0 +1,36 @@
+#include "host/settings.h"
+
+/// CTextValue is one value, with a reference of its own on the text.
+class CTextValue final : public CCounted<IZrConfigurationValue> {
+ public:
+  explicit CTextValue(ZRSTR text) : text_(ZrCopyString(text)) {}
+
+  ZRRESULT Read(const ZRVARIANT*, uint16_t, ZRVARIANT* value) override {
+    value->Type = ZR_VT_STR;
+    value->Value.string = ZrCopyString(text_.get());
+    return ZR_R_OK;
+  }
+
+ private:
+  StringOwner text_;
+};
+
+void CSettings::Add(std::u16string_view name, std::u16string_view text) {
+  entries_.push_back(Entry{StringOwner(MakeString(name)), StringOwner(MakeString(text))});
+}
+
+ZRRESULT CSettings::QuerySection(IZrConfigurationSection** section) {
+  AddRef();
+  *section = this;
+  return ZR_R_OK;
+}
+
+ZRRESULT CSettings::QueryValue(ZRSTR name, IZrConfigurationValue** value) {
+  for (const Entry& entry : entries_) {
+    if (Units(entry.name.get()) != Units(name)) continue;
+    *value = new CTextValue(entry.text.get());
+    ++asked_;
+    return ZR_R_OK;
+  }
+  return ZR_R_NOT_EXISTING;
+}
