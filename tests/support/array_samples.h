@@ -14,6 +14,9 @@
 
 #include "tests/support/variant_text.h"
 
+// The string whose owners are counted; wherever this very one is held, " shared" is shown.
+inline const Owned g_shared(Units(W("common")));
+
 // A variable for an element of any type.
 union Element {
   ZRVARIANT variant;
@@ -89,6 +92,13 @@ inline std::string Hex(const void* bytes, std::size_t size) {
   return text;
 }
 
+inline std::string ShowOwner(uint16_t tag, const ZRVARIANTVALUE& value) {
+  ZRSTR text = tag == ZR_VT_STR                             ? value.string
+               : tag == ZR_VT_SREF && value.sref != nullptr ? value.sref->text
+                                                            : nullptr;
+  return text == g_shared.string ? " shared" : "";
+}
+
 std::string ShowVariant(const ZRVARIANT& variant);
 
 // Numbers and UUIDs by their bytes.
@@ -97,7 +107,8 @@ inline std::string ShowElement(uint16_t tag, const void* at) {
   std::memcpy(&element, at, WidthOf(tag));
   if (tag == ZR_VT_VARIANT) return ShowVariant(element.variant);
   const bool isPointer = tag == ZR_VT_BLOB || tag == ZR_VT_UNKNOWN || tag >= ZR_VT_STR;
-  return isPointer ? DescribePayload(*NameOf(tag), element.value) : Hex(at, WidthOf(tag));
+  if (!isPointer) return Hex(at, WidthOf(tag));
+  return DescribePayload(*NameOf(tag), element.value) + ShowOwner(tag, element.value);
 }
 
 inline std::vector<std::string> ShowEach(uint16_t tag, ZRSAFEARRAY array) {
@@ -127,7 +138,7 @@ inline std::string ShowArray(ZRSAFEARRAY array) {
 
 inline std::string ShowVariant(const ZRVARIANT& variant) {
   const bool holdsArray = (variant.Type & (ZR_VT_ARRAY | ZR_VT_BYREF)) == ZR_VT_ARRAY;
-  return Describe(variant) + (holdsArray ? ShowArray(variant.Value.array) : "");
+  return Describe(variant) + (holdsArray ? ShowArray(variant.Value.array) : ShowOwner(variant.Type, variant.Value));
 }
 
 // What becomes of an element that is copied by its family.
@@ -198,6 +209,7 @@ class Samples {
         break;
       case ZR_VT_STR:
         addEach({"null"});
+        add(ZrCopyString(g_shared));
         for (const char* text : kTexts) addEach({text});
         break;
       case ZR_VT_BLOB:
@@ -213,6 +225,7 @@ class Samples {
         break;
       case ZR_VT_SREF:
         addEach({"null", "neither", "1.2.4294967295.4.5.6", "text 6.5.4.3.2.1", "1.2.3.4.5.6 text name"});
+        elements.back().value.sref->text = (ZrDestroyString(elements.back().value.sref->text), ZrCopyString(g_shared));
         break;
       case ZR_VT_UNKNOWN:
       case ZR_VT_DISPATCH:
