@@ -46,8 +46,13 @@ struct FakeConfiguration final : IZrConfiguration, IZrConfigurationSection, IZrC
     EXPECT_EQ(std::memcmp(value, &expected, sizeof expected), 0);
     expected.Type = type;
     EXPECT_EQ(std::memcmp(defaultValue, &expected, sizeof expected), 0) << "all defaults are 0";
-    *value = current_.variant;  // as it is, wrong ones too
-    if (value->Type == ZR_VT_STR) ZrCopyString(value->Value.string);
+    const bool isGiven =
+        current_.variant.Type == ZR_VT_STR || (current_.variant.Type & (ZR_VT_ARRAY | ZR_VT_BYREF)) == ZR_VT_ARRAY;
+    if (isGiven) {
+      (void)ZrVariantCopy(value, &current_.variant);
+    } else {
+      *value = current_.variant;  // as it is, wrong ones too
+    }
     return onCall(), current_.result;
   }
 
