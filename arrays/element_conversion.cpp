@@ -187,7 +187,7 @@ static bool StoreInterface(const ZRVARIANT& lent, uint16_t tag, void* element) {
   const bool isTaken = lentTag == ZR_VT_DISPATCH || (lentTag == ZR_VT_UNKNOWN && tag == ZR_VT_UNKNOWN);
   if (!isTaken) return false;
   const ZRVARIANTVALUE payload = DuplicatePayload(PayloadKind::Interface, lent.Value);
-  std::memcpy(element, &payload.unknown, sizeof payload.unknown);
+  std::memcpy(element, &payload.address, sizeof payload.address);
   return true;
 }
 
