@@ -183,10 +183,12 @@ class CPayloadHolder {
 };
 
 static bool StoreInterface(const ZRVARIANT& lent, uint16_t tag, void* element) {
-  const bool isTaken = lent.Type == ZR_VT_DISPATCH || (lent.Type == ZR_VT_UNKNOWN && tag == ZR_VT_UNKNOWN);
+  if (HasFlag(lent.Type, ZR_VT_ARRAY | ZR_VT_BYREF)) return false;
+  const uint16_t lentTag = lent.Type & ZR_VT_TYPEMASK;  // without the bits that mean nothing
+  const bool isTaken = lentTag == ZR_VT_DISPATCH || (lentTag == ZR_VT_UNKNOWN && tag == ZR_VT_UNKNOWN);
   if (!isTaken) return false;
   const ZRVARIANTVALUE payload = DuplicatePayload(PayloadKind::Interface, lent.Value);
-  std::memcpy(element, &payload.unknown, sizeof payload.unknown);
+  std::memcpy(element, &payload.address, sizeof payload.address);
   return true;
 }
 
