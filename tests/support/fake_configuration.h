@@ -48,6 +48,7 @@ struct FakeConfiguration final : IZrConfiguration, IZrConfigurationSection, IZrC
     EXPECT_EQ(std::memcmp(defaultValue, &expected, sizeof expected), 0) << "all defaults are 0";
     *value = current_.variant;  // as it is, wrong ones too
     if (value->Type == ZR_VT_STR) ZrCopyString(value->Value.string);
+    if (value->Type == ZR_VT_UNKNOWN) value->Value.unknown->AddRef();
     return onCall(), current_.result;
   }
 
