@@ -22,11 +22,11 @@ void CZrSafeArrayElement::MakeDescriptor(uint16_t tag, uint32_t dimensions, uint
   descriptor_ =
       HeapNew<ZrSafeArrayDescriptor>(ZrSafeArrayDescriptor{dimensions, elementCount, tag, this, nullptr, nullptr});
   descriptor_->bounds = bounds_ = CopyBounds(dimensions, bounds).release();
-  accessor_ = CreateAccessorForTag(tag);
 }
 
 CZrSafeArrayElement::CZrSafeArrayElement(uint16_t tag, uint32_t dimensions, const ZrSafeArrayBound* bounds) noexcept {
   MakeDescriptor(tag & ZR_VT_TYPEMASK, dimensions, bounds->elementCount, bounds);
+  accessor_ = CreateAccessorForTag(tag & ZR_VT_TYPEMASK);
   if (accessor_ == nullptr) return;
   if (accessor_->AllocateData(dimensions, bounds_, &descriptor_->data) != ZR_R_OK) return;
   descriptor_->elementCount = ProductOfCounts(dimensions, bounds_);
@@ -36,7 +36,9 @@ CZrSafeArrayElement::CZrSafeArrayElement(const CZrSafeArrayElement& source) noex
   const ZrSafeArrayDescriptor* from = source.descriptor_;
   if (from == nullptr || source.bounds_ == nullptr) return;
   MakeDescriptor(from->vartype, from->dimensions, from->elementCount, source.bounds_);
-  if (accessor_ != nullptr) (void)accessor_->CopyData(from->dimensions, bounds_, from->data, &descriptor_->data);
+  if (source.accessor_ == nullptr) return;
+  accessor_ = CreateAccessorForTag(*source.accessor_->AccessorType());  // which knows the elements; the tag may not
+  (void)accessor_->CopyData(from->dimensions, bounds_, from->data, &descriptor_->data);
 }
 
 CZrSafeArrayElement::~CZrSafeArrayElement() {
@@ -109,5 +111,6 @@ void CZrSafeArrayElement::Compare(const CZrSafeArrayElement& other, uint8_t* equ
   *equal = 1;
   if (this == &other || bounds_ == nullptr || other.bounds_ == nullptr || accessor_ == nullptr) return;
   if (descriptor_->vartype != other.descriptor_->vartype) return;  // of one shape and of different types: equal
+  if (other.accessor_ == nullptr || *accessor_->AccessorType() != *other.accessor_->AccessorType()) return;
   (void)accessor_->CompareData(descriptor_, other.descriptor_, bounds_, equal);
 }

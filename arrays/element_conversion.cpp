@@ -175,9 +175,9 @@ static void LendElement(uint16_t tag, const char* element, ZRVARIANT& lent) noex
     case PayloadKind::Sref:
     case PayloadKind::String:
       std::memcpy(&lent.Value.address, element, sizeof lent.Value.address);
-      if (what.kind != PayloadKind::String && lent.Value.address == nullptr) return;  // empty, without the tag
       lent.Type = tag;
-      lent = LendCopy(lent);
+      lent = LendCopy(lent);  // null for a ZRSREF without fields
+      if (lent.Value.address == nullptr) lent = kResetVariant;
       return;
     default:
       lent.Type = VariantTag(tag);
@@ -218,17 +218,11 @@ static bool StoreInterface(const ZRVARIANT& lent, uint16_t tag, void* element) {
   return true;
 }
 
-static bool StoreScalar(const ZRVARIANT& lent, uint16_t tag, void* element) {
+// A scalar by value. `isDirect` tells that the element takes the payload as it is.
+static bool StoreValue(const ZRVARIANT& lent, bool isDirect, uint16_t tag, void* element) {
   const CTag what = TagOf(tag);
-  if (HasFlag(lent.Type, ZR_VT_ARRAY)) return false;
-  if (HasFlag(lent.Type, ZR_VT_BYREF)) {
-    CVariantHolder behind;
-    if (ZrVariantCopyInd(behind.Receive(), &lent) < 0) return false;
-    return StoreScalar(LendCopy(behind.Get()), tag, element);
-  }
-  const uint16_t lentTag = lent.Type & ZR_VT_TYPEMASK;
   CPayloadHolder stored(what.kind, kResetVariant.Value);
-  if (IsDirect(lentTag, tag)) {
+  if (isDirect) {
     if (what.kind == PayloadKind::Uuid) {
       if (lent.Value.uuid != nullptr) std::memcpy(element, lent.Value.uuid, sizeof(ZRUUID));
       return true;
@@ -239,6 +233,18 @@ static bool StoreScalar(const ZRVARIANT& lent, uint16_t tag, void* element) {
   }
   stored.MoveInto(element, what.width);
   return true;
+}
+
+static bool StoreScalar(const ZRVARIANT& lent, uint16_t tag, void* element) {
+  if (HasFlag(lent.Type, ZR_VT_ARRAY)) return false;
+  const uint16_t lentTag = lent.Type & ZR_VT_TYPEMASK;
+  if (!HasFlag(lent.Type, ZR_VT_BYREF)) return StoreValue(lent, IsDirect(lentTag, tag), tag, element);
+  CVariantHolder behind;
+  if (ZrVariantCopyInd(behind.Receive(), &lent) < 0 || HasFlag(behind.Get().Type, ZR_VT_ARRAY)) return false;
+  // Behind a reference to a record lies any tag, and only the very same is taken as it is: 2 becomes a boolean 1.
+  const uint16_t tagBehind = behind.Get().Type & ZR_VT_TYPEMASK;
+  const bool isDirect = lentTag == ZR_VT_VARIANT ? tagBehind == tag : IsDirect(tagBehind, tag);
+  return StoreValue(LendCopy(behind.Get()), isDirect, tag, element);
 }
 
 bool ConvertElements(uint16_t sourceTag, const void* source, uint16_t targetTag, void* target, uint32_t count) {
