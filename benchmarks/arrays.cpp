@@ -90,13 +90,6 @@ class CArray {
   CArray(uint16_t tag, std::vector<ZrSafeArrayBound> bounds)
       : array_(ZrSafeArrayCreate(tag, static_cast<uint32_t>(bounds.size()), bounds.data())) {}
   CArray(uint16_t tag, uint32_t count) : CArray(tag, {{count, 0}}) {}
-  template <class Element>
-  CArray(uint16_t tag, const std::vector<Element>& elements) : CArray(tag, static_cast<uint32_t>(elements.size())) {
-    void* data = nullptr;
-    Require(ZrSafeArrayAccessData(array_, &data) == ZR_R_OK && data != nullptr, "an array lends its elements");
-    std::memcpy(data, elements.data(), elements.size() * sizeof(Element));
-    ZrSafeArrayUnaccessData(array_);
-  }
   CArray(const CArray& other) {
     Require(ZrSafeArrayCopy(other.array_, &array_) == ZR_R_OK && array_ != nullptr, "an array is copied");
   }
@@ -105,14 +98,27 @@ class CArray {
   ~CArray() { ZrSafeArrayDestroy(array_); }
 
   ZRSAFEARRAY Get() const { return array_; }
+  // Calls `write` with the elements.
+  template <class Element, class Write>
+  void Access(Write write) const {
+    void* data = nullptr;
+    Require(ZrSafeArrayAccessData(array_, &data) == ZR_R_OK && data != nullptr, "an array lends its elements");
+    write(static_cast<Element*>(data));
+    ZrSafeArrayUnaccessData(array_);
+  }
 
  private:
   ZRSAFEARRAY array_ = nullptr;
 };
 
+// No other block is made on the way, which would leave a hole in the heap in front of the array.
 template <class Element, class At>
 static CArray FilledArray(uint16_t tag, uint32_t count, At at) {
-  return CArray(tag, Filled<std::vector<Element>>(count, at));  // which takes over what the elements own
+  CArray array(tag, count);
+  array.Access<Element>([=](Element* elements) {
+    for (uint32_t index = 0; index < count; ++index) elements[index] = As<Element>(at(index));
+  });
+  return array;
 }
 
 // A copy that shares no block with the original.
@@ -260,27 +266,29 @@ static Container Mixed(uint32_t count) {
   Container container;
   container.reserve(count);
   using Element = typename Container::value_type;
-  for (uint32_t index = 0; index < count; index += 3) {
-    container.push_back(As<Element>(IntegerAt(index)));
-    container.push_back(As<Element>(RealAt(index + 1)));
-    container.push_back(As<Element>(SentenceAt(index + 2)));
+  for (uint32_t index = 0; index < count; ++index) {
+    container.push_back(index % 3 == 0   ? As<Element>(IntegerAt(index))
+                        : index % 3 == 1 ? As<Element>(RealAt(index))
+                                         : As<Element>(SentenceAt(index)));
   }
   return container;
 }
 
 static CArray MixedArray(uint32_t count) {
-  std::vector<ZRVARIANT> variants;
-  for (uint32_t index = 0; index < count; index += 3) {
-    ZRVARIANT integer = ZR_VARIANT_INIT, real = ZR_VARIANT_INIT, text = ZR_VARIANT_INIT;
-    integer.Type = ZR_VT_I4;
-    integer.Value.i4 = IntegerAt(index);
-    real.Type = ZR_VT_R8;
-    real.Value.r8 = RealAt(index + 1);
-    text.Type = ZR_VT_STR;
-    text.Value.string = As<ZRSTR>(SentenceAt(index + 2));
-    variants.insert(variants.end(), {integer, real, text});
-  }
-  return CArray(ZR_VT_VARIANT, variants);
+  return FilledArray<ZRVARIANT>(ZR_VT_VARIANT, count, [](uint32_t index) {
+    ZRVARIANT variant = ZR_VARIANT_INIT;
+    if (index % 3 == 0) {
+      variant.Type = ZR_VT_I4;
+      variant.Value.i4 = IntegerAt(index);
+    } else if (index % 3 == 1) {
+      variant.Type = ZR_VT_R8;
+      variant.Value.r8 = RealAt(index);
+    } else {
+      variant.Type = ZR_VT_STR;
+      variant.Value.string = As<ZRSTR>(SentenceAt(index));
+    }
+    return variant;
+  });
 }
 
 static void CopyVariantRows(uint32_t count) {
@@ -332,8 +340,6 @@ static void RedimRows(uint32_t count) {
 }
 
 // ---- Elements and blocks --------------------------------------------------------------------------------------------
-
-using ArrayHolder = std::shared_ptr<const CArray>;
 
 // What one call must do: tests for null, the flag taken and left, the offset from the bounds.
 template <std::size_t dimensions>
@@ -428,11 +434,12 @@ static int64_t Sum(const int32_t* numbers, uint32_t count) {
 static void WalkRows(uint32_t count) {
   const std::string operation = Elements(count, "int32, sum by direct access");
   const auto numbers = std::make_shared<const std::vector<int32_t>>(Filled<std::vector<int32_t>>(count, IntegerAt));
-  Row(operation, "ZrCore", [count, array = std::make_shared<const CArray>(ZR_VT_I4, *numbers)] {
-    void* data = nullptr;
-    if (ZrSafeArrayAccessData(array->Get(), &data) == ZR_R_OK) Consume(Sum(static_cast<int32_t*>(data), count));
-    ZrSafeArrayUnaccessData(array->Get());
-  });
+  Row(operation, "ZrCore",
+      [count, array = std::make_shared<const CArray>(FilledArray<int32_t>(ZR_VT_I4, count, IntegerAt))] {
+        void* data = nullptr;
+        if (ZrSafeArrayAccessData(array->Get(), &data) == ZR_R_OK) Consume(Sum(static_cast<int32_t*>(data), count));
+        ZrSafeArrayUnaccessData(array->Get());
+      });
   Row(operation, "std::vector", [count, numbers] { Consume(Sum(numbers->data(), count)); });
 #if BENCH_QT
   Row(operation, "QList",
@@ -452,8 +459,8 @@ static void CompareRows(uint32_t count) {
   const auto numbers = std::make_shared<const std::vector<double>>(Filled<std::vector<double>>(count, RealAt));
   const auto others = std::make_shared<const std::vector<double>>(*numbers);
   Row(operation, "ZrCore",
-      [left = std::make_shared<const CArray>(ZR_VT_R8, *numbers),
-       right = std::make_shared<const CArray>(ZR_VT_R8, *others)] {
+      [left = std::make_shared<const CArray>(FilledArray<double>(ZR_VT_R8, count, RealAt)),
+       right = std::make_shared<const CArray>(FilledArray<double>(ZR_VT_R8, count, RealAt))] {
         uint8_t equal = 0;
         Consume(ZrSafeArrayCompare(left->Get(), right->Get(), &equal));
         Consume(equal);
