@@ -242,7 +242,11 @@ static bool StoreScalar(const ZRVARIANT& lent, uint16_t tag, void* element) {
   const uint16_t lentTag = lent.Type & ZR_VT_TYPEMASK;
   if (!HasFlag(lent.Type, ZR_VT_BYREF)) return StoreValue(lent, IsDirect(lentTag, tag), tag, element);
   CVariantHolder behind;
-  if (ZrVariantCopyInd(behind.Receive(), &lent) < 0 || HasFlag(behind.Get().Type, ZR_VT_ARRAY)) return false;
+  if (ZrVariantCopyInd(behind.Receive(), &lent) < 0) return false;
+  if (HasFlag(behind.Get().Type, ZR_VT_ARRAY)) {  // converts if its elements do, and no element has room for it
+    CVariantHolder converted;
+    return ZrVariantChangeType(converted.Receive(), &behind.Get(), 0, tag) == ZR_R_OK;
+  }
   // Behind a reference to a record lies any tag, and only the very same is taken as it is: 2 becomes a boolean 1.
   const uint16_t tagBehind = behind.Get().Type & ZR_VT_TYPEMASK;
   const bool isDirect = lentTag == ZR_VT_VARIANT ? tagBehind == tag : IsDirect(tagBehind, tag);

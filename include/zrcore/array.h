@@ -195,7 +195,8 @@ ZR_API ZRRESULT ZrSafeArrayGetUBound(ZRSAFEARRAY array, uint32_t dimension, uint
 ///   - Every element becomes a ZR_VT_VARIANT, with the plain name's tag where several types are one (a boolean:
 ///     ZR_VT_UI1).
 ///   - Elements that are variants convert by their own types, by-reference ones too, but for interface pointers; those
-///     with arrays don't convert.
+///     with arrays don't convert. One that refers to a variant with an array counts as converted if all of that array's
+///     elements do, and becomes zero or null.
 ///
 /// @param flags  no effect; pass 0.
 /// @param tag    of the new elements; flags in it are dropped.

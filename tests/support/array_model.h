@@ -63,12 +63,12 @@ inline bool StoreSlowly(ZRVARIANT& temporary, uint16_t target, char* element) {
   const bool isDirect = CanonicalTag(temporary.Type & ZR_VT_TYPEMASK) == canonical;
   if (ZR_FAILED(ZrVariantCopyInd(&value, &temporary))) return false;
   if (isDirect) return ZrVariantCopy(&last, &value) == ZR_R_OK && Take(last, target, element);
-  if ((value.Type & ZR_VT_ARRAY) != 0) return false;
   if (ZrVariantChangeType(&converted, &value, 0, target) != ZR_R_OK) {
     if (target == ZR_VT_SREF) ZrDestroySREF(converted.Value.sref);  // remains that nobody owns
     return false;
   }
   if (converted.Type == canonical) return Take(converted, target, element);
+  if ((converted.Type & ZR_VT_ARRAY) != 0) return true;  // a handle is no element
   if (ZrVariantChangeType(&last, &converted, 0, canonical) != ZR_R_OK) return true;
   return Take(last, target, element);
 }
