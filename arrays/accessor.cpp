@@ -154,12 +154,19 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     if (descriptor == nullptr || bounds == nullptr || oldBounds == nullptr) return ZR_R_INVALID_POINTER;
     const uint32_t oldDimensions = descriptor->dimensions;
     const uint32_t count = ProductOfCounts(dimensions, bounds);
-    const uint32_t kept = std::min(count, ProductOfCounts(oldDimensions, oldBounds));
+    const uint32_t oldCount = ProductOfCounts(oldDimensions, oldBounds);
     CStorageHolder fresh(*this, dimensions, bounds);
-    (void)AllocateData(dimensions, bounds, fresh.Receive());
     void* before = descriptor->data;
-    if (before != nullptr && kept != 0) CarryElements(static_cast<Element*>(before), fresh.Get(), kept);
-
+    if (before == nullptr || count == 0) {
+      (void)AllocateData(dimensions, bounds, fresh.Receive());
+    } else if constexpr (Kind::kIsPlain) {
+      *fresh.Receive() = ResizeBlock(std::exchange(before, nullptr), oldCount, count);
+    } else {
+      (void)AllocateData(dimensions, bounds, fresh.Receive());
+      const auto* from = static_cast<const Element*>(before);
+      auto* to = static_cast<Element*>(fresh.Get());
+      for (uint32_t index = 0; index < std::min(count, oldCount); ++index) Kind::Carry(from[index], to[index]);
+    }
     descriptor->data = fresh.Detach();
     descriptor->dimensions = dimensions;
     descriptor->bounds = nullptr;
@@ -193,12 +200,11 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     }
   }
 
-  static void CarryElements(const Element* from, void* to, uint32_t count) {
-    if constexpr (Kind::kIsPlain) {
-      std::memcpy(to, from, sizeof(Element) * count);
-    } else {
-      for (uint32_t index = 0; index < count; ++index) Kind::Carry(from[index], static_cast<Element*>(to)[index]);
-    }
+  // The block with room for another number of plain elements, new ones zero. It is unchanged if this throws.
+  static void* ResizeBlock(void* block, std::size_t oldCount, std::size_t count) {
+    auto* elements = static_cast<Element*>(ReallocateOrThrow(block, sizeof(Element) * count));
+    if (count > oldCount) std::memset(elements + oldCount, 0, sizeof(Element) * (count - oldCount));
+    return elements;
   }
 
   static bool AreElementsEqual(const Element* left, const Element* right, uint32_t count) {

@@ -91,12 +91,19 @@ ZRRESULT CZrSafeArrayElement::Redim(uint32_t dimensions, const ZrSafeArrayBound*
   if (descriptor_ == nullptr || bounds_ == nullptr) return ZR_R_INVALID_OBJECT_STATE;
   if (bounds == nullptr || dimensions == 0) return ZR_R_INVALID_ARGUMENTS;
   if (accessor_ == nullptr) return ZR_R_FAILED;
-  CBoundsHolder copy = CopyBounds(dimensions, bounds);
-  if (const ZRRESULT result = accessor_->RedimData(descriptor_, dimensions, copy.get(), bounds_); result != ZR_R_OK) {
+  // Their block is used again if it has room: a small one would end up behind large elements and keep them from
+  // growing.
+  CBoundsHolder copy = dimensions > descriptor_->dimensions ? CopyBounds(dimensions, bounds) : nullptr;
+  if (const ZRRESULT result = accessor_->RedimData(descriptor_, dimensions, bounds, bounds_); result != ZR_R_OK) {
     return result;
   }
-  std::free(bounds_);
-  descriptor_->bounds = bounds_ = copy.release();
+  if (copy != nullptr) {
+    std::free(bounds_);
+    bounds_ = copy.release();
+  } else {
+    std::memmove(bounds_, bounds, std::size_t{dimensions} * sizeof *bounds);
+  }
+  descriptor_->bounds = bounds_;
   return ZR_R_OK;
 }
 

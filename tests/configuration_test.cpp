@@ -142,20 +142,27 @@ TEST_F(ConfigurationTest, TheFirstDiscoveryDecidesUntilTheLastIsRemoved) {
 }
 
 TEST_F(ConfigurationTest, WhatAnyCallThrowsPassesThroughTheAddition) {
-  for (int n = 1; n <= 13; ++n) {  // two questions, three calls for each value, two releases
-    SCOPED_TRACE(n);
-    Host host({Number(ZR_VT_UI4, 5)});
-    host.configuration.onCall = [calls = 0, n]() mutable {
-      if (++calls == n) throw std::runtime_error("thrown");
-    };
-    EXPECT_THROW(host.Add(), std::runtime_error);
-    EXPECT_EQ(host.configuration.references, 0);
-    EXPECT_EQ(host.discovery.references, 1u) << "it is registered";
-    Host next({Number(ZR_VT_UI4, 6)});
-    EXPECT_EQ(next.Add(), "on 0/6 0/6") << "but not counted";
-    EXPECT_EQ(next.Remove(), kNothing);
-    ZrUninitialize();
-    ZrInitialize();
+  // Two questions, three calls for each value, two releases; an object as a value is released twice more.
+  for (const bool isObject : {false, true}) {
+    for (int n = 1; n <= (isObject ? 19 : 13); ++n) {
+      SCOPED_TRACE(n);
+      Host host({Number(ZR_VT_UI4, 5)});
+      const IZrConfiguration* object = &host.configuration;
+      for (auto& row : host.configuration.values) {
+        if (isObject) row.second.variant = At(ZR_VT_UNKNOWN, object);
+      }
+      host.configuration.onCall = [calls = 0, n]() mutable {
+        if (++calls == n) throw std::runtime_error("thrown");
+      };
+      EXPECT_THROW(host.Add(), std::runtime_error);
+      EXPECT_EQ(host.configuration.references, 0);
+      EXPECT_EQ(host.discovery.references, 1u) << "it is registered";
+      Host next({Number(ZR_VT_UI4, 6)});
+      EXPECT_EQ(next.Add(), "on 0/6 0/6") << "but not counted";
+      EXPECT_EQ(next.Remove(), kNothing);
+      ZrUninitialize();
+      ZrInitialize();
+    }
   }
 }
 

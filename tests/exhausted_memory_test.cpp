@@ -12,6 +12,7 @@
 
 #include "tests/support/array_samples.h"
 #include "tests/support/failing_heap.h"
+#include "tests/support/fake_configuration.h"
 #include "tests/support/fake_discovery.h"
 
 // Runs `operation` until it succeeds; answers how many failures came before, each told by `onFailure` or, if that is
@@ -332,17 +333,30 @@ TEST(ExhaustedMemory, ComponentOperationsAnswerTheirCodes) {
 }
 
 TEST(ExhaustedMemory, WithoutANameNoConfigurationIsAskedFor) {
-  FakeDiscovery discovery;
-  discovery.onCall = [](const std::string& operation) {
-    if (operation == "AddRef") FailAllocation(1);
-    EXPECT_NE(operation, "QueryConfiguration");
-  };
-  ZrInitialize();
-  uint32_t cookie = 0;
-  EXPECT_EQ(ZrAddComponentDiscovery(&discovery, &cookie), ZR_R_OK);
-  EXPECT_TRUE(AllocationFailed());
-  EXPECT_EQ(ZrRemoveComponentDiscovery(cookie), ZR_R_OK);
-  ZrUninitialize();
+  for (const bool isOfValue : {false, true}) {
+    FakeConfiguration configuration;
+    configuration.values[Units()];  // what a null name would find
+    int calls = 0;
+    configuration.onCall = [&calls] {
+      if (++calls == 1) FailAllocation(1);  // the section has been given: the first name is next
+    };
+    FakeDiscovery discovery;
+    discovery.configure = [&](const ZRUUID&, ZRSTR name, IZrConfiguration** given) {
+      EXPECT_TRUE(isOfValue && name != nullptr);
+      *given = configuration.Given();
+      return ZR_R_OK;
+    };
+    discovery.onCall = [isOfValue](const std::string& operation) {
+      if (operation == "AddRef" && !isOfValue) FailAllocation(1);
+    };
+    ZrInitialize();
+    uint32_t cookie = 0;
+    EXPECT_EQ(ZrAddComponentDiscovery(&discovery, &cookie), ZR_R_OK);
+    EXPECT_TRUE(AllocationFailed());
+    EXPECT_EQ(calls, isOfValue ? 5 : 0) << "the section, two values, two releases";
+    EXPECT_EQ(ZrRemoveComponentDiscovery(cookie), ZR_R_OK);
+    ZrUninitialize();
+  }
 }
 
 // Runs the operation on fresh arrays with one allocation after the other failing; answers how often it threw. (Texts

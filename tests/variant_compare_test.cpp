@@ -130,19 +130,21 @@ TEST(VariantCompare, TagsAlone) {
     ZRVARIANT value = ZR_VARIANT_INIT, other = ZR_VARIANT_INIT;
     value.Type = other.Type = static_cast<uint16_t>(tag);
     other.Value.ui8 = tag == ZR_VT_OPAQUE ? 0 : uint64_t{7} << 32;  // behind what is narrow
-    ZRVARIANT reference = ByRef(static_cast<uint16_t>(tag), &behind);
+    const ZRVARIANT reference = ByRef(value.Type, &behind), null = ByRef(value.Type, nullptr);
     const bool isBad = NameOf(tag) == nullptr;
     if (isBad || tag == ZR_VT_VARIANT) {
       EXPECT_EQ(Compared(value, other), kRefused);
     }
     if (isBad || tag == ZR_VT_EMPTY) {
       EXPECT_EQ(Compared(reference, reference), kRefused);
+      EXPECT_EQ(Compared(null, reference), kRefused);
     }
     if (tag == ZR_VT_EMPTY || tag == ZR_VT_OPAQUE) {
       EXPECT_EQ(Compared(value, other), Answer{'='});
     }
     if (tag == ZR_VT_OPAQUE) {
       EXPECT_EQ(Compared(reference, reference), kUnsupported);
+      EXPECT_EQ(Compared(reference, null), kUnsupported);
     }
     if (tag >= ZR_VT_BOOL && tag <= ZR_VT_UI8) {
       EXPECT_EQ(Compared(value, other), Answer{'!'});
@@ -152,6 +154,9 @@ TEST(VariantCompare, TagsAlone) {
   }
   ZRVARIANT opaque = Value("OPAQUE 1"), empty = ZR_VARIANT_INIT;
   EXPECT_EQ(Compared(opaque, Value("OPAQUE 2")), Answer{'!'});
+  const ZRVARIANT somewhere = ByRef(ZR_VT_VARIANT, &empty), nowhere = ByRef(ZR_VT_VARIANT, nullptr);
+  EXPECT_EQ(Compared(somewhere, nowhere), Answer{'-'});
+  EXPECT_EQ(Compared(nowhere, somewhere), Answer{'-'});
   uint8_t equal = 9;
   EXPECT_EQ(ZrVariantCompare(nullptr, &empty, &equal), ZR_R_INVALID_POINTER);
   EXPECT_EQ(ZrVariantCompare(&empty, nullptr, &equal), ZR_R_INVALID_POINTER);

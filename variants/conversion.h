@@ -21,5 +21,8 @@
 // A function a target. `rule` is one of those in the target's column but NotSupported and Invalid.
 using TargetFunction = ZRRESULT(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
 
-TargetFunction ToBool, ToI1, ToI2, ToI4, ToI8, ToUI1, ToUI2, ToUI4, ToUI8, ToR4, ToR8, ToChar32;
-TargetFunction ToCY, ToTime, ToDateTime, ToStr, ToBlob, ToUUID, ToREF, ToSREF;
+// For the integers from 8 to 64 bits, float and double.
+template <class Target>
+ZRRESULT ToNumber(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
+
+TargetFunction ToBool, ToChar32, ToCY, ToTime, ToDateTime, ToStr, ToBlob, ToUUID, ToREF, ToSREF;

@@ -148,7 +148,7 @@ static ZRRESULT ParseNumber(ZRSTR text, ZRVARIANTVALUE& value) {
 // ---- The targets ---------------------------------------------------------------------------------------------------
 
 template <class Target>
-static ZRRESULT ToNumber(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
+ZRRESULT ToNumber(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
   switch (rule) {
     case Rule::Range:
       return WithNumber(source, [&value](auto from) {
@@ -170,45 +170,25 @@ static ZRRESULT ToNumber(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& val
   }
 }
 
-ZRRESULT ToI1(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
-  return ToNumber<int8_t>(rule, source, value);
-}
-ZRRESULT ToI2(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
-  return ToNumber<int16_t>(rule, source, value);
-}
-ZRRESULT ToI4(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
-  return ToNumber<int32_t>(rule, source, value);
-}
-ZRRESULT ToI8(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
-  return ToNumber<int64_t>(rule, source, value);
-}
-ZRRESULT ToUI1(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
-  return ToNumber<uint8_t>(rule, source, value);
-}
-ZRRESULT ToUI2(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
-  return ToNumber<uint16_t>(rule, source, value);
-}
-ZRRESULT ToUI4(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
-  return ToNumber<uint32_t>(rule, source, value);
-}
-ZRRESULT ToUI8(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
-  return ToNumber<uint64_t>(rule, source, value);
-}
-ZRRESULT ToR4(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
-  return ToNumber<float>(rule, source, value);
-}
-ZRRESULT ToR8(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
-  return ToNumber<double>(rule, source, value);
-}
+template ZRRESULT ToNumber<int8_t>(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
+template ZRRESULT ToNumber<int16_t>(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
+template ZRRESULT ToNumber<int32_t>(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
+template ZRRESULT ToNumber<int64_t>(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
+template ZRRESULT ToNumber<uint8_t>(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
+template ZRRESULT ToNumber<uint16_t>(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
+template ZRRESULT ToNumber<uint32_t>(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
+template ZRRESULT ToNumber<uint64_t>(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
+template ZRRESULT ToNumber<float>(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
+template ZRRESULT ToNumber<double>(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
 
 ZRRESULT ToBool(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
-  const ZRRESULT result = ToUI1(rule, source, value);
+  const ZRRESULT result = ToNumber<uint8_t>(rule, source, value);
   if (result == ZR_R_OK) value.boolean = value.boolean != 0;
   return result;
 }
 
 ZRRESULT ToChar32(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
-  if (rule != Rule::FirstCodePoint) return ToUI4(rule, source, value);
+  if (rule != Rule::FirstCodePoint) return ToNumber<uint32_t>(rule, source, value);
   char32_t codePoint = 0;
   int32_t capacity = 1;
   const ZRRESULT result = ZrCreateUTF32fomZRSTR(source.Value.string, -1, &codePoint, &capacity);

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "string_owner.h"
+#include "owners.h"
 
 class CStringBook {
  public:

@@ -46,9 +46,9 @@ struct FakeConfiguration final : IZrConfiguration, IZrConfigurationSection, IZrC
     EXPECT_EQ(std::memcmp(value, &expected, sizeof expected), 0);
     expected.Type = type;
     EXPECT_EQ(std::memcmp(defaultValue, &expected, sizeof expected), 0) << "all defaults are 0";
-    const bool isGiven =
-        current_.variant.Type == ZR_VT_STR || (current_.variant.Type & (ZR_VT_ARRAY | ZR_VT_BYREF)) == ZR_VT_ARRAY;
-    if (isGiven) {
+    const uint16_t given = current_.variant.Type;
+    const bool isCounted = given == ZR_VT_STR || given == ZR_VT_UNKNOWN;
+    if (isCounted || (given & (ZR_VT_ARRAY | ZR_VT_BYREF)) == ZR_VT_ARRAY) {
       (void)ZrVariantCopy(value, &current_.variant);
     } else {
       *value = current_.variant;  // as it is, wrong ones too

@@ -1,4 +1,4 @@
-#include "module/csv_line.h"
+#include "host/csv_line.h"
 
 static constexpr std::size_t kNowhere = std::u16string_view::npos;
 
