@@ -149,6 +149,19 @@ TEST(Array, ComparesByTheRuleOfItsElements) {
   }
 }
 
+// Elements of different types under one tag, which the array has kept from when it had none to convert.
+TEST(Array, ComparesNoElementsOfDifferentTypes) {
+  const ZrSafeArrayBound none = {0, 0}, four = {4, 0};
+  const Array records = MakeArray(ZR_VT_VARIANT, {four}), bytes = MakeArray(ZR_VT_VARIANT, {none});
+  EXPECT_EQ(ZrSafeArrayChangeType(bytes.get(), 0, ZR_VT_I1), ZR_R_FAILED);
+  EXPECT_EQ(ZrSafeArrayRedim(bytes.get(), 1, &four), ZR_R_OK);
+  for (const bool isLeft : {true, false}) {
+    uint8_t equal = 9;
+    EXPECT_EQ(ZrSafeArrayCompare((isLeft ? bytes : records).get(), (isLeft ? records : bytes).get(), &equal), ZR_R_OK);
+    EXPECT_EQ(equal, 1);
+  }
+}
+
 TEST(Array, InVariantsGivesTheArraysCodes) {
   const ZrSafeArrayBound bound = {0, 0};
   for (const bool isNull : {true, false}) {

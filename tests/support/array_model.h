@@ -54,7 +54,8 @@ inline bool Take(ZRVARIANT& from, uint16_t target, char* element) {
 inline bool StoreSlowly(ZRVARIANT& temporary, uint16_t target, char* element) {
   if (target == ZR_VT_VARIANT) return Take(temporary, target, element);
   if (target == ZR_VT_UNKNOWN || target == ZR_VT_DISPATCH) {
-    const bool isTaken = temporary.Type == ZR_VT_DISPATCH || temporary.Type == target;
+    const int tag = temporary.Type & ~0x9000;  // bits without a meaning
+    const bool isTaken = tag == ZR_VT_DISPATCH || tag == target;
     return isTaken && Take(temporary, target, element);
   }
   const uint16_t canonical = CanonicalTag(target);

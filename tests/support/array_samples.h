@@ -249,6 +249,11 @@ class Samples {
       (void)ZrVariantCopy(&variants.emplace_back(ZRVARIANT{}), &record);
     }
     variants.push_back(ByRef(ZR_VT_VARIANT, &link_));
+    for (const char* text :
+         {"UNKNOWN+8000 object", "DISPATCH+1000 object", "STR+9000 12", "BOOL+1000 2", "R8+8000 2"}) {
+      const OwnedVariant variant = Value(text);
+      (void)ZrVariantCopy(&variants.emplace_back(ZRVARIANT{}), &variant);
+    }
     for (const uint16_t tag : kElementTags) {
       if (tag != ZR_VT_QWORD) variants.push_back(ByRef(tag, nullptr));
     }
