@@ -36,8 +36,7 @@ struct IBodyTable : IZrUnknown {
   ///
   /// @param title  lent for the call; the object takes a reference of its own, as on the texts of a column of texts.
   /// @param type   of the column: a tag of zrcore/variant.h, without flags, that a text converts to.
-  /// @param texts  reads an array of strings of one dimension, of the length of the other columns. An empty string
-  /// stands
+  /// @param texts  reads an array of strings of one dimension, of the length of the other columns. An empty one stands
   ///               for a missing value.
   /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `texts` is no such array; ZR_R_NOT_SUPPORTED if there are no arrays of
   ///         `type`; ZR_R_INVALID_OBJECT_STATE if the array's flag is taken; ZR_R_NO_MEMORY.
@@ -48,9 +47,8 @@ struct IBodyTable : IZrUnknown {
   /// @param column  from 0.
   /// @param values  holds a variant, which is released, and receives an array of the column's type, which the caller
   ///                clears. Where there is no value, an element is zero or null.
-  /// @param codes   likewise; an array of ZR_VT_I4, as long: ZR_R_OK for a value, ZR_R_EMPTY_VALUE for a missing one,
-  /// and
-  ///                what the conversion answered for a text that is none.
+  /// @param codes   likewise; an array of ZR_VT_I4, as long: ZR_R_OK for a value, ZR_R_EMPTY_VALUE for a missing
+  ///                one, and what the conversion answered for a text that is none.
   /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if a pointer is null; ZR_R_NOT_EXISTING if there is no such column;
   ///         ZR_R_NO_MEMORY.
   virtual ZRRESULT Column(uint32_t column, ZRVARIANT* values, ZRVARIANT* codes) = 0;
