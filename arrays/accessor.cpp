@@ -14,13 +14,14 @@ template <class Kind>
 class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
  public:
   using Element = typename Kind::Element;
+  static constexpr std::size_t kWidth = Kind::kWidth;
   using CZrSafeArrayAccessorBase::CZrSafeArrayAccessorBase;
 
   ZRRESULT AllocateData(uint32_t dimensions, const ZrSafeArrayBound* bounds, void** storage) const override {
     if (storage == nullptr || bounds == nullptr) return ZR_R_INVALID_POINTER;
     if (dimensions == 0) return ZR_R_INVALID_ARGUMENTS;
     const uint32_t count = ProductOfCounts(dimensions, bounds);
-    *storage = count != 0 ? AllocateZeroedOrThrow(count, sizeof(Element)) : nullptr;
+    *storage = count != 0 ? AllocateZeroedOrThrow(count, kWidth) : nullptr;
     if constexpr (!Kind::kIsPlain) Kind::Initialise(static_cast<Element*>(*storage), count);
     return ZR_R_OK;
   }
@@ -31,8 +32,8 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     const uint32_t count = ProductOfCounts(dimensions, bounds);
     if constexpr (Kind::kIsPlain) {
       if (source != nullptr && dimensions != 0 && count != 0) {
-        *storage = AllocateOrThrow(sizeof(Element) * count);
-        std::memcpy(*storage, source, sizeof(Element) * count);
+        *storage = AllocateOrThrow(kWidth * count);
+        std::memcpy(*storage, source, kWidth * count);
         return ZR_R_OK;
       }
     }
@@ -75,7 +76,7 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     const auto* elements = static_cast<const Element*>(descriptor->data);
     if constexpr (Kind::kIsPlain) {
       if (elements == nullptr) return 1;
-      std::memcpy(&variable, elements + index, sizeof(Element));
+      std::memcpy(&variable, elements + index, kWidth);
       return ZR_R_OK;
     } else {
       if (elements != nullptr) return Kind::Deliver(elements[index], variable);
@@ -96,7 +97,7 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     const auto& wanted = *static_cast<const Element*>(value);
     if constexpr (Kind::kIsPlain) {
       if (element == nullptr) return withoutPlace;
-      std::memcpy(element, &wanted, sizeof(Element));
+      std::memcpy(element, &wanted, kWidth);
       return ZR_R_OK;
     } else if constexpr (!Kind::kIsPointer) {
       return element != nullptr ? Kind::Take(wanted, *element) : withoutPlace;
@@ -113,7 +114,7 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
 
   uint32_t CountElements(uint32_t dimensions, const ZrSafeArrayBound* bounds, uint64_t* bytes) const noexcept override {
     const uint32_t count = ProductOfCounts(dimensions, bounds);
-    if (bytes != nullptr) *bytes = uint64_t{count} * sizeof(Element);
+    if (bytes != nullptr) *bytes = uint64_t{count} * kWidth;
     return count;
   }
 
@@ -137,7 +138,7 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     CStorageHolder converted(*this, dimensions, bounds);
     bool all = false;
     if (BulkConversion* const convert = FindBulkConversion(sourceTag, Tag())) {
-      *converted.Receive() = AllocateOrThrow(sizeof(Element) * count);  // every element is written
+      *converted.Receive() = AllocateOrThrow(kWidth * count);  // every element is written
       all = convert(descriptor->data, converted.Get(), count);
     } else {
       (void)AllocateData(dimensions, bounds, converted.Receive());
@@ -154,12 +155,19 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     if (descriptor == nullptr || bounds == nullptr || oldBounds == nullptr) return ZR_R_INVALID_POINTER;
     const uint32_t oldDimensions = descriptor->dimensions;
     const uint32_t count = ProductOfCounts(dimensions, bounds);
-    const uint32_t kept = std::min(count, ProductOfCounts(oldDimensions, oldBounds));
+    const uint32_t oldCount = ProductOfCounts(oldDimensions, oldBounds);
     CStorageHolder fresh(*this, dimensions, bounds);
-    (void)AllocateData(dimensions, bounds, fresh.Receive());
     void* before = descriptor->data;
-    if (before != nullptr && kept != 0) CarryElements(static_cast<Element*>(before), fresh.Get(), kept);
-
+    if (before == nullptr || count == 0) {
+      (void)AllocateData(dimensions, bounds, fresh.Receive());
+    } else if constexpr (Kind::kIsPlain) {
+      *fresh.Receive() = ResizeBlock(std::exchange(before, nullptr), oldCount, count);
+    } else {
+      (void)AllocateData(dimensions, bounds, fresh.Receive());
+      const auto* from = static_cast<const Element*>(before);
+      auto* to = static_cast<Element*>(fresh.Get());
+      for (uint32_t index = 0; index < std::min(count, oldCount); ++index) Kind::Carry(from[index], to[index]);
+    }
     descriptor->data = fresh.Detach();
     descriptor->dimensions = dimensions;
     descriptor->bounds = nullptr;
@@ -193,17 +201,16 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     }
   }
 
-  static void CarryElements(const Element* from, void* to, uint32_t count) {
-    if constexpr (Kind::kIsPlain) {
-      std::memcpy(to, from, sizeof(Element) * count);
-    } else {
-      for (uint32_t index = 0; index < count; ++index) Kind::Carry(from[index], static_cast<Element*>(to)[index]);
-    }
+  // The block with room for another number of plain elements, new ones zero. It is unchanged if this throws.
+  static void* ResizeBlock(void* block, std::size_t oldCount, std::size_t count) {
+    auto* elements = static_cast<Element*>(ReallocateOrThrow(block, kWidth * count));
+    if (count > oldCount) std::memset(elements + oldCount, 0, kWidth * (count - oldCount));
+    return elements;
   }
 
   static bool AreElementsEqual(const Element* left, const Element* right, uint32_t count) {
     if constexpr (Kind::kIsPlain) {
-      return std::memcmp(left, right, sizeof(Element) * count) == 0;
+      return std::memcmp(left, right, kWidth * count) == 0;
     } else {
       for (uint32_t index = 0; index < count; ++index) {
         if (!Kind::AreEqual(left[index], right[index])) return false;

@@ -22,11 +22,11 @@ void CZrSafeArrayElement::MakeDescriptor(uint16_t tag, uint32_t dimensions, uint
   descriptor_ =
       HeapNew<ZrSafeArrayDescriptor>(ZrSafeArrayDescriptor{dimensions, elementCount, tag, this, nullptr, nullptr});
   descriptor_->bounds = bounds_ = CopyBounds(dimensions, bounds).release();
-  accessor_ = CreateAccessorForTag(tag);
 }
 
 CZrSafeArrayElement::CZrSafeArrayElement(uint16_t tag, uint32_t dimensions, const ZrSafeArrayBound* bounds) noexcept {
   MakeDescriptor(tag & ZR_VT_TYPEMASK, dimensions, bounds->elementCount, bounds);
+  accessor_ = CreateAccessorForTag(tag & ZR_VT_TYPEMASK);
   if (accessor_ == nullptr) return;
   if (accessor_->AllocateData(dimensions, bounds_, &descriptor_->data) != ZR_R_OK) return;
   descriptor_->elementCount = ProductOfCounts(dimensions, bounds_);
@@ -36,7 +36,9 @@ CZrSafeArrayElement::CZrSafeArrayElement(const CZrSafeArrayElement& source) noex
   const ZrSafeArrayDescriptor* from = source.descriptor_;
   if (from == nullptr || source.bounds_ == nullptr) return;
   MakeDescriptor(from->vartype, from->dimensions, from->elementCount, source.bounds_);
-  if (accessor_ != nullptr) (void)accessor_->CopyData(from->dimensions, bounds_, from->data, &descriptor_->data);
+  if (source.accessor_ == nullptr) return;
+  accessor_ = CreateAccessorForTag(*source.accessor_->AccessorType());  // which knows the elements; the tag may not
+  (void)accessor_->CopyData(from->dimensions, bounds_, from->data, &descriptor_->data);
 }
 
 CZrSafeArrayElement::~CZrSafeArrayElement() {
@@ -89,12 +91,19 @@ ZRRESULT CZrSafeArrayElement::Redim(uint32_t dimensions, const ZrSafeArrayBound*
   if (descriptor_ == nullptr || bounds_ == nullptr) return ZR_R_INVALID_OBJECT_STATE;
   if (bounds == nullptr || dimensions == 0) return ZR_R_INVALID_ARGUMENTS;
   if (accessor_ == nullptr) return ZR_R_FAILED;
-  CBoundsHolder copy = CopyBounds(dimensions, bounds);
-  if (const ZRRESULT result = accessor_->RedimData(descriptor_, dimensions, copy.get(), bounds_); result != ZR_R_OK) {
+  // Their block is used again if it has room: a small one would end up behind large elements and keep them from
+  // growing.
+  CBoundsHolder copy = dimensions > descriptor_->dimensions ? CopyBounds(dimensions, bounds) : nullptr;
+  if (const ZRRESULT result = accessor_->RedimData(descriptor_, dimensions, bounds, bounds_); result != ZR_R_OK) {
     return result;
   }
-  std::free(bounds_);
-  descriptor_->bounds = bounds_ = copy.release();
+  if (copy != nullptr) {
+    std::free(bounds_);
+    bounds_ = copy.release();
+  } else {
+    std::memmove(bounds_, bounds, std::size_t{dimensions} * sizeof *bounds);
+  }
+  descriptor_->bounds = bounds_;
   return ZR_R_OK;
 }
 
@@ -109,5 +118,6 @@ void CZrSafeArrayElement::Compare(const CZrSafeArrayElement& other, uint8_t* equ
   *equal = 1;
   if (this == &other || bounds_ == nullptr || other.bounds_ == nullptr || accessor_ == nullptr) return;
   if (descriptor_->vartype != other.descriptor_->vartype) return;  // of one shape and of different types: equal
+  if (other.accessor_ == nullptr || *accessor_->AccessorType() != *other.accessor_->AccessorType()) return;
   (void)accessor_->CompareData(descriptor_, other.descriptor_, bounds_, equal);
 }

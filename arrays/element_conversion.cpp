@@ -140,21 +140,50 @@ BulkConversion* FindBulkConversion(uint16_t sourceTag, uint16_t targetTag) noexc
 
 // ---- One by one ----------------------------------------------------------------------------------------------------
 
-// The element as a variant that owns nothing. A UUID's payload is the element itself.
-static ZRVARIANT LendElement(uint16_t tag, const char* element) noexcept {
-  ZRVARIANT lent = kResetVariant;
-  if (tag == ZR_VT_VARIANT) {
-    std::memcpy(&lent, element, sizeof lent);
-    return HasFlag(lent.Type, ZR_VT_ARRAY | ZR_VT_BYREF) ? lent : LendCopy(lent);
+// Of a width that a payload can have, each with a move of its own.
+static void CopyPayload(void* to, const void* from, std::size_t width) noexcept {
+  switch (width) {
+    case 1:
+      std::memcpy(to, from, 1);
+      break;
+    case 2:
+      std::memcpy(to, from, 2);
+      break;
+    case 4:
+      std::memcpy(to, from, 4);
+      break;
+    default:
+      std::memcpy(to, from, 8);
+      break;
   }
-  lent.Type = VariantTag(tag);
-  if (tag == ZR_VT_UUID) {
-    lent.Value.address = const_cast<char*>(element);
-    return lent;
+}
+
+// Makes of a reset record the variant that the element is, which owns nothing. A UUID's payload is the element itself.
+// The record is filled in its place: a copy of all of it would have to wait for the narrower payload just written.
+static void LendElement(uint16_t tag, const char* element, ZRVARIANT& lent) noexcept {
+  const CTag what = TagOf(tag);
+  switch (what.kind) {
+    case PayloadKind::Carried:
+      std::memcpy(&lent, element, sizeof lent);
+      if (!HasFlag(lent.Type, ZR_VT_ARRAY | ZR_VT_BYREF)) lent = LendCopy(lent);
+      return;
+    case PayloadKind::Uuid:
+      lent.Type = tag;
+      lent.Value.address = const_cast<char*>(element);
+      return;
+    case PayloadKind::Ref:
+    case PayloadKind::Sref:
+    case PayloadKind::String:
+      std::memcpy(&lent.Value.address, element, sizeof lent.Value.address);
+      lent.Type = tag;
+      lent = LendCopy(lent);  // null for a ZRSREF without fields
+      if (lent.Value.address == nullptr) lent = kResetVariant;
+      return;
+    default:
+      lent.Type = VariantTag(tag);
+      CopyPayload(&lent.Value, element, what.width);
+      return;
   }
-  std::memcpy(&lent.Value, element, TagOf(tag).width);
-  const bool isMissing = (tag == ZR_VT_REF || tag == ZR_VT_SREF) && lent.Value.address == nullptr;
-  return isMissing ? kResetVariant : LendCopy(lent);
 }
 
 // An owner of a payload that isn't in its place yet.
@@ -172,7 +201,7 @@ class CPayloadHolder {
       if (payload_.uuid != nullptr) std::memcpy(element, payload_.uuid, sizeof(ZRUUID));
       return;
     }
-    std::memcpy(element, &payload_, width);
+    CopyPayload(element, &payload_, width);
     payload_ = kResetVariant.Value;
   }
 
@@ -182,24 +211,20 @@ class CPayloadHolder {
 };
 
 static bool StoreInterface(const ZRVARIANT& lent, uint16_t tag, void* element) {
-  const bool isTaken = lent.Type == ZR_VT_DISPATCH || (lent.Type == ZR_VT_UNKNOWN && tag == ZR_VT_UNKNOWN);
+  if (HasFlag(lent.Type, ZR_VT_ARRAY | ZR_VT_BYREF)) return false;
+  const uint16_t lentTag = lent.Type & ZR_VT_TYPEMASK;  // without the bits that mean nothing
+  const bool isTaken = lentTag == ZR_VT_DISPATCH || (lentTag == ZR_VT_UNKNOWN && tag == ZR_VT_UNKNOWN);
   if (!isTaken) return false;
   const ZRVARIANTVALUE payload = DuplicatePayload(PayloadKind::Interface, lent.Value);
-  std::memcpy(element, &payload.unknown, sizeof payload.unknown);
+  std::memcpy(element, &payload.address, sizeof payload.address);
   return true;
 }
 
-static bool StoreScalar(const ZRVARIANT& lent, uint16_t tag, void* element) {
+// A scalar by value. `isDirect` tells that the element takes the payload as it is.
+static bool StoreValue(const ZRVARIANT& lent, bool isDirect, uint16_t tag, void* element) {
   const CTag what = TagOf(tag);
-  if (HasFlag(lent.Type, ZR_VT_ARRAY)) return false;
-  if (HasFlag(lent.Type, ZR_VT_BYREF)) {
-    CVariantHolder behind;
-    if (ZrVariantCopyInd(behind.Receive(), &lent) < 0) return false;
-    return StoreScalar(LendCopy(behind.Get()), tag, element);
-  }
-  const uint16_t lentTag = lent.Type & ZR_VT_TYPEMASK;
   CPayloadHolder stored(what.kind, kResetVariant.Value);
-  if (IsDirect(lentTag, tag)) {
+  if (isDirect) {
     if (what.kind == PayloadKind::Uuid) {
       if (lent.Value.uuid != nullptr) std::memcpy(element, lent.Value.uuid, sizeof(ZRUUID));
       return true;
@@ -212,6 +237,22 @@ static bool StoreScalar(const ZRVARIANT& lent, uint16_t tag, void* element) {
   return true;
 }
 
+static bool StoreScalar(const ZRVARIANT& lent, uint16_t tag, void* element) {
+  if (HasFlag(lent.Type, ZR_VT_ARRAY)) return false;
+  const uint16_t lentTag = lent.Type & ZR_VT_TYPEMASK;
+  if (!HasFlag(lent.Type, ZR_VT_BYREF)) return StoreValue(lent, IsDirect(lentTag, tag), tag, element);
+  CVariantHolder behind;
+  if (ZrVariantCopyInd(behind.Receive(), &lent) < 0) return false;
+  if (HasFlag(behind.Get().Type, ZR_VT_ARRAY)) {  // converts if its elements do, and no element has room for it
+    CVariantHolder converted;
+    return ZrVariantChangeType(converted.Receive(), &behind.Get(), 0, tag) == ZR_R_OK;
+  }
+  // Behind a reference to a record lies any tag, and only the very same is taken as it is: 2 becomes a boolean 1.
+  const uint16_t tagBehind = behind.Get().Type & ZR_VT_TYPEMASK;
+  const bool isDirect = lentTag == ZR_VT_VARIANT ? tagBehind == tag : IsDirect(tagBehind, tag);
+  return StoreValue(LendCopy(behind.Get()), isDirect, tag, element);
+}
+
 bool ConvertElements(uint16_t sourceTag, const void* source, uint16_t targetTag, void* target, uint32_t count) {
   const std::size_t sourceWidth = ElementWidth(sourceTag), targetWidth = ElementWidth(targetTag);
   const bool isRefusedTime = IsTime(sourceTag) && targetTag != ZR_VT_STR && targetTag != ZR_VT_VARIANT;
@@ -221,7 +262,8 @@ bool ConvertElements(uint16_t sourceTag, const void* source, uint16_t targetTag,
   auto* to = static_cast<char*>(target);
   bool all = true;
   for (uint32_t index = 0; index < count; ++index, from += sourceWidth, to += targetWidth) {
-    const ZRVARIANT lent = LendElement(sourceTag, from);
+    ZRVARIANT lent = kResetVariant;
+    LendElement(sourceTag, from, lent);
     if (targetKind == PayloadKind::Carried) {
       (void)CopyIntoReset(*reinterpret_cast<ZRVARIANT*>(to), lent);  // as it is, a bad tag too
     } else if (targetKind == PayloadKind::Interface) {

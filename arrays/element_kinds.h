@@ -12,6 +12,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "blobs/blob_handle.h"
@@ -24,6 +25,7 @@ template <class T>
 struct PlainKind {
   using Element = T;
   static constexpr bool kIsPlain = true;
+  static constexpr std::size_t kWidth = sizeof(T);
 };
 
 using UuidKind = PlainKind<ZRUUID>;
@@ -34,6 +36,7 @@ struct PointerKind {
   using Element = Pointer;
   static constexpr bool kIsPlain = false;
   static constexpr bool kIsPointer = true;
+  static constexpr std::size_t kWidth = sizeof(void*);
 
   static void Initialise(Element* /*elements*/, uint32_t /*count*/) noexcept {}  // zero is null
   static void Copy(const Element& from, Element& to) {
@@ -105,6 +108,7 @@ struct VariantKind {
   using Element = ZRVARIANT;
   static constexpr bool kIsPlain = false;
   static constexpr bool kIsPointer = false;
+  static constexpr std::size_t kWidth = sizeof(ZRVARIANT);
 
   static void Initialise(ZRVARIANT* elements, uint32_t count) noexcept {
     for (uint32_t index = 0; index < count; ++index) elements[index] = kResetVariant;

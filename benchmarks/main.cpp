@@ -28,7 +28,7 @@ int main(int argc, char** argv) {
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
 
   for (auto addRows : {CallRows, StringRows, UnicodeRows, UuidRows, ReferenceRows, TimeRows, BlobRows, VariantRows,
-                       MemoryRows, LockRows, AtomicRows, ComponentRows, ModuleLoadingRows})
+                       ArrayRows, MemoryRows, LockRows, AtomicRows, ComponentRows, ModuleLoadingRows})
     addRows();
   const std::size_t count = benchmark::RunSpecifiedBenchmarks();
 

@@ -20,6 +20,7 @@
 #include <string>
 #include <utility>
 
+void ArrayRows();
 void BlobRows();
 void CallRows();
 void StringRows();

@@ -9,50 +9,55 @@
 inline constexpr ZRUUID kBodyTableClass = {
     0x93E729DC, 0x1C62, 0x4556, {0xA2, 0x28, 0xF1, 0x7B, 0xF7, 0xEA, 0xF2, 0xB5}};
 
-/// kBodyTableInterface names IBodyTable: {67CEFA47-E023-4371-9AC3-D4097D5FE5E5}.
+/// kBodyTableInterface names IBodyTable: {8E8CD166-1274-4280-9A6A-A8B98CECC85C}.
 inline constexpr ZRUUID kBodyTableInterface = {
-    0x67CEFA47, 0xE023, 0x4371, {0x9A, 0xC3, 0xD4, 0x09, 0x7D, 0x5F, 0xE5, 0xE5}};
+    0x8E8CD166, 0x1274, 0x4280, {0x9A, 0x6A, 0xA8, 0xB9, 0x8C, 0xEC, 0xC8, 0x5C}};
 
-/// IBodyTable takes the lines of a CSV file, one by one, and gives back one text: the table. Under the titles "Body",
-/// "Place", "Discovered", "Period d" and "Note" cells become values; those that don't read as such, and all others,
-/// stay text.
+/// SummaryCell is what a row of the summary holds, in this order.
+enum SummaryCell : uint32_t {
+  kSummaryTitle,    // ZR_VT_STR
+  kSummaryCount,    // ZR_VT_UI4: the values
+  kSummaryMissing,  // ZR_VT_UI4: the cells without a text
+  kSummaryFailed,   // ZR_VT_UI4: the cells whose text is no value of the column's type
+  kSummaryLeast,    // of the column's type; empty where the type has no order or the column no value, as the next two
+  kSummaryMost,     // of the column's type
+  kSummaryMean,     // ZR_VT_R8, or a date or time
+  kSummaryCells
+};
+
+/// IBodyTable takes columns of texts and makes them columns of values, each of one type. Whole columns cross the
+/// boundary, as arrays in variants; what becomes of them on a screen is the caller's business.
 ///
-/// Fields are separated by commas. A field in quotation marks may hold commas, line breaks and, doubled, quotation
-/// marks. An operation that fails leaves the table as it was. References: any thread, any time; the rest: any thread,
-/// one at a time for an object.
+/// An operation that fails leaves the table, and what its pointers point at, as it was. References: any thread, any
+/// time; the rest: any thread, one at a time for an object.
 struct IBodyTable : IZrUnknown {
-  /// AddLine adds a line: the first one holds the titles of the columns, each other one a row.
+  /// AddColumn adds a column at the right and converts its texts, all at once. One that doesn't convert is no failure:
+  /// Column and Summary tell about it. A date converts only if it reads back as it was written.
   ///
-  /// @param line  lent for the call. If it is accepted, the object takes a reference of its own on the string and gives
-  ///              it up when the object goes; the units are not copied, but for a note's.
-  /// @return ZR_R_OK; ZR_R_SAME_VALUE, a success, for a line without a single character, which adds nothing;
-  ///         ZR_R_REQUEST_REJECTED if the line has another number of fields than the titles or its quotation marks
-  ///         don't match, and Explain tells more; ZR_R_NO_MEMORY.
-  virtual ZRRESULT AddLine(ZRSTR line) = 0;
+  /// @param title  lent for the call; the object takes a reference of its own, as on the texts of a column of texts.
+  /// @param type   of the column: a tag of zrcore/variant.h, without flags, that a text converts to.
+  /// @param texts  reads an array of strings of one dimension, of the length of the other columns. An empty one stands
+  ///               for a missing value.
+  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `texts` is no such array; ZR_R_NOT_SUPPORTED if there are no arrays of
+  ///         `type`; ZR_R_INVALID_OBJECT_STATE if the array's flag is taken; ZR_R_NO_MEMORY.
+  virtual ZRRESULT AddColumn(ZRSTR title, uint16_t type, const ZRVARIANT* texts) = 0;
 
-  /// Explain tells why AddLine rejected a line most recently, such as "5 fields where the titles are 7".
+  /// Column gives the values of a column.
   ///
-  /// @param text  receives a string, which the caller destroys; null after a failure.
-  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `text` is null; ZR_R_EMPTY_VALUE if no line was rejected;
+  /// @param column  from 0.
+  /// @param values  holds a variant, which is released, and receives an array of the column's type, which the caller
+  ///                clears. Where there is no value, an element is zero or null.
+  /// @param codes   likewise; an array of ZR_VT_I4, as long: ZR_R_OK for a value, ZR_R_EMPTY_VALUE for a missing
+  ///                one, and what the conversion answered for a text that is none.
+  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if a pointer is null; ZR_R_NOT_EXISTING if there is no such column;
   ///         ZR_R_NO_MEMORY.
-  virtual ZRRESULT Explain(ZRSTR* text) = 0;
+  virtual ZRRESULT Column(uint32_t column, ZRVARIANT* values, ZRVARIANT* codes) = 0;
 
-  /// Render gives the table as lines of text, each with a line feed at its end, aligned for a terminal.
+  /// Summary gives an array of variants with two dimensions, the columns and the cells of SummaryCell, both from 0.
   ///
-  /// What is too wide for its column goes on in the next line. A second table shows the values of two rows in full, if
-  /// any row has a value under each of the five titles.
-  ///
-  /// @param width  the columns of the terminal to fit into if at all possible; 0 means as wide as it gets.
-  /// @param text   receives a string, which the caller destroys; null after a failure.
-  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `text` is null; ZR_R_EMPTY_VALUE if there are no titles;
-  ///         ZR_R_NO_MEMORY.
-  virtual ZRRESULT Render(uint32_t width, ZRSTR* text) = 0;
-
-  /// Clear forgets all lines, and gives back the strings and the values that were made of them.
-  virtual void Clear() = 0;
-
-  /// Handles tells how many UUIDs, REFs and blobs the module's values hold at this moment, those of all its objects.
-  virtual uint32_t Handles() = 0;
+  /// @param summary  holds a variant, which is released, and receives the array, which the caller clears.
+  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `summary` is null; ZR_R_NO_MEMORY.
+  virtual ZRRESULT Summary(ZRVARIANT* summary) = 0;
 
  protected:
   ~IBodyTable() = default;

@@ -10,6 +10,7 @@
 #include "components/allocator_settings.h"
 #include "components/component_management.h"
 #include "frame/item_allocator.h"
+#include "tests/support/array_samples.h"
 #include "tests/support/fake_configuration.h"
 #include "tests/support/fake_discovery.h"
 
@@ -75,7 +76,8 @@ TEST_F(ConfigurationTest, ValuesOfAnyTypeAreReadAndWhatIsMissingIsNothing) {
   const Owned truth(Units(W("ZR_TRUE"))), twelve(Units(W("12"))), word(Units(W("yes")));
   const uint8_t one = 1;
   const uint32_t seven = 7;
-  const ZRSAFEARRAY array = nullptr;
+  const Array numbers = MakeArray(ZR_VT_UI4, {{1, 0}}), texts = MakeArray(ZR_VT_STR, {{1, 0}});  // which convert
+  const ZRSAFEARRAY array = numbers.get(), noArray = nullptr;
   const ZRVARIANT text = At(ZR_VT_STR, truth.string), byRef = At(ZR_VT_UI4 | ZR_VT_BYREF, &seven);
   struct {
     Host host;
@@ -94,7 +96,11 @@ TEST_F(ConfigurationTest, ValuesOfAnyTypeAreReadAndWhatIsMissingIsNothing) {
       {Host({At(ZR_VT_STR, word.string)})},
       {Host({At(ZR_VT_VARIANT | ZR_VT_BYREF, &byRef)}), "on 0/7 0/7"},
       {Host({Number(60, 1)})},
+      {Host({At(ZR_VT_UI4 | ZR_VT_ARRAY, array)})},
+      {Host({At(ZR_VT_STR | ZR_VT_ARRAY, texts.get())})},
+      {Host({At(ZR_VT_UI4 | ZR_VT_ARRAY, nullptr)})},
       {Host({At(ZR_VT_UI4 | ZR_VT_ARRAY | ZR_VT_BYREF, &array)})},
+      {Host({At(ZR_VT_UI4 | ZR_VT_ARRAY | ZR_VT_BYREF, &noArray)})},
       {Host({text, ZR_R_CANCELLED})},
       {Host({Number(ZR_VT_BOOL, 1), ZR_R_SAME_VALUE}), "on 0/1 0/1"},
       {Host({{W("EnableAllocator"), {text}}, {W("ZR_VT_SREF"), {byRef}}}), "on 0/1024 0/7"},
@@ -136,20 +142,27 @@ TEST_F(ConfigurationTest, TheFirstDiscoveryDecidesUntilTheLastIsRemoved) {
 }
 
 TEST_F(ConfigurationTest, WhatAnyCallThrowsPassesThroughTheAddition) {
-  for (int n = 1; n <= 13; ++n) {  // two questions, three calls for each value, two releases
-    SCOPED_TRACE(n);
-    Host host({Number(ZR_VT_UI4, 5)});
-    host.configuration.onCall = [calls = 0, n]() mutable {
-      if (++calls == n) throw std::runtime_error("thrown");
-    };
-    EXPECT_THROW(host.Add(), std::runtime_error);
-    EXPECT_EQ(host.configuration.references, 0);
-    EXPECT_EQ(host.discovery.references, 1u) << "it is registered";
-    Host next({Number(ZR_VT_UI4, 6)});
-    EXPECT_EQ(next.Add(), "on 0/6 0/6") << "but not counted";
-    EXPECT_EQ(next.Remove(), kNothing);
-    ZrUninitialize();
-    ZrInitialize();
+  // Two questions, three calls for each value, two releases; an object as a value is released twice more.
+  for (const bool isObject : {false, true}) {
+    for (int n = 1; n <= (isObject ? 19 : 13); ++n) {
+      SCOPED_TRACE(n);
+      Host host({Number(ZR_VT_UI4, 5)});
+      const IZrConfiguration* object = &host.configuration;
+      for (auto& row : host.configuration.values) {
+        if (isObject) row.second.variant = At(ZR_VT_UNKNOWN, object);
+      }
+      host.configuration.onCall = [calls = 0, n]() mutable {
+        if (++calls == n) throw std::runtime_error("thrown");
+      };
+      EXPECT_THROW(host.Add(), std::runtime_error);
+      EXPECT_EQ(host.configuration.references, 0);
+      EXPECT_EQ(host.discovery.references, 1u) << "it is registered";
+      Host next({Number(ZR_VT_UI4, 6)});
+      EXPECT_EQ(next.Add(), "on 0/6 0/6") << "but not counted";
+      EXPECT_EQ(next.Remove(), kNothing);
+      ZrUninitialize();
+      ZrInitialize();
+    }
   }
 }
 

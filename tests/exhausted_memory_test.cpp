@@ -10,9 +10,10 @@
 #include <string>
 #include <utility>
 
+#include "tests/support/array_samples.h"
 #include "tests/support/failing_heap.h"
+#include "tests/support/fake_configuration.h"
 #include "tests/support/fake_discovery.h"
-#include "tests/support/variant_text.h"
 
 // Runs `operation` until it succeeds; answers how many failures came before, each told by `onFailure` or, if that is
 // ZR_R_NO_MEMORY, by std::bad_alloc too.
@@ -332,15 +333,145 @@ TEST(ExhaustedMemory, ComponentOperationsAnswerTheirCodes) {
 }
 
 TEST(ExhaustedMemory, WithoutANameNoConfigurationIsAskedFor) {
-  FakeDiscovery discovery;
-  discovery.onCall = [](const std::string& operation) {
-    if (operation == "AddRef") FailAllocation(1);
-    EXPECT_NE(operation, "QueryConfiguration");
+  for (const bool isOfValue : {false, true}) {
+    FakeConfiguration configuration;
+    configuration.values[Units()];  // what a null name would find
+    int calls = 0;
+    configuration.onCall = [&calls] {
+      if (++calls == 1) FailAllocation(1);  // the section has been given: the first name is next
+    };
+    FakeDiscovery discovery;
+    discovery.configure = [&](const ZRUUID&, ZRSTR name, IZrConfiguration** given) {
+      EXPECT_TRUE(isOfValue && name != nullptr);
+      *given = configuration.Given();
+      return ZR_R_OK;
+    };
+    discovery.onCall = [isOfValue](const std::string& operation) {
+      if (operation == "AddRef" && !isOfValue) FailAllocation(1);
+    };
+    ZrInitialize();
+    uint32_t cookie = 0;
+    EXPECT_EQ(ZrAddComponentDiscovery(&discovery, &cookie), ZR_R_OK);
+    EXPECT_TRUE(AllocationFailed());
+    EXPECT_EQ(calls, isOfValue ? 5 : 0) << "the section, two values, two releases";
+    EXPECT_EQ(ZrRemoveComponentDiscovery(cookie), ZR_R_OK);
+    ZrUninitialize();
+  }
+}
+
+// Runs the operation on fresh arrays with one allocation after the other failing; answers how often it threw. (Texts
+// that can't be made are null, and no failure.)
+static int ExhaustArray(const std::function<Array()>& make, const std::function<void(ZRSAFEARRAY)>& operation) {
+  int thrown = 0;
+  for (int n = 1;; n += n < 20 ? 1 : 331) {  // of thousands, few are of a kind of their own
+    const Array array = make();
+    const std::string before = ShowArray(array.get());
+    bool hasThrown = false;
+    FailAllocation(n);
+    try {
+      operation(array.get());
+    } catch (const std::bad_alloc&) {
+      hasThrown = true;
+    }
+    if (!AllocationFailed()) return thrown;
+    if (!hasThrown) continue;
+    ++thrown;
+    EXPECT_EQ(ShowArray(array.get()), before);
+    EXPECT_EQ(ZrSafeArrayUnlock(array.get()), ZR_R_INVALID_OBJECT_STATE) << "the flag is free";
+  }
+}
+
+// Copying those ends the process.
+static void ClearArrays(ZRSAFEARRAY variants) {
+  const Content content = ContentOf(variants);
+  auto* elements = static_cast<ZRVARIANT*>(static_cast<void*>(content.data));
+  for (ZRVARIANT* element = elements; element < elements + content.count; ++element) {
+    const ZRVARIANT* inner = element;
+    while (inner->Type == (ZR_VT_VARIANT | ZR_VT_BYREF) && inner->Value.address != nullptr) {
+      inner = static_cast<const ZRVARIANT*>(inner->Value.address);
+    }
+    if ((inner->Type & ZR_VT_ARRAY) != 0) (void)ZrVariantClear(element);
+  }
+}
+
+// A change of shape or type happens or doesn't. What a put is to replace goes first, so here it is nothing.
+TEST(ExhaustedMemory, ArraysThrowAndAreAsBefore) {
+  Samples samples;
+  const ZrSafeArrayBound bounds[] = {{2, 1}, {400, -1}}, none = {0, 0}, one = {1, 0};
+  for (const uint16_t tag : kElementTags) {
+    SCOPED_TRACE(NameOf(tag)->name);
+    const std::size_t width = WidthOf(tag);
+    const auto make = [&] {
+      Array array = samples.Make(tag);
+      if (tag == ZR_VT_VARIANT) ClearArrays(array.get());
+      return array;
+    };
+    EXPECT_GE(ExhaustArray(make, [&](ZRSAFEARRAY array) { (void)ZrSafeArrayRedim(array, 2, bounds); }), 2);
+    for (const int target : {ZR_VT_R8, ZR_VT_VARIANT, ZR_VT_UUID, ZR_VT_REF, ZR_VT_SREF}) {
+      const auto to = static_cast<uint16_t>(target);
+      EXPECT_GE(ExhaustArray(make, [&](ZRSAFEARRAY array) { (void)ZrSafeArrayChangeType(array, 0, to); }), 2) << target;
+    }
+
+    const Array values = make();
+    const Content content = ContentOf(values.get());
+    int puts = 0, gets = 0;
+    for (uint32_t index = 0, last = 0; index < content.count; ++index) {
+      const char* value = content.data + index * width;
+      uint16_t tagWord = 0;  // of a variant
+      std::memcpy(&tagWord, value, sizeof tagWord < width ? sizeof tagWord : width);
+      if (tag == ZR_VT_VARIANT && std::exchange(last, tagWord) == tagWord) continue;
+      const uint32_t zero = 0;
+      puts += ExhaustArray(
+          [&] {
+            return MakeArray(tag, {{1, 0}});
+          },
+          [&](ZRSAFEARRAY array) {
+            try {
+              (void)ZrSafeArrayPutElement(array, &zero, value);
+            } catch (const std::bad_alloc&) {  // of a variant the tag remains
+              if (tag == ZR_VT_VARIANT)
+                *static_cast<ZRVARIANT*>(static_cast<void*>(ContentOf(array).data)) = ZR_VARIANT_INIT;
+              throw;
+            }
+          });
+      const Array variable = MakeArray(tag, {{1, 0}});
+      const auto fresh = [&] {
+        Array array = MakeArray(tag, {{1, 0}});
+        (void)ZrSafeArrayPutElement(array.get(), &zero, value);
+        (void)ZrSafeArrayRedim(variable.get(), 1, &none);
+        (void)ZrSafeArrayRedim(variable.get(), 1, &one);
+        return array;
+      };
+      gets += ExhaustArray(
+          fresh, [&](ZRSAFEARRAY array) { (void)ZrSafeArrayGetElement(array, &zero, ContentOf(variable.get()).data); });
+    }
+    const bool isCopied = tag == ZR_VT_BLOB || tag == ZR_VT_REF || tag == ZR_VT_SREF || tag == ZR_VT_VARIANT;
+    EXPECT_EQ(puts > 0, isCopied);
+    EXPECT_EQ(gets > 0, isCopied);
+  }
+}
+
+TEST(ExhaustedMemory, NewArraysThrowOrEndTheProcess) {
+  const ZrSafeArrayBound bounds[] = {{2, 0}, {3, 0}};
+  const Array array = MakeArray(ZR_VT_VARIANT, {{2, 0}});
+  const std::function<void()> kMakers[] = {
+      [&] { (void)ZrSafeArrayDestroy(ZrSafeArrayCreate(ZR_VT_VARIANT, 2, bounds)); },
+      [&] { (void)CopyOf(array.get()); },
   };
-  ZrInitialize();
-  uint32_t cookie = 0;
-  EXPECT_EQ(ZrAddComponentDiscovery(&discovery, &cookie), ZR_R_OK);
-  EXPECT_TRUE(AllocationFailed());
-  EXPECT_EQ(ZrRemoveComponentDiscovery(cookie), ZR_R_OK);
-  ZrUninitialize();
+  for (const auto& make : kMakers) {
+    for (int n = 1; n <= 6; ++n) {
+      const auto fail = [&] {
+        FailAllocation(n);
+        make();
+        EXPECT_FALSE(AllocationFailed()) << n;
+      };
+      if (n == 1) {
+        EXPECT_THROW(fail(), std::bad_alloc);
+      } else if (n <= 5) {
+        EXPECT_DEATH(fail(), "");
+      } else {
+        fail();
+      }
+    }
+  }
 }

@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/support/array_samples.h"
 #include "tests/support/fake_discovery.h"
 #include "tests/support/gate.h"
 #include "tests/support/module_log.h"
@@ -173,6 +174,43 @@ TEST(Threads, AddRemoveAndCreateAtOnce) {
   ZrUninitialize();
   EXPECT_EQ(g_started, 0);
   EXPECT_EQ(lasting.references + passing.references, 0u);
+}
+
+// Whoever finds the flag taken is refused and nothing happens; what does happen is counted in the elements.
+TEST(Threads, TakeTurnsAtAnArray) {
+  const Array numbers = MakeArray(ZR_VT_I8, {{2, 0}}), strings = MakeArray(ZR_VT_STR, {{1, 0}});
+  const uint32_t kFirst = 0, kSecond = 1;
+  std::atomic<int64_t> done = 0, odd = 0;
+  const auto happens = [&](ZRRESULT result) {
+    if (result != ZR_R_OK && result != ZR_R_INVALID_OBJECT_STATE) ++odd;
+    return result == ZR_R_OK;
+  };
+  Race([&](int thread) {
+    const Owned text(Widened(std::to_string(thread)));
+    for (int round = 0; round < 5000; ++round) {
+      void* data = nullptr;
+      if (happens(ZrSafeArrayAccessData(numbers.get(), &data))) {
+        ++*static_cast<int64_t*>(data);
+        ++done;
+        EXPECT_EQ(ZrSafeArrayUnaccessData(numbers.get()), ZR_R_OK);
+      }
+      const int64_t mine = thread * int64_t{0x100000001};  // both halves alike, unless a get meets a put
+      int64_t seen = 0;
+      (void)happens(ZrSafeArrayPutElement(numbers.get(), &kSecond, &mine));
+      if (happens(ZrSafeArrayGetElement(numbers.get(), &kSecond, &seen)) && seen >> 32 != (seen & 0xFFFFFFFF)) ++odd;
+      ZRSTR string = text;
+      (void)happens(ZrSafeArrayPutElement(strings.get(), &kFirst, &string));
+      string = nullptr;
+      if (happens(ZrSafeArrayGetElement(strings.get(), &kFirst, &string)) && string != nullptr &&
+          ZrStringLen(string) != 1)
+        ++odd;
+      ZrDestroyString(string);
+    }
+  });
+  int64_t counted = 0;
+  EXPECT_EQ(ZrSafeArrayGetElement(numbers.get(), &kFirst, &counted), ZR_R_OK);
+  EXPECT_EQ(counted, done);
+  EXPECT_EQ(odd, 0);
 }
 
 // A discovery that is asked calls back while another thread ends the library: the two must not wait for each other.

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "tests/support/variant_text.h"
 
@@ -112,9 +113,12 @@ TEST(VariantCompare, ValuesAndReferencesToThem) {
     const uint16_t tag = left.Type & ZR_VT_TYPEMASK;
     const bool isReal = tag == ZR_VT_R4 || tag == ZR_VT_R8,
                isNumber = (tag < ZR_VT_BLOB && !isReal) || tag == ZR_VT_CHAR32;
-    left.Reserved3 = 0;
-    EXPECT_EQ(Compared(left, right), (isNumber ? Answer{'!'} : row.answer));
-    EXPECT_EQ(Compared(leftRef, rightRef), row.answer);
+    for (uint16_t* marker : {&left.Reserved1, &left.Reserved2, &left.Reserved3}) {
+      const uint16_t before = std::exchange(*marker, 0);
+      EXPECT_EQ(Compared(left, right), (isNumber ? Answer{'!'} : row.answer));
+      EXPECT_EQ(Compared(leftRef, rightRef), row.answer);
+      *marker = before;
+    }
     const ZRVARIANT null = ByRef(left.Type, nullptr);
     const Answer unwritten = row.answer == kUnsupported ? kUnsupported : Answer{'-'};
     EXPECT_EQ(Compared(leftRef, null), unwritten);
@@ -130,19 +134,21 @@ TEST(VariantCompare, TagsAlone) {
     ZRVARIANT value = ZR_VARIANT_INIT, other = ZR_VARIANT_INIT;
     value.Type = other.Type = static_cast<uint16_t>(tag);
     other.Value.ui8 = tag == ZR_VT_OPAQUE ? 0 : uint64_t{7} << 32;  // behind what is narrow
-    ZRVARIANT reference = ByRef(static_cast<uint16_t>(tag), &behind);
+    const ZRVARIANT reference = ByRef(value.Type, &behind), null = ByRef(value.Type, nullptr);
     const bool isBad = NameOf(tag) == nullptr;
     if (isBad || tag == ZR_VT_VARIANT) {
       EXPECT_EQ(Compared(value, other), kRefused);
     }
     if (isBad || tag == ZR_VT_EMPTY) {
       EXPECT_EQ(Compared(reference, reference), kRefused);
+      EXPECT_EQ(Compared(null, reference), kRefused);
     }
     if (tag == ZR_VT_EMPTY || tag == ZR_VT_OPAQUE) {
       EXPECT_EQ(Compared(value, other), Answer{'='});
     }
     if (tag == ZR_VT_OPAQUE) {
       EXPECT_EQ(Compared(reference, reference), kUnsupported);
+      EXPECT_EQ(Compared(reference, null), kUnsupported);
     }
     if (tag >= ZR_VT_BOOL && tag <= ZR_VT_UI8) {
       EXPECT_EQ(Compared(value, other), Answer{'!'});
@@ -152,6 +158,11 @@ TEST(VariantCompare, TagsAlone) {
   }
   ZRVARIANT opaque = Value("OPAQUE 1"), empty = ZR_VARIANT_INIT;
   EXPECT_EQ(Compared(opaque, Value("OPAQUE 2")), Answer{'!'});
+  for (const uint16_t word : std::initializer_list<uint16_t>{ZR_VT_VARIANT, ZR_VT_I4 | ZR_VT_ARRAY}) {
+    const ZRVARIANT somewhere = ByRef(word, &empty), nowhere = ByRef(word, nullptr);
+    EXPECT_EQ(Compared(somewhere, nowhere), Answer{'-'});
+    EXPECT_EQ(Compared(nowhere, somewhere), Answer{'-'});
+  }
   uint8_t equal = 9;
   EXPECT_EQ(ZrVariantCompare(nullptr, &empty, &equal), ZR_R_INVALID_POINTER);
   EXPECT_EQ(ZrVariantCompare(&empty, nullptr, &equal), ZR_R_INVALID_POINTER);

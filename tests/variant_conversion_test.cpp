@@ -9,6 +9,7 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/number_model.h"
@@ -628,6 +629,15 @@ TEST(VariantConversion, RealsAsTheCLibraryWritesAndReadsThem) {
   const double expected = std::strtod("1.5", &end);
   EXPECT_EQ(ZrVariantChangeType(&number, &source, 0, ZR_VT_R8), *end == 0 ? ZR_R_OK : ZR_R_FAILED);
   EXPECT_EQ(number.Value.r8, expected);
+  // A number that ends ahead of the point, which may be longer than one byte.
+  wchar_t point = 0;
+  std::mbtowc(&point, std::localeconv()->decimal_point, MB_CUR_MAX);
+  source = Value("STR  1f");
+  ZRSTR& text = source.Value.string;
+  const Owned rest(Units{static_cast<WCHAR>(point), WCHAR{'5'}});
+  ZrDestroyString(std::exchange(text, ZrAppendStrings(text, rest)));
+  EXPECT_EQ(ZrVariantChangeType(&number, &source, 0, ZR_VT_R8), ZR_R_OK);
+  EXPECT_EQ(number.Value.r8, 1.0);
   std::setlocale(LC_ALL, "C");
 }
 

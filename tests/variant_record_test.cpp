@@ -201,6 +201,11 @@ TEST(VariantRecord, ChainsOfReferences) {
     EXPECT_EQ(Describe(destination), row.left);
   }
   EXPECT_EQ(ZrStringRefCount(end.Value.string), 1u);
+  // The address of an array is copied like any other.
+  const ZRVARIANT array = ByRef(ZR_VT_STR | ZR_VT_ARRAY, &end);
+  OwnedVariant copy;
+  EXPECT_EQ(ZrVariantCopy(&copy, &array), ZR_R_OK);
+  EXPECT_EQ(std::memcmp(&copy, &array, sizeof array), 0);
   // A reference to the destination itself finds it released.
   const ZRVARIANT source = ByRef(ZR_VT_VARIANT, &end);
   EXPECT_EQ(ZrVariantCopyInd(&end, &source), ZR_R_OK);

@@ -74,11 +74,11 @@ struct CBytes {
 
 static CBytes BytesOf(ZRSTR string) noexcept { return {string, StringByteLen(string)}; }
 
-// The bytes of an owned kind. No bytes are those of a null record, or of an empty text.
+// The bytes of an owned kind, which is not null. An empty text has none.
 static CBytes BytesOf(PayloadKind kind, const ZRVARIANTVALUE& value) noexcept {
-  if (kind == PayloadKind::String) return BytesOf(value.string);
-  if (value.address == nullptr) return {nullptr, 0};
   switch (kind) {
+    case PayloadKind::String:
+      return BytesOf(value.string);
     case PayloadKind::Uuid:
       return {value.uuid, sizeof(ZRUUID)};
     case PayloadKind::Ref:

@@ -7,6 +7,9 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "code_units.h"
+#include "host/column_title.h"
+#include "host/csv_line.h"
 #include "host/environment.h"
 #include "host/utf8.h"
 
@@ -49,26 +52,60 @@ static std::size_t FindLineEnd(WideView text, std::size_t begin) {
   return text.size();
 }
 
-std::vector<CsvFileLine> ReadCsvFile(const std::string& path, CStringBook& book) {
+static std::string FieldCount(std::size_t count) { return std::to_string(count) + (count == 1 ? " field" : " fields"); }
+
+static void AddLine(CsvTable& table, WideView text, std::size_t number, CStringBook& book) {
+  const CsvLine line = SplitCsvLine(text);
+  const std::string last = "field " + std::to_string(line.fields.size());
+  if (line.problem == CsvProblem::OpenQuotes) throw std::runtime_error(last + " has no closing quotation mark");
+  if (line.problem == CsvProblem::TextBehindQuotes) {
+    throw std::runtime_error(last + " goes on behind its closing quotation mark");
+  }
+  if (table.columns.empty()) {
+    for (const CsvField& field : line.fields) {
+      const WideText content = FieldText(text, field);
+      const ColumnTitle title = ReadColumnTitle(content);
+      table.columns.push_back({book.Write(title.text), title.type});
+    }
+    return;
+  }
+  if (line.fields.size() != table.columns.size()) {
+    throw std::runtime_error(FieldCount(line.fields.size()) + " where the titles are " +
+                             std::to_string(table.columns.size()));
+  }
+  CsvRow& row = table.rows.emplace_back();
+  row.line = number;
+  for (const CsvField& field : line.fields) row.cells.push_back(book.Write(FieldText(text, field)));
+}
+
+CsvTable ReadCsvFile(const std::string& path, CStringBook& book) {
   const std::string bytes = ReadBytes(path);
+  const auto fail = [&](std::size_t number, const std::string& problem) {
+    throw std::runtime_error("\"" + path + "\", line " + std::to_string(number) + ": " + problem);
+  };
   if (const std::size_t fault = FaultInUtf8(bytes); fault != std::string::npos) {
-    const auto number = 1 + std::count(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(fault), '\n');
-    throw std::runtime_error("\"" + path + "\", line " + std::to_string(number) + ": this is not UTF-8");
+    const auto breaks = std::count(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(fault), '\n');
+    fail(1 + static_cast<std::size_t>(breaks), "this is not UTF-8");
   }
   const StringOwner decoded = FromUtf8(bytes);
   WideView text = Units(decoded.get());
   if (!text.empty() && text.front() == 0xFEFF) text.remove_prefix(1);
 
-  std::vector<CsvFileLine> lines;
+  CsvTable table;
   std::size_t number = 1;
   for (std::size_t begin = 0; begin < text.size();) {
     const std::size_t end = FindLineEnd(text, begin);
     WideView line = text.substr(begin, end - begin);
     const auto breaks = static_cast<std::size_t>(std::count(line.begin(), line.end(), W('\n')));
     if (!line.empty() && line.back() == W('\r')) line.remove_suffix(1);
-    lines.push_back({number, book.Write(line)});
+    try {
+      if (!line.empty()) AddLine(table, line, number, book);
+    } catch (const std::runtime_error& problem) {
+      fail(number, problem.what());
+    }
     number += breaks + 1;
     begin = end + 1;
   }
-  return lines;
+  if (table.columns.empty()) throw std::runtime_error("\"" + path + "\" holds no line of titles");
+  return table;
 }

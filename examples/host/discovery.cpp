@@ -1,5 +1,7 @@
 #include "host/discovery.h"
 
+#include "code_units.h"
+
 void CTableDiscovery::Add(const ZRUUID& classId, ZRSTR className, ZRSTR modulePath) {
   entries_.push_back(Entry{classId, StringOwner(ZrCopyString(className)), StringOwner(ZrCopyString(modulePath))});
 }

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "host/settings.h"
-#include "string_owner.h"
+#include "owners.h"
 
 /// CTableDiscovery is made with one reference, for its maker, and frees itself with the last one.
 ///

@@ -11,6 +11,9 @@
 /// CommandLine is what the user asked for, without the program's name in front. UTF-8, if the user's terminal was.
 std::vector<std::string> CommandLine(int count, char** values);
 
+/// ModuleFile is how the file of a module is called here: "bodies.so" or "bodies.dll".
+std::string ModuleFile(const std::string& module);
+
 /// BesideProgram is the path of a file that lies in the folder of the running program. UTF-8.
 std::string BesideProgram(const std::string& fileName);
 

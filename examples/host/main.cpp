@@ -6,18 +6,21 @@
 #include <cstdio>
 #include <exception>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "body_table.h"
+#include "code_units.h"
 #include "host/csv_file.h"
 #include "host/discovery.h"
 #include "host/environment.h"
 #include "host/result_text.h"
 #include "host/string_book.h"
 #include "host/table_client.h"
+#include "host/table_text.h"
 #include "host/utf8.h"
 
 static constexpr char kUsage[] = "usage: zrdemo [--module PATH] [CLASS-NAME [CSV-FILE]]";
@@ -36,7 +39,7 @@ struct UsageError : std::runtime_error {
 };
 
 static Arguments ReadArguments(const std::vector<std::string>& values) {
-  Arguments arguments{BesideProgram(BODIES_FILE), kClassName, BesideProgram("bodies.csv"), false};
+  Arguments arguments{BesideProgram(ModuleFile("bodies")), kClassName, BesideProgram("bodies.csv"), false};
   int position = 0;
   for (std::size_t i = 0; i < values.size(); ++i) {
     const std::string_view value = values[i];
@@ -81,27 +84,43 @@ static std::string AskForUnknown() {
   return Text(*classId) + ": " + Describe(result);
 }
 
-// The client's road: name, identifier, object, lines in, text out.
-static void ShowTable(CTableClient& client, ZRSTR className, const CTableDiscovery& discovery,
-                      const std::vector<CsvFileLine>& lines, const std::string& csvPath, CStringBook& book) {
+static void SayFailures(const std::vector<std::string>& lines) {
+  constexpr std::size_t kMost = 10;
+  for (std::size_t i = 0; i < lines.size() && i < kMost; ++i) Say(i == 0 ? "Not converted" : "", lines[i]);
+  if (lines.size() > kMost) Say("", "and " + std::to_string(lines.size() - kMost) + " more");
+}
+
+static void Show(WideView text) {
+  const StringOwner string(MakeString(text));
+  if (string == nullptr) throw std::bad_alloc();
+  std::printf("\n%s", ToUtf8(string.get()).c_str());
+}
+
+// The client's road: name, identifier, object, columns of texts in, columns of values out.
+static void ShowTable(CTableClient& client, ZRSTR className, const CTableDiscovery& discovery, const CsvTable& table,
+                      const std::string& csvPath, CStringBook& book) {
   Say("Asked for", ToUtf8(className));
   client.Find(className);
   Say("Identifier", Text(client.ClassId()) + ", which is " + client.ClassName());
   Say("Not known", AskForUnknown());
   client.Open();
   Say("Answered by", ToUtf8(discovery.Answered()));
-  client.AddLines(lines, csvPath);
-  Say("Handed over", std::to_string(lines.size()) + " lines of " + csvPath);
+  client.AddTable(table);
+  Say("Handed over", std::to_string(table.columns.size()) + " columns of " + std::to_string(table.rows.size()) +
+                         " texts each, from " + csvPath);
   Say("Shared", std::to_string(book.Strings()) + " strings, " + std::to_string(book.References()) +
-                    " references on them while the object holds its lines");
-  const ZRSTR table = book.Enter(client.Render(OutputWidth(), csvPath));
-  std::printf("\n%s\n", ToUtf8(table).c_str());
+                    " references on them while the object holds its columns");
+  const CTableText text(table, client.Columns());
+  Show(text.Cells(OutputWidth()));
+  Show(text.Summary(client.Summary(), OutputWidth()));
+  std::printf("\n");
+  SayFailures(text.Failures());
 }
 
 // Registers, lets the client work, and takes everything down again, whether that went well or not.
 static bool Run(const Arguments& arguments) {
   CStringBook book;
-  const std::vector<CsvFileLine> lines = ReadCsvFile(arguments.csvPath, book);
+  const CsvTable table = ReadCsvFile(arguments.csvPath, book);
   const ZRSTR listedName = book.Enter(FromUtf8(kClassName));
   const ZRSTR modulePath = book.Enter(DecodeArgument(arguments.modulePath, "module path"));
   // Not in the book: the library remembers a name that it could answer, and so may keep a reference on it.
@@ -126,7 +145,7 @@ static bool Run(const Arguments& arguments) {
     Say("", ToUtf8(listedName) + " " + Text(kBodyTableClass));
     Say("", "in " + ToUtf8(modulePath));
     Say("Configured", "by " + std::to_string(discovery->Settings().Asked()) + " values that the library asked for");
-    ShowTable(client, className.get(), *discovery, lines, arguments.csvPath, book);
+    ShowTable(client, className.get(), *discovery, table, arguments.csvPath, book);
   } catch (const std::exception& error) {
     Complain(error.what());
     isGood = false;
@@ -138,12 +157,10 @@ static bool Run(const Arguments& arguments) {
   (void)ZrUninitialize();
   const uint32_t discoveryCount = discovery->Release();
 
-  const bool isBalanced =
-      objectCount == 0 && discoveryCount == 0 && book.Outstanding() == 0 && client.HandlesLeft() == 0;
+  const bool isBalanced = objectCount == 0 && discoveryCount == 0 && book.Outstanding() == 0;
   Say("References", "left: object " + std::to_string(objectCount) + ", discovery " + std::to_string(discoveryCount) +
                         ", the " + std::to_string(book.Strings()) + " shared strings " +
-                        std::to_string(book.Outstanding()) + ", the " + std::to_string(client.HandlesHeld()) +
-                        " handles " + std::to_string(client.HandlesLeft()) +
+                        std::to_string(book.Outstanding()) +
                         (isBalanced ? ". All given back." : ". NOT all given back!"));
   return isGood && isBalanced;
 }

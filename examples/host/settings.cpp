@@ -1,5 +1,7 @@
 #include "host/settings.h"
 
+#include "code_units.h"
+
 /// CTextValue is one value, with a reference of its own on the text.
 class CTextValue final : public CCounted<IZrConfigurationValue> {
  public:

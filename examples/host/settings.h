@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "code_units.h"
-#include "string_owner.h"
+#include "owners.h"
 
 /// CCounted counts the references of an object that is made with one and frees itself with the last.
 template <class... Interfaces>

@@ -3,6 +3,8 @@
 #include <new>
 #include <utility>
 
+#include "code_units.h"
+
 ZRSTR CStringBook::Enter(StringOwner string) { return strings_.emplace_back(std::move(string)).get(); }
 
 ZRSTR CStringBook::Write(WideView units) {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "code_units.h"
-#include "string_owner.h"
+#include "owners.h"
 
 class CStringBook {
  public:

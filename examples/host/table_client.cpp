@@ -1,9 +1,14 @@
 #include "host/table_client.h"
 
 #include <stdexcept>
+#include <utility>
 
 #include "host/result_text.h"
 #include "host/utf8.h"
+
+static void Require(ZRRESULT result, const char* deed) {
+  if (ZR_FAILED(result)) throw std::runtime_error(std::string("the object can't ") + deed + ": " + Describe(result));
+}
 
 void CTableClient::Find(ZRSTR className) {
   // The sign alone tells failure: modules and hosts may have successes above zero.
@@ -25,36 +30,36 @@ void CTableClient::Open() {
   table_ = static_cast<IBodyTable*>(object);
 }
 
-void CTableClient::AddLines(const std::vector<CsvFileLine>& lines, const std::string& fileName) {
-  for (const CsvFileLine& line : lines) {
-    const ZRRESULT result = table_->AddLine(line.text);
-    if (ZR_SUCCEEDED(result)) continue;
-    std::string problem = "\"" + fileName + "\", line ";
-    problem += std::to_string(line.number) + ": ";
-    ZRSTR explanation = nullptr;
-    if (result == ZR_R_REQUEST_REJECTED && ZR_SUCCEEDED(table_->Explain(&explanation))) {
-      problem += ToUtf8(StringOwner(explanation).get());
-    } else {
-      problem += Describe(result);
+void CTableClient::AddTable(const CsvTable& table) {
+  for (std::size_t c = 0; c < table.columns.size(); ++c) {
+    const ZrSafeArrayBound bound = {static_cast<uint32_t>(table.rows.size()), 0};
+    ArrayOwner texts(ZrSafeArrayCreate(ZR_VT_STR, 1, &bound));
+    {
+      const CElements<ZRSTR> text(texts.get());
+      for (uint32_t r = 0; r < text.Count(); ++r) text[r] = ZrCopyString(table.rows[r].cells[c]);
     }
-    throw std::runtime_error(problem);
+    const CVariantOwner column = CVariantOwner::OfArray(ZR_VT_STR, std::move(texts));
+    const CsvColumn& title = table.columns[c];
+    Require(table_->AddColumn(title.title, title.type, &column.Get()), "take a column");
+    ++columnCount_;
   }
 }
 
-StringOwner CTableClient::Render(uint32_t width, const std::string& fileName) {
-  ZRSTR text = nullptr;
-  const ZRRESULT result = table_->Render(width, &text);
-  handlesHeld_ = table_->Handles();
-  if (result == ZR_R_EMPTY_VALUE) throw std::runtime_error("\"" + fileName + "\" holds no line of titles");
-  if (ZR_FAILED(result)) throw std::runtime_error("the table can't be rendered: " + Describe(result));
-  return StringOwner(text);
+std::vector<ColumnValues> CTableClient::Columns() {
+  std::vector<ColumnValues> columns(columnCount_);
+  for (uint32_t c = 0; c < columnCount_; ++c) {
+    Require(table_->Column(c, columns[c].values.Address(), columns[c].codes.Address()), "give a column");
+  }
+  return columns;
+}
+
+CVariantOwner CTableClient::Summary() {
+  CVariantOwner summary;
+  Require(table_->Summary(summary.Address()), "sum up the columns");
+  return summary;
 }
 
 uint32_t CTableClient::Close() {
-  if (table_ == nullptr) return 0;
-  IBodyTable* table = table_;
-  table_ = nullptr;
-  table->Clear();
-  handlesLeft_ = table->Handles();
-  return table->Release();
+  IBodyTable* table = std::exchange(table_, nullptr);
+  return table == nullptr ? 0 : table->Release();
 }

@@ -9,7 +9,13 @@
 
 #include "body_table.h"
 #include "host/csv_file.h"
-#include "string_owner.h"
+#include "owners.h"
+
+/// ColumnValues is what IBodyTable tells about a column, in arrays.
+struct ColumnValues {
+  CVariantOwner values;
+  CVariantOwner codes;
+};
 
 /// Every operation that fails throws std::runtime_error with one sentence for the user. None may be called before Open.
 class CTableClient {
@@ -25,28 +31,26 @@ class CTableClient {
   /// Open makes the object of the class that was found.
   void Open();
 
-  void AddLines(const std::vector<CsvFileLine>& lines, const std::string& fileName);
+  /// AddTable hands over the columns, one by one, each as an array of texts.
+  void AddTable(const CsvTable& table);
 
-  /// Render gives the table of the lines that were added; the name is for the case that there were none.
-  StringOwner Render(uint32_t width, const std::string& fileName);
+  /// Columns gives the values of all columns.
+  std::vector<ColumnValues> Columns();
+
+  /// Summary gives an array of variants, as IBodyTable describes it.
+  CVariantOwner Summary();
 
   /// Close releases the object, if there is one, and answers how many references that left.
   uint32_t Close();
-
-  /// HandlesHeld is how many handles of the library the module held while the table was rendered, and HandlesLeft those
-  /// that it still held when the table was closed.
-  uint32_t HandlesHeld() const { return handlesHeld_; }
-  uint32_t HandlesLeft() const { return handlesLeft_; }
 
   const ZRUUID& ClassId() const { return classId_; }
   const std::string& ClassName() const { return className_; }  // as it came back, in UTF-8
 
  private:
   ZRUUID classId_ = {};
+  uint32_t columnCount_ = 0;
   std::string className_;
   IBodyTable* table_ = nullptr;
-  uint32_t handlesHeld_ = 0;
-  uint32_t handlesLeft_ = 0;
 };
 
 #endif

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "string_owner.h"
+#include "owners.h"
 
 /// FaultInUtf8 is the place of the first byte that begins no UTF-8; npos if all is well. It is strict: no overlong
 /// forms, no surrogates, nothing beyond U+10FFFF, no character that breaks off.

@@ -5,7 +5,7 @@
 #include "body_table.h"
 #include "module/body_table_object.h"
 
-// Nothing here needs a start or an end: the module's only state is a counter of handles.
+// Nothing here needs a start or an end: the module has no state but its objects.
 ZRRESULT ZrInitModule() { return ZR_R_OK; }
 
 void ZrExitModule() {}

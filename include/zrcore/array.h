@@ -13,14 +13,15 @@
 // copy had made it, and what a put was given stays the caller's. A value is always passed by the address of a variable
 // of the element's type: of an int32_t, of a ZRSTR, of a ZRUUID, of a ZRVARIANT.
 //
-// Indices are 32 bits each, one for each dimension, in order; negative ones as their two's complement. Only an offset
-// that comes out negative is refused: bounds are not compared one by one, and staying below the upper ones is the
-// caller's part. Counts and their product are 32 bits and wrap around.
+// Indices are 32 bits each, one for each dimension, in order; negative ones as their two's complement. Together they
+// make one offset into the elements, and only an offset that comes out negative is refused: bounds are not compared one
+// by one, and staying within the upper ones is the caller's part. Counts, their product and offsets are 32 bits and
+// wrap around.
 //
 // In this family a null handle or a null pointer that is needed gives ZR_R_INVALID_POINTER. An array without what an
 // operation needs, made as above, gives ZR_R_FAILED. When memory is exhausted, ZrSafeArrayCreate and ZrSafeArrayCopy
 // end the process, or throw std::bad_alloc where nothing has been made yet; other functions throw it, with the array as
-// it was.
+// it was but for the element of a put, which may have lost its value.
 //
 // Threads: before ZrInitialize too. An array has a flag that is taken and left at once, never waited for: by
 // ZrSafeArrayLock, by ZrSafeArrayAccessData, and for its duration by each get and put, which fail while it is taken,
@@ -62,17 +63,19 @@ ZR_API ZRSAFEARRAY ZrSafeArrayCreate(uint16_t tag, uint32_t dimensions, const Zr
 ZR_API ZRRESULT ZrSafeArrayDestroy(ZRSAFEARRAY array);
 
 /// ZrSafeArrayCopy makes an array with copies of the elements, its flag free. Strings and blobs are shared, interface
-/// objects get one more reference, records and variants are copied.
+/// objects get one more reference, records are copied, and variants as ZrVariantCopy does. Nulls stay; an SREF with
+/// neither ref nor text becomes one.
 ///
 /// @param copy  an array in it is destroyed first, so it must be null or a handle other than `source`; receives the new
-///              array, null after a failure.
+///              array, or null if `source` has no dimensions. Untouched if `source` is null.
 /// @return ZR_R_OK; ZR_R_INVALID_POINTER if an argument is null; ZR_R_INVALID_OBJECT_STATE if `source` has no
 ///         dimensions.
 ZR_API ZRRESULT ZrSafeArrayCopy(ZRSAFEARRAY source, ZRSAFEARRAY* copy);
 
 /// ZrSafeArrayRedim gives the array another shape. Elements keep their place in the block, not their indices: as many
-/// as both shapes have stay, the rest is released, new ones are zero. The handle stays; addresses that
-/// ZrSafeArrayAccessData and ZrSafeArrayGetBounds gave are dead. Null strings become empty ones.
+/// as both shapes have stay, the rest is released, new ones are zero. Those that stay are copied as ZrSafeArrayCopy
+/// does, but null strings become empty ones. The array's handle stays; addresses that ZrSafeArrayAccessData and
+/// ZrSafeArrayGetBounds gave are dead, and so are blobs, REFs and SREFs that were read there.
 ///
 /// @param dimensions  of the new shape, above 0; may differ from what the array had.
 /// @param bounds      reads one record for each; not the array's own, which end here.
@@ -101,10 +104,9 @@ ZR_API ZRRESULT ZrSafeArrayGetElement(ZRSAFEARRAY array, const uint32_t* indices
 /// @param indices  reads one for each dimension.
 /// @param value    address of a variable of the element's type; not one that the element itself holds, since that is
 ///                 released first. A null string is put as an empty one, a null blob or interface as null.
-/// @return as ZrSafeArrayGetElement, ZR_R_INVALID_ARGUMENTS for negative offsets of variants too; for a REF or SREF
-/// also
-///         what ZrCopyREF or ZrCopySREF answers if not ZR_R_OK, with the element null then: ZR_R_INVALID_ARGUMENTS for
-///         a null one, 1 for an SREF with neither ref nor text.
+/// @return as ZrSafeArrayGetElement, but ZR_R_INVALID_ARGUMENTS for negative offsets of variants too. For a REF or
+///         SREF also what ZrCopyREF or ZrCopySREF answers if it isn't ZR_R_OK, with the element null then:
+///         ZR_R_INVALID_ARGUMENTS for a null one, 1 for an SREF with neither ref nor text.
 ///
 /// Where a put of a pointer has no place, by its offset or for want of elements, the copy that was made for it stays
 /// behind unowned.
@@ -114,8 +116,8 @@ ZR_API ZRRESULT ZrSafeArrayPutElement(ZRSAFEARRAY array, const uint32_t* indices
 
 /// ZrSafeArrayLock takes the flag. It doesn't wait and doesn't count.
 ///
-/// @return ZR_R_OK; ZR_R_INVALID_POINTER if `array` is null; ZR_R_INVALID_OBJECT_STATE if it is taken, by this caller
-/// too.
+/// @return ZR_R_OK; ZR_R_INVALID_POINTER if `array` is null; ZR_R_INVALID_OBJECT_STATE if the flag is taken, be it by
+///         this caller.
 ZR_API ZRRESULT ZrSafeArrayLock(ZRSAFEARRAY array) ZR_NOEXCEPT;
 
 /// ZrSafeArrayUnlock leaves the flag, whoever took it.
@@ -136,7 +138,8 @@ ZR_API ZRRESULT ZrSafeArrayUnaccessData(ZRSAFEARRAY array) ZR_NOEXCEPT;
 // ---- Questions -----------------------------------------------------------------------------------------------------
 //
 // They answer ZR_R_OK once the array is there, also where they have nothing to say and leave the variable as it was:
-// give it a value before. A null variable is no failure either, but for ZrSafeArrayGetVartype.
+// give it a value before. A null variable is no failure either, but for ZrSafeArrayGetVartype; where two are written,
+// the first or, for the bounds, either one being null leaves both.
 
 /// ZrSafeArrayGetVartype tells the tag of the elements, without flags.
 ///
@@ -144,11 +147,11 @@ ZR_API ZRRESULT ZrSafeArrayUnaccessData(ZRSAFEARRAY array) ZR_NOEXCEPT;
 /// @return ZR_R_OK; ZR_R_INVALID_POINTER if `array` is null.
 ZR_API ZRRESULT ZrSafeArrayGetVartype(ZRSAFEARRAY array, uint16_t* tag) ZR_NOEXCEPT;
 
-/// ZrSafeArrayGetBounds tells the number of dimensions and lends their records.
+/// ZrSafeArrayGetBounds tells the number of dimensions and lends their records. Nothing is written if there are none.
 ///
 /// @param dimensions  receives the number.
 /// @param bounds      receives the address of the first record; the array's own, until it is destroyed or gets another
-///                    shape. Unwritten if there are no dimensions.
+///                    shape.
 /// @return ZR_R_OK; ZR_R_INVALID_POINTER if `array` is null.
 ZR_API ZRRESULT ZrSafeArrayGetBounds(ZRSAFEARRAY array, uint32_t* dimensions,
                                      const ZrSafeArrayBound** bounds) ZR_NOEXCEPT;
@@ -180,26 +183,37 @@ ZR_API ZRRESULT ZrSafeArrayGetUBound(ZRSAFEARRAY array, uint32_t dimension, uint
 /// ZrSafeArrayChangeType converts all elements to another type, in place, as ZrVariantChangeType converts values.
 ///
 /// Elements that don't convert become zero, null or empty, and the others are kept: there is no way back. What differs
-/// from variants: a boolean is taken for its number, also as text; ZR_VT_TIME and ZR_VT_DATETIME convert only to 64-bit
-/// integers, ZR_VT_CY and each other (bit by bit), ZR_VT_R8, ZR_VT_STR and ZR_VT_VARIANT; a null REF or SREF doesn't
-/// convert, to its own type neither; interface pointers convert to their own type, and ZR_VT_DISPATCH to ZR_VT_UNKNOWN;
-/// every element becomes a ZR_VT_VARIANT, and elements that are variants convert by their own types, by-reference ones
-/// too, those with arrays not.
+/// from variants:
+///
+///   - A boolean or a ZR_VT_CHAR32 is taken for its number, also as text. ZR_VT_UI1 and ZR_VT_BYTE become booleans as
+///     they are: 2 stays 2. ZR_VT_QWORD is a number to ZR_VT_DATETIME too, not an address.
+///   - ZR_VT_TIME and ZR_VT_DATETIME convert only to 64-bit integers, ZR_VT_CY and each other (bit by bit), ZR_VT_R8,
+///     ZR_VT_STR and ZR_VT_VARIANT.
+///   - A null REF or SREF, or an SREF with neither ref nor text, doesn't convert, to its own type neither; it becomes
+///     an empty variant.
+///   - Interface pointers convert to their own type, and ZR_VT_DISPATCH to ZR_VT_UNKNOWN.
+///   - Every element becomes a ZR_VT_VARIANT, with the plain name's tag where several types are one (a boolean:
+///     ZR_VT_UI1).
+///   - Elements that are variants convert by their own types, by-reference ones too, but for interface pointers; those
+///     with arrays don't convert. One that refers to a variant with an array counts as converted if all of that array's
+///     elements do, and becomes zero or null.
 ///
 /// @param flags  no effect; pass 0.
 /// @param tag    of the new elements; flags in it are dropped.
 /// @return ZR_R_OK if all elements converted; 1 if the array has the new type but some have not; with the elements as
 ///         they were: ZR_R_INVALID_POINTER if `array` is null; ZR_R_FAILED if elements can't have the tag, or the array
-///         has none to convert.
+///         has none to convert. In the latter case, if it has dimensions, ZrSafeArrayGetVartype still tells the old
+///         type, but elements that ZrSafeArrayRedim may bring are of the new one.
 ///
-/// Between numbers nothing is allocated but the new block.
+/// Between numbers nothing is allocated but the new block and a small object that knows the new type.
 ZR_API ZRRESULT ZrSafeArrayChangeType(ZRSAFEARRAY array, uint32_t flags, uint16_t tag);
 
 /// ZrSafeArrayCompare tells whether two arrays have equal elements.
 ///
 /// Numbers and UUIDs are equal if their bytes are (so 0.0 and -0.0 differ, and the same NaN is equal), interface
-/// pointers if they are the same, others as their families compare them; where those fail, as for null blobs, the
-/// elements differ. Arrays of one shape but of different element types count as equal.
+/// pointers if they are the same, others as their families compare them; where those fail or give no answer, as for
+/// null blobs, the elements differ. An array equals itself, whatever it holds. Arrays of one shape count as equal if
+/// their element types differ, or if they can't have elements; one without dimensions on the left equals any.
 ///
 /// @param equal  receives 1 or 0. Left as it was for arrays of different shapes, lower bounds included: set it to 0
 ///               before.

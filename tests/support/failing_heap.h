@@ -1,5 +1,5 @@
-// A heap that fails on demand, in the calling thread: malloc and realloc as the library's objects call them, and the
-// global allocation function.
+// A heap that fails on demand, in the calling thread: malloc, calloc and realloc as the library's objects call them,
+// and the global allocation function.
 
 #pragma once
 

@@ -1,12 +1,13 @@
 // The way of a cell: units -> paragraphs of glyphs, with each control character made visible -> lines that fit the
 // column -> units again, filled up with spaces by display width.
 
-#include "module/table_layout.h"
+#include "host/table_layout.h"
 
 #include <algorithm>
 #include <limits>
 
-#include "module/display_width.h"
+#include "code_units.h"
+#include "host/display_width.h"
 
 struct Glyph {
   char32_t codePoint;

@@ -1,7 +1,7 @@
 // The fields of one CSV line, as places in it.
 
-#ifndef EXAMPLES_MODULE_CSV_LINE_H
-#define EXAMPLES_MODULE_CSV_LINE_H
+#ifndef EXAMPLES_HOST_CSV_LINE_H
+#define EXAMPLES_HOST_CSV_LINE_H
 
 #include <cstddef>
 #include <vector>

@@ -1,7 +1,7 @@
 // A table of texts as lines for a terminal.
 
-#ifndef EXAMPLES_MODULE_TABLE_LAYOUT_H
-#define EXAMPLES_MODULE_TABLE_LAYOUT_H
+#ifndef EXAMPLES_HOST_TABLE_LAYOUT_H
+#define EXAMPLES_HOST_TABLE_LAYOUT_H
 
 #include <cstddef>
 #include <vector>

@@ -7,6 +7,8 @@
 
 std::vector<std::string> CommandLine(int count, char** values) { return {values + 1, values + count}; }
 
+std::string ModuleFile(const std::string& module) { return module + ".so"; }
+
 std::string BesideProgram(const std::string& fileName) {
   return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / fileName).string();
 }

@@ -19,6 +19,8 @@ std::vector<std::string> CommandLine(int, char**) {
   return arguments;
 }
 
+std::string ModuleFile(const std::string& module) { return module + ".dll"; }
+
 std::string BesideProgram(const std::string& fileName) {
   std::wstring program(32768, L'\0');  // no path is longer
   const DWORD length = GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size()));

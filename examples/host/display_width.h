@@ -1,7 +1,7 @@
 // How many columns of a terminal a character takes. Terminals draw by this rule, whatever the font.
 
-#ifndef EXAMPLES_MODULE_DISPLAY_WIDTH_H
-#define EXAMPLES_MODULE_DISPLAY_WIDTH_H
+#ifndef EXAMPLES_HOST_DISPLAY_WIDTH_H
+#define EXAMPLES_HOST_DISPLAY_WIDTH_H
 
 /// DisplayWidth is 0 for a combining mark, 2 for a wide East Asian character, else 1. Control characters have no width:
 /// replace them first.

@@ -1,4 +1,6 @@
-#include "module/csv_line.h"
+#include "host/csv_line.h"
+
+#include "code_units.h"
 
 static constexpr std::size_t kNowhere = WideView::npos;
 

@@ -1,4 +1,4 @@
-#include "module/display_width.h"
+#include "host/display_width.h"
 
 #include <algorithm>
 #include <iterator>

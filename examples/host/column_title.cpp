@@ -1,0 +1,36 @@
+#include "host/column_title.h"
+
+#include <algorithm>
+
+#include "code_units.h"
+
+struct NamedType {
+  const char* name;
+  std::uint16_t type;
+};
+
+// What a text can be converted to and shown as.
+static constexpr NamedType kTypes[] = {
+    {"STR", ZR_VT_STR}, {"BOOL", ZR_VT_BOOL}, {"I4", ZR_VT_I4},     {"UI4", ZR_VT_UI4},
+    {"I8", ZR_VT_I8},   {"R4", ZR_VT_R4},     {"R8", ZR_VT_R8},     {"TIME", ZR_VT_TIME},
+    {"REF", ZR_VT_REF}, {"SREF", ZR_VT_SREF}, {"UUID", ZR_VT_UUID}, {"DATETIME", ZR_VT_DATETIME},
+};
+
+ColumnTitle ReadColumnTitle(WideView text) {
+  const std::size_t colon = text.rfind(W(':'));
+  if (colon != text.npos) {
+    const WideView word = text.substr(colon + 1);
+    for (const NamedType& known : kTypes) {
+      const std::string_view name = known.name;
+      if (std::equal(word.begin(), word.end(), name.begin(), name.end())) return {text.substr(0, colon), known.type};
+    }
+  }
+  return {text, ZR_VT_STR};
+}
+
+const char* TypeName(std::uint16_t type) {
+  for (const NamedType& known : kTypes) {
+    if (known.type == type) return known.name;
+  }
+  return "?";
+}
