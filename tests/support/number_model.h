@@ -90,7 +90,8 @@ inline ModelNumber ModelOfText(const std::basic_string<WCHAR>& units, uint16_t t
   ModelNumber model;
   bool triesWordsOnly = false, isClamped = false;
   if (isReal) {
-    const double real = std::strtod(text, &end);
+    double real = std::strtod(text, &end);
+    if (end == text) real = 0;  // and not below it, where a C library keeps the sign in front of no number
     if (tag == ZR_VT_R8) model.Store(real);
     if (tag == ZR_VT_R4) model.Store(static_cast<float>(real));
   } else if (tag == ZR_VT_UI8 || tag == ZR_VT_QWORD) {
