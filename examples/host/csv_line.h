@@ -23,8 +23,8 @@ struct CsvLine {
   CsvProblem problem = CsvProblem::None;
 };
 
-/// SplitCsvLine finds the fields: always at least one. A quotation mark within an unquoted field is an ordinary
-/// character.
+/// SplitCsvLine finds the fields: always at least one. A quotation mark within an unquoted field is an
+/// ordinary character.
 CsvLine SplitCsvLine(std::u16string_view line);
 
 /// FieldText is the content of a field of this line.
