@@ -19,18 +19,21 @@ static std::u16string LibraryText(const ZRVARIANT& value) {
   return std::u16string(Units(text.Get().Value.string));
 }
 
-// The library writes six digits behind the point.
+// Without those that end a fraction. The library writes all digits, six of a real number and seven of a time.
+static std::u16string WithoutZeros(std::u16string text) {
+  if (FractionLength(text) == 0) return text;  // such as an infinity
+  text.resize(text.find_last_not_of(u'0') + 1);
+  if (text.back() == u'.') text.pop_back();
+  return text;
+}
+
 static std::u16string RealText(const ZRVARIANT& value, unsigned fraction) {
   CVariantOwner real;
   (void)ZrVariantChangeType(real.Address(), &value, 0, ZR_VT_R8);
   ZRVARIANT rounded = real.Get();
   const double scale = std::pow(10, fraction);
   if (std::fabs(rounded.Value.r8) < 1e9) rounded.Value.r8 = std::round(rounded.Value.r8 * scale) / scale;
-  std::u16string text = LibraryText(rounded);
-  if (FractionLength(text) == 0) return text;  // such as an infinity
-  text.resize(text.find_last_not_of(u'0') + 1);
-  if (text.back() == u'.') text.pop_back();
-  return text;
+  return WithoutZeros(LibraryText(rounded));
 }
 
 static std::u16string RefText(const ZRVARIANT& value) {
@@ -51,6 +54,7 @@ static std::u16string DateText(ZRDATETIME date, bool hasTime) {
 
 std::u16string ValueText(const ZRVARIANT& value, unsigned fraction) {
   if (value.Type == ZR_VT_DATETIME) return DateText(value.Value.dateTime, fraction > 0);
+  if (value.Type == ZR_VT_TIME) return WithoutZeros(LibraryText(value));
   if (value.Type == ZR_VT_REF) return RefText(value);
   return IsReal(value.Type) ? RealText(value, fraction) : LibraryText(value);
 }
