@@ -248,16 +248,21 @@ class CZrSafeArrayAccessorVariant final : public CZrSafeArrayAccessor<VariantKin
   using CZrSafeArrayAccessor::CZrSafeArrayAccessor;
 };
 
-template <class Accessor>
-static CZrSafeArrayAccessorBase* New(uint16_t tag) {
-  return new Accessor(tag);
-}
-
 struct CAccessorClass {
   Storage storage = Storage::None;
-  uint8_t width = 0;
+  std::size_t width = 0;
   CZrSafeArrayAccessorBase* (*create)(uint16_t tag) = nullptr;
 };
+
+template <class Accessor>
+static consteval CAccessorClass Of(Storage storage) {
+  return {storage, Accessor::kWidth, [](uint16_t tag) -> CZrSafeArrayAccessorBase* { return new Accessor(tag); }};
+}
+
+template <class T>
+static consteval CAccessorClass Scalar(Storage storage) {
+  return Of<CZrSafeArrayAccessorScalar<T>>(storage);
+}
 
 struct CAccessorRow {
   uint16_t tag;
@@ -266,33 +271,33 @@ struct CAccessorRow {
 
 // clang-format off
 static constexpr CAccessorRow kAccessorRows[] = {
-  {ZR_VT_BOOL,     {Storage::Unsigned8,   1, New<CZrSafeArrayAccessorScalar<uint8_t>>}},
-  {ZR_VT_I1,       {Storage::Signed8,     1, New<CZrSafeArrayAccessorScalar<int8_t>>}},
-  {ZR_VT_I2,       {Storage::Signed16,    2, New<CZrSafeArrayAccessorScalar<int16_t>>}},
-  {ZR_VT_I4,       {Storage::Signed32,    4, New<CZrSafeArrayAccessorScalar<int32_t>>}},
-  {ZR_VT_I8,       {Storage::Signed64,    8, New<CZrSafeArrayAccessorScalar<int64_t>>}},
-  {ZR_VT_UI1,      {Storage::Unsigned8,   1, New<CZrSafeArrayAccessorScalar<uint8_t>>}},
-  {ZR_VT_UI2,      {Storage::Unsigned16,  2, New<CZrSafeArrayAccessorScalar<uint16_t>>}},
-  {ZR_VT_UI4,      {Storage::Unsigned32,  4, New<CZrSafeArrayAccessorScalar<uint32_t>>}},
-  {ZR_VT_UI8,      {Storage::Unsigned64,  8, New<CZrSafeArrayAccessorScalar<uint64_t>>}},
-  {ZR_VT_R4,       {Storage::Real32,      4, New<CZrSafeArrayAccessorScalar<float>>}},
-  {ZR_VT_R8,       {Storage::Real64,      8, New<CZrSafeArrayAccessorScalar<double>>}},
-  {ZR_VT_TIME,     {Storage::Signed64,    8, New<CZrSafeArrayAccessorScalar<int64_t>>}},
-  {ZR_VT_DATETIME, {Storage::Signed64,    8, New<CZrSafeArrayAccessorScalar<int64_t>>}},
-  {ZR_VT_CY,       {Storage::Currency,    8, New<CZrSafeArrayAccessorScalar<ZRCY>>}},
-  {ZR_VT_BYTE,     {Storage::Unsigned8,   1, New<CZrSafeArrayAccessorScalar<uint8_t>>}},
-  {ZR_VT_WORD,     {Storage::Unsigned16,  2, New<CZrSafeArrayAccessorScalar<uint16_t>>}},
-  {ZR_VT_DWORD,    {Storage::Unsigned32,  4, New<CZrSafeArrayAccessorScalar<uint32_t>>}},
-  {ZR_VT_QWORD,    {Storage::Unsigned64,  8, New<CZrSafeArrayAccessorScalar<uint64_t>>}},
-  {ZR_VT_BLOB,     {Storage::Blob,        8, New<CZrSafeArrayAccessorZRBLOB>}},
-  {ZR_VT_UNKNOWN,  {Storage::Interface,   8, New<CZrSafeArrayAccessorRefCounted>}},
-  {ZR_VT_CHAR32,   {Storage::Unsigned32,  4, New<CZrSafeArrayAccessorScalar<uint32_t>>}},
-  {ZR_VT_VARIANT,  {Storage::Variant,    16, New<CZrSafeArrayAccessorVariant>}},
-  {ZR_VT_UUID,     {Storage::Uuid,       16, New<CZrSafeArrayAccessorZRUUID>}},
-  {ZR_VT_STR,      {Storage::String,      8, New<CZrSafeArrayAccessorZRSTR>}},
-  {ZR_VT_REF,      {Storage::Ref,         8, New<CZrSafeArrayAccessorZRREF>}},
-  {ZR_VT_SREF,     {Storage::Sref,        8, New<CZrSafeArrayAccessorZRSREF>}},
-  {ZR_VT_DISPATCH, {Storage::Interface,   8, New<CZrSafeArrayAccessorRefCounted>}},
+  {ZR_VT_BOOL,     Scalar<uint8_t>(Storage::Unsigned8)},
+  {ZR_VT_I1,       Scalar<int8_t>(Storage::Signed8)},
+  {ZR_VT_I2,       Scalar<int16_t>(Storage::Signed16)},
+  {ZR_VT_I4,       Scalar<int32_t>(Storage::Signed32)},
+  {ZR_VT_I8,       Scalar<int64_t>(Storage::Signed64)},
+  {ZR_VT_UI1,      Scalar<uint8_t>(Storage::Unsigned8)},
+  {ZR_VT_UI2,      Scalar<uint16_t>(Storage::Unsigned16)},
+  {ZR_VT_UI4,      Scalar<uint32_t>(Storage::Unsigned32)},
+  {ZR_VT_UI8,      Scalar<uint64_t>(Storage::Unsigned64)},
+  {ZR_VT_R4,       Scalar<float>(Storage::Real32)},
+  {ZR_VT_R8,       Scalar<double>(Storage::Real64)},
+  {ZR_VT_TIME,     Scalar<int64_t>(Storage::Signed64)},
+  {ZR_VT_DATETIME, Scalar<int64_t>(Storage::Signed64)},
+  {ZR_VT_CY,       Scalar<ZRCY>(Storage::Currency)},
+  {ZR_VT_BYTE,     Scalar<uint8_t>(Storage::Unsigned8)},
+  {ZR_VT_WORD,     Scalar<uint16_t>(Storage::Unsigned16)},
+  {ZR_VT_DWORD,    Scalar<uint32_t>(Storage::Unsigned32)},
+  {ZR_VT_QWORD,    Scalar<uint64_t>(Storage::Unsigned64)},
+  {ZR_VT_BLOB,     Of<CZrSafeArrayAccessorZRBLOB>(Storage::Blob)},
+  {ZR_VT_UNKNOWN,  Of<CZrSafeArrayAccessorRefCounted>(Storage::Interface)},
+  {ZR_VT_CHAR32,   Scalar<uint32_t>(Storage::Unsigned32)},
+  {ZR_VT_VARIANT,  Of<CZrSafeArrayAccessorVariant>(Storage::Variant)},
+  {ZR_VT_UUID,     Of<CZrSafeArrayAccessorZRUUID>(Storage::Uuid)},
+  {ZR_VT_STR,      Of<CZrSafeArrayAccessorZRSTR>(Storage::String)},
+  {ZR_VT_REF,      Of<CZrSafeArrayAccessorZRREF>(Storage::Ref)},
+  {ZR_VT_SREF,     Of<CZrSafeArrayAccessorZRSREF>(Storage::Sref)},
+  {ZR_VT_DISPATCH, Of<CZrSafeArrayAccessorRefCounted>(Storage::Interface)},
 };
 // clang-format on
 

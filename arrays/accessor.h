@@ -63,7 +63,7 @@ class CZrSafeArrayAccessorBase {
                                    const uint32_t* indices, const void* value) const = 0;
   virtual uint32_t CountElements(uint32_t dimensions, const ZrSafeArrayBound* bounds,
                                  uint64_t* bytes) const noexcept = 0;
-  // Negative for an index below the bounds, and for no dimensions.
+  // Negative if the offset comes out so, and for no dimensions.
   virtual int32_t LinearIndex(uint32_t dimensions, const ZrSafeArrayBound* bounds,
                               const uint32_t* indices) const noexcept = 0;
   // Replaces the storage, which `source` knows, by a converted one: ZR_R_OK, 1 if not all elements converted, or a

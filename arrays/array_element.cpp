@@ -91,8 +91,8 @@ ZRRESULT CZrSafeArrayElement::Redim(uint32_t dimensions, const ZrSafeArrayBound*
   if (descriptor_ == nullptr || bounds_ == nullptr) return ZR_R_INVALID_OBJECT_STATE;
   if (bounds == nullptr || dimensions == 0) return ZR_R_INVALID_ARGUMENTS;
   if (accessor_ == nullptr) return ZR_R_FAILED;
-  // Their block is used again if it has room: a small one would end up behind large elements and keep them from
-  // growing.
+  // Their block is used again if it has room: a small new one might end up behind large elements and
+  // keep them from growing.
   CBoundsHolder copy = dimensions > descriptor_->dimensions ? CopyBounds(dimensions, bounds) : nullptr;
   if (const ZRRESULT result = accessor_->RedimData(descriptor_, dimensions, bounds, bounds_); result != ZR_R_OK) {
     return result;

@@ -56,10 +56,11 @@ static bool ConvertInRange(const void* from, void* to, uint32_t count) noexcept 
     for (uint32_t index = 0; index < count; ++index) target[index] = CutNumber<Target>(source[index]);
     return true;
   } else {
+    constexpr double kLowest = kLowerBound<Target>, kGreatest = kUpperBound<Target>;
     uint32_t refused = 0;
     for (uint32_t index = 0; index < count; ++index) {
       const auto value = static_cast<double>(source[index]);
-      const bool fits = (value >= kLowerBound<Target>)&(kUpperBound<Target> >= value);
+      const bool fits = (value >= kLowest) & (kGreatest >= value);
       target[index] = CutNumber<Target>(fits ? source[index] : Source{});
       refused |= fits ? 0u : 1u;
     }
@@ -94,19 +95,21 @@ static bool Refuse(const void* /*from*/, void* to, uint32_t count) noexcept {
   return false;
 }
 
-// One row a source, one cell a target, both in the order of Storage; currency is a signed count.
-using LoopRow = std::array<BulkConversion*, 12>;
+// One row a source, one cell a target, both in the order of Storage; currency is a signed count. A boolean is stored as
+// a byte, but has a cell of its own.
+static constexpr std::size_t kNumberStorages = static_cast<std::size_t>(Storage::Currency) + 1;
+static constexpr std::size_t kBoolCell = kNumberStorages;
+using LoopRow = std::array<BulkConversion*, kNumberStorages + 1>;
 template <class Source>
 static constexpr LoopRow kLoopsFrom = {
     ConvertInRange<int8_t, Source>,   ConvertInRange<uint8_t, Source>,  ConvertInRange<int16_t, Source>,
     ConvertInRange<uint16_t, Source>, ConvertInRange<int32_t, Source>,  ConvertInRange<uint32_t, Source>,
     ConvertInRange<int64_t, Source>,  ConvertInRange<uint64_t, Source>, ConvertInRange<float, Source>,
     ConvertInRange<double, Source>,   ConvertInRange<int64_t, Source>,  ConvertToBool<Source>};
-static constexpr std::size_t kBoolCell = 11;
-static constexpr std::array<LoopRow, 11> kLoops = {kLoopsFrom<int8_t>,   kLoopsFrom<uint8_t>,  kLoopsFrom<int16_t>,
-                                                   kLoopsFrom<uint16_t>, kLoopsFrom<int32_t>,  kLoopsFrom<uint32_t>,
-                                                   kLoopsFrom<int64_t>,  kLoopsFrom<uint64_t>, kLoopsFrom<float>,
-                                                   kLoopsFrom<double>,   kLoopsFrom<int64_t>};
+static constexpr std::array<LoopRow, kNumberStorages> kLoops = {
+    kLoopsFrom<int8_t>,  kLoopsFrom<uint8_t>,  kLoopsFrom<int16_t>, kLoopsFrom<uint16_t>,
+    kLoopsFrom<int32_t>, kLoopsFrom<uint32_t>, kLoopsFrom<int64_t>, kLoopsFrom<uint64_t>,
+    kLoopsFrom<float>,   kLoopsFrom<double>,   kLoopsFrom<int64_t>};
 
 static BulkConversion* ForWidth(std::size_t width, BulkConversion* one, BulkConversion* two, BulkConversion* four,
                                 BulkConversion* eight) noexcept {

@@ -1,14 +1,14 @@
 // The kinds of elements: what a single one needs when it is made, copied, released, delivered and compared.
 //
-// A kind that is plain is copied and compared by its bytes. The others have these operations, of which a later kind
-// repeats an earlier one's where it doesn't say otherwise:
+// A kind that is plain is copied and compared by its bytes. The others have these operations:
 //
-//   Copy      into a fresh element, for the copy of an array; null stays null
-//   Carry     the same for a change of shape, where the family's own copy decides
-//   Take      one more owner for a value that is to be put; a result that isn't ZR_R_OK refuses it
-//   Release   of an element that is not null
-//   Deliver   into a caller's variable
-//   AreEqual  false also where the family's comparison fails
+//   Initialise      makes empty elements of zeros
+//   Copy            into a fresh element, for the copy of an array; null stays null
+//   Carry           the same for a change of shape, where the family's own copy decides
+//   Take            one more owner for a value that is to be put; a result that isn't ZR_R_OK refuses it
+//   Release         of an element that is not null
+//   Deliver         into a caller's variable; DeliverNothing where the array has no elements
+//   AreEqual        false also where the family's comparison fails
 
 #pragma once
 
@@ -29,6 +29,13 @@ struct PlainKind {
 };
 
 using UuidKind = PlainKind<ZRUUID>;
+
+// By a family's own comparison.
+template <auto compare, class Pointer>
+bool AreEqualBy(Pointer left, Pointer right) noexcept(noexcept(compare(left, right, nullptr))) {
+  uint8_t equal = 0;
+  return compare(left, right, &equal) == ZR_R_OK && equal != 0;
+}
 
 // What the pointers have in common, by the four operations of their kind.
 template <class Kind, class Pointer>
@@ -56,10 +63,7 @@ struct BlobKind : PointerKind<BlobKind, ZRBLOB> {
     return ZR_R_OK;
   }
   static void Release(ZRBLOB element) noexcept { ReleaseBlob(element); }
-  static bool AreEqual(ZRBLOB left, ZRBLOB right) noexcept {
-    uint8_t equal = 0;
-    return ZrCompareBlob(left, right, &equal) == ZR_R_OK && equal != 0;
-  }
+  static bool AreEqual(ZRBLOB left, ZRBLOB right) noexcept { return AreEqualBy<ZrCompareBlob>(left, right); }
 };
 
 struct StringKind : PointerKind<StringKind, ZRSTR> {
@@ -74,18 +78,14 @@ struct StringKind : PointerKind<StringKind, ZRSTR> {
 struct RefKind : PointerKind<RefKind, ZRREF*> {
   static ZRRESULT Take(const ZRREF* from, ZRREF*& to) { return ZrCopyREF(from, &to); }
   static void Release(ZRREF* element) noexcept { ZrDestroyREF(element); }
-  static bool AreEqual(const ZRREF* left, const ZRREF* right) noexcept {
-    uint8_t equal = 0;
-    return ZrCompareREF(left, right, &equal) == ZR_R_OK && equal != 0;
-  }
+  static bool AreEqual(const ZRREF* left, const ZRREF* right) noexcept { return AreEqualBy<ZrCompareREF>(left, right); }
 };
 
 struct SrefKind : PointerKind<SrefKind, ZRSREF*> {
   static ZRRESULT Take(const ZRSREF* from, ZRSREF*& to) { return ZrCopySREF(from, &to); }
   static void Release(ZRSREF* element) noexcept { ZrDestroySREF(element); }
   static bool AreEqual(const ZRSREF* left, const ZRSREF* right) noexcept {
-    uint8_t equal = 0;
-    return ZrCompareSREF(left, right, &equal) == ZR_R_OK && equal != 0;
+    return AreEqualBy<ZrCompareSREF>(left, right);
   }
 };
 
@@ -120,7 +120,6 @@ struct VariantKind {
   static ZRRESULT Deliver(const ZRVARIANT& from, ZRVARIANT& to) { return ZrVariantCopy(&to, &from); }
   static void DeliverNothing(ZRVARIANT& /*to*/) noexcept {}
   static bool AreEqual(const ZRVARIANT& left, const ZRVARIANT& right) {
-    uint8_t equal = 0;
-    return ZrVariantCompare(&left, &right, &equal) == ZR_R_OK && equal != 0;
+    return AreEqualBy<ZrVariantCompare>(&left, &right);
   }
 };

@@ -55,8 +55,8 @@ void ZrBlobBlock::Free() noexcept {
 }
 
 // Makes room for content of `needed` bytes, with zeros behind it. What lies between the present and the new end is the
-// caller's to fill. The heap is asked to extend the buffer, so that growing a large blob by the granule need not copy
-// it.
+// caller's to fill. The heap is asked to extend the buffer, so that growing a large blob by the granule need not
+// copy it.
 void ZrBlobBlock::Grow(uint32_t needed) {
   const uint32_t newCapacity = BlobCapacityFor(needed);
   bytes = static_cast<uint8_t*>(ReallocateOrThrow(bytes, BufferSize(newCapacity)));

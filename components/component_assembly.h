@@ -1,13 +1,12 @@
 // An assembly: the unit of code that holds component classes. A module file, loaded when an object is first wanted, or
 // three functions that a discovery handed over.
 //
-//     state     module       functions               started
-//     new       none         none, or handed over    no
-//     loaded    set          set                     no
-//     running   as before    set                     yes: ZrInitModule has been called
-//     stopped   as before    set                     no: ZrExitModule has been called, the next creation starts it
-//     again unloaded  none         none, or handed over    no, or yes after a start that was refused: it is not tried
-//     twice
+//     state      module       functions               started
+//     new        none         none, or handed over    no
+//     loaded     set          set                     no
+//     running    as before    set                     yes: ZrInitModule has been called
+//     stopped    as before    set                     no: ZrExitModule has been called, the next creation starts it
+//     unloaded   none         none, or handed over    no; or yes after a refused start, which is not tried again
 //
 // Objects are made without the management lock, so creations meet one another and the steps that end an assembly:
 //   1. startMutex_ is held while ZrInitModule runs, so all first creations wait for the one start. It is never taken

@@ -43,8 +43,8 @@ class CComponentDiscovery {
   // Gives the reference up, after the components. What Release throws passes through, with the reference given up.
   void Detach();
 
-  // Asks for a class that isn't known yet; makes its component on an answer of zero or above. Answers what the object
-  // answered.
+  // Asks for a class that isn't known yet; makes its component on an answer of zero or above. Answers what the
+  // object answered.
   [[nodiscard]] ZRRESULT QueryComponent(const ZRUUID& classId, std::shared_ptr<CComponent>& component);
 
   [[nodiscard]] ZRRESULT QueryConfiguration(const ZRUUID& classId, ZRSTR name, IZrConfiguration** configuration);

@@ -1,5 +1,5 @@
-// The registry: which discoveries there are, which classes they reported so far, where those live, and the class names
-// learnt.
+// The registry: which discoveries there are, which classes they reported so far and where those live, and the class
+// names learnt.
 //
 // What holds:
 //   1. The management lock guards every member, and every call into a discovery object is made under it.

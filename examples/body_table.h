@@ -32,7 +32,7 @@ enum SummaryCell : uint32_t {
 /// time; the rest: any thread, one at a time for an object.
 struct IBodyTable : IZrUnknown {
   /// AddColumn adds a column at the right and converts its texts, all at once. One that doesn't convert is no failure:
-  /// Column and Summary tell about it. A date converts only if it reads back as it was written.
+  /// Column and Summary tell about it. A date or time converts only if it reads back as it was written.
   ///
   /// @param title  lent for the call; the object takes a reference of its own, as on the texts of a column of texts.
   /// @param type   of the column: a tag of zrcore/variant.h, without flags, that a text converts to.

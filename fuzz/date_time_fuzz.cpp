@@ -1,5 +1,5 @@
-// Any text as date and time: read as the slow model reads it; and what has four digits of a year writes back and reads
-// again.
+// Any text as date and time: read as the slow model reads it; and what has four digits of a year writes back and
+// reads again.
 
 #include "fuzz/fuzz_support.h"
 #include "tests/support/time_models.h"

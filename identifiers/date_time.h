@@ -1,7 +1,7 @@
 // The calendar: values and records of date and time, and the formatter that conversions share.
 //
-// All arithmetic on what callers hand in is unsigned or narrow enough, so it wraps where it must and is undefined
-// nowhere.
+// All arithmetic on what callers hand in is unsigned or narrow enough, so it wraps where it must and is
+// undefined nowhere.
 
 #pragma once
 
@@ -86,6 +86,6 @@ constexpr ZRDATETIMESTRUCT RecordOf(ZRDATETIME value) noexcept {
   return record;
 }
 
-// The time of day as text: seven digits of ticks, or, in a form of its own with blanks around the colons, three of
-// milliseconds.
+// The time of day as text: seven digits of ticks, or, in a form of its own with blanks around the colons,
+// three of milliseconds.
 [[nodiscard]] ZRSTR FormatTime(const ZRDATETIMESTRUCT& record, bool withFraction) noexcept;

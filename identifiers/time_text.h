@@ -1,5 +1,5 @@
-// What the texts of date and time and of time spans have in common: numbers at fixed places, and strings from a few
-// units.
+// What the texts of date and time and of time spans have in common: numbers at fixed places, and strings from
+// a few units.
 
 #pragma once
 

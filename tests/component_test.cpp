@@ -292,8 +292,8 @@ TEST_F(ComponentTest, DiscoveriesAndModulesMayCallBack) {
   EXPECT_EQ(leaving.references, 0u);
 
   const ZRUUID reentering = ClassId(1), good = ClassId(2), nobodys = ClassId(99);
-  // Found from the moment it is registered. (The module makes an object of the class that it is given as the
-  // interface.)
+  // Found from the moment it is registered. (The module makes an object of the class that it is given
+  // as the interface.)
   void* object = nullptr;
   leaving.onCall = [&](const char* operation) {
     if (operation == std::string("AddRef")) (void)ZrCreateInstance(&reentering, 0, &nobodys, 0, &object);

@@ -68,6 +68,11 @@ constexpr CReadInteger<Integer> ReadInteger(CTextView text, unsigned base = 10) 
   return base == 16 ? ReadIntegerIn<Integer, 16>(text) : ReadIntegerIn<Integer, 10>(text);
 }
 
+// Whether a number that ends here is accepted: at a zero unit, or at the suffix, a small letter, in either case.
+constexpr bool EndsAt(CTextView text, std::size_t end, char suffix) noexcept {
+  return end == text.size() || text[end] == 0 || (text[end] | 0x20) == suffix;
+}
+
 inline constexpr std::size_t kMostDecimalDigits = 20;
 
 // Writes the digits of `value` and answers the place behind them.

@@ -63,11 +63,6 @@ struct CParsed {
   bool isClamped = false;
 };
 
-// Whether a number that ends here is accepted: at a zero unit, or at the suffix in either case.
-static bool EndsAt(CTextView text, std::size_t end, char suffix) noexcept {
-  return end == text.size() || text[end] == 0 || (text[end] | 0x20) == suffix;
-}
-
 template <class Integer>
 static CParsed<Integer> ParseInteger(CTextView text, unsigned base) noexcept {
   const auto [value, end] = ReadInteger<Integer>(text, base);

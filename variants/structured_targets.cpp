@@ -32,7 +32,7 @@ static ZRRESULT ParseDecimal(ZRSTR string, int64_t& count) noexcept {
   const CTextView text(string, StringLen(string));
   const auto [value, end] = ReadInteger<int64_t>(text);
   count = value;
-  return end == text.size() || text[end] == 0 || (text[end] | 0x20) == 'd' ? ZR_R_OK : ZR_R_FAILED;
+  return EndsAt(text, end, 'd') ? ZR_R_OK : ZR_R_FAILED;
 }
 
 static ZRRESULT ToCount(Rule rule, const ZRVARIANT& source, TimeParser* parse, int64_t& count) noexcept {

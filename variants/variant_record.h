@@ -5,8 +5,7 @@
 //   2. The tag word is written before the payload and the payload in one step: a record that an exception leaves behind
 //      has its tag and a null payload, which every function takes.
 //   3. A record is read field by field, and Value only where it is owned: one of the fields has often just been
-//   written,
-//      and a wider load would have to wait until that store has reached the cache.
+//      written, and a wider load would have to wait until that store has reached the cache.
 
 #pragma once
 

@@ -28,8 +28,8 @@ struct CsvTable {
 /// ReadCsvFile reads UTF-8 with either kind of line end and with or without a byte order mark; the last line may lack
 /// its end. The first line holds the titles and their types; lines without a single character are passed over.
 ///
-/// Fields are separated by commas. A field in quotation marks may hold commas, line breaks and, doubled, quotation
-/// marks.
+/// Fields are separated by commas. A field in quotation marks may hold commas, line breaks and, doubled,
+/// quotation marks.
 ///
 /// Throws std::runtime_error, with one sentence that names the file, if it can't be read, is no UTF-8 or no such table.
 CsvTable ReadCsvFile(const std::string& path, CStringBook& book);

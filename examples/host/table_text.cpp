@@ -40,7 +40,9 @@ CTableText::ColumnText CTableText::ReadColumn(std::size_t column, const ColumnVa
   text.cells.resize(table_.rows.size());
   for (std::size_t r = 0; r < table_.rows.size(); ++r) {
     if (code[r] == ZR_R_OK) {
-      text.cells[r] = ValueText(value[r]);
+      ZRVARIANT shown = value[r];                             // lent by the array
+      if (title.type == ZR_VT_BOOL) shown.Type = ZR_VT_BOOL;  // as an element it was a number
+      text.cells[r] = ValueText(shown);
       if (hasFraction) text.fraction = std::max(text.fraction, FractionLength(text.cells[r]));
     } else if (code[r] != ZR_R_EMPTY_VALUE) {
       const ZRSTR cell = table_.rows[r].cells[column];

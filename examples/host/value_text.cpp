@@ -20,18 +20,21 @@ static WideText LibraryText(const ZRVARIANT& value) {
   return WideText(Units(text.Get().Value.string));
 }
 
-// The library writes six digits behind the point.
+// Without those that end a fraction. The library writes all digits, six of a real number and seven of a time.
+static WideText WithoutZeros(WideText text) {
+  if (FractionLength(text) == 0) return text;  // such as an infinity
+  text.resize(text.find_last_not_of(W('0')) + 1);
+  if (text.back() == W('.')) text.pop_back();
+  return text;
+}
+
 static WideText RealText(const ZRVARIANT& value, unsigned fraction) {
   CVariantOwner real;
   (void)ZrVariantChangeType(real.Address(), &value, 0, ZR_VT_R8);
   ZRVARIANT rounded = real.Get();
   const double scale = std::pow(10, fraction);
   if (std::fabs(rounded.Value.r8) < 1e9) rounded.Value.r8 = std::round(rounded.Value.r8 * scale) / scale;
-  WideText text = LibraryText(rounded);
-  if (FractionLength(text) == 0) return text;  // such as an infinity
-  text.resize(text.find_last_not_of(W('0')) + 1);
-  if (text.back() == W('.')) text.pop_back();
-  return text;
+  return WithoutZeros(LibraryText(rounded));
 }
 
 static WideText RefText(const ZRVARIANT& value) {
@@ -52,6 +55,7 @@ static WideText DateText(ZRDATETIME date, bool hasTime) {
 
 WideText ValueText(const ZRVARIANT& value, unsigned fraction) {
   if (value.Type == ZR_VT_DATETIME) return DateText(value.Value.dateTime, fraction > 0);
+  if (value.Type == ZR_VT_TIME) return WithoutZeros(LibraryText(value));
   if (value.Type == ZR_VT_REF) return RefText(value);
   return IsReal(value.Type) ? RealText(value, fraction) : LibraryText(value);
 }

@@ -13,9 +13,9 @@ static ZRRESULT ConvertAlone(ZRSTR text, uint16_t type) {
   return ZrVariantChangeType(converted.Address(), &source, 0, type);
 }
 
-// The library reads a date as far as it can and reckons with any field: 31 February is a day in March.
-static void RefuseOtherDates(ZRSAFEARRAY texts, ZRSAFEARRAY dates, const CElements<int32_t>& codes) {
-  const ArrayOwner copy = CopyArray(dates);
+// The library reads a date or time as far as it can and reckons with any field: 31 February is a day in March.
+static void RefuseOtherMoments(ZRSAFEARRAY texts, ZRSAFEARRAY moments, const CElements<int32_t>& codes) {
+  const ArrayOwner copy = CopyArray(moments);
   if (ZrSafeArrayChangeType(copy.get(), 0, ZR_VT_STR) != ZR_R_OK) throw std::bad_alloc();
   const CElements<ZRSTR> before(texts);
   const CElements<ZRSTR> after(copy.get());
@@ -48,8 +48,8 @@ ZRRESULT ReadColumn(ZRSAFEARRAY texts, uint16_t type, TableColumn& column) {
       }
     }
   }
-  if (type == ZR_VT_DATETIME && count > 0) {
-    RefuseOtherDates(texts, values.get(), CElements<int32_t>(codes.get()));
+  if ((type == ZR_VT_DATETIME || type == ZR_VT_TIME) && count > 0) {
+    RefuseOtherMoments(texts, values.get(), CElements<int32_t>(codes.get()));
   }
   column.type = type;
   column.values = CVariantOwner::OfArray(type, std::move(values));

@@ -63,13 +63,13 @@ ZR_API ZRSAFEARRAY ZrSafeArrayCreate(uint16_t tag, uint32_t dimensions, const Zr
 ZR_API ZRRESULT ZrSafeArrayDestroy(ZRSAFEARRAY array);
 
 /// ZrSafeArrayCopy makes an array with copies of the elements, its flag free. Strings and blobs are shared, interface
-/// objects get one more reference, records are copied, and variants as ZrVariantCopy does. Nulls stay; an SREF with
-/// neither ref nor text becomes one.
+/// objects get one more reference, records are copied, and variants as ZrVariantCopy does. Nulls stay, and an SREF with
+/// neither ref nor text becomes null.
 ///
 /// @param copy  an array in it is destroyed first, so it must be null or a handle other than `source`; receives the new
 ///              array, or null if `source` has no dimensions. Untouched if `source` is null.
-/// @return ZR_R_OK; ZR_R_INVALID_POINTER if an argument is null; ZR_R_INVALID_OBJECT_STATE if `source` has no
-///         dimensions.
+/// @return ZR_R_OK; ZR_R_INVALID_POINTER if an argument is null; ZR_R_INVALID_OBJECT_STATE if `source` has
+///         no dimensions.
 ZR_API ZRRESULT ZrSafeArrayCopy(ZRSAFEARRAY source, ZRSAFEARRAY* copy);
 
 /// ZrSafeArrayRedim gives the array another shape. Elements keep their place in the block, not their indices: as many
@@ -150,8 +150,8 @@ ZR_API ZRRESULT ZrSafeArrayGetVartype(ZRSAFEARRAY array, uint16_t* tag) ZR_NOEXC
 /// ZrSafeArrayGetBounds tells the number of dimensions and lends their records. Nothing is written if there are none.
 ///
 /// @param dimensions  receives the number.
-/// @param bounds      receives the address of the first record; the array's own, until it is destroyed or gets another
-///                    shape.
+/// @param bounds      receives the address of the first record; the array's own, until it is destroyed or gets
+///                    another shape.
 /// @return ZR_R_OK; ZR_R_INVALID_POINTER if `array` is null.
 ZR_API ZRRESULT ZrSafeArrayGetBounds(ZRSAFEARRAY array, uint32_t* dimensions,
                                      const ZrSafeArrayBound** bounds) ZR_NOEXCEPT;
@@ -192,8 +192,8 @@ ZR_API ZRRESULT ZrSafeArrayGetUBound(ZRSAFEARRAY array, uint32_t dimension, uint
 ///   - A null REF or SREF, or an SREF with neither ref nor text, doesn't convert, to its own type neither; it becomes
 ///     an empty variant.
 ///   - Interface pointers convert to their own type, and ZR_VT_DISPATCH to ZR_VT_UNKNOWN.
-///   - Every element becomes a ZR_VT_VARIANT, with the plain name's tag where several types are one (a boolean:
-///     ZR_VT_UI1).
+///   - Every element becomes a ZR_VT_VARIANT, with the plain name's tag where several types are one (for a
+///     boolean ZR_VT_UI1).
 ///   - Elements that are variants convert by their own types, by-reference ones too, but for interface pointers; those
 ///     with arrays don't convert. One that refers to a variant with an array counts as converted if all of that array's
 ///     elements do, and becomes zero or null.
@@ -215,8 +215,8 @@ ZR_API ZRRESULT ZrSafeArrayChangeType(ZRSAFEARRAY array, uint32_t flags, uint16_
 /// null blobs, the elements differ. An array equals itself, whatever it holds. Arrays of one shape count as equal if
 /// their element types differ, or if they can't have elements; one without dimensions on the left equals any.
 ///
-/// @param equal  receives 1 or 0. Left as it was for arrays of different shapes, lower bounds included: set it to 0
-///               before.
+/// @param equal  receives 1 or 0. Left as it was for arrays of different shapes, lower bounds included: set it to
+///               0 before.
 /// @return ZR_R_OK; ZR_R_INVALID_POINTER if an argument is null.
 ZR_API ZRRESULT ZrSafeArrayCompare(ZRSAFEARRAY left, ZRSAFEARRAY right, uint8_t* equal);
 

@@ -1,8 +1,9 @@
 // ZrCore: what every other header stands on: the code unit, the result code and its table, the export macro.
 //
-// A ZRRESULT tells success from failure by its sign alone. Zero is ZR_R_OK, and successes above zero exist, from this
-// library (ZR_R_SAME_VALUE) and from modules: test with ZR_SUCCEEDED or ZR_FAILED, never with == ZR_R_OK. A code that a
-// module or a host's object answers travels to the caller unchanged.
+// A ZRRESULT tells success from failure by its sign alone. Zero is ZR_R_OK, and successes above zero exist: 1 from some
+// functions for arrays and references, for nothing done or not all of it, and what modules answer, such as
+// ZR_R_SAME_VALUE. Test with ZR_SUCCEEDED or ZR_FAILED, never with == ZR_R_OK. A code that a module or a host's object
+// answers travels to the caller unchanged.
 //
 // Text crosses the boundary as 16-bit code units (WCHAR) on every system, never as narrow characters, except where a
 // function's name or comment says otherwise. Memory that crosses the boundary comes from one heap, that of the C
@@ -77,7 +78,7 @@ typedef int32_t ZRRESULT;
 #define ZR_R_FILE_NOT_FOUND             ZR_RESULT_CODE(0x80000007u)  ///< a module file could not be loaded, for any reason
 #define ZR_R_NO_INIT                    ZR_RESULT_CODE(0x80000008u)  ///< ZrInitialize has not been called
 #define ZR_R_NO_INTERFACE               ZR_RESULT_CODE(0x80000009u)  ///< (module)
-#define ZR_R_INVALID_OBJECT_STATE       ZR_RESULT_CODE(0x8000000Au)  ///< the object holds nothing (any more)
+#define ZR_R_INVALID_OBJECT_STATE       ZR_RESULT_CODE(0x8000000Au)  ///< the object holds nothing (any more), or its flag is taken
 #define ZR_R_UNEXPECTED                 ZR_RESULT_CODE(0x8000000Bu)  ///< an exception or an impossible state
 #define ZR_R_EXISTS                     ZR_RESULT_CODE(0x8000000Cu)  ///< (module)
 #define ZR_R_ABANDONED                  ZR_RESULT_CODE(0x8000000Du)  ///< (module)

@@ -138,8 +138,8 @@ ZR_API ZRRESULT ZrSeekBlob(ZRBLOB blob, uint32_t offset, uint8_t origin, uint8_t
 
 // ---- Changing ------------------------------------------------------------------------------------------------------
 
-/// ZrWriteBlob overwrites bytes at the position, lengthens the blob as needed and moves the position behind them.
-/// Detaches.
+/// ZrWriteBlob overwrites bytes at the position, lengthens the blob as needed and moves the position behind what it
+/// wrote. Detaches.
 ///
 /// @param bytes  reads `count` bytes.
 /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `blob` or `bytes` is null or `count` is 0, or, behind the detaching, if
@@ -175,8 +175,8 @@ ZR_API ZRRESULT ZrAppendBlob(ZRBLOB blob, ZRBLOB other);
 /// Allocates once in 1024 bytes. A large blob that grows by small pieces is moved each time the heap can't extend it.
 ZR_API ZRRESULT ZrAppendBlobData(ZRBLOB blob, const void* bytes, uint32_t count);
 
-/// ZrRemoveBlob takes out bytes and closes the gap. The position doesn't move, and may lie behind the end then.
-/// Detaches.
+/// ZrRemoveBlob takes out bytes and closes the gap. The position doesn't move, and may lie behind the end
+/// then. Detaches.
 ///
 /// @param offset  at most the length; the length itself removes nothing.
 /// @param count   if fewer bytes follow the offset, those are removed.

@@ -18,8 +18,7 @@
 //
 // The exports answer ZR_R_NO_INIT while ZrInitialize is not in force. Exceptions from discoveries and modules are
 // caught and become the code that each export names, except where an addition reads "ZrCore"; so does exhausted memory,
-// which never reads as ZR_R_NO_MEMORY.
-// All exports: any thread, any time.
+// which never reads as ZR_R_NO_MEMORY. All exports: any thread, any time.
 
 #ifndef ZRCORE_COMPONENT_H
 #define ZRCORE_COMPONENT_H

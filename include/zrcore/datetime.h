@@ -138,8 +138,8 @@ ZR_API uint8_t ZrDateTimeStringToDateTimeStruct(ZRSTR text, ZRDATETIMESTRUCT* re
 /// milliseconds follow; from 15 units the latter are taken for ticks.
 ///
 /// @param text    a string, or null for an empty one.
-/// @param record  receives the time; the date stays 0, and `dayOfWeek` is that of the value, 1 for a time below 24
-/// hours.
+/// @param record  receives the time; the date stays 0, and `dayOfWeek` is that of the value, 1 for a time below
+///                24 hours.
 /// @return 1; 0 if `record` is null, or, with the record cleared, if the text has fewer than 2 units.
 ZR_API uint8_t ZrTimeStringToDateTimeStruct(ZRSTR text, ZRDATETIMESTRUCT* record) ZR_NOEXCEPT;
 

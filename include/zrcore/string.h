@@ -87,8 +87,8 @@ ZR_API ZRSTR ZrCreateStringByteLen(const void* data, uint32_t length) ZR_NOEXCEP
 /// ZrAppendStrings makes the string of `left` followed by `right`. Both arguments stay the caller's.
 ///
 /// @return gives a string: a new block when both are given, even if one is empty; one more reference of the other when
-///         exactly one is null; a new empty block when both are; null when memory is exhausted. Zero units inside are
-///         kept.
+///         exactly one is null; a new empty block when both are; null when memory is exhausted. Zero units inside
+///         are kept.
 ///
 /// Linear; one allocation of the exact size.
 ZR_API ZRSTR ZrAppendStrings(ZRSTR left, ZRSTR right) ZR_NOEXCEPT;
@@ -116,8 +116,8 @@ ZR_API void ZrDestroyString(ZRSTR string) ZR_NOEXCEPT;
 /// by then. Not atomic in respect of the variable.
 ///
 /// @param string  variable whose string, if any, is given up and that receives ZrCreateString(text).
-/// @return 1; 0 if either argument is null, with nothing changed, or when memory is exhausted, with null in the
-///         variable.
+/// @return 1; 0 if either argument is null, with nothing changed, or when memory is exhausted, with null in
+///         the variable.
 ZR_API uint8_t ZrReCreateString(ZRSTR* string, const WCHAR* text) ZR_NOEXCEPT;
 
 /// ZrReCreateStringLen is ZrReCreateString with ZrCreateStringLen(text, length). A null text is refused here.

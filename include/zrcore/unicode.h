@@ -59,8 +59,8 @@ ZR_API ZRRESULT ZrCreateZRSTRfromUTF32(const char32_t* text, int32_t length, ZRS
 /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS, with `*string` untouched, if an argument is null, `length` is below -1 or
 ///         the string would have more than 0x7FFFFFFF units; ZR_R_NO_MEMORY; ZR_R_FAILED if the text yielded fewer
 ///         units than its lead bytes promised, because its last sequence lacks more than one byte or a sequence of four
-///         bytes is overlong. The string is given then all the same, zero units in the places that are left: destroy
-///         it.
+///         bytes is overlong. The string is given then all the same, zero units in the places that are left:
+///         destroy it.
 ///
 /// One allocation, none for a length of 0.
 ZR_API ZRRESULT ZrCreateZRSTRfromUTF8(const char* text, int32_t length, ZRSTR* string) ZR_NOEXCEPT;
@@ -128,8 +128,8 @@ ZR_API ZRRESULT ZrCreateUTF8fromZRSTR(ZRSTR source, int32_t length, char* buffer
 //
 // All answer ZR_R_OK; ZR_R_INVALID_ARGUMENTS, with `*buffer` untouched, if `buffer` is null, `begin` is behind `end` or
 // `begin` alone is null; ZR_R_INVALID_ARGUMENTS too for what each refuses: `*buffer` is given then all the same, with
-// what was converted so far. They throw std::bad_alloc, with `*buffer` untouched, when the new-handler can't help. One
-// allocation.
+// what was converted so far. They throw std::bad_alloc, with `*buffer` untouched, when the new-handler can't help.
+// One allocation.
 
 /// ZrUTF16toUTF32 merges every surrogate with the unit behind it, pair or not, and takes other units as they are.
 ///

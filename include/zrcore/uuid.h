@@ -6,8 +6,8 @@
 //     | data1 (4) | data2 (2) | data3 (2) | data4 (8 bytes) |
 //     {  8 digits -  4 digits -  4 digits - 2+2 - 2+2+2+2+2+2 }    text form, hexadecimal
 //
-// All zero is the nil value. Records may live anywhere; those that a function here gives are heap blocks, released by
-// ZrDestroyUUID.
+// All zero is the nil value. Records may live anywhere; those that a function here gives are heap blocks,
+// released by ZrDestroyUUID.
 //
 // In this family a null argument gives ZR_R_INVALID_ARGUMENTS. The functions that make a heap record throw
 // std::bad_alloc when memory is exhausted. Any thread, any time, before ZrInitialize too; records have no lock.

@@ -49,8 +49,7 @@ typedef struct ZrSafeArrayDescriptor* ZRSAFEARRAY;
 typedef int64_t ZRCY;
 
 #ifdef __cplusplus
-/// IZrDispatch is an object whose further operations are between host and modules; the library calls AddRef and
-/// Release.
+/// IZrDispatch has further operations that are between host and modules; the library calls AddRef and Release alone.
 struct IZrDispatch : IZrUnknown {
  protected:
   ~IZrDispatch() = default;
@@ -216,19 +215,20 @@ ZR_API uint8_t ZrVariantIsContentEmpty(const ZRVARIANT* variant) ZR_NOEXCEPT;
 ///   - A blob gives its first bytes to a number, and to a ZR_VT_UUID up to 16, zeros where it has fewer. Numbers,
 ///     booleans, texts and the records of UUIDs, REFs and SREFs give their bytes to a blob: a boolean 0 or 1, an SREF
 ///     those of its ref or, without one, of its text. No bytes make a null blob.
-///   - Text to an integer: decimal, or hexadecimal if it begins with "0x"; a 'd' or 'D' may end it. To ZR_VT_R4 and
-///     ZR_VT_R8: what the C library's strtod reads, where an 'f' or 'F' may end it, or hexadecimal as above, signed, in
-///     32 and 64 bits. An empty text is 0. White space may stand in front, not behind. The words "TRUE" and "ZR_TRUE"
-///     are 1, "FALSE" and "ZR_FALSE" 0, in upper or lower case. 64 bits saturate, but for a number below 0 as an
-///     unsigned one; so does a decimal ZR_VT_R4, to infinity. To ZR_VT_CY: decimal only, no words. To ZR_VT_CHAR32: the
-///     first code point; digits aren't read.
+///   - Text to an integer: decimal, or hexadecimal if it begins with "0x"; a 'd' or 'D' may end it, and what is behind
+///     that isn't read. To ZR_VT_R4 and ZR_VT_R8: what the C library's strtod reads, where an 'f' or 'F' may end it
+///     likewise, or hexadecimal as above, signed, in 32 and 64 bits. An empty text is 0. White space may stand in
+///     front, not behind. The words "TRUE" and "ZR_TRUE" are 1, "FALSE" and "ZR_FALSE" 0, in upper or lower case. 64
+///     bits saturate, but for a number below 0 as an unsigned one; so does a decimal ZR_VT_R4, to infinity. To
+///     ZR_VT_CY: decimal only, no words. To ZR_VT_CHAR32: the first code point; digits aren't read.
 ///   - Text to ZR_VT_TIME, ZR_VT_DATETIME, ZR_VT_UUID and ZR_VT_REF as their own parsers read it. Every text converts
 ///     to ZR_VT_SREF, as a ref if it reads as one. An SREF without a ref converts to ZR_VT_REF as its text does.
 ///   - To text: integers in decimal, ZR_VT_R4 and ZR_VT_R8 as printf's "%f" (six digits, never an exponent), booleans
 ///     as "TRUE" and "FALSE", ZR_VT_TIME without whole days, ZR_VT_CHAR32 as its character, the others as their own
 ///     functions write them, a ZRSREF by its ref where it has one. A blob's bytes become the text's code units, and
 ///     back; a blob without bytes becomes a null text.
-///   - An array converts element by element, into a new array.
+///   - An array converts element by element, as by ZrSafeArrayChangeType, into a new array. The target's flags are
+///     dropped then.
 ///
 /// Nothing else converts, in particular no by-reference record (ZrVariantCopyInd first), ZR_VT_EMPTY, ZR_VT_OPAQUE,
 /// interface pointers. If the source has the target's tag already, the destination becomes a ZrVariantCopy of it,
@@ -246,7 +246,8 @@ ZR_API uint8_t ZrVariantIsContentEmpty(const ZRVARIANT* variant) ZR_NOEXCEPT;
 /// @return ZR_R_OK, or
 ///         ZR_R_INVALID_POINTER (*) if an argument is null;
 ///         ZR_R_NOT_SUPPORTED (*) if the source is by reference and the target not its tag;
-///         ZR_R_FAILED (*) if an element of an array doesn't convert;
+///         ZR_R_FAILED (*) if an element of an array doesn't convert, if the array has none, or if arrays can't have
+///         elements of the target;
 ///         ZR_R_INVALID_ARGUMENTS if the target is ZR_VT_EMPTY, not assigned or has flags, for a number out of range, a
 ///         null record behind the source's tag, a text that is no date, time, UUID or REF, and for ZR_VT_VARIANT by
 ///         value where the target is neither a number nor without conversions;

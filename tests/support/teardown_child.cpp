@@ -1,5 +1,5 @@
-// Ends with the library in the state that the argument names. The library is loaded by hand, so that it can be
-// unloaded.
+// Ends with the library in the state that the argument names. The library is loaded by hand, so that it can
+// be unloaded.
 
 #include <chrono>
 #include <cstdlib>

@@ -52,8 +52,8 @@ inline const char* CheckFromUtf32(std::vector<char32_t> points) {
   return CheckCreated(string, model::StringFromUtf32(points));
 }
 
-// All writers, over the first `length` units or, if that is -1, the whole, with a capacity near the size needed, or
-// far.
+// All writers, over the first `length` units or, if that is -1, the whole, with a capacity near the size needed
+// or far from it.
 inline const char* CheckWriters(const std::vector<WCHAR>& text, int32_t length, int32_t stray) {
   const auto bytes = static_cast<uint32_t>(text.size() * sizeof(WCHAR));
   ZRSTR string = ZrCreateStringByteLen(text.data(), bytes);

@@ -1,4 +1,5 @@
-// The plain half of the library from C: strings, identifiers, locks and counters. None of it needs ZrInitialize.
+// The plain half of the library from C: strings, identifiers, variants, arrays, locks and counters. None of it needs
+// ZrInitialize.
 
 #include <stdio.h>
 #include <zrcore/zrcore.h>
@@ -68,6 +69,55 @@ static void Identifiers(void) {
   ZrDestroyUUID(made);
 }
 
+static void Variants(void) {
+  puts("Variants");
+  ZRVARIANT text = ZR_VARIANT_INIT;
+  ZRVARIANT number = ZR_VARIANT_INIT;
+  text.Type = ZR_VT_STR;
+  text.Value.string = ZrCreateString(W("95.16"));  // the variant's from here on
+  Claim(ZR_SUCCEEDED(ZrVariantChangeType(&number, &text, 0, ZR_VT_R8)) && number.Value.r8 == 95.16,
+        "a text becomes a number");
+  Claim(ZR_SUCCEEDED(ZrVariantChangeType(&number, &number, 0, ZR_VT_UI1)) && number.Value.ui1 == 95,
+        "which becomes a narrower one in place");
+
+  ZRVARIANT copy = ZR_VARIANT_INIT;
+  uint8_t equal = 0;
+  Claim(ZR_SUCCEEDED(ZrVariantCopy(&copy, &text)) && ZrStringRefCount(text.Value.string) == 2,
+        "a copy shares the string");
+  Claim(ZR_SUCCEEDED(ZrVariantCompare(&copy, &text, &equal)) && equal, "and is equal");
+  Claim(ZR_SUCCEEDED(ZrVariantClear(&copy)) && ZrStringRefCount(text.Value.string) == 1, "clearing gives it back");
+  (void)ZrVariantClear(&text);
+}
+
+static void Arrays(void) {
+  puts("Arrays");
+  const ZrSafeArrayBound bounds[] = {{2, 1}, {3, 0}};  // rows 1 and 2, columns 0 to 2
+  ZRSAFEARRAY array = ZrSafeArrayCreate(ZR_VT_I4, 2, bounds);
+  const uint32_t indices[] = {2, 1};
+  int32_t moons = 274;
+  Claim(ZR_SUCCEEDED(ZrSafeArrayPutElement(array, indices, &moons)), "an element is put by its indices");
+
+  void* data = NULL;
+  Claim(ZR_SUCCEEDED(ZrSafeArrayAccessData(array, &data)) && ((int32_t*)data)[4] == 274,
+        "and found in the block, the last dimension varying fastest");
+  Claim(ZrSafeArrayPutElement(array, indices, &moons) == ZR_R_INVALID_OBJECT_STATE,
+        "where no put reaches it meanwhile");
+  (void)ZrSafeArrayUnaccessData(array);
+
+  Claim(ZrSafeArrayChangeType(array, 0, ZR_VT_STR) == ZR_R_OK, "all elements become texts at once");
+  ZRSTR text = NULL;
+  int32_t order = 1;
+  Claim(ZR_SUCCEEDED(ZrSafeArrayGetElement(array, indices, &text)) &&
+            ZR_SUCCEEDED(ZrCompareStringW(text, W("274"), &order)) && order == 0,
+        "an element is copied out, for the caller to destroy");
+  ZrDestroyString(text);
+
+  ZRVARIANT owner = ZR_VARIANT_INIT;
+  owner.Type = ZR_VT_STR | ZR_VT_ARRAY;
+  owner.Value.array = array;
+  Claim(ZR_SUCCEEDED(ZrVariantClear(&owner)), "a variant that owns an array destroys it with its elements");
+}
+
 static void LocksAndCounters(void) {
   puts("Locks and counters");
   ZRCRITICALSECTION lock = NULL;
@@ -90,6 +140,8 @@ static void LocksAndCounters(void) {
 int main(void) {
   Strings();
   Identifiers();
+  Variants();
+  Arrays();
   LocksAndCounters();
   if (failures == 0) {
     puts("All as it should be.");
