@@ -101,6 +101,15 @@ TEST_P(Conversions, AreTheVariantsOwn) {
     EXPECT_EQ(ZrSafeArrayLock(array.get()), ZR_R_OK) << "which nobody looks at";
     EXPECT_EQ(ZrSafeArrayChangeType(array.get(), 0xFFFFFFFF, target | ZR_VT_BYREF | ZR_VT_ARRAY), all ? ZR_R_OK : 1);
     EXPECT_EQ(ShowArray(array.get()), ShowArray(slow.get()));
+
+    const Array elements = samples.Make(source);  // and each alone, since one that doesn't convert hides the others
+    const Content content = ContentOf(elements.get());
+    for (uint32_t index = 0, zero = 0; index < content.count; ++index) {
+      const Array alone = MakeArray(source, {{1, 0}});
+      (void)ZrSafeArrayPutElement(alone.get(), &zero, content.data + index * WidthOf(source));
+      const bool converts = ConvertSlowly(source, alone.get(), target).all;
+      EXPECT_EQ(ZrSafeArrayChangeType(alone.get(), 0, target), converts ? ZR_R_OK : 1) << index;
+    }
   }
   EXPECT_EQ(g_object.references, references);
   EXPECT_EQ(ZrStringRefCount(g_shared), owners);
@@ -119,6 +128,8 @@ TEST(Array, ComparesByTheRuleOfItsElements) {
       {"BLOB 01", "BLOB 01", true},
       {"BLOB null", "BLOB null", false},
       {"REF null", "REF 0.0.0.0.0.0", true},
+      {"REF 0.0.0.0.0.1", "REF 0.0.0.0.0.2", false},
+      {"SREF 1.2.3.4.5.6", "SREF 1.2.3.4.5.7", false},
       {"SREF 1.2.3.4.5.6", "SREF text 1.2.3.4.5.6", true},
       {"SREF 1.2.3.4.5.6", "SREF text name", false},
       {"UNKNOWN object", "UNKNOWN object", true},

@@ -249,11 +249,6 @@ class Samples {
       (void)ZrVariantCopy(&variants.emplace_back(ZRVARIANT{}), &record);
     }
     variants.push_back(ByRef(ZR_VT_VARIANT, &link_));
-    for (const char* text :
-         {"UNKNOWN+8000 object", "DISPATCH+1000 object", "STR+9000 12", "BOOL+1000 2", "R8+8000 2"}) {
-      const OwnedVariant variant = Value(text);
-      (void)ZrVariantCopy(&variants.emplace_back(ZRVARIANT{}), &variant);
-    }
     for (const uint16_t tag : kElementTags) {
       if (tag != ZR_VT_QWORD) variants.push_back(ByRef(tag, nullptr));
     }
@@ -276,6 +271,11 @@ class Samples {
     behind_.push_back(ByRef(ZR_VT_QWORD, &address_));  // one conversion takes it for an address
     behind_.push_back(ByRef(ZR_VT_I4 | ZR_VT_ARRAY, &array_));
     for (const ZRVARIANT& byRef : behind_) (void)ZrVariantCopyInd(&records_.emplace_back(ZRVARIANT{}), &byRef);
+    for (const char* text :
+         {"UNKNOWN+8000 object", "DISPATCH+1000 object", "STR+9000 12", "BOOL+1000 2", "R8+8000 2"}) {
+      const OwnedVariant variant = Value(text);
+      (void)ZrVariantCopy(&records_.emplace_back(ZRVARIANT{}), &variant);
+    }
     link_ = ByRef(ZR_VT_VARIANT, &records_[1]);
   }
 
