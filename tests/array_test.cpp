@@ -14,7 +14,7 @@ TEST(Array, SequencesOfOperationsAreAsOnTheModel) {
 }
 
 TEST(Array, RefusesNulls) {
-  const Array array = MakeArray(ZR_VT_I4, {{1, 0}});
+  const Array array = MakeArray(ZR_VT_I4, {{1, 0}}), typeless = MakeArray(ZR_VT_EMPTY, {{1, 0}});
   ZRSAFEARRAY none = nullptr, handle = array.get();
   uint32_t word = 0;
   uint16_t tag = 0;
@@ -29,7 +29,8 @@ TEST(Array, RefusesNulls) {
       ZrSafeArrayUnaccessData(none), ZrSafeArrayGetElement(none, &word, &word),
       ZrSafeArrayGetElement(handle, nullptr, &word), ZrSafeArrayGetElement(handle, &word, nullptr),
       ZrSafeArrayPutElement(none, &word, &word), ZrSafeArrayPutElement(handle, nullptr, &word),
-      ZrSafeArrayPutElement(handle, &word, nullptr), ZrSafeArrayGetVartype(none, &tag),
+      ZrSafeArrayPutElement(handle, &word, nullptr), ZrSafeArrayGetElement(typeless.get(), nullptr, &word),
+      ZrSafeArrayPutElement(typeless.get(), &word, nullptr), ZrSafeArrayGetVartype(none, &tag),
       ZrSafeArrayGetBounds(none, &word, &bounds), ZrSafeArrayGetElementCount(none, &word, nullptr),
       ZrSafeArrayGetLBound(none, 1, &word), ZrSafeArrayGetUBound(none, 1, &word), ZrSafeArrayRedim(none, 1, &bound),
       ZrSafeArrayCompare(none, handle, &equal), ZrSafeArrayCompare(handle, none, &equal),
