@@ -14,7 +14,7 @@ TEST(Array, SequencesOfOperationsAreAsOnTheModel) {
 }
 
 TEST(Array, RefusesNulls) {
-  const Array array = MakeArray(ZR_VT_I4, {{1, 0}});
+  const Array array = MakeArray(ZR_VT_I4, {{1, 0}}), typeless = MakeArray(ZR_VT_EMPTY, {{1, 0}});
   ZRSAFEARRAY none = nullptr, handle = array.get();
   uint32_t word = 0;
   uint16_t tag = 0;
@@ -29,7 +29,8 @@ TEST(Array, RefusesNulls) {
       ZrSafeArrayUnaccessData(none), ZrSafeArrayGetElement(none, &word, &word),
       ZrSafeArrayGetElement(handle, nullptr, &word), ZrSafeArrayGetElement(handle, &word, nullptr),
       ZrSafeArrayPutElement(none, &word, &word), ZrSafeArrayPutElement(handle, nullptr, &word),
-      ZrSafeArrayPutElement(handle, &word, nullptr), ZrSafeArrayGetVartype(none, &tag),
+      ZrSafeArrayPutElement(handle, &word, nullptr), ZrSafeArrayGetElement(typeless.get(), nullptr, &word),
+      ZrSafeArrayPutElement(typeless.get(), &word, nullptr), ZrSafeArrayGetVartype(none, &tag),
       ZrSafeArrayGetBounds(none, &word, &bounds), ZrSafeArrayGetElementCount(none, &word, nullptr),
       ZrSafeArrayGetLBound(none, 1, &word), ZrSafeArrayGetUBound(none, 1, &word), ZrSafeArrayRedim(none, 1, &bound),
       ZrSafeArrayCompare(none, handle, &equal), ZrSafeArrayCompare(handle, none, &equal),
@@ -101,6 +102,15 @@ TEST_P(Conversions, AreTheVariantsOwn) {
     EXPECT_EQ(ZrSafeArrayLock(array.get()), ZR_R_OK) << "which nobody looks at";
     EXPECT_EQ(ZrSafeArrayChangeType(array.get(), 0xFFFFFFFF, target | ZR_VT_BYREF | ZR_VT_ARRAY), all ? ZR_R_OK : 1);
     EXPECT_EQ(ShowArray(array.get()), ShowArray(slow.get()));
+
+    const Array elements = samples.Make(source);  // and each alone, since one that doesn't convert hides the others
+    const Content content = ContentOf(elements.get());
+    for (uint32_t index = 0, zero = 0; index < content.count; ++index) {
+      const Array alone = MakeArray(source, {{1, 0}});
+      (void)ZrSafeArrayPutElement(alone.get(), &zero, content.data + index * WidthOf(source));
+      const bool converts = ConvertSlowly(source, alone.get(), target).all;
+      EXPECT_EQ(ZrSafeArrayChangeType(alone.get(), 0, target), converts ? ZR_R_OK : 1) << index;
+    }
   }
   EXPECT_EQ(g_object.references, references);
   EXPECT_EQ(ZrStringRefCount(g_shared), owners);
@@ -119,6 +129,8 @@ TEST(Array, ComparesByTheRuleOfItsElements) {
       {"BLOB 01", "BLOB 01", true},
       {"BLOB null", "BLOB null", false},
       {"REF null", "REF 0.0.0.0.0.0", true},
+      {"REF 0.0.0.0.0.1", "REF 0.0.0.0.0.2", false},
+      {"SREF 1.2.3.4.5.6", "SREF 1.2.3.4.5.7", false},
       {"SREF 1.2.3.4.5.6", "SREF text 1.2.3.4.5.6", true},
       {"SREF 1.2.3.4.5.6", "SREF text name", false},
       {"UNKNOWN object", "UNKNOWN object", true},

@@ -21,7 +21,7 @@ static Units DescriptionOf(uint32_t code) {
   return ContentOf(Owned(description));
 }
 
-// ctest runs each test in a process of its own, so this registration is the very first call.
+// Where ctest runs each test in a process of its own, this registration is the very first call.
 TEST(ErrorInfo, BuiltInCodesComeBeforeTheFirstRegistration) {
   EXPECT_EQ(ZrErrorInfoRegister(0x80000000, W("mine"), nullptr), ZR_R_ALREADY_REGISTERED);
   EXPECT_EQ(TextOf(0x80000000), W("ZR_R_FAILED"));

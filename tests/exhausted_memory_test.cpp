@@ -412,8 +412,12 @@ TEST(ExhaustedMemory, ArraysThrowAndAreAsBefore) {
       EXPECT_GE(ExhaustArray(make, [&](ZRSAFEARRAY array) { (void)ZrSafeArrayChangeType(array, 0, to); }), 2) << target;
     }
 
-    const Array values = make();
+    const Array values = make(), same = make();
     const Content content = ContentOf(values.get());
+    uint8_t equal = 9;
+    FailAllocation(1);
+    EXPECT_EQ(ZrSafeArrayCompare(values.get(), same.get(), &equal), ZR_R_OK);
+    EXPECT_FALSE(AllocationFailed()) << "a comparison needs no memory";
     int puts = 0, gets = 0;
     for (uint32_t index = 0, last = 0; index < content.count; ++index) {
       const char* value = content.data + index * width;

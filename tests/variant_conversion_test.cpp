@@ -464,7 +464,7 @@ TEST(VariantConversion, EverySourceAndTarget) {
   for (uint16_t target = 0; target <= 60; ++target) targets.push_back(target);
   const std::vector<std::string> sources = Sources();
   const Owned empty(ZrCopyString(nullptr));
-  const uint32_t empties = ZrStringRefCount(empty);
+  const uint32_t empties = ZrStringRefCount(empty), objects = g_object.references;
   for (std::size_t row = 0; row < sources.size(); ++row) {
     std::string text = sources[row];
     text.insert(std::min(text.find(' '), text.size()), row % 5 == 1 ? "+1000" : row % 5 == 2 ? "+8000" : "");
@@ -478,7 +478,7 @@ TEST(VariantConversion, EverySourceAndTarget) {
       if (HasFatalFailure()) return;
     }
   }
-  EXPECT_EQ(g_object.references, 0u);
+  EXPECT_EQ(g_object.references, objects);
   EXPECT_EQ(ZrStringRefCount(empty), empties);
 }
 

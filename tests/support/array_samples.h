@@ -249,15 +249,10 @@ class Samples {
       (void)ZrVariantCopy(&variants.emplace_back(ZRVARIANT{}), &record);
     }
     variants.push_back(ByRef(ZR_VT_VARIANT, &link_));
-    for (const char* text :
-         {"UNKNOWN+8000 object", "DISPATCH+1000 object", "STR+9000 12", "BOOL+1000 2", "R8+8000 2"}) {
-      const OwnedVariant variant = Value(text);
-      (void)ZrVariantCopy(&variants.emplace_back(ZRVARIANT{}), &variant);
-    }
     for (const uint16_t tag : kElementTags) {
       if (tag != ZR_VT_QWORD) variants.push_back(ByRef(tag, nullptr));
     }
-    for (const int odd : {0x0000, 0x1000, 0x4000, 14, 0x400E, 54, 0x4036, 0x8003, 26, 48}) {
+    for (const int odd : {0x0000, 0x1000, 0x4000, 14, 0x400E, 54, 0x4036, 0x8003, 26, 48, ZR_VT_STR}) {
       variants.push_back(ZR_VARIANT_INIT);
       variants.back().Type = static_cast<uint16_t>(odd);
     }
@@ -265,8 +260,6 @@ class Samples {
   }
 
   void MakeBehind() {
-    arrays_.push_back(MakeArray(ZR_VT_I4, {{2, 0}}));
-    array_ = arrays_[0].get();
     for (const uint16_t tag : kElementTags) {
       if (tag == ZR_VT_VARIANT || tag == ZR_VT_UUID || tag == ZR_VT_QWORD) continue;
       const Content content = ContentOf(arrays_.emplace_back(Make(tag)).get());
@@ -274,15 +267,24 @@ class Samples {
     }
     behind_.push_back(ByRef(ZR_VT_UUID, &uuid_));
     behind_.push_back(ByRef(ZR_VT_QWORD, &address_));  // one conversion takes it for an address
-    behind_.push_back(ByRef(ZR_VT_I4 | ZR_VT_ARRAY, &array_));
+    for (ZRSAFEARRAY& array : handles_) {
+      const uint16_t tag = &array == handles_ ? ZR_VT_I4 : ZR_VT_UNKNOWN;
+      array = arrays_.emplace_back(MakeArray(tag, {{2, 0}})).get();
+      behind_.push_back(ByRef(tag | ZR_VT_ARRAY, &array));
+    }
     for (const ZRVARIANT& byRef : behind_) (void)ZrVariantCopyInd(&records_.emplace_back(ZRVARIANT{}), &byRef);
+    for (const char* text :
+         {"UNKNOWN+8000 object", "DISPATCH+1000 object", "STR+9000 12", "BOOL+1000 2", "R8+8000 2"}) {
+      const OwnedVariant variant = Value(text);
+      (void)ZrVariantCopy(&records_.emplace_back(ZRVARIANT{}), &variant);
+    }
     link_ = ByRef(ZR_VT_VARIANT, &records_[1]);
   }
 
   std::vector<Array> arrays_;
   std::vector<ZRVARIANT> behind_, records_;  // by reference, and what CopyInd makes of them
   ZRVARIANT link_{};
-  ZRSAFEARRAY array_ = nullptr;
+  ZRSAFEARRAY handles_[2]{};
   ZRUUID value_{7, 6, 5, {4}}, *uuid_ = &value_;
   int64_t count_ = 5, *address_ = &count_;
 };
