@@ -5,7 +5,6 @@
 #include <concepts>
 #include <cstdint>
 #include <limits>
-#include <type_traits>
 
 #include "zrcore/base.h"
 

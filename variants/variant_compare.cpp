@@ -1,6 +1,5 @@
 // Comparison. An answer is one of four: equal or not, and with which code, or a code without an answer.
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>

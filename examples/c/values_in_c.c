@@ -1,5 +1,5 @@
-// The plain half of the library from C: strings, identifiers, variants, arrays, locks and counters. None of it needs
-// ZrInitialize.
+// The plain half of the library from C: strings, identifiers, variants, arrays, locks and counters. None of it
+// needs ZrInitialize.
 
 #include <stdio.h>
 #include <zrcore/zrcore.h>
