@@ -213,8 +213,8 @@ TEST(Unicode, CaseIsThatOfTheUsersLocale) {
 }
 
 #if defined(__linux__)
-// The same in a process whose user's locale has a dotted and a dotless i, made for the occasion by a tool of the
-// system.
+// The same in a process whose user's locale has a dotted and a dotless i, made for the occasion by a tool that
+// other systems have not got.
 TEST(Unicode, CaseIsThatOfATurkishUser) {
   if (!std::filesystem::exists("/usr/share/i18n/locales/tr_TR")) GTEST_SKIP() << "needs the package locales";
   std::string folder = testing::TempDir() + "zrcore-locale-XXXXXX";

@@ -660,7 +660,8 @@ TEST(VariantConversion, TextsAsTheCLibraryReadsThem) {
 }
 
 #if defined(__linux__)
-// The same in processes whose locale has a comma, or a point that is no single byte.
+// The same in processes whose locale has a comma, or a point that is no single byte, made by a tool that other systems
+// have not got.
 TEST(VariantConversion, RealsInOtherLocales) {
   if (!std::filesystem::exists("/usr/share/i18n/locales/ps_AF")) GTEST_SKIP() << "needs the package locales";
   std::string folder = testing::TempDir() + "zrcore-locale-XXXXXX";
