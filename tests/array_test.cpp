@@ -159,6 +159,12 @@ TEST(Array, ComparesByTheRuleOfItsElements) {
     EXPECT_EQ(ZrSafeArrayCompare(inVariants[0].get(), inVariants[1].get(), &equal), ZR_R_OK);
     EXPECT_EQ(equal, isOk ? expected : 0);
   }
+  uint8_t equal = 9;  // what has no answer differs, too
+  Element nothing{};
+  nothing.variant = ByRef(ZR_VT_I4, nullptr);
+  const Array left = ArrayOf(ZR_VT_VARIANT, {nothing}), right = ArrayOf(ZR_VT_VARIANT, {nothing});
+  EXPECT_EQ(ZrSafeArrayCompare(left.get(), right.get(), &equal), ZR_R_OK);
+  EXPECT_EQ(equal, 0);
 }
 
 // Elements of different types under one tag, of one type under different tags, and none on one side: what an array has
