@@ -252,7 +252,8 @@ class Samples {
     for (const uint16_t tag : kElementTags) {
       if (tag != ZR_VT_QWORD) variants.push_back(ByRef(tag, nullptr));
     }
-    for (const int odd : {0x0000, 0x1000, 0x4000, 14, 0x400E, 54, 0x4036, 0x8003, 26, 48, ZR_VT_STR}) {
+    for (const int odd :
+         {0x0000, 0x1000, 0x4000, 14, 0x400E, 54, 0x4036, 0x8003, 26, 48, ZR_VT_STR, ZR_VT_STR | ZR_VT_ARRAY}) {
       variants.push_back(ZR_VARIANT_INIT);
       variants.back().Type = static_cast<uint16_t>(odd);
     }
