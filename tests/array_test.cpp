@@ -95,7 +95,7 @@ TEST_P(Conversions, AreTheVariantsOwn) {
     const OwnedVariant from = InVariant(source, CopyOf(array.get()));
     const auto targetWord = static_cast<uint16_t>(target | ZR_VT_ARRAY);
     OwnedVariant to = Value("I4 5");
-    EXPECT_EQ(ZrVariantChangeType(&to, &from, 0, targetWord), all ? ZR_R_OK : ZR_R_FAILED);
+    EXPECT_EQ(ZrVariantChangeType(&to, &from, 0, targetWord | ZR_VT_BYREF), all ? ZR_R_OK : ZR_R_FAILED);
     EXPECT_EQ(all ? ShowArray(to.Value.array) : Describe(to), all ? ShowArray(slow.get()) : "I4 5");
     EXPECT_EQ(all ? to.Type : targetWord, targetWord);
 
