@@ -95,7 +95,7 @@ TEST_P(Conversions, AreTheVariantsOwn) {
     const OwnedVariant from = InVariant(source, CopyOf(array.get()));
     const auto targetWord = static_cast<uint16_t>(target | ZR_VT_ARRAY);
     OwnedVariant to = Value("I4 5");
-    EXPECT_EQ(ZrVariantChangeType(&to, &from, 0, targetWord), all ? ZR_R_OK : ZR_R_FAILED);
+    EXPECT_EQ(ZrVariantChangeType(&to, &from, 0, targetWord | ZR_VT_BYREF), all ? ZR_R_OK : ZR_R_FAILED);
     EXPECT_EQ(all ? ShowArray(to.Value.array) : Describe(to), all ? ShowArray(slow.get()) : "I4 5");
     EXPECT_EQ(all ? to.Type : targetWord, targetWord);
 
@@ -159,18 +159,33 @@ TEST(Array, ComparesByTheRuleOfItsElements) {
     EXPECT_EQ(ZrSafeArrayCompare(inVariants[0].get(), inVariants[1].get(), &equal), ZR_R_OK);
     EXPECT_EQ(equal, isOk ? expected : 0);
   }
+  uint8_t equal = 9;  // what has no answer differs, too
+  Element nothing{};
+  nothing.variant = ByRef(ZR_VT_I4, nullptr);
+  const Array left = ArrayOf(ZR_VT_VARIANT, {nothing}), right = ArrayOf(ZR_VT_VARIANT, {nothing});
+  EXPECT_EQ(ZrSafeArrayCompare(left.get(), right.get(), &equal), ZR_R_OK);
+  EXPECT_EQ(equal, 0);
 }
 
-// Elements of different types under one tag, which the array has kept from when it had none to convert.
+// Elements of different types under one tag, of one type under different tags, and none on one side: what an array has
+// kept or got from when it had none to convert.
 TEST(Array, ComparesNoElementsOfDifferentTypes) {
   const ZrSafeArrayBound none = {0, 0}, four = {4, 0};
   const Array records = MakeArray(ZR_VT_VARIANT, {four}), bytes = MakeArray(ZR_VT_VARIANT, {none});
   EXPECT_EQ(ZrSafeArrayChangeType(bytes.get(), 0, ZR_VT_I1), ZR_R_FAILED);
   EXPECT_EQ(ZrSafeArrayRedim(bytes.get(), 1, &four), ZR_R_OK);
-  for (const bool isLeft : {true, false}) {
-    uint8_t equal = 9;
-    EXPECT_EQ(ZrSafeArrayCompare((isLeft ? bytes : records).get(), (isLeft ? records : bytes).get(), &equal), ZR_R_OK);
-    EXPECT_EQ(equal, 1);
+  const Array others = MakeArray(ZR_VT_I1, {four}), late = MakeArray(14, {four});
+  ContentOf(others.get()).data[0] = 1;
+  EXPECT_EQ(ZrSafeArrayChangeType(late.get(), 0, ZR_VT_I1), ZR_R_FAILED);
+  const Array zeros = CopyOf(late.get());  // which has elements
+  const std::pair<const Array&, const Array&> kPairs[] = {{records, bytes}, {bytes, others}, {late, zeros}};
+  for (const auto& [left, right] : kPairs) {
+    for (const bool isSwapped : {false, true}) {
+      uint8_t equal = 9;
+      EXPECT_EQ(ZrSafeArrayCompare((isSwapped ? right : left).get(), (isSwapped ? left : right).get(), &equal),
+                ZR_R_OK);
+      EXPECT_EQ(equal, 1);
+    }
   }
 }
 

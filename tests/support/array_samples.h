@@ -39,7 +39,7 @@ inline std::size_t WidthOf(uint16_t tag) {
 }
 
 struct CDestroyArray {
-  void operator()(ZRSAFEARRAY array) const { (void)ZrSafeArrayDestroy(array); }
+  void operator()(ZRSAFEARRAY array) const { EXPECT_EQ(ZrSafeArrayDestroy(array), ZR_R_OK); }
 };
 using Array = std::unique_ptr<ZrSafeArrayDescriptor, CDestroyArray>;
 
@@ -252,7 +252,8 @@ class Samples {
     for (const uint16_t tag : kElementTags) {
       if (tag != ZR_VT_QWORD) variants.push_back(ByRef(tag, nullptr));
     }
-    for (const int odd : {0x0000, 0x1000, 0x4000, 14, 0x400E, 54, 0x4036, 0x8003, 26, 48, ZR_VT_STR}) {
+    for (const int odd :
+         {0x0000, 0x1000, 0x4000, 14, 0x400E, 54, 0x4036, 0x8003, 26, 48, ZR_VT_STR, ZR_VT_STR | ZR_VT_ARRAY}) {
       variants.push_back(ZR_VARIANT_INIT);
       variants.back().Type = static_cast<uint16_t>(odd);
     }
@@ -267,10 +268,10 @@ class Samples {
     }
     behind_.push_back(ByRef(ZR_VT_UUID, &uuid_));
     behind_.push_back(ByRef(ZR_VT_QWORD, &address_));  // one conversion takes it for an address
-    for (ZRSAFEARRAY& array : handles_) {
-      const uint16_t tag = &array == handles_ ? ZR_VT_I4 : ZR_VT_UNKNOWN;
-      array = arrays_.emplace_back(MakeArray(tag, {{2, 0}})).get();
-      behind_.push_back(ByRef(tag | ZR_VT_ARRAY, &array));
+    ZRSAFEARRAY* handle = handles_;
+    for (const int tag : {ZR_VT_I4, ZR_VT_UNKNOWN, ZR_VT_VARIANT}) {
+      *handle = arrays_.emplace_back(MakeArray(static_cast<uint16_t>(tag), {{2, 0}})).get();
+      behind_.push_back(ByRef(static_cast<uint16_t>(tag | ZR_VT_ARRAY), handle++));
     }
     for (const ZRVARIANT& byRef : behind_) (void)ZrVariantCopyInd(&records_.emplace_back(ZRVARIANT{}), &byRef);
     for (const char* text :
@@ -284,7 +285,7 @@ class Samples {
   std::vector<Array> arrays_;
   std::vector<ZRVARIANT> behind_, records_;  // by reference, and what CopyInd makes of them
   ZRVARIANT link_{};
-  ZRSAFEARRAY handles_[2]{};
+  ZRSAFEARRAY handles_[3]{};
   ZRUUID value_{7, 6, 5, {4}}, *uuid_ = &value_;
   int64_t count_ = 5, *address_ = &count_;
 };
