@@ -321,17 +321,7 @@ static ZRRESULT Model(const ZRVARIANT& source, uint16_t target, OwnedVariant& le
   }
 }
 
-// ---- Every source against every target
-// ---------------------------------------------------------------------------------
-
-static const Owned g_before(Units(W("before")));
-
-static OwnedVariant Before() {
-  OwnedVariant variant;
-  variant.Type = ZR_VT_STR;
-  variant.Value.string = ZrCopyString(g_before);
-  return variant;
-}
+// ---- Every source against every target -----------------------------------------------------------------------------
 
 // A failure that leaves a record behind, which by contract nobody owns: somebody has to.
 static void TakeLostRecord(OwnedVariant& left) {

@@ -31,15 +31,6 @@ static bool HasRecordOfItsOwn(const ZRVARIANT& variant) {
          variant.Type == ZR_VT_SREF;
 }
 
-static const Owned g_before(Units(W("before")));
-
-static OwnedVariant Before() {
-  OwnedVariant variant;
-  variant.Type = ZR_VT_STR;
-  variant.Value.string = ZrCopyString(g_before);
-  return variant;
-}
-
 // ---- Values --------------------------------------------------------------------------------------------------------
 
 TEST(VariantRecord, LifeOfEveryValue) {

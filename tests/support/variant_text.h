@@ -167,6 +167,16 @@ struct OwnedVariant : ZRVARIANT {
   }
 };
 
+// What a destination holds before it is written to: a reference of its own on a string that nobody else holds.
+inline const Owned g_before(Units(W("before")));
+
+inline OwnedVariant Before() {
+  OwnedVariant variant;
+  variant.Type = ZR_VT_STR;
+  variant.Value.string = ZrCopyString(g_before);
+  return variant;
+}
+
 inline OwnedVariant Value(const std::string& text) { return OwnedVariant(text); }
 
 // A record without an owner that refers to this one.
