@@ -10,26 +10,30 @@
 #include "variants/variant_record.h"
 #include "zrcore/configuration.h"
 
-// One reference on an object of the host's.
+// For destructors, which have something to do only while an exception passes: it must not meet a second one.
+template <class Action>
+static void Quietly(Action action) noexcept {
+  try {
+    action();
+  } catch (...) {
+  }
+}
+
+// One reference on an object of the host's. What the object throws passes through Release.
 template <class Interface>
 class CObjectHolder {
  public:
   CObjectHolder() = default;
   CObjectHolder(const CObjectHolder&) = delete;
   CObjectHolder& operator=(const CObjectHolder&) = delete;
-  // Has something to do only while an exception passes, which must not meet a second one.
   ~CObjectHolder() {
-    try {
-      Release();
-    } catch (...) {
-    }
+    Quietly([this] { Release(); });
   }
 
   explicit operator bool() const noexcept { return object_ != nullptr; }
   Interface* operator->() const noexcept { return object_; }
   Interface** Receive() noexcept { return &object_; }  // once, for an out-parameter
 
-  // What the object throws passes through.
   void Release() {
     if (Interface* object = std::exchange(object_, nullptr)) object->Release();
   }
@@ -38,26 +42,38 @@ class CObjectHolder {
   Interface* object_ = nullptr;
 };
 
+// A record with a value of the host's. What an object in it throws passes through Clear.
+struct CHostRecord {
+  CHostRecord() = default;
+  CHostRecord(const CHostRecord&) = delete;
+  CHostRecord& operator=(const CHostRecord&) = delete;
+  ~CHostRecord() {
+    Quietly([this] { Clear(); });
+  }
+
+  void Clear() { ResetVariant(variant); }
+
+  ZRVARIANT variant = kResetVariant;
+};
+
 // ---- One value -----------------------------------------------------------------------------------------------------
 
-// The number in a record, held or pointed at, converted if need be; 0 if there is none.
+// The number in a record, held or pointed at, converted if need be; 0 if there is none. An array isn't told from a
+// number: of one that has the tag, or converts to it, the first bytes of the handle are taken.
 template <class Number>
 static Number NumberIn(const ZRVARIANT& record, uint16_t type) {
   Number number = 0;
-  if ((record.Type & ZR_VT_TYPEMASK) == type && !HasFlag(record.Type, ZR_VT_ARRAY)) {
+  if ((record.Type & ZR_VT_TYPEMASK) == type) {
     const void* address = HasFlag(record.Type, ZR_VT_BYREF) ? record.Value.address : &record.Value;
     if (address != nullptr) std::memcpy(&number, address, sizeof number);
     return number;
   }
-  CVariantHolder holder;
-  ZRVARIANT& converted = holder.Mutable();
-  (void)ZrVariantCopyInd(&converted, &record);  // what can't be copied doesn't convert either
-  const ZRRESULT result = ZrVariantChangeType(&converted, &converted, 0, type);
-  // (An array converts, but to an array.)
-  if (result == ZR_R_OK && !HasFlag(converted.Type, ZR_VT_ARRAY)) {
-    std::memcpy(&number, &converted.Value, sizeof number);
+  CHostRecord converted;
+  (void)ZrVariantCopyInd(&converted.variant, &record);  // what can't be copied doesn't convert either
+  if (ZrVariantChangeType(&converted.variant, &converted.variant, 0, type) == ZR_R_OK) {
+    std::memcpy(&number, &converted.variant.Value, sizeof number);
   }
-  ResetVariant(converted);
+  converted.Clear();
   return number;
 }
 
@@ -72,12 +88,12 @@ static Number ReadNumber(CObjectHolder<IZrConfigurationSection>& section, const 
 
   ZRVARIANT lentDefault = kResetVariant;
   lentDefault.Type = type;
-  CVariantHolder answer;
-  const ZRRESULT result = value->Read(&lentDefault, type, answer.Receive());
-  const Number number = result >= 0 ? NumberIn<Number>(answer.Get(), type) : Number{0};
-  // By hand, since what is released may throw. A number that is pointed at is the value object's, so that goes last.
-  ResetVariant(answer.Mutable());
-  value.Release();
+  CHostRecord answer;
+  const ZRRESULT result = value->Read(&lentDefault, type, &answer.variant);
+  if (result < 0) answer.Clear();
+  value.Release();  // before its answer is looked at, so what that points at must outlive the value object
+  const Number number = result >= 0 ? NumberIn<Number>(answer.variant, type) : Number{0};
+  answer.Clear();
   return number;
 }
 

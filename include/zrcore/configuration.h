@@ -14,7 +14,8 @@
 //     "ZR_VT_SREF"       ZR_VT_UI4    0       how many SREF records are kept; 0 stands for 1024
 //
 // A value of another type is converted as by ZrVariantChangeType, so the text "ZR_TRUE" will do; one that doesn't
-// convert counts as absent. Of a boolean exactly 1 is true. The first discovery decides, also if it has no
+// convert counts as absent. Of a boolean exactly 1 is true. Don't answer an array: its handle would be taken for the
+// number. The first discovery decides, also if it has no
 // configuration: the settings stand, whatever later ones answer, until as many discoveries have been removed as were
 // added. Then the caches are off again and empty, but for those that never had a limit of their own. Discoveries that
 // the last ZrUninitialize cleared don't count as removed.
@@ -101,8 +102,9 @@ struct IZrConfigurationValue : IZrUnknown {
   ///
   /// @param defaultValue  what the caller takes if this fails, as a copy for this call.
   /// @param type          the tag that the caller would like best (ZR_VT_...), without flags.
-  /// @param value         initialised; receives the value, of any type, which the caller clears. A by-reference value
-  ///                      must stay valid until the object is released.
+  /// @param value         initialised; receives the value, of any type, which the caller clears. What a by-reference
+  ///                      value points at must outlive this object: the library releases the object and only then
+  ///                      reads the number, while it still holds the section.
   /// @return negative for none: the caller clears `value` and takes the default.
   virtual ZRRESULT Read(const ZRVARIANT* defaultValue, uint16_t type, ZRVARIANT* value) = 0;
 
