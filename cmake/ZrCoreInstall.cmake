@@ -1,4 +1,4 @@
-# The installed package: headers, library, find_package(ZrCore), pkg-config zrcore.
+# The installed package: headers, library, find_package(ZrCore), pkg-config zrcore, and how gdb shows the values.
 
 include(CMakePackageConfigHelpers)
 
@@ -34,3 +34,12 @@ file(RELATIVE_PATH pc_to_prefix "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAK
 string(REGEX REPLACE "/$" "" pc_to_prefix "${pc_to_prefix}")
 configure_file(cmake/zrcore.pc.in zrcore.pc @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/zrcore.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+
+# gdb looks for a library's printers by the library's whole path, which the prefix of the installation decides.
+if(NOT WIN32)
+  install(CODE "
+    set(libdir \"${CMAKE_INSTALL_LIBDIR}\")
+    cmake_path(ABSOLUTE_PATH libdir BASE_DIRECTORY \"\${CMAKE_INSTALL_PREFIX}\")
+    file(INSTALL \"${PROJECT_SOURCE_DIR}/debugger/zrcore_gdb.py\" RENAME libzrcore.so.${PROJECT_VERSION}-gdb.py
+      DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/gdb/auto-load\${libdir}\")")
+endif()
