@@ -70,10 +70,8 @@ bool IsLibraryLoaded(const char* path) {
   return library != nullptr;
 }
 
-const bool kCaseTellsFilesApart = true;
-
-const LoaderWords kLoaderWords = {"shared object file: No such file or directory", "file too short",
-                                  "undefined symbol: NobodyDefinesThis", "not valid UTF-16"};
+const LoaderWords kLoaderWords = {"cannot open shared object file: No such file or directory", "file too short",
+                                  "undefined symbol: NobodyDefinesThis"};
 
 char* ReserveGuardedPage() {
   void* pages = mmap(nullptr, 2 * kPageSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);

@@ -38,12 +38,9 @@ void* FindInLibrary(void* library, const char* name);
 void CloseLibrary(void* library);
 bool IsLibraryLoaded(const char* path);
 
-// Whether "good" and "GOOD" are two files.
-extern const bool kCaseTellsFilesApart;
-
-// Words of the loader's reason for refusing a file: that isn't there, is none, needs what nobody has, has no path.
+// How the loader's reason for refusing a file begins: one that isn't there, is none, needs what nobody has.
 struct LoaderWords {
-  const char *notThere, *noModule, *unresolved, *noPath;
+  const char *notThere, *noModule, *unresolved;
 };
 extern const LoaderWords kLoaderWords;
 

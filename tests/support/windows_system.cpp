@@ -81,9 +81,7 @@ void* FindInLibrary(void* library, const char* name) {
 void CloseLibrary(void* library) { FreeLibrary(static_cast<HMODULE>(library)); }
 bool IsLibraryLoaded(const char* path) { return GetModuleHandleA(path) != nullptr; }
 
-const bool kCaseTellsFilesApart = false;
-
-const LoaderWords kLoaderWords = {"", "", "", ""};  // in the language of the system
+const LoaderWords kLoaderWords = {"", "", ""};  // in the language of the system
 
 char* ReserveGuardedPage() {
   void* pages = VirtualAlloc(nullptr, 2 * kPageSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
