@@ -1,5 +1,4 @@
 #include <dlfcn.h>
-#include <langinfo.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
