@@ -85,7 +85,6 @@ TEST_F(ConfigurationTest, ValuesOfAnyTypeAreReadAndWhatIsMissingIsNothing) {
     Host host;
     std::string inForce = kNothing;
   } rows[] = {
-      {Host({Number(ZR_VT_BOOL, 1)}), "on 0/1 0/1"},
       {Host({Number(ZR_VT_BOOL, 2)}), "off 0/2 0/2"},
       {Host({Number(ZR_VT_BOOL | 0x8000, 1)}), "on 0/1 0/1"},
       {Host({At(ZR_VT_BOOL | ZR_VT_BYREF, &one)}), "on 0/1 0/1"},
@@ -150,17 +149,13 @@ TEST_F(ConfigurationTest, TheFirstDiscoveryDecidesUntilTheLastIsRemoved) {
 }
 
 TEST_F(ConfigurationTest, WhatAnyCallThrowsPassesThroughTheAddition) {
-  for (int kind = 0; kind < 4; ++kind) {
-    // The values may be objects, and the releases that follow may throw, too.
-    const bool areObjects = kind % 2 != 0, goesOn = kind / 2 != 0;
-    const int kCalls = areObjects ? 19 : 13;  // two questions, three for each value, two releases; two for an object
-    for (int n = 1; n <= kCalls; ++n) {
-      SCOPED_TRACE(testing::Message() << kind << ", call " << n);
-      Host host({Number(ZR_VT_UI4, 5)}), next({Number(ZR_VT_UI4, 6)});
+  for (const bool goesOn : {false, true}) {  // the releases that follow may throw, too
+    // Two questions, five calls for each value, since it is an object that is released twice more, and two releases.
+    for (int n = 1; n <= 19; ++n) {
+      SCOPED_TRACE(testing::Message() << goesOn << ", call " << n);
+      Host host({Number(ZR_VT_UNKNOWN, 0)}), next({Number(ZR_VT_UI4, 6)});
       const IZrConfiguration* object = &host.configuration;
-      for (auto& [name, value] : host.configuration.values) {
-        if (areObjects) value.variant = At(ZR_VT_UNKNOWN, object);
-      }
+      for (auto& [name, value] : host.configuration.values) value.variant = At(ZR_VT_UNKNOWN, object);
       host.configuration.onCall = [goesOn, calls = 0, n]() mutable {
         if (++calls == n || (goesOn && calls > n)) throw std::runtime_error("thrown");
       };
@@ -183,17 +178,16 @@ TEST_F(ConfigurationTest, AClassIsConfiguredByTheDiscoveryThatReportedIt) {
   uint32_t firstCookie = 0, secondCookie = 0, asked = 0;
   ZrAddComponentDiscovery(&first, &firstCookie);
   ZrAddComponentDiscovery(&second, &secondCookie);
-  first.configure = second.configure = [&](const ZRUUID& classId, ZRSTR name, IZrConfiguration** result) {
+  first.configure = [&](const ZRUUID&, ZRSTR, IZrConfiguration** result) {
+    EXPECT_EQ(ZrRemoveComponentDiscovery(firstCookie), ZR_R_OK) << "it may go while it is asked";
+    *result = &ofFirst;
+    return ZR_R_ACCESS_DENIED;
+  };
+  second.configure = [&](const ZRUUID& classId, ZRSTR name, IZrConfiguration** result) {
     EXPECT_TRUE(classId == ClassId(asked) && name == wanted.string && !*result && IsUnderManagementLock());
     *result = &ofSecond;
     if (asked == 3) throw std::runtime_error("thrown");
     return ZR_R_SAME_VALUE;
-  };
-  first.configure = [&, answer = first.configure](const ZRUUID& classId, ZRSTR name, IZrConfiguration** result) {
-    EXPECT_EQ(answer(classId, name, result), ZR_R_SAME_VALUE);
-    EXPECT_EQ(ZrRemoveComponentDiscovery(firstCookie), ZR_R_OK) << "it may go while it is asked";
-    *result = &ofFirst;
-    return ZR_R_ACCESS_DENIED;
   };
   second.onCall = [&](const std::string& operation) {
     if (operation == "QueryComponent") given = &ofFirst;  // the result of the question that is being answered

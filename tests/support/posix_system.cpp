@@ -69,8 +69,9 @@ bool IsLibraryLoaded(const char* path) {
   return library != nullptr;
 }
 
-const LoaderWords kLoaderWords = {"cannot open shared object file: No such file or directory", "file too short",
-                                  "undefined symbol: NobodyDefinesThis"};
+const Unloadable kUnloadable[] = {{"nowhere", "cannot open shared object file: No such file or directory"},
+                                  {"no_module", "file too short"},
+                                  {"unresolved", "undefined symbol: NobodyDefinesThis"}};
 
 char* ReserveGuardedPage() {
   void* pages = mmap(nullptr, 2 * kPageSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);

@@ -80,7 +80,8 @@ void* FindInLibrary(void* library, const char* name) {
 void CloseLibrary(void* library) { FreeLibrary(static_cast<HMODULE>(library)); }
 bool IsLibraryLoaded(const char* path) { return GetModuleHandleA(path) != nullptr; }
 
-const LoaderWords kLoaderWords = {"", "", ""};  // in the language of the system
+// In the language of the system.
+const Unloadable kUnloadable[] = {{"nowhere", ""}, {"no_module", ""}, {"unresolved", ""}};
 
 char* ReserveGuardedPage() {
   void* pages = VirtualAlloc(nullptr, 2 * kPageSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
