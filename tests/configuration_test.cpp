@@ -73,7 +73,7 @@ struct ConfigurationTest : testing::Test {
 };
 
 TEST_F(ConfigurationTest, ValuesOfAnyTypeAreReadAndWhatIsMissingIsNothing) {
-  const Owned truth(Units(W("ZR_TRUE"))), twelve(Units(W("12"))), word(Units(W("yes")));
+  const Owned truth(Units(W("ZR_TRUE")));
   const uint8_t one = 1;
   const uint32_t seven = 7;
   const Array numbers = MakeArray(ZR_VT_UI4, {{1, 0}}), texts = MakeArray(ZR_VT_STR, {{1, 0}});  // which convert
@@ -85,7 +85,6 @@ TEST_F(ConfigurationTest, ValuesOfAnyTypeAreReadAndWhatIsMissingIsNothing) {
     Host host;
     std::string inForce = kNothing;
   } rows[] = {
-      {Host({Number(ZR_VT_BOOL, 1)}), "on 0/1 0/1"},
       {Host({Number(ZR_VT_BOOL, 2)}), "off 0/2 0/2"},
       {Host({Number(ZR_VT_BOOL | 0x8000, 1)}), "on 0/1 0/1"},
       {Host({At(ZR_VT_BOOL | ZR_VT_BYREF, &one)}), "on 0/1 0/1"},
@@ -94,10 +93,7 @@ TEST_F(ConfigurationTest, ValuesOfAnyTypeAreReadAndWhatIsMissingIsNothing) {
       {Host({Number(ZR_VT_I4, 0xFFFFFFFF)})},
       {Host({Number(ZR_VT_I8, 256)}), "off 0/256 0/256"},
       {Host({text}), "on 0/1 0/1"},
-      {Host({At(ZR_VT_STR | ZR_VT_BYREF, &twelve.string)}), "on 0/12 0/12"},
-      {Host({At(ZR_VT_STR, word.string)})},
       {Host({At(ZR_VT_VARIANT | ZR_VT_BYREF, &byRef)}), "on 0/7 0/7"},
-      {Host({Number(60, 1)})},
       {Host({{W("EnableAllocator"), {At(ZR_VT_UI4 | ZR_VT_ARRAY, array)}}}), "off 0/1024 0/1024"},
       {Host({{W("EnableAllocator"), {At(ZR_VT_STR | ZR_VT_ARRAY, texts.get())}}}), "off 0/1024 0/1024"},
       {Host({{W("EnableAllocator"), {At(ZR_VT_BOOL | ZR_VT_ARRAY | ZR_VT_BYREF, &lowByteOne)}}}), "on 0/1024 0/1024"},
@@ -153,25 +149,19 @@ TEST_F(ConfigurationTest, TheFirstDiscoveryDecidesUntilTheLastIsRemoved) {
 }
 
 TEST_F(ConfigurationTest, WhatAnyCallThrowsPassesThroughTheAddition) {
-  const struct {
-    bool isObject, goesOn;  // a value that is an object; whether the releases that follow throw, too
-    int calls;              // two questions, three for each value, two releases; an object is released twice more
-  } kRows[] = {{false, false, 13}, {false, true, 13}, {true, false, 19}, {true, true, 19}};
-  for (const auto& row : kRows) {
-    for (int n = 1; n <= row.calls; ++n) {
-      SCOPED_TRACE(testing::Message() << &row - kRows << ", call " << n);
-      Host host({Number(ZR_VT_UI4, 5)});
+  for (const bool goesOn : {false, true}) {  // the releases that follow may throw, too
+    // Two questions, five calls for each value, since it is an object that is released twice more, and two releases.
+    for (int n = 1; n <= 19; ++n) {
+      SCOPED_TRACE(testing::Message() << goesOn << ", call " << n);
+      Host host({Number(ZR_VT_UNKNOWN, 0)}), next({Number(ZR_VT_UI4, 6)});
       const IZrConfiguration* object = &host.configuration;
-      for (auto& [name, value] : host.configuration.values) {
-        if (row.isObject) value.variant = At(ZR_VT_UNKNOWN, object);
-      }
-      host.configuration.onCall = [&row, calls = 0, n]() mutable {
-        if (++calls == n || (row.goesOn && calls > n)) throw std::runtime_error("thrown");
+      for (auto& [name, value] : host.configuration.values) value.variant = At(ZR_VT_UNKNOWN, object);
+      host.configuration.onCall = [goesOn, calls = 0, n]() mutable {
+        if (++calls == n || (goesOn && calls > n)) throw std::runtime_error("thrown");
       };
       EXPECT_THROW(host.Add(), std::runtime_error);
       EXPECT_EQ(host.configuration.references, 0);
       EXPECT_EQ(host.discovery.references, 1u) << "it is registered";
-      Host next({Number(ZR_VT_UI4, 6)});
       EXPECT_EQ(next.Add(), "on 0/6 0/6") << "but not counted";
       EXPECT_EQ(next.Remove(), kNothing);
       ZrUninitialize();
@@ -188,37 +178,34 @@ TEST_F(ConfigurationTest, AClassIsConfiguredByTheDiscoveryThatReportedIt) {
   uint32_t firstCookie = 0, secondCookie = 0, asked = 0;
   ZrAddComponentDiscovery(&first, &firstCookie);
   ZrAddComponentDiscovery(&second, &secondCookie);
-  const auto giving = [&](FakeConfiguration& configuration) {
-    return [&](const ZRUUID& classId, ZRSTR name, IZrConfiguration** result) {
-      EXPECT_TRUE(classId == ClassId(asked) && name == wanted.string && !*result && IsUnderManagementLock());
-      *result = &configuration;
-      if (asked == 3) throw std::runtime_error("thrown");
-      return asked == 1 ? ZR_R_ACCESS_DENIED : ZR_R_SAME_VALUE;
-    };
+  first.configure = [&](const ZRUUID&, ZRSTR, IZrConfiguration** result) {
+    EXPECT_EQ(ZrRemoveComponentDiscovery(firstCookie), ZR_R_OK) << "it may go while it is asked";
+    *result = &ofFirst;
+    return ZR_R_ACCESS_DENIED;
   };
-  first.configure = giving(ofFirst);
-  second.configure = giving(ofSecond);
+  second.configure = [&](const ZRUUID& classId, ZRSTR name, IZrConfiguration** result) {
+    EXPECT_TRUE(classId == ClassId(asked) && name == wanted.string && !*result && IsUnderManagementLock());
+    *result = &ofSecond;
+    if (asked == 3) throw std::runtime_error("thrown");
+    return ZR_R_SAME_VALUE;
+  };
   second.onCall = [&](const std::string& operation) {
     if (operation == "QueryComponent") given = &ofFirst;  // the result of the question that is being answered
     if (operation == "QueryComponent" && asked == 5) throw std::runtime_error("thrown");
-  };
-  first.onCall = [&](const std::string& operation) {  // goes while it is asked
-    EXPECT_TRUE(operation != "QueryConfiguration" || ZrRemoveComponentDiscovery(firstCookie) == ZR_R_OK);
   };
   const struct {
     uint32_t number;
     ZRRESULT result;
     const IZrConfiguration* given;
   } kRows[] = {
-      {2, ZR_R_SAME_VALUE, &ofSecond}, {1, ZR_R_ACCESS_DENIED, &ofFirst},        {1, ZR_R_ACCESS_DENIED, &ofSecond},
+      {2, ZR_R_SAME_VALUE, &ofSecond}, {1, ZR_R_ACCESS_DENIED, &ofFirst},        {1, ZR_R_SAME_VALUE, &ofSecond},
       {3, ZR_R_FAILED, &ofSecond},     {4, ZR_R_CLASS_NOT_REGISTERED, &ofFirst}, {5, ZR_R_FAILED, &ofFirst},
   };
   for (const auto& row : kRows) {
-    SCOPED_TRACE(&row - kRows);
     const ZRUUID classId = ClassId(asked = row.number);
     EXPECT_EQ(ZrQueryComponentConfiguration(&classId, wanted, nullptr), ZR_R_INVALID_ARGUMENTS);
-    EXPECT_EQ(ZrQueryComponentConfiguration(&classId, wanted, &given), row.result);
-    EXPECT_EQ(given, row.given);
+    EXPECT_EQ(ZrQueryComponentConfiguration(&classId, wanted, &given), row.result) << &row - kRows;
+    EXPECT_EQ(given, row.given) << &row - kRows;
   }
   EXPECT_EQ(first.references, 0u);
   EXPECT_EQ(ZrRemoveComponentDiscovery(secondCookie), ZR_R_OK);

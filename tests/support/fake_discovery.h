@@ -1,7 +1,8 @@
-// A discovery object whose table, answers and callbacks a test sets, and that counts what it is asked.
+// A discovery object whose table and callbacks a test sets, and that counts what it is asked.
 
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <vector>
@@ -30,8 +31,7 @@ class FakeDiscovery final : public IZrComponentDiscovery {
     }
   }
 
-  std::atomic<uint32_t> references{0}, componentsAsked{0}, namesAsked{0};
-  ZRRESULT answer = ZR_R_OK;                          // to what the table knows
+  std::atomic<uint32_t> references{0}, asked{0};      // asked for components, class identifiers and names
   std::function<void(const char* operation)> onCall;  // ahead of any answer; may throw
   std::function<ZRRESULT(const ZRUUID& classId, ZRSTR name, IZrConfiguration** given)> configure;
 
@@ -42,36 +42,28 @@ class FakeDiscovery final : public IZrComponentDiscovery {
     return ZR_R_NO_INTERFACE;
   }
   ZRRESULT QueryComponent(const ZRUUID* classId, ZRSTR* modulePath, ZrModuleEntryPoints* entryPoints) override {
-    ++componentsAsked;
     EXPECT_TRUE(*modulePath == nullptr && !entryPoints->createInstance && !entryPoints->init && !entryPoints->exit);
     *modulePath = ZrCopyString(refusal_);  // the library destroys this one too
-    Called("QueryComponent");
-    const Row* row = Find([&](const Row& r) { return r.classId == *classId; });
+    const Row* row = Ask("QueryComponent", [&](const Row& r) { return r.classId == *classId; });
     if (row == nullptr) return ZR_R_CANCELLED;
     ZrDestroyString(*modulePath);
     *modulePath = ZrCopyString(row->path);
     *entryPoints = row->points;
-    return answer;
+    return ZR_R_OK;
   }
   ZRRESULT QueryConfiguration(const ZRUUID* classId, ZRSTR name, IZrConfiguration** given) override {
     Called("QueryConfiguration");
     return configure ? configure(*classId, name, given) : ZR_R_NOT_IMPLEMENTED;
   }
   ZRRESULT QueryClassId(ZRSTR className, ZRUUID* classId) override {
-    ++namesAsked;
-    Called("QueryClassId");
-    const Row* row = Find([&](const Row& r) { return ContentOf(r.name) == ContentOf(className); });
-    if (row == nullptr) return ZR_R_CANCELLED;
-    *classId = row->classId;
-    return answer;
+    const Row* row = Ask("QueryClassId", [&](const Row& r) { return ContentOf(r.name) == ContentOf(className); });
+    if (row != nullptr) *classId = row->classId;
+    return row != nullptr ? ZR_R_OK : ZR_R_CANCELLED;
   }
   ZRRESULT QueryClassName(const ZRUUID* classId, ZRSTR* className) override {
-    ++namesAsked;
-    Called("QueryClassName");
-    const Row* row = Find([&](const Row& r) { return r.classId == *classId; });
-    if (row == nullptr) return ZR_R_CANCELLED;
-    *className = row->name.string != nullptr ? ZrCopyString(row->name) : nullptr;
-    return answer;
+    const Row* row = Ask("QueryClassName", [&](const Row& r) { return r.classId == *classId; });
+    if (row != nullptr) *className = row->name.string != nullptr ? ZrCopyString(row->name) : nullptr;
+    return row != nullptr ? ZR_R_OK : ZR_R_CANCELLED;
   }
 
  private:
@@ -86,11 +78,11 @@ class FakeDiscovery final : public IZrComponentDiscovery {
     if (onCall) onCall(operation);
   }
   template <class Claim>
-  const Row* Find(Claim claim) const {
-    for (const Row& row : rows_) {
-      if (claim(row)) return &row;
-    }
-    return nullptr;
+  const Row* Ask(const char* operation, Claim claim) {
+    ++asked;
+    Called(operation);
+    const auto found = std::find_if(rows_.begin(), rows_.end(), claim);
+    return found != rows_.end() ? &*found : nullptr;
   }
 
   std::vector<Row> rows_;  // strings made beforehand, so that answering allocates nothing

@@ -2,17 +2,9 @@
 
 #pragma once
 
-#if defined(_WIN32)
-#ifdef module_log_EXPORTS
-#define MODULE_LOG_API __declspec(dllexport)
-#else
-#define MODULE_LOG_API __declspec(dllimport)
-#endif
-#else
-#define MODULE_LOG_API __attribute__((visibility("default")))
-#endif
-
 #include <string>
 
-MODULE_LOG_API void WriteModuleLog(const char* module, const char* event);
-MODULE_LOG_API std::string TakeModuleLog();  // and empties it
+#include "zrcore/base.h"
+
+ZR_EXPORT void WriteModuleLog(const char* module, const char* event);
+ZR_EXPORT std::string TakeModuleLog();  // and empties it

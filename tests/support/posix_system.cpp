@@ -1,5 +1,4 @@
 #include <dlfcn.h>
-#include <langinfo.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -70,10 +69,9 @@ bool IsLibraryLoaded(const char* path) {
   return library != nullptr;
 }
 
-const bool kCaseTellsFilesApart = true;
-
-const LoaderWords kLoaderWords = {"shared object file: No such file or directory", "file too short",
-                                  "undefined symbol: NobodyDefinesThis", "not valid UTF-16"};
+const Unloadable kUnloadable[] = {{"nowhere", "cannot open shared object file: No such file or directory"},
+                                  {"no_module", "file too short"},
+                                  {"unresolved", "undefined symbol: NobodyDefinesThis"}};
 
 char* ReserveGuardedPage() {
   void* pages = mmap(nullptr, 2 * kPageSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);

@@ -38,14 +38,11 @@ void* FindInLibrary(void* library, const char* name);
 void CloseLibrary(void* library);
 bool IsLibraryLoaded(const char* path);
 
-// Whether "good" and "GOOD" are two files.
-extern const bool kCaseTellsFilesApart;
-
-// Words of the loader's reason for refusing a file: that isn't there, is none, needs what nobody has, has no path.
-struct LoaderWords {
-  const char *notThere, *noModule, *unresolved, *noPath;
+// Files that can't be loaded: one isn't there, one is no module, one needs what nobody has. How the loader says so.
+struct Unloadable {
+  const char *module, *words;
 };
-extern const LoaderWords kLoaderWords;
+extern const Unloadable kUnloadable[3];
 
 // Whole pages of memory, of which only the first can be touched. The size of one page.
 inline constexpr std::size_t kPageSize = 4096;

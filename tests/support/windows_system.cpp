@@ -1,10 +1,9 @@
 #include <windows.h>
 
-#include <clocale>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
-#include <cwchar>
 #include <string_view>
 
 #include "tests/support/system.h"
@@ -81,9 +80,8 @@ void* FindInLibrary(void* library, const char* name) {
 void CloseLibrary(void* library) { FreeLibrary(static_cast<HMODULE>(library)); }
 bool IsLibraryLoaded(const char* path) { return GetModuleHandleA(path) != nullptr; }
 
-const bool kCaseTellsFilesApart = false;
-
-const LoaderWords kLoaderWords = {"", "", "", ""};  // in the language of the system
+// In the language of the system.
+const Unloadable kUnloadable[] = {{"nowhere", ""}, {"no_module", ""}, {"unresolved", ""}};
 
 char* ReserveGuardedPage() {
   void* pages = VirtualAlloc(nullptr, 2 * kPageSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
@@ -96,31 +94,10 @@ void ReleaseGuardedPage(char* page) { VirtualFree(page, 0, MEM_RELEASE); }
 
 ProgramOutput OutputOfProgram(const std::string& path, const std::string& argument) {
   std::string command = path + ".exe " + argument;
-  SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
-  HANDLE readEnd, writeEnd;
-  if (!CreatePipe(&readEnd, &writeEnd, &inherited, 0)) return {};
-  SetHandleInformation(readEnd, HANDLE_FLAG_INHERIT, 0);
-  STARTUPINFOA start = {};
-  start.cb = sizeof start;
-  start.dwFlags = STARTF_USESTDHANDLES;
-  start.hStdOutput = writeEnd;
-  start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
-  PROCESS_INFORMATION child = {};
-  const BOOL isStarted =
-      CreateProcessA(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &child);
-  CloseHandle(writeEnd);
+  std::replace(command.begin(), command.end(), '/', '\\');  // which the shell takes for switches
+  std::FILE* child = _popen(command.c_str(), "rb");
   ProgramOutput output;
-  char block[256];
-  for (DWORD count; isStarted && ReadFile(readEnd, block, sizeof block, &count, nullptr) && count > 0;) {
-    output.text.append(block, count);
-  }
-  CloseHandle(readEnd);
-  DWORD code = 1;
-  if (isStarted && WaitForSingleObject(child.hProcess, 20000) == WAIT_OBJECT_0) {
-    GetExitCodeProcess(child.hProcess, &code);
-  }
-  CloseHandle(child.hThread);
-  CloseHandle(child.hProcess);
-  output.isGood = code == 0;
+  for (int next; (next = std::fgetc(child)) != EOF;) output.text += static_cast<char>(next);
+  output.isGood = _pclose(child) == 0;
   return output;
 }
