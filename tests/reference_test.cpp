@@ -8,12 +8,10 @@
 
 #include "tests/support/text.h"
 
-template <auto destroy>
-struct Destroyer {
-  void operator()(auto* record) const { destroy(record); }
+struct Destroy {
+  void operator()(ZRSREF* sref) const { ZrDestroySREF(sref); }
 };
-using Ref = std::unique_ptr<ZRREF, Destroyer<ZrDestroyREF>>;
-using Sref = std::unique_ptr<ZRSREF, Destroyer<ZrDestroySREF>>;
+using Sref = std::unique_ptr<ZRSREF, Destroy>;
 
 template <auto write = ZrREFToString>
 static std::string Written(const auto& record) {
@@ -31,8 +29,8 @@ static std::string Read(const std::string& bytes) {
   const Owned text(Widened(bytes));
   ZRREF before = {{9, 9, 9, 9, 9, 9}}, split = before, *ref = &before;
   const ZRRESULT result = ZrStringToREF(text, &ref);
-  const Ref refOwner(ref != &before ? ref : nullptr);
   const std::string left = ref != nullptr ? Written(*ref) : "null";
+  ZrDestroyREF(ref != &before ? ref : nullptr);
   const bool isRead = result == ZR_R_OK;
   EXPECT_TRUE(isRead || result == ZR_R_INVALID_ARGUMENTS);
   uint32_t* w = split.words;
@@ -123,63 +121,50 @@ static int32_t OrderOf(const Record* left, const Record* right, ZRRESULT result)
 static constexpr auto RefOrder = OrderOf<ZrCompareREF_ThreeWay, ZrCompareREF, ZRREFGreater, ZRREFLess, ZRREF>;
 static constexpr auto SrefOrder = OrderOf<ZrCompareSREF_ThreeWay, ZrCompareSREF, ZRSREFGreater, ZRSREFLess, ZRSREF>;
 
-TEST(Reference, OrdersByTheSignedDifference) {
-  const ZRREF nil = {}, one = {{1}}, high = {{0x80000001}}, higher = {{0x80000002}}, last = {{0, 0, 0, 0, 0, 1}};
-  const struct {
-    const ZRREF *left, *right;
-    int32_t order, reverse;
-  } kRows[] = {
-      {&one, &one, 0, 0},
-      {nullptr, nullptr, 0, 0},
-      {nullptr, &nil, 0, 0},
-      {nullptr, &high, -1, 1},
-      {&last, &nil, 1, -1},
-      {&one, &last, 1, -1},
-      {&higher, &one, -0x7FFFFFFF, 0x7FFFFFFF},  // too far apart: the wrong way round
-      {&high, &one, INT32_MIN, INT32_MIN},       // each is less than the other
-  };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(&row - kRows);
-    EXPECT_EQ(RefOrder(row.left, row.right, ZR_R_OK), row.order);
-    EXPECT_EQ(RefOrder(row.right, row.left, ZR_R_OK), row.reverse);
-  }
-}
-
-static int Sign(int32_t order) { return order < 0 ? -1 : order > 0; }
-
-TEST(Reference, OrdersNumbersAndTexts) {
+TEST(Reference, OrderedByNumbersElseByText) {
+  const int32_t min = INT32_MIN, max = INT32_MAX;
   const ZRRESULT refused = ZR_R_INVALID_ARGUMENTS;  // and yet a valid answer
   const struct {
     const char *ref, *text, *otherRef, *otherText;
-    int sign;
-    ZRRESULT result;
+    int32_t order, reverse;
+    ZRRESULT result = ZR_R_OK;
   } kRows[] = {
+      // By numbers, with their signed difference. Words too far apart order the wrong way round, or both ways.
+      {nullptr, nullptr, nullptr, nullptr, 0, 0},
+      {nullptr, nullptr, "0.0.0.0.0.0", nullptr, 0, 0},
+      {nullptr, nullptr, "2147483649.0.0.0.0.0", nullptr, -1, 1},
+      {"1.0.0.0.0.0", nullptr, "0.0.0.0.0.7", nullptr, 1, -1},
+      {"1.2.3.4.5.9", nullptr, "1.2.3.4.5.6", nullptr, 3, -3},
+      {"2147483650.0.0.0.0.0", nullptr, "1.0.0.0.0.0", nullptr, -max, max},
+      {"2147483649.0.0.0.0.0", nullptr, "1.0.0.0.0.0", nullptr, min, min},
+      {"2147483649.0.0.0.0.0", nullptr, nullptr, "1.0.0.0.0.0", min, min},
       // All that is nil, before all that is not.
-      {nullptr, "", nullptr, nullptr, 0, ZR_R_OK},
-      {nullptr, "0.0.0.0.0.0", "0.0.0.0.0.0", nullptr, 0, ZR_R_OK},
-      {nullptr, "", nullptr, " 0.0.0.0.0.0", -1, ZR_R_OK},
-      {nullptr, nullptr, "0.0.0.0.0.0", "", -1, ZR_R_OK},
-      {"0.0.0.0.0.0", nullptr, nullptr, "x", -1, ZR_R_OK},
+      {nullptr, "", nullptr, nullptr, 0, 0},
+      {nullptr, "0.0.0.0.0.0", "0.0.0.0.0.0", nullptr, 0, 0},
+      {nullptr, "", nullptr, " 0.0.0.0.0.0", -1, 1},
+      {nullptr, nullptr, "0.0.0.0.0.0", "", -1, 1},
+      {"0.0.0.0.0.0", nullptr, nullptr, "x", -1, 1},
       // Two refs, whatever the texts; two texts, by bytes.
-      {"1.2.3.4.5.6", "b", "1.2.3.4.5.7", "a", -1, ZR_R_OK},
-      {"10.0.0.0.0.0", "10.0.0.0.0.0", nullptr, "9.0.0.0.0.0", -1, ZR_R_OK},
+      {"1.2.3.4.5.6", "b", "1.2.3.4.5.7", "a", -1, 1},
+      {"10.0.0.0.0.0", "10.0.0.0.0.0", nullptr, "9.0.0.0.0.0", -1, 1},
       // A ref and a text: by numbers if it reads as such, else by units.
-      {"1.2.3.4.5.6", nullptr, nullptr, "1.2.3.4.5.6", 0, ZR_R_OK},
-      {"10.2.3.4.5.6", nullptr, nullptr, " 9.2.3.4.5.6", 1, ZR_R_OK},
-      {"4294967295.0.0.0.0.2147483648", nullptr, nullptr, "-1.0.0.0.0.-2147483648", 0, refused},
-      {"1.2.3.4.5.6", nullptr, nullptr, "1.2.3.4.5.6x", -1, refused},
-      {"1.2.3.4.5.6", nullptr, nullptr, "1.2.3.4.5", 1, refused},
+      {"1.2.3.4.5.6", nullptr, nullptr, "1.2.3.4.5.6", 0, 0},
+      {"10.2.3.4.5.6", nullptr, nullptr, " 9.2.3.4.5.6", 1, -1},
+      {"4294967295.0.0.0.0.2147483648", nullptr, nullptr, "-1.0.0.0.0.-2147483648", 0, 0, refused},
+      {"1.2.3.4.5.6", nullptr, nullptr, "1.2.3.4.5.6x", -1, 1, refused},
+      {"1.2.3.4.5.6", nullptr, nullptr, "1.2.3.4.5", 1, -1, refused},
   };
+  const auto sign = [](int32_t order) { return order < 0 ? -1 : order > 0; };
   for (const auto& row : kRows) {
     SCOPED_TRACE(&row - kRows);
     const Sref left = Made(row.ref, row.text), right = Made(row.otherRef, row.otherText);
-    EXPECT_EQ(Sign(SrefOrder(left.get(), right.get(), row.result)), row.sign);
-    EXPECT_EQ(Sign(SrefOrder(right.get(), left.get(), row.result)), -row.sign);
+    EXPECT_EQ(sign(SrefOrder(left.get(), right.get(), row.result)), sign(row.order));
+    EXPECT_EQ(sign(SrefOrder(right.get(), left.get(), row.result)), sign(row.reverse));
+    if (row.text != nullptr || row.otherText != nullptr) continue;
+    const ZRREF *ref = left ? left->ref : nullptr, *otherRef = right ? right->ref : nullptr;
+    EXPECT_EQ(RefOrder(ref, otherRef, ZR_R_OK), row.order);
+    EXPECT_EQ(RefOrder(otherRef, ref, ZR_R_OK), row.reverse);
   }
-  // The smallest difference is its own opposite, beside a text too.
-  const Sref far = Made("2147483649.0.0.0.0.0", nullptr), near = Made(nullptr, "1.0.0.0.0.0");
-  EXPECT_EQ(SrefOrder(far.get(), near.get(), ZR_R_OK), INT32_MIN);
-  EXPECT_EQ(SrefOrder(near.get(), far.get(), ZR_R_OK), INT32_MIN);
   const ZRSREF neither = {};
   EXPECT_EQ(SrefOrder(&neither, nullptr, ZR_R_OK), 0);
   EXPECT_EQ(Written<ZrSREFToString>(neither), "");
