@@ -17,12 +17,12 @@ inline constexpr std::chrono::sys_days kFirstDay{std::chrono::year{1601} / 1 / 1
 
 // The standard calendar knows no year above 32767, so it is asked for the one in the first 400 years that is alike.
 inline ZRDATETIME ModelValue(const ZRDATETIMESTRUCT& record) {
-  const unsigned year = static_cast<uint16_t>(record.year), month = static_cast<uint8_t>(record.month);
-  const unsigned day = static_cast<uint8_t>(record.day);
+  const int year = static_cast<uint16_t>(record.year), month = static_cast<uint8_t>(record.month);
+  const int day = static_cast<uint8_t>(record.day);
   int64_t sum = 0;
   if (year >= 1601 && month <= 12 && day <= 31) {
-    const std::chrono::year alike{static_cast<int>(1601 + (year - 1601) % 400)};
-    const std::chrono::sys_days date(alike / std::max(month, 1u) / std::max(day, 1u));
+    const std::chrono::year alike{1601 + (year - 1601) % 400};
+    const std::chrono::sys_days date(alike / std::max(month, 1) / std::max(day, 1));
     sum = (date - kFirstDay).count() + (year - 1601) / 400 * kDaysOf400Years;
   }
   sum = ((sum * 24 + record.hour) * 60 + record.minute) * 60 + record.second;
