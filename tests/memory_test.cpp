@@ -17,8 +17,8 @@ static void Check(const void* block, uint32_t size, const std::string& content) 
 }
 
 TEST(Memory, RecreatingKeepsWhatFitsAndZeroesTheRest) {
-  for (uint32_t before : {0u, 1u, 4u, 10u, 1000u, 0xFFFFFFFCu, 0xFFFFFFFDu, 0xFFFFFFFFu}) {
-    for (uint32_t after : {0u, 1u, 4u, 10u, 16u, 2000u, 0xFFFFFFFCu, 0xFFFFFFFFu}) {
+  for (uint32_t after : {0u, 1u, 4u, 10u, 16u, 2000u, 0xFFFFFFFCu, 0xFFFFFFFFu}) {
+    for (uint32_t before : {0u, 1u, 4u, 10u, 1000u, 0xFFFFFFFCu, 0xFFFFFFFDu, 0xFFFFFFFFu}) {
       SCOPED_TRACE(testing::Message() << before << " to " << after);
       void* block = before != 0 ? ZrCreateMemory(before) : ZrRecreateMemory(nullptr, 0);
       Check(block, before, std::string(PayloadOf(before), '\0'));
