@@ -56,7 +56,7 @@ TEST(Reference, ReadsWhatItWritesAndNothingElse) {
     const char* read;
     std::vector<std::string> texts;
   } kRows[] = {
-      {"1.2.3.4.5.6", {" \t\n\r\f\v1.2.3.4.5.6\v\f\r\n\t "}},
+      {"1.2.3.4.5.6", {" \t\n\r\f\v1.2.3.4.5.6\v\f\r\n\t ", " 1.2.3.4.5.6 "}},
       {"1.2.3.4.5.6", {"1.2.3.4.5.6\0"s, "1.2.3.4.5.6\0more"s}},  // a zero unit ends the comparison
       {kUntouched, {"1.2.3.4.5.6\0."s}},                          // but not the count of dots
       {kUntouched, {"", "   ", "1.2.3.4.5", "1.2.3.4.5.6.7", "1.2.3.4.5.6.", ".2.3.4.5.6", "1.2..4.5.6"}},
@@ -134,7 +134,6 @@ TEST(Reference, OrderedByNumbersElseByText) {
       {nullptr, nullptr, "0.0.0.0.0.0", nullptr, 0, 0},
       {nullptr, nullptr, "2147483649.0.0.0.0.0", nullptr, -1, 1},
       {"1.0.0.0.0.0", nullptr, "0.0.0.0.0.7", nullptr, 1, -1},
-      {"1.2.3.4.5.9", nullptr, "1.2.3.4.5.6", nullptr, 3, -3},
       {"2147483650.0.0.0.0.0", nullptr, "1.0.0.0.0.0", nullptr, -max, max},
       {"2147483649.0.0.0.0.0", nullptr, "1.0.0.0.0.0", nullptr, min, min},
       {"2147483649.0.0.0.0.0", nullptr, nullptr, "1.0.0.0.0.0", min, min},
