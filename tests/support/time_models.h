@@ -1,9 +1,10 @@
-// Slow, obvious readings of the texts of date and time, over bytes and the C library. Tests and fuzz targets hold the
-// library's against them.
+// Slow, obvious readings of the texts of date and time, over bytes and the standard library. Tests and fuzz targets
+// hold the library's against them.
 
 #pragma once
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -11,93 +12,76 @@
 
 #include "zrcore/zrcore.h"
 
-// A character that stands for any unit that means nothing to a reader of numbers.
-inline char ModelByte(WCHAR unit) { return unit > 0 && unit < 0x80 ? static_cast<char>(unit) : '?'; }
+inline constexpr int kDaysOf400Years = 146097;
+inline constexpr std::chrono::sys_days kFirstDay{std::chrono::year{1601} / 1 / 1};
 
-inline int64_t ModelNumber(const std::string& text, std::size_t at, std::size_t width, int64_t least, int64_t most) {
-  const long long value = at <= text.size() ? std::strtoll(text.substr(at, width).c_str(), nullptr, 10) : 0;
-  return std::clamp<int64_t>(value, least, most);
-}
-
-inline int8_t ModelByteAt(const std::string& text, std::size_t at) {
-  return static_cast<int8_t>(ModelNumber(text, at, 2, INT8_MIN, INT8_MAX));
-}
-
-// A remainder of 64 bits either way, so in 128 nothing wraps before the end.
+// The standard calendar knows no year above 32767, so it is asked for the one in the first 400 years that is alike.
 inline ZRDATETIME ModelValue(const ZRDATETIMESTRUCT& record) {
-  static const int kBefore[] = {0, 0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
   const int year = static_cast<uint16_t>(record.year), month = static_cast<uint8_t>(record.month);
-  const int day = static_cast<uint8_t>(record.day), y = year - 1601;
-  __extension__ typedef __int128 Wide;
-  Wide days = 0;
+  const int day = static_cast<uint8_t>(record.day);
+  int64_t sum = 0;
   if (year >= 1601 && month <= 12 && day <= 31) {
-    days = (day == 0 ? 1 : day) + 365 * y + y / 4 - y / 100 + y / 400 + kBefore[month] - 1;
-    if (((year % 4 == 0 && year % 100 != 0) || year % 400 == 0) && month > 2) ++days;
+    const std::chrono::year alike{1601 + (year - 1601) % 400};
+    const std::chrono::sys_days date(alike / std::max(month, 1) / std::max(day, 1));
+    sum = (date - kFirstDay).count() + (year - 1601) / 400 * kDaysOf400Years;
   }
-  const Wide ticks =
-      (((days * 24 + record.hour) * 60 + record.minute) * 60 + record.second) * 10000000 + record.fraction;
-  return static_cast<ZRDATETIME>(static_cast<uint64_t>(ticks));
+  sum = ((sum * 24 + record.hour) * 60 + record.minute) * 60 + record.second;
+  return static_cast<ZRDATETIME>(static_cast<uint64_t>(sum) * 10000000 +
+                                 static_cast<uint64_t>(int64_t{record.fraction}));
 }
 
-inline void ModelSubSecond(const std::string& text, std::size_t at, std::size_t fromLength, ZRDATETIMESTRUCT& record) {
-  if (text.size() >= fromLength) {
-    record.millisecond = static_cast<int16_t>(ModelNumber(text, at, 3, INT16_MIN, INT16_MAX));
-  }
-  record.fraction = text.size() >= fromLength + 4 ? static_cast<int32_t>(ModelNumber(text, at, 7, INT32_MIN, INT32_MAX))
-                                                  : record.millisecond * 10000;
+// The number in at most `width` bytes from `at` on; no field is too narrow for it.
+template <class Field>
+inline void ModelField(Field& field, const std::string& text, std::size_t at, std::size_t width) {
+  field = static_cast<Field>(at < text.size() ? std::strtoll(text.substr(at, width).c_str(), nullptr, 10) : 0);
+}
+
+// The time of day, where seconds are read from a length on that differs.
+inline void ModelReadClock(const std::string& text, std::size_t secondFrom, ZRDATETIMESTRUCT& record) {
+  const std::size_t length = text.size();
+  ModelField(record.hour, text, 0, 2);
+  if (length >= 4) ModelField(record.minute, text, 3, 2);
+  if (length >= secondFrom) ModelField(record.second, text, 6, 2);
+  if (length >= 11) ModelField(record.millisecond, text, 9, 3);
+  record.fraction = record.millisecond * 10000;
+  if (length >= 15) ModelField(record.fraction, text, 9, 7);
   record.dayOfWeek = static_cast<uint8_t>((ModelValue(record) / 864000000000 + 584389) % 7);
 }
 
 inline bool ModelReadDateTime(const std::string& text, ZRDATETIMESTRUCT& record) {
   record = ZRDATETIMESTRUCT{};
-  const std::size_t length = text.size();
-  if (length < 10) return false;
+  if (text.size() < 10) return false;
   const bool isYearFirst = text.find('-') == 4;
-  record.year = static_cast<int16_t>(ModelNumber(text, isYearFirst ? 0 : 6, 4, INT16_MIN, INT16_MAX));
-  record.month = ModelByteAt(text, isYearFirst ? 5 : 3);
-  record.day = ModelByteAt(text, isYearFirst ? 8 : 0);
-  if (length >= 12) record.hour = ModelByteAt(text, 11);
-  if (length >= 15) record.minute = ModelByteAt(text, 14);
-  if (length >= 18) record.second = ModelByteAt(text, 17);
-  ModelSubSecond(text, 20, 22, record);
+  ModelField(record.year, text, isYearFirst ? 0 : 6, 4);
+  ModelField(record.month, text, isYearFirst ? 5 : 3, 2);
+  ModelField(record.day, text, isYearFirst ? 8 : 0, 2);
+  ModelReadClock(text.size() > 11 ? text.substr(11) : "", 7, record);
   return true;
 }
 
 inline bool ModelReadTime(const std::string& text, ZRDATETIMESTRUCT& record) {
   record = ZRDATETIMESTRUCT{};
-  const std::size_t length = text.size();
-  if (length < 2) return false;
-  record.hour = ModelByteAt(text, 0);
-  if (length >= 4) record.minute = ModelByteAt(text, 3);
-  if (length >= 8) record.second = ModelByteAt(text, 6);
-  ModelSubSecond(text, 9, 11, record);
-  return true;
+  if (text.size() >= 2) ModelReadClock(text, 8, record);
+  return text.size() >= 2;
 }
 
 inline bool ModelReadSpan(const std::string& text, ZRTIMESPAN& span) {
   span = 0;
-  const std::size_t colon = text.find(':');
+  const std::size_t colon = text.find(':'), dot = text.find('.');
   if (text.size() < 2 || colon == std::string::npos) return false;
-  const std::size_t dot = text.find('.');
-  const bool hasDays = dot < colon;
-  const std::size_t p = hasDays ? dot + 1 : 0, left = text.size() - p;
-  const auto number = [&](std::size_t at, std::size_t width) {
-    return ModelNumber(text, at, width, INT64_MIN, INT64_MAX);
-  };
-  __extension__ typedef __int128 Wide;
-  Wide sum = hasDays ? number(0, dot) : 0;
-  sum = sum * 24 + number(p, 2);
-  sum = sum * 60 + (left >= 4 ? number(p + 3, 2) : 0);
-  sum = sum * 60 + (left >= 8 ? number(p + 6, 2) : 0);
-  sum = sum * 10000000 + (left >= 15 ? number(p + 9, 7) : left >= 11 ? number(p + 9, 3) * 10000 : 0);
-  span = static_cast<ZRTIMESPAN>(static_cast<uint64_t>(sum));
+  uint64_t days = 0;
+  if (dot < colon) ModelField(days, text, 0, dot);
+  ZRDATETIMESTRUCT clock{};
+  ModelReadClock(dot < colon ? text.substr(dot + 1) : text, 8, clock);
+  span = static_cast<ZRTIMESPAN>(days * 864000000000 + static_cast<uint64_t>(ModelValue(clock)));
   return true;
 }
 
-// The bytes of a text that the models read, unit for unit.
+// The bytes of a text that the models read, unit for unit; one that means nothing to a reader of numbers stands for all
+// others.
 inline std::string ModelBytes(const std::basic_string<WCHAR>& units) {
   std::string bytes;
-  for (WCHAR unit : units) bytes += ModelByte(unit);
+  for (WCHAR unit : units) bytes += unit > 0 && unit < 0x80 ? static_cast<char>(unit) : '?';
   return bytes;
 }
 
