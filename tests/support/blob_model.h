@@ -23,16 +23,19 @@ struct ModelBlock {
 
   uint32_t Length() const { return static_cast<uint32_t>(content.size()); }
 
-  // Puts new bytes in the place of up to `removed` old ones; the capacity follows when the content outgrows it.
+  // Puts bytes in the place of up to `removed` old ones; the capacity follows when the content outgrows it.
   ZRRESULT Replace(uint32_t offset, uint32_t removed, const Bytes& bytes) {
     if (offset > Length()) return ZR_R_INVALID_ARGUMENTS;
-    const std::size_t capacity = content.size() + behind.size();
     const auto place = content.begin() + offset;
+    const std::size_t before = content.size();
     content.insert(content.erase(place, place + std::min(removed, Length() - offset)), bytes.begin(), bytes.end());
-    if (content.size() > capacity) {
-      behind.assign(1024 - content.size() % 1024, 0);
+    const std::size_t length = content.size();
+    if (length > before + behind.size()) {
+      behind.assign(1024 - length % 1024, 0);
+    } else if (length < before) {
+      behind.insert(behind.begin(), before - length, 0xFE);
     } else {
-      behind.erase(behind.begin(), behind.end() - static_cast<std::ptrdiff_t>(capacity - content.size()));
+      behind.erase(behind.begin(), behind.begin() + static_cast<std::ptrdiff_t>(length - before));
     }
     return ZR_R_OK;
   }
@@ -42,14 +45,6 @@ struct ModelBlock {
     const ZRRESULT result = Replace(position, count, bytes);
     if (result == ZR_R_OK) position += count;
     return result;
-  }
-
-  ZRRESULT Remove(uint32_t offset, uint32_t count) {
-    if (offset > Length()) return ZR_R_INVALID_ARGUMENTS;
-    const uint32_t removed = std::min(count, Length() - offset);
-    content.erase(content.begin() + offset, content.begin() + offset + removed);
-    behind.insert(behind.begin(), removed, 0xFE);
-    return ZR_R_OK;
   }
 
   ZRRESULT Seek(uint32_t offset, uint8_t origin, uint8_t direction) {
@@ -176,7 +171,7 @@ class CBlobSequence {
         break;
       case 10:
         result = ZrRemoveBlob(blob, offset, atMost);
-        if (blob && atMost != 0) expected = slot.Detached().Remove(offset, atMost);
+        if (blob && atMost != 0) expected = slot.Detached().Replace(offset, atMost, {});
         break;
       default:
         result = ZrCompareBlob(blob, other.blob.Get(), isGiven ? &equal : nullptr);
