@@ -79,6 +79,7 @@ TEST(ExhaustedMemory, NothingIsGivenAndNothingLost) {
       {ZR_VT_STR, {kNull, [&] { return Told(out.string = ZrCreateStringLen(W("a"), 3)); }}},
       {ZR_VT_STR, {kNull, [&] { return Told(out.string = ZrCreateStringByteLen("abc", 3)); }}},
       {ZR_VT_STR, {kNull, [&] { return Told(out.string = ZrDeepCopyString(text)); }}},
+      {ZR_VT_STR, {kNull, [&] { return Told(out.string = ZrDeepCopyString(nullptr)); }}},
       {ZR_VT_STR, {kNull, [&] { return Told(out.string = ZrAppendStrings(text, text)); }}},
       {ZR_VT_STR, {kNull, [&] { return Told(out.string = ZrDateTimeStructToDateString(&record)); }}},
       {ZR_VT_STR, {kNull, [&] { return Told(out.string = ZrDateTimeStructToDateTimeString(&record, 1)); }}},
