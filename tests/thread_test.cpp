@@ -122,12 +122,18 @@ TEST(Threads, FirstCreationsAtOnceStartAModuleOnce) {
   }
 }
 
+static std::atomic<int> g_started{0};
+static std::atomic<bool> g_isReady{false};
+static ZRRESULT Init() {
+  for (int turn = 0; turn < 100; ++turn) std::this_thread::yield();  // time for others to come too early
+  g_isReady = true;
+  return ++g_started, ZR_R_OK;
+}
 static ZRRESULT CreateByFunction(const ZRUUID*, uint64_t, const ZRUUID*, uint64_t, void** object) {
+  EXPECT_TRUE(g_isReady);
   *object = object;
   return ZR_R_OK;
 }
-static std::atomic<int> g_started{0};
-static ZRRESULT Init() { return ++g_started, ZR_R_OK; }
 static void Exit() { --g_started; }
 
 TEST(Threads, AddRemoveAndCreateAtOnce) {
