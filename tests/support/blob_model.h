@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "blobs/blob_handle.h"
@@ -22,30 +23,33 @@ struct ModelBlock {
 
   uint32_t Length() const { return static_cast<uint32_t>(content.size()); }
 
-  // Puts new bytes in the place of `removed` old ones; the capacity follows when the content outgrows it.
-  void Replace(uint32_t offset, uint32_t removed, const Bytes& bytes) {
-    const std::size_t capacity = content.size() + behind.size();
-    const auto place = content.begin() + offset;
-    content.insert(content.erase(place, place + removed), bytes.begin(), bytes.end());
-    if (content.size() > capacity) {
-      behind.assign(1024 - content.size() % 1024, 0);
-    } else {
-      behind.erase(behind.begin(), behind.end() - static_cast<std::ptrdiff_t>(capacity - content.size()));
-    }
-  }
-
-  ZRRESULT Remove(uint32_t offset, uint32_t count) {
+  // Puts bytes in the place of up to `removed` old ones; the capacity follows when the content outgrows it.
+  ZRRESULT Replace(uint32_t offset, uint32_t removed, const Bytes& bytes) {
     if (offset > Length()) return ZR_R_INVALID_ARGUMENTS;
-    const uint32_t removed = std::min(count, Length() - offset);
-    content.erase(content.begin() + offset, content.begin() + offset + removed);
-    behind.insert(behind.begin(), removed, 0xFE);
+    const auto place = content.begin() + offset;
+    const std::size_t before = content.size();
+    content.insert(content.erase(place, place + std::min(removed, Length() - offset)), bytes.begin(), bytes.end());
+    const std::size_t length = content.size();
+    if (length > before + behind.size()) {
+      behind.assign(1024 - length % 1024, 0);
+    } else if (length < before) {
+      behind.insert(behind.begin(), before - length, 0xFE);
+    } else {
+      behind.erase(behind.begin(), behind.begin() + static_cast<std::ptrdiff_t>(length - before));
+    }
     return ZR_R_OK;
   }
 
+  ZRRESULT Write(const Bytes& bytes) {
+    const uint32_t count = static_cast<uint32_t>(bytes.size());
+    const ZRRESULT result = Replace(position, count, bytes);
+    if (result == ZR_R_OK) position += count;
+    return result;
+  }
+
   ZRRESULT Seek(uint32_t offset, uint8_t origin, uint8_t direction) {
-    const bool isForward = direction == 1;
     if (origin > 2) return ZR_R_INVALID_ARGUMENTS;
-    if (origin == 1 && !isForward) {
+    if (origin == 1 && direction != 1) {
       position = offset > position ? 0 : position - offset;
     } else {
       position = std::min(origin == 0 ? offset : origin == 1 ? position + offset : UINT32_MAX, Length());
@@ -85,134 +89,99 @@ class CBlobSequence {
 
   CBlobSequence(const uint8_t* data, std::size_t size) : at_(data), end_(data + size) {}
 
-  uint8_t Next() { return at_ != end_ ? *at_++ : uint8_t{0}; }
-  uint32_t NextBelow(uint32_t limit) { return (Next() * 256u + Next()) % limit; }
+  uint32_t NextBelow(uint32_t limit) {
+    uint32_t next = 0;
+    for (int byte = 0; byte < (limit > 256 ? 2 : 1) && at_ != end_; ++byte) next = next * 256 + *at_++;
+    return next % limit;
+  }
+  uint32_t OneOf(const std::array<uint32_t, 8>& choices) { return choices[NextBelow(8)]; }
 
-  // Sizes around those that matter: nothing, what just fits, what just doesn't, the granule.
-  uint32_t Count(const Slot& slot) {
-    const uint32_t room = slot.model ? static_cast<uint32_t>(slot.model->behind.size()) : 1024;
-    const std::array<uint32_t, 8> kChoices = {0, 1, room, room + 1, 1023, 1024, NextBelow(20), NextBelow(3000)};
-    return kChoices[Next() % kChoices.size()];
-  }
-  uint32_t Offset(const Slot& slot) {
-    const uint32_t length = slot.model ? slot.model->Length() : 0;
-    const std::array<uint32_t, 8> kChoices = {0,      1,          length / 2, length - 1,
-                                              length, length + 1, UINT32_MAX, NextBelow(length + 2)};
-    return kChoices[Next() % kChoices.size()];
-  }
-  Bytes Pattern(uint32_t size) {
-    Bytes bytes(size);
-    for (uint8_t& byte : bytes) byte = pattern_ = static_cast<uint8_t>(pattern_ * 5 + 1);
-    return bytes;
-  }
-
-  void Claim(bool claim, const char* text) {
+  void Claim(bool claim, const std::string& text) {
     if (!claim && difference_.empty()) difference_ = text;
   }
 
+  // Sizes and offsets are around those that matter: nothing, what just fits, what just doesn't, the granule.
   void Step() {
-    Slot& slot = slots_[Next() % slots_.size()];
-    Slot& other = slots_[Next() % slots_.size()];
+    Slot& slot = slots_[NextBelow(4)];
+    Slot& other = slots_[NextBelow(4)];
     if (slot.model && slot.model->Length() > 16000) slot = Slot();
     ZRBLOB blob = slot.blob.Get();
-    switch (Next() % 12) {
-      case 0: {
-        slot = Slot();
-        const Bytes bytes = Pattern(Count(slot));
-        const uint32_t size = static_cast<uint32_t>(bytes.size());
-        const bool isGiven = Next() % 2 == 0;
-        slot.blob = CBlobHolder::Adopt(ZrCreateBlob(size, isGiven ? bytes.data() : nullptr));
-        if (size == 0) break;
+    const uint32_t length = slot.model ? slot.model->Length() : 0;
+    const uint32_t room = slot.model ? static_cast<uint32_t>(slot.model->behind.size()) : 1024;
+    const uint32_t offset =
+        OneOf({0, 1, length / 2, length - 1, length, length + 1, UINT32_MAX, NextBelow(length + 2)});
+    const uint32_t count = OneOf({0, 1, room, room + 1, 1023, 1024, NextBelow(20), NextBelow(3000)});
+    const uint32_t atMost = NextBelow(8) == 0 ? UINT32_MAX : count;
+    Bytes bytes(count), buffer(std::min(atMost, length + 3) + 1, 0x55), read = buffer;
+    for (uint8_t& byte : bytes) byte = pattern_ = static_cast<uint8_t>(pattern_ * 5 + 1);
+    const bool isGiven = NextBelow(8) != 0, isPut = blob && isGiven && count != 0;
+    const uint8_t* given = !isGiven ? nullptr : count != 0 ? bytes.data() : buffer.data();
+    uint8_t equal = 9;
+    ZRRESULT result = ZR_R_INVALID_ARGUMENTS, expected = result;
+
+    const uint32_t operation = NextBelow(12);
+    switch (operation) {
+      case 0:
+        slot = {CBlobHolder::Adopt(ZrCreateBlob(count, given)), nullptr};
+        if (count == 0) break;
         slot.model = std::make_shared<ModelBlock>();
-        slot.model->Replace(0, 0, isGiven ? bytes : Bytes(size));
-        slot.model->position = isGiven ? size : 0;
+        (void)slot.model->Replace(0, 0, isGiven ? bytes : Bytes(count));
+        slot.model->position = isGiven ? count : 0;
         break;
-      }
       case 1:
-        if (&slot == &other) break;
-        slot = Slot();
-        slot = {CBlobHolder::Adopt(ZrCopyBlob(other.blob.Get())), other.model};
+        if (&slot != &other) slot = {CBlobHolder::Adopt(ZrCopyBlob(other.blob.Get())), other.model};
         break;
       case 2:
-        Claim(ZrDestroyBlob(slot.blob.Detach()) == (blob ? ZR_R_OK : ZR_R_INVALID_POINTER), "destroy");
+        result = ZrDestroyBlob(slot.blob.Detach());
+        expected = blob ? ZR_R_OK : ZR_R_INVALID_POINTER;
         slot = Slot();
         break;
       case 3:
-      case 4:
-        Read(slot, Offset(slot), Next() % 8 == 0 ? UINT32_MAX : Count(slot), Next() % 2 == 0);
+      case 4: {
+        uint8_t* to = isGiven ? buffer.data() : nullptr;
+        result = operation == 3 ? ZrReadBlob(blob, to, atMost) : ZrReadBlobPos(blob, to, offset, atMost);
+        if (!blob || !isGiven || atMost == 0) break;
+        const Bytes delivered = slot.model->At(operation == 3 ? slot.model->position : offset, atMost);
+        expected = delivered.empty() ? ZR_R_NOT_EXISTING : ZR_R_OK;
+        if (operation == 3) slot.Detached().position += static_cast<uint32_t>(delivered.size());
+        std::copy(delivered.begin(), delivered.end(), read.begin());
         break;
+      }
       case 5: {
-        const uint32_t offset = Offset(slot);
-        const uint8_t origin = Next() % 4, direction = Next() % 3;
-        const ZRRESULT result = ZrSeekBlob(blob, offset, origin, direction);
-        Claim(result == (blob ? slot.Detached().Seek(offset, origin, direction) : ZR_R_INVALID_ARGUMENTS), "seek");
+        const uint8_t origin = static_cast<uint8_t>(NextBelow(4)), direction = static_cast<uint8_t>(NextBelow(3));
+        result = ZrSeekBlob(blob, offset, origin, direction);
+        if (blob) expected = slot.Detached().Seek(offset, origin, direction);
         break;
       }
       case 6:
+        result = ZrWriteBlob(blob, given, count);
+        if (isPut) expected = slot.Detached().Write(bytes);
+        break;
       case 7:
+        result = ZrInsertBlob(blob, offset, given, count);
+        if (isPut) expected = slot.Detached().Replace(offset, 0, bytes);
+        break;
       case 8:
-        Put(slot, Next() % 3, Offset(slot), Pattern(Count(slot)));
+        result = ZrAppendBlobData(blob, given, count);
+        if (isPut) expected = slot.Detached().Replace(length, 0, bytes);
         break;
-      case 9: {
-        const bool isWhole = slot.model && other.model;
-        Claim(ZrAppendBlob(blob, other.blob.Get()) == (isWhole ? ZR_R_OK : ZR_R_INVALID_ARGUMENTS), "append blob");
-        if (!isWhole) break;
-        ModelBlock& model = slot.Detached();
-        model.Replace(model.Length(), 0, Bytes(other.model->content));
+      case 9:
+        result = ZrAppendBlob(blob, other.blob.Get());
+        if (blob && other.model) expected = slot.Detached().Replace(length, 0, Bytes(other.model->content));
         break;
-      }
-      case 10: {
-        const uint32_t offset = Offset(slot), count = Next() % 8 == 0 ? UINT32_MAX : Count(slot);
-        const ZRRESULT result = ZrRemoveBlob(blob, offset, count);
-        Claim(result == (blob && count ? slot.Detached().Remove(offset, count) : ZR_R_INVALID_ARGUMENTS), "remove");
+      case 10:
+        result = ZrRemoveBlob(blob, offset, atMost);
+        if (blob && atMost != 0) expected = slot.Detached().Replace(offset, atMost, {});
         break;
-      }
-      default: {
-        uint8_t equal = 9;
-        const bool isWhole = slot.model && other.model;
-        Claim(ZrCompareBlob(blob, other.blob.Get(), &equal) == (isWhole ? ZR_R_OK : ZR_R_INVALID_ARGUMENTS), "compare");
-        Claim(equal == (isWhole ? slot.model->content == other.model->content : 9), "equality");
-      }
-    }
-    for (const Slot& each : slots_) Check(each);
-  }
-
-  void Read(Slot& slot, uint32_t offset, uint32_t count, bool atPosition) {
-    if (!slot.model || count == 0) {
-      uint8_t byte = 0;
-      ZRBLOB blob = slot.blob.Get();
-      Claim((atPosition ? ZrReadBlob(blob, &byte, count) : ZrReadBlobPos(blob, &byte, offset, count)) ==
-                ZR_R_INVALID_ARGUMENTS,
-            "read of nothing");
-      return;
-    }
-    Bytes buffer(std::min(count, slot.model->Length() + 3), 0x55);
-    Bytes expected = slot.model->At(atPosition ? slot.model->position : offset, count);
-    const ZRRESULT result = atPosition ? ZrReadBlob(slot.blob.Get(), buffer.data(), count)
-                                       : ZrReadBlobPos(slot.blob.Get(), buffer.data(), offset, count);
-    Claim(result == (expected.empty() ? ZR_R_NOT_EXISTING : ZR_R_OK), "read");
-    if (atPosition) slot.Detached().position += static_cast<uint32_t>(expected.size());
-    expected.resize(buffer.size(), 0x55);
-    Claim(buffer == expected, "bytes read");
-  }
-
-  void Put(Slot& slot, int way, uint32_t offset, const Bytes& bytes) {
-    ZRBLOB blob = slot.blob.Get();
-    const uint32_t count = static_cast<uint32_t>(bytes.size());
-    const ZRRESULT result = way == 0   ? ZrWriteBlob(blob, bytes.data(), count)
-                            : way == 1 ? ZrInsertBlob(blob, offset, bytes.data(), count)
-                                       : ZrAppendBlobData(blob, bytes.data(), count);
-    ZRRESULT expected = ZR_R_INVALID_ARGUMENTS;
-    if (slot.model && count != 0) {
-      ModelBlock& model = slot.Detached();
-      const uint32_t length = model.Length(), place = way == 0 ? model.position : way == 1 ? offset : length;
-      if (place <= length) {
-        model.Replace(place, way == 0 ? std::min(count, length - place) : 0, bytes);
-        if (way == 0) model.position += count;
+      default:
+        result = ZrCompareBlob(blob, other.blob.Get(), isGiven ? &equal : nullptr);
+        if (!blob || !other.model || !isGiven) break;
         expected = ZR_R_OK;
-      }
+        Claim(std::exchange(equal, 9) == (slot.model->content == other.model->content ? 1 : 0), "equality");
     }
-    Claim(result == expected, way == 0 ? "write" : way == 1 ? "insert" : "append");
+    Claim(result == expected, "result of operation " + std::to_string(operation));
+    Claim(buffer == read && equal == 9, "what was delivered");
+    for (const Slot& each : slots_) Check(each);
   }
 
   void Check(const Slot& slot) {
