@@ -5,26 +5,29 @@
 #include <strings.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <string>
 
-#include "zrcore/zrcore.h"
+#include "tests/support/tag_names.h"
 
-struct ModelNumber {
-  ZRRESULT result = ZR_R_FAILED;
-  uint64_t word = 0;  // all of Value
+// Wide enough to hold any 64-bit integer and any double as they are.
+using Exact = long double;
+static_assert(std::numeric_limits<Exact>::digits >= 64);
 
-  template <class Number>
-  void Store(Number number) {
-    word = 0;
-    std::memcpy(&word, &number, sizeof number);
-  }
-};
+// All of Value for a number under a numeric tag: cut off towards zero, and cut to the width.
+inline uint64_t WordOf(uint16_t tag, Exact number) {
+  if (tag == ZR_VT_R4) return std::bit_cast<uint32_t>(static_cast<float>(number));
+  if (tag == ZR_VT_R8) return std::bit_cast<uint64_t>(static_cast<double>(number));
+  if (!(number > -0x1p64L && number < 0x1p64L)) return uint64_t{1} << 63;
+  const auto magnitude = static_cast<uint64_t>(std::fabs(number));
+  const std::size_t unused = 64 - 8 * NameOf(tag)->width;
+  return (number < 0 ? 0 - magnitude : magnitude) << unused >> unused;
+}
 
 // Bytes for the C library. What isn't ASCII ends every number, and so does the byte that stands for it here.
 inline std::string Narrowed(const std::basic_string<WCHAR>& units) {
@@ -40,79 +43,43 @@ inline std::string PrintedReal(double real) {
   return {text, static_cast<std::size_t>(std::snprintf(text, sizeof text, "%f", real))};
 }
 
-inline void StoreAs(uint16_t tag, int64_t number, ModelNumber& model) {
-  switch (tag) {
-    case ZR_VT_BOOL:
-    case ZR_VT_UI1:
-    case ZR_VT_BYTE:
-    case ZR_VT_I1:
-      return model.Store(static_cast<uint8_t>(number));
-    case ZR_VT_I2:
-    case ZR_VT_UI2:
-    case ZR_VT_WORD:
-      return model.Store(static_cast<uint16_t>(number));
-    case ZR_VT_I4:
-    case ZR_VT_UI4:
-    case ZR_VT_DWORD:
-      return model.Store(static_cast<uint32_t>(number));
-    case ZR_VT_R4:
-      return model.Store(static_cast<float>(number));
-    case ZR_VT_R8:
-      return model.Store(static_cast<double>(number));
-    default:
-      return model.Store(number);
-  }
-}
+struct ModelNumber {
+  ZRRESULT result = ZR_R_FAILED;
+  uint64_t word = 0;  // all of Value
+};
 
-// What text becomes under a numeric tag. The process has to be in the C locale.
+// What text becomes under a numeric tag or as a ZR_VT_CY. The process has to be in the C locale.
 inline ModelNumber ModelOfText(const std::basic_string<WCHAR>& units, uint16_t tag) {
-  static constexpr struct {
-    uint16_t tag;
-    int64_t least, most;
-  } kRanges[] = {
-      {ZR_VT_BOOL, 0, 255},
-      {ZR_VT_I1, -128, 127},
-      {ZR_VT_UI1, 0, 255},
-      {ZR_VT_BYTE, 0, 255},
-      {ZR_VT_I2, -32768, 32767},
-      {ZR_VT_UI2, 0, 65535},
-      {ZR_VT_WORD, 0, 65535},
-      {ZR_VT_I4, -2147483648, 2147483647},
-      {ZR_VT_UI4, 0, 4294967295},
-      {ZR_VT_DWORD, 0, 4294967295},
-      {ZR_VT_R4, -2147483648, 2147483647},
-  };
   const std::string narrow = Narrowed(units);
   const char* text = narrow.c_str();
   char* end = nullptr;
-  const bool isHexadecimal = narrow.size() >= 3 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
-  const bool isReal = (tag == ZR_VT_R4 || tag == ZR_VT_R8) && !isHexadecimal;
+  const bool hasPrefix = narrow.size() >= 3 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+  const int base = hasPrefix && tag != ZR_VT_CY ? 16 : 10;
+  const bool isReal = (tag == ZR_VT_R4 || tag == ZR_VT_R8) && base == 10;
   ModelNumber model;
   bool triesWordsOnly = false, isClamped = false;
   if (isReal) {
-    double real = std::strtod(text, &end);
-    if (end == text) real = 0;  // and not below it, where a C library keeps the sign in front of no number
-    if (tag == ZR_VT_R8) model.Store(real);
-    if (tag == ZR_VT_R4) model.Store(static_cast<float>(real));
+    const double real = std::strtod(text, &end);
+    model.word = WordOf(tag, end == text ? 0 : real);  // and not below it, where a C library keeps the sign of nothing
   } else if (tag == ZR_VT_UI8 || tag == ZR_VT_QWORD) {
     triesWordsOnly = std::strtod(text, nullptr) < 0.0;
-    if (!triesWordsOnly) model.Store(std::strtoull(text, &end, isHexadecimal ? 16 : 10));
+    if (!triesWordsOnly) model.word = std::strtoull(text, &end, base);
   } else {
-    int64_t number = std::strtoll(text, &end, isHexadecimal ? 16 : 10);
-    for (const auto& range : kRanges) {
-      if (range.tag != tag) continue;
-      isClamped = number < range.least || number > range.most;
-      number = std::clamp(number, range.least, range.most);
+    const int64_t number = std::strtoll(text, &end, base);
+    int64_t clamped = number;
+    if (const TagName& as = *NameOf(tag == ZR_VT_R4 ? ZR_VT_I4 : tag); as.width < 8) {
+      const int64_t values = int64_t{1} << 8 * as.width, least = as.isSigned ? -values / 2 : 0;
+      clamped = std::clamp(number, least, least + values - 1);
     }
-    StoreAs(tag, number, model);
+    isClamped = clamped != number;
+    model.word = WordOf(tag, static_cast<Exact>(clamped));
   }
   if (!triesWordsOnly && std::strchr(isReal ? "fF" : "dD", *end) != nullptr) {  // the zero behind these counts too
     model.result = isClamped ? ZR_R_FAILED : ZR_R_OK;
-  } else {
+  } else if (tag != ZR_VT_CY) {
     const bool isTrue = strcasecmp(text, "TRUE") == 0 || strcasecmp(text, "ZR_TRUE") == 0;
     if (isTrue || strcasecmp(text, "FALSE") == 0 || strcasecmp(text, "ZR_FALSE") == 0) {
-      StoreAs(tag, isTrue, model);
-      model.result = ZR_R_OK;
+      model = {ZR_R_OK, WordOf(tag, isTrue)};
     }
   }
   if (tag == ZR_VT_BOOL && ZR_SUCCEEDED(model.result)) model.word = model.word != 0;

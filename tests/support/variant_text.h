@@ -3,10 +3,10 @@
 //     I4 -7       BOOL 2      R8 1.5      OPAQUE 9     BLOB 01ff     STR text     REF 1.2.3.4.5.6     UUID {...}
 //     SREF 1.2.3.4.5.6     SREF text name     SREF 1.2.3.4.5.6 text name     SREF neither     UNKNOWN object
 //     STR null    (and likewise every kind that may be null)
-//     14 7f       a tag without a name, and Value in hexadecimal; EMPTY alike, where Value isn't zero
+//     14 7        a tag without a name, and Value; EMPTY and by-reference records alike, all in hexadecimal where told
 //
-// Behind the name "+1000" tells bits of the tag word that aren't the tag, "*" a by-reference record. What should not be
-// there is told at the end: bytes of Value behind a narrow number, and "~" for marker words other than a new value's.
+// Behind the name "+1000" tells bits of the tag word that aren't the tag. What should not be there is told at the end:
+// bytes of Value behind a narrow number, and "~" for marker words other than a new value's.
 
 #pragma once
 
@@ -14,8 +14,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <sstream>
 #include <string>
+#include <vector>
 
+#include "tests/support/tag_names.h"
 #include "tests/support/text.h"
 
 // An object that counts who holds it. One for all: tests look at differences.
@@ -26,51 +29,6 @@ struct CountedObject final : IZrDispatch {
   ZRRESULT QueryInterface(const ZRUUID*, void**) override { return ZR_R_NO_INTERFACE; }
 };
 inline CountedObject g_object;
-
-struct TagName {
-  uint16_t tag;
-  const char* name;
-  std::size_t width;
-  bool isSigned = false;
-};
-inline constexpr TagName kTagNames[] = {
-    {ZR_VT_EMPTY, "EMPTY", 0},
-    {ZR_VT_BOOL, "BOOL", 1},
-    {ZR_VT_I1, "I1", 1, true},
-    {ZR_VT_I2, "I2", 2, true},
-    {ZR_VT_I4, "I4", 4, true},
-    {ZR_VT_I8, "I8", 8, true},
-    {ZR_VT_UI1, "UI1", 1},
-    {ZR_VT_UI2, "UI2", 2},
-    {ZR_VT_UI4, "UI4", 4},
-    {ZR_VT_UI8, "UI8", 8},
-    {ZR_VT_R4, "R4", 4},
-    {ZR_VT_R8, "R8", 8},
-    {ZR_VT_TIME, "TIME", 8, true},
-    {ZR_VT_CY, "CY", 8, true},
-    {ZR_VT_DATETIME, "DATETIME", 8, true},
-    {ZR_VT_BYTE, "BYTE", 1},
-    {ZR_VT_WORD, "WORD", 2},
-    {ZR_VT_DWORD, "DWORD", 4},
-    {ZR_VT_QWORD, "QWORD", 8},
-    {ZR_VT_BLOB, "BLOB", 8},
-    {ZR_VT_UNKNOWN, "UNKNOWN", 8},
-    {ZR_VT_OPAQUE, "OPAQUE", 8},
-    {ZR_VT_CHAR32, "CHAR32", 4},
-    {ZR_VT_VARIANT, "VARIANT", 8},
-    {ZR_VT_UUID, "UUID", 8},
-    {ZR_VT_STR, "STR", 8},
-    {ZR_VT_REF, "REF", 8},
-    {ZR_VT_SREF, "SREF", 8},
-    {ZR_VT_DISPATCH, "DISPATCH", 8},
-};
-
-inline const TagName* NameOf(unsigned tag) {
-  for (const TagName& row : kTagNames) {
-    if (row.tag == tag) return &row;
-  }
-  return nullptr;
-}
 
 // One unit a byte, zeros among them.
 inline Owned StringOf(const std::string& bytes) {
@@ -101,24 +59,20 @@ struct OwnedVariant : ZRVARIANT {
     const std::size_t nameEnd = text.find_first_of("+ "), end = text.find(' ');
     const std::string name = text.substr(0, nameEnd);
     const std::string rest = end == std::string::npos ? "" : text.substr(end + 1);
-    if (nameEnd != end) Type = static_cast<uint16_t>(std::strtoul(text.c_str() + nameEnd + 1, nullptr, 16));
+    unsigned long word = std::strtoul(name.c_str(), nullptr, 10);
+    if (nameEnd != end) word |= std::strtoul(text.c_str() + nameEnd + 1, nullptr, 16);
     for (const TagName& row : kTagNames) {
-      if (name != row.name) continue;
-      Type = static_cast<uint16_t>(Type | row.tag);
-      if (rest != "null") Fill(row, rest);
-      return;
+      if (name == row.name) word |= row.tag;
     }
-    Type = static_cast<uint16_t>(Type | std::strtoul(name.c_str(), nullptr, 10));
-    Value.ui8 = std::strtoull(rest.c_str(), nullptr, 16);
+    Type = static_cast<uint16_t>(word);
+    const TagName* row = NameOf(word & (ZR_VT_TYPEMASK | ZR_VT_BYREF));
+    if (rest != "null") Fill(row != nullptr && row->width != 0 ? *row : *NameOf(ZR_VT_OPAQUE), rest);
   }
 
  private:
   void Fill(const TagName& row, const std::string& rest) {
     ZRVARIANTVALUE& value = Value;
     switch (row.tag) {
-      case ZR_VT_EMPTY:
-        value.ui8 = std::strtoull(rest.c_str(), nullptr, 16);
-        break;
       case ZR_VT_R4:
         value.r4 = std::strtof(rest.c_str(), nullptr);
         break;
@@ -159,39 +113,34 @@ struct OwnedVariant : ZRVARIANT {
         break;
       }
       default: {
-        const uint64_t number = row.isSigned ? static_cast<uint64_t>(std::strtoll(rest.c_str(), nullptr, 10))
-                                             : std::strtoull(rest.c_str(), nullptr, 10);
+        const uint64_t number = std::strtoull(rest.c_str(), nullptr, 10);  // one below 0 as its complement
         std::memcpy(&value, &number, row.width);
       }
     }
   }
 };
 
+inline OwnedVariant Value(const std::string& text) { return OwnedVariant(text); }
+
 // What a destination holds before it is written to: a reference of its own on a string that nobody else holds.
 inline const Owned g_before(Units(W("before")));
 
 inline OwnedVariant Before() {
-  OwnedVariant variant;
-  variant.Type = ZR_VT_STR;
+  OwnedVariant variant = Value("STR null");
   variant.Value.string = ZrCopyString(g_before);
   return variant;
 }
 
-inline OwnedVariant Value(const std::string& text) { return OwnedVariant(text); }
-
-// A record without an owner that refers to this one.
-inline ZRVARIANT ByRef(ZRVARIANT& behind) {
-  ZRVARIANT variant = ZR_VARIANT_INIT;
-  const bool isRecord = (behind.Type & ~0x9000) == (ZR_VT_VARIANT | ZR_VT_BYREF);
-  variant.Type = behind.Type | ZR_VT_BYREF;
-  variant.Value.address = isRecord ? static_cast<void*>(&behind) : &behind.Value;
-  return variant;
-}
+// A record without an owner that refers to a value, or to a record.
 inline ZRVARIANT ByRef(uint16_t tag, void* address) {
   ZRVARIANT variant = ZR_VARIANT_INIT;
   variant.Type = tag | ZR_VT_BYREF;
   variant.Value.address = address;
   return variant;
+}
+inline ZRVARIANT ByRef(ZRVARIANT& behind) {
+  const bool isRecord = (behind.Type & ~0x9000) == (ZR_VT_VARIANT | ZR_VT_BYREF);
+  return ByRef(behind.Type, isRecord ? static_cast<void*>(&behind) : &behind.Value);
 }
 
 template <class... Arguments>
@@ -199,6 +148,14 @@ std::string Format(const char* format, Arguments... arguments) {
   char text[400];
   std::snprintf(text, sizeof text, format, arguments...);
   return text;
+}
+
+// The parts between bars.
+inline std::vector<std::string> Split(const std::string& list) {
+  std::vector<std::string> parts;
+  std::istringstream stream(list);
+  for (std::string part; std::getline(stream, part, '|');) parts.push_back(part);
+  return parts;
 }
 
 inline std::string DescribeText(ZRSTR string) {
@@ -222,8 +179,7 @@ inline std::string DescribePayload(const TagName& row, const ZRVARIANTVALUE& val
       text = Format("%.9g", double{value.r4});
       break;
     case ZR_VT_R8:
-      text = Format("%.17g", value.r8);
-      break;
+      return Format("%.17g", value.r8);
     case ZR_VT_BLOB:
       for (char byte : BytesOf(value.blob)) text += Format("%02x", static_cast<unsigned char>(byte));
       return text;
@@ -241,34 +197,27 @@ inline std::string DescribePayload(const TagName& row, const ZRVARIANTVALUE& val
     case ZR_VT_REF:
       return Describe(*value.ref);
     case ZR_VT_SREF:
-      if (value.sref->ref == nullptr && value.sref->text == nullptr) return "neither";
       if (value.sref->ref != nullptr) text = Describe(*value.sref->ref);
-      if (value.sref->text == nullptr) return text;
+      if (value.sref->text == nullptr) return text.empty() ? "neither" : text;
       return text + (text.empty() ? "text " : " text ") + DescribeText(value.sref->text);
     default: {
-      uint64_t number = 0;
-      std::memcpy(&number, &value, row.width);
-      const unsigned unused = static_cast<unsigned>(64 - 8 * row.width);
-      if (row.isSigned) {
-        text = Format("%" PRId64, static_cast<int64_t>(number << unused) >> unused);
-      } else {
-        text = Format("%" PRIu64, number);
-      }
+      const std::size_t unused = 64 - 8 * row.width;
+      const uint64_t top = value.ui8 << unused;
+      text = row.isSigned ? std::to_string(static_cast<int64_t>(top) >> unused) : std::to_string(top >> unused);
     }
   }
-  if (row.width < 8 && value.ui8 >> 8 * row.width != 0)
-    text += Format(" behind it %" PRIx64, value.ui8 >> 8 * row.width);
-  return text;
+  const uint64_t behind = row.width < 8 ? value.ui8 >> 8 * row.width : 0;
+  return behind != 0 ? text + Format(" behind it %" PRIx64, behind) : text;
 }
 
 inline std::string Describe(const ZRVARIANT& variant) {
-  const unsigned bits = variant.Type & ~unsigned{ZR_VT_TYPEMASK}, tag = variant.Type & ZR_VT_TYPEMASK;
+  const unsigned tag = variant.Type & ZR_VT_TYPEMASK, bits = variant.Type - tag;
   const TagName* row = NameOf(tag);
   std::string text = row != nullptr ? row->name : std::to_string(tag);
-  if ((bits & ~unsigned{ZR_VT_BYREF}) != 0) text += Format("+%04x", bits & ~unsigned{ZR_VT_BYREF});
-  if ((bits & (ZR_VT_ARRAY | ZR_VT_BYREF)) != 0) {
-    text += (bits & ZR_VT_BYREF) != 0 ? Format("* %" PRIx64, variant.Value.ui8) : " array";
-  } else if (tag == ZR_VT_EMPTY || row == nullptr) {
+  if (bits != 0) text += Format("+%04x", bits);
+  if ((bits & (ZR_VT_ARRAY | ZR_VT_BYREF)) == ZR_VT_ARRAY) {
+    text += " array";
+  } else if (tag == ZR_VT_EMPTY || row == nullptr || (bits & ZR_VT_BYREF) != 0) {
     if (variant.Value.ui8 != 0) text += Format(" %" PRIx64, variant.Value.ui8);
   } else {
     text += ' ';
