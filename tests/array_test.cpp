@@ -14,7 +14,7 @@ TEST(Array, SequencesOfOperationsAreAsOnTheModel) {
 }
 
 TEST(Array, RefusesNulls) {
-  const Array array = MakeArray(ZR_VT_I4, {{1, 0}});
+  const Array array = MakeArray(ZR_VT_I4, {{1, 0}}), typeless = MakeArray(ZR_VT_EMPTY, {{1, 0}});
   ZRSAFEARRAY none = nullptr, handle = array.get();
   uint32_t word = 0;
   uint16_t tag = 0;
@@ -30,7 +30,8 @@ TEST(Array, RefusesNulls) {
       ZrSafeArrayUnaccessData(none), ZrSafeArrayGetElement(none, &word, &word),
       ZrSafeArrayGetElement(handle, nullptr, &word), ZrSafeArrayGetElement(handle, &word, nullptr),
       ZrSafeArrayPutElement(none, &word, &word), ZrSafeArrayPutElement(handle, nullptr, &word),
-      ZrSafeArrayPutElement(handle, &word, nullptr), ZrSafeArrayGetVartype(none, &tag),
+      ZrSafeArrayPutElement(handle, &word, nullptr), ZrSafeArrayGetElement(typeless.get(), nullptr, &word),
+      ZrSafeArrayPutElement(typeless.get(), &word, nullptr), ZrSafeArrayGetVartype(none, &tag),
       ZrSafeArrayGetBounds(none, &word, &bounds), ZrSafeArrayGetElementCount(none, &word, nullptr),
       ZrSafeArrayGetLBound(none, 1, &word), ZrSafeArrayGetUBound(none, 1, &word), ZrSafeArrayRedim(none, 1, &bound),
       ZrSafeArrayCompare(none, handle, &equal), ZrSafeArrayCompare(handle, none, &equal),
@@ -153,16 +154,34 @@ TEST_P(Elements, AreComparedAsVariantsAre) {
   }
 }
 
+// Elements of different types under one tag, and of one type under different tags: what an array has got when it had
+// none to convert.
+TEST(Array, ComparesNoElementsOfDifferentTypes) {
+  const ZrSafeArrayBound four = {4, 0};
+  const Array records = MakeArray(ZR_VT_VARIANT, {four}), zeros = MakeArray(ZR_VT_VARIANT, {{0, 0}});
+  EXPECT_EQ(ZrSafeArrayChangeType(zeros.get(), 0, ZR_VT_I1), ZR_R_FAILED);
+  EXPECT_EQ(ZrSafeArrayRedim(zeros.get(), 1, &four), ZR_R_OK);
+  const Array ones = MakeArray(ZR_VT_I1, {four});
+  ContentOf(ones.get()).data[0] = 1;
+  for (const Array* other : {&records, &ones}) {
+    uint8_t equal = 9;
+    EXPECT_EQ(ZrSafeArrayCompare(other->get(), zeros.get(), &equal), ZR_R_OK);
+    EXPECT_EQ(equal, 1);
+  }
+}
+
 TEST(Array, InVariantsGivesTheArraysCodes) {
-  const ZrSafeArrayBound bound = {0, 0};
+  const ZrSafeArrayBound none = {0, 0}, two = {2, 1};
+  Array grown = MakeArray(ZR_VT_I4, {none});
+  EXPECT_EQ(ZrSafeArrayRedim(grown.get(), 1, &two), ZR_R_OK);
   const struct {
     ZRSAFEARRAY array;
     ZRRESULT copied;
     uint8_t isEmpty;
   } kRows[] = {{nullptr, ZR_R_INVALID_POINTER, 0},
-               {ZrSafeArrayCreate(ZR_VT_I4, 0, &bound), ZR_R_INVALID_OBJECT_STATE, 1},
-               {MakeArray(ZR_VT_I4, {{0, 1}}).release(), ZR_R_OK, 1},
-               {MakeArray(ZR_VT_I4, {{2, 1}}).release(), ZR_R_OK, 0}};
+               {ZrSafeArrayCreate(ZR_VT_I4, 0, &none), ZR_R_INVALID_OBJECT_STATE, 1},
+               {MakeArray(ZR_VT_I4, {two, none}).release(), ZR_R_OK, 1},
+               {grown.release(), ZR_R_OK, 0}};
   for (const auto& row : kRows) {
     SCOPED_TRACE(&row - kRows);
     OwnedVariant from = InVariant(ZR_VT_I4, Array(row.array)), to = Value("STR before");
@@ -180,13 +199,14 @@ TEST(Array, InVariantsGivesTheArraysCodes) {
     EXPECT_EQ(ZrVariantChangeType(&to, &from, 0, ZR_VT_I4), ZR_R_OK) << "a copy that isn't told";
     EXPECT_EQ(show(), shown);
 
+    if (isConverted) ContentOf(to.Value.array).data[0] = 1;
     const ZRVARIANT toByRef = ByRef(to);
     uint8_t equal = 7, equalBehind = 7;
     EXPECT_EQ(ZrVariantCompare(&toNothing, &byRef, &equal), ZR_R_OK);
     EXPECT_EQ(equal, 7);
     EXPECT_EQ(ZrVariantCompare(&from, &to, &equal), isCopied ? ZR_R_OK : ZR_R_INVALID_POINTER);
     EXPECT_EQ(ZrVariantCompare(&byRef, &toByRef, &equalBehind), isCopied ? ZR_R_OK : ZR_R_INVALID_POINTER);
-    EXPECT_EQ(equal, isCopied ? 1 : 7);
+    EXPECT_EQ(equal, isConverted ? 0 : isCopied ? 1 : 7);
     EXPECT_EQ(equalBehind, equal);
     EXPECT_EQ(ZrVariantIsContentEmpty(&from), row.isEmpty);
     EXPECT_EQ(ZrVariantIsContentEmpty(&byRef), row.isEmpty);
