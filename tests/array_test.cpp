@@ -53,7 +53,6 @@ TEST(Array, RefusesNulls) {
 class Elements : public testing::TestWithParam<uint16_t> {
  protected:
   const uint16_t tag_ = GetParam();
-  const uint32_t zero_ = 0;
   Samples samples_;
 };
 INSTANTIATE_TEST_SUITE_P(Array, Elements, testing::ValuesIn(kElementTags),
@@ -62,19 +61,19 @@ INSTANTIATE_TEST_SUITE_P(Array, Elements, testing::ValuesIn(kElementTags),
 // What the sequences leave out, since copies that were made for no place stay behind: here, of nothing.
 TEST_P(Elements, AreInNoPlace) {
   const Array array = MakeArray(tag_, {{2, 1}}), none = MakeArray(tag_, {{0, 0}});
-  const uint32_t first = 1;
+  const uint32_t below = 0, first = 1;
   const bool isRefused = tag_ == ZR_VT_REF || tag_ == ZR_VT_SREF;
   const bool isObject = tag_ == ZR_VT_UNKNOWN || tag_ == ZR_VT_DISPATCH;
   const uint32_t references = g_object.references;
   void *element[2] = {}, *before[2];
-  EXPECT_EQ(ZrSafeArrayPutElement(array.get(), &zero_, element), ZR_R_INVALID_ARGUMENTS);
-  EXPECT_EQ(ZrSafeArrayPutElement(none.get(), &zero_, element), isRefused ? ZR_R_INVALID_ARGUMENTS : 1);
+  EXPECT_EQ(ZrSafeArrayPutElement(array.get(), &below, element), ZR_R_INVALID_ARGUMENTS);
+  EXPECT_EQ(ZrSafeArrayPutElement(none.get(), &below, element), isRefused ? ZR_R_INVALID_ARGUMENTS : 1);
   std::memset(element, 0x5A, sizeof element);
   if (isObject) element[0] = static_cast<IZrUnknown*>(&g_object);
   std::memcpy(before, element, sizeof element);
-  EXPECT_EQ(ZrSafeArrayGetElement(array.get(), &zero_, element),
+  EXPECT_EQ(ZrSafeArrayGetElement(array.get(), &below, element),
             tag_ == ZR_VT_VARIANT ? ZR_R_FAILED : ZR_R_INVALID_ARGUMENTS);
-  EXPECT_EQ(ZrSafeArrayGetElement(none.get(), &zero_, element), 1);
+  EXPECT_EQ(ZrSafeArrayGetElement(none.get(), &below, element), 1);
   EXPECT_EQ(std::exchange(g_object.references, references), references + (isObject ? 1 : 0))
       << "the variable is taken at its word";
   if (tag_ == ZR_VT_BLOB || tag_ >= ZR_VT_STR) {  // null leaves a variable alone, but for an object's
@@ -82,31 +81,6 @@ TEST_P(Elements, AreInNoPlace) {
     EXPECT_TRUE(!isObject || std::exchange(element[0], before[0]) == nullptr);
   }
   EXPECT_EQ(std::memcmp(element, before, sizeof element), 0);
-}
-
-TEST_P(Elements, AreCopiedAsVariantsAre) {
-  const Array array = samples_.Make(tag_);
-  const Content content = ContentOf(array.get());
-  std::vector<std::string> expected;
-  for (uint32_t index = 0; index < content.count; ++index) {
-    const char* value = content.data + index * WidthOf(tag_);
-    const Array slow = MakeArray(tag_, {{1, -5}}), put = MakeArray(tag_, {{1, 0}}), got = MakeArray(tag_, {{1, 0}});
-    const ZRRESULT result = CopySlowly(tag_, value, ContentOf(slow.get()).data);
-    expected.push_back(ShowEach(tag_, slow.get())[0]);
-    EXPECT_EQ(ZrSafeArrayPutElement(put.get(), &zero_, value), result) << index;
-    EXPECT_EQ(ShowEach(tag_, put.get())[0], expected[index]);
-    EXPECT_EQ(ZrSafeArrayGetElement(put.get(), &zero_, ContentOf(got.get()).data),
-              tag_ == ZR_VT_VARIANT ? result : ZR_R_OK);
-    EXPECT_EQ(ShowEach(tag_, got.get())[0], expected[index]);
-  }
-  std::vector<std::string> copied = ShowEach(tag_, CopyOf(array.get()).get());
-  EXPECT_EQ(tag_ == ZR_VT_STR ? std::exchange(copied[1], "STR ") : "STR null", "STR null") << "which stays here alone";
-  EXPECT_EQ(copied, expected);
-  const ZrSafeArrayBound more[] = {{2, 0}, {content.count, 0}};
-  EXPECT_EQ(ZrSafeArrayRedim(array.get(), 2, more), ZR_R_OK);
-  copied = ShowEach(tag_, array.get());
-  copied.resize(expected.size());
-  EXPECT_EQ(copied, expected);
 }
 
 // With what lies at the edges, as the rule that takes each through variants has it.
@@ -143,11 +117,9 @@ TEST_P(Elements, AreComparedAsVariantsAre) {
   for (OwnedVariant& value : samples_.Of(tag_)) left.push_back(ArrayOf(tag_, &value, 1));
   for (OwnedVariant& value : samples_.Of(tag_)) right.push_back(ArrayOf(tag_, &value, 1));
   for (std::size_t at = 0; at < left.size(); ++at) {
-    uint8_t equal = 9;
-    EXPECT_EQ(ZrSafeArrayCompare(left[at].get(), left[at].get(), &equal), ZR_R_OK);
-    EXPECT_EQ(equal, 1) << "the same array, whatever its elements say";
     for (std::size_t other = at; other < std::min(at + 8, right.size()); ++other) {
       const bool expected = AreEqual(tag_, ContentOf(left[at].get()).data, ContentOf(right[other].get()).data);
+      uint8_t equal = 9;
       EXPECT_EQ(ZrSafeArrayCompare(left[at].get(), right[other].get(), &equal), ZR_R_OK);
       EXPECT_EQ(equal, expected ? 1 : 0) << at << " " << other;
     }

@@ -161,9 +161,11 @@ class CArraySequence {
       Claim(ZrSafeArrayGetElement(array, indices, this) == refusal, "refused get");
     } else if (place < slot.elements.size()) {
       const Array before = MakeArray(tag, {{1, 0}}), copy = MakeArray(tag, {{1, 0}});
-      Claim(ZrSafeArrayGetElement(array, indices, ContentOf(before.get()).data) == ZR_R_OK, "get");
+      const ZRRESULT got = ZrSafeArrayGetElement(array, indices, ContentOf(before.get()).data);
+      Claim(got == (slot.elements[place] == "14" ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK), "get");
       Claim(ShowEach(tag, before.get())[0] == slot.elements[place], "element that was got");
-      const std::vector<OwnedVariant> values = ValuesOf(tag == ZR_VT_VARIANT ? kElementTags[Next(27)] : tag);
+      std::vector<OwnedVariant> values = ValuesOf(tag == ZR_VT_VARIANT ? kElementTags[Next(27)] : tag);
+      if (tag == ZR_VT_VARIANT) values.push_back(Value("14 0"));  // of which a copy is made, and refused
       const OwnedVariant& value = values[Next(256) % values.size()];
       const void* at = PayloadOf(tag, value);
       const ZRRESULT expected = CopySlowly(tag, static_cast<const char*>(at), ContentOf(copy.get()).data);
