@@ -51,7 +51,8 @@ inline bool ConvertSlowly(uint16_t source, const char* from, uint16_t target, ch
     if (target == ZR_VT_SREF) ZrDestroySREF(converted.Value.sref);  // remains that nobody owns
     return false;
   }
-  return (converted.Type & ZR_VT_ARRAY) != 0 || Take(converted, target, element);  // a handle is no element
+  if ((converted.Type & ZR_VT_ARRAY) != 0) return true;  // a handle is no element
+  return (converted.Type & ZR_VT_TYPEMASK) == target && Take(converted, target, element);
 }
 
 // The elements of an array as another type; `all` tells whether every one converted.

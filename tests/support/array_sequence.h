@@ -92,6 +92,14 @@ class CArraySequence {
     return std::vector<std::string>(shape.Count(), ShowEach(tag, MakeArray(tag, {{1, 0}}).get())[0]);
   }
 
+  // In a variant that doesn't own it.
+  static ZRVARIANT Lent(const Slot& slot) {
+    ZRVARIANT variant = ZR_VARIANT_INIT;
+    variant.Type = slot.tag | ZR_VT_ARRAY;
+    variant.Value.array = slot.array.get();
+    return variant;
+  }
+
   // No element holds more than one.
   std::size_t CountOf(const char* word) const {
     std::size_t count = 0;
@@ -124,6 +132,11 @@ class CArraySequence {
     Claim(ZrSafeArrayGetElementCount(array, &count, &bytes) == ZR_R_OK, "count");
     Claim(count == (hasAccessor ? shape.Count() : 77), "count");
     Claim(bytes == (hasAccessor ? uint64_t{count} * WidthOf(slot.elementTag) : 77), "size");
+    ZRVARIANT lent = Lent(slot);
+    const ZRVARIANT byRef = ByRef(lent);
+    Claim(ZrVariantIsContentEmpty(&lent) == ZrVariantIsContentEmpty(&byRef), "emptiness by reference");
+    const bool isTold = hasAccessor && hasBounds && slot.tag == slot.elementTag;  // else the first bound's count
+    Claim(!isTold || ZrVariantIsContentEmpty(&lent) == slot.elements.empty(), "emptiness");
     Claim((ContentOf(array).data == nullptr) == slot.elements.empty(), "storage");
     if (hasAccessor) Claim(ShowEach(slot.elementTag, array) == slot.elements, "elements");
     Claim(ZrStringRefCount(g_shared) - strings_ == CountOf("common"), "owners of the string");
@@ -174,13 +187,20 @@ class CArraySequence {
     }
   }
 
+  // Itself, in a variant, or behind a reference to it; so does the comparison.
   void Copy(Slot& to, Slot& from) {
     if (&to == &from) return;
-    ZRSAFEARRAY array = to.array.release();
-    const ZRRESULT result = ZrSafeArrayCopy(from.array.get(), &array);
+    ZRVARIANT lent = Lent(from), copy = Lent(to);
+    const ZRVARIANT byRef = ByRef(lent);
+    (void)to.array.release();
+    const uint32_t way = Next(3);
+    const ZRRESULT result = way == 0   ? ZrSafeArrayCopy(lent.Value.array, &copy.Value.array)
+                            : way == 1 ? ZrVariantCopy(&copy, &lent)
+                                       : ZrVariantCopyInd(&copy, &byRef);
     const bool isCopied = from.shape.dimensions != 0;
-    Claim(result == (isCopied ? ZR_R_OK : ZR_R_INVALID_OBJECT_STATE) && (array != nullptr) == isCopied, "copy");
-    to = {Array(array), from.tag, from.elementTag, from.shape, from.elements};
+    Claim(result == (isCopied ? ZR_R_OK : ZR_R_INVALID_OBJECT_STATE), "copy");
+    Claim((copy.Value.array != nullptr) == isCopied && (way == 0 || copy.Type == lent.Type), "what is copied");
+    to = {Array(copy.Value.array), from.tag, from.elementTag, from.shape, from.elements};
     if (to.elements.empty()) to.elements = Zeros(to.elementTag, to.shape);  // where they have only just got a type
     if (!isCopied) Create(to, to);
   }
@@ -225,8 +245,14 @@ class CArraySequence {
         if (!AreEqual(left.elementTag, from + at, to + at)) expected = 0;
       }
     }
-    Claim(ZrSafeArrayCompare(left.array.get(), right.array.get(), &equal) == ZR_R_OK && equal == expected,
-          "comparison");
+    ZRVARIANT leftLent = Lent(left), rightLent = Lent(right);
+    rightLent.Type = leftLent.Type;
+    const ZRVARIANT leftRef = ByRef(leftLent), rightRef = ByRef(rightLent);
+    const uint32_t way = Next(3);
+    const ZRRESULT result = way == 0   ? ZrSafeArrayCompare(left.array.get(), right.array.get(), &equal)
+                            : way == 1 ? ZrVariantCompare(&leftLent, &rightLent, &equal)
+                                       : ZrVariantCompare(&leftRef, &rightRef, &equal);
+    Claim(result == ZR_R_OK && equal == expected, "comparison");
   }
 
   void Lock(Slot& slot, Slot& /*other*/) {
