@@ -150,7 +150,7 @@ inline std::vector<std::string> RealTexts() {
                              -0x1p63, 0x1p63, 0x1p64, double{FLT_MAX}, -double{FLT_MAX}, DBL_MAX, -DBL_MAX}) {
     for (const double value : {bound, bound + 0.5, bound - 0.5, std::nextafter(bound, INFINITY),
                                std::nextafter(bound, -INFINITY), bound * (1 - 0x1p-23), bound * (1 + 0x1p-23)}) {
-      texts.push_back(Format("%a", value));
+      texts.push_back(Format("%.17g", value));
     }
   }
   return texts;
