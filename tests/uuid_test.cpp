@@ -63,7 +63,9 @@ static ZRUUID Read(const std::string& text) {
 
 TEST(Uuid, WritesAndReadsText) {
   const std::string plain = "01234567-89AB-CDEF-0123-456789ABCDEF", cut = plain.substr(0, 35);
-  EXPECT_EQ(testing::PrintToString(kValue), "{" + plain + "}");
+  ZRSTR written = nullptr;
+  EXPECT_EQ(ZrStringFromUUID(&kValue, &written), ZR_R_OK);
+  EXPECT_EQ(ContentOf(Owned(written)), Widened("{" + plain + "}"));
   for (const char* front : {"", "{", "\"", "\"{"}) EXPECT_EQ(Read(front + plain + "}\" and more"), kValue);
   EXPECT_EQ(Read("01234567 89ab?cdef\xFA"
                  "0123G456789abcdef"),

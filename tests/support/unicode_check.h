@@ -17,50 +17,43 @@ inline const char* FirstOf(std::initializer_list<const char*> claims) {
   return nullptr;
 }
 
+// The text by its length, and up to its first zero unit. The unit behind is there only if the contract reads it.
 template <class T>
-using Creator = ZRRESULT (*)(const T*, int32_t, ZRSTR*);
-template <class T>
-using Writer = ZRRESULT (*)(ZRSTR, int32_t, T*, int32_t*);
-
-template <class T>
-const char* CheckCreator(Creator<T> create, const std::vector<T>& text, int32_t length,
-                         const model::Outcome<WCHAR>& expected) {
-  ZRSTR string = nullptr;
-  UNICODE_CLAIM(create(text.data(), length, &string) == expected.result);
-  UNICODE_CLAIM(model::String<WCHAR>(string, ZrStringLen(string)) == expected.units);
-  UNICODE_CLAIM(string[ZrStringLen(string)] == 0);
-  UNICODE_CLAIM(ZrStringRefCount(string) == 1 || length == -1);
-  ZrDestroyString(string);
+const char* CheckCreator(ZRRESULT (*create)(const T*, int32_t, ZRSTR*), const std::vector<T>& text, T behind,
+                         model::Outcome<WCHAR> (*expect)(const std::vector<T>&, size_t)) {
+  for (const bool isTerminated : {false, true}) {
+    std::vector<T> given(text.begin(), isTerminated ? std::find(text.begin(), text.end(), T{}) : text.end());
+    const auto length = static_cast<int32_t>(given.size());
+    if (length == 0 && !isTerminated) continue;
+    given.push_back(isTerminated ? T{} : behind);
+    const auto expected = expect(given, given.size() - 1);
+    if (!isTerminated && !expected.readsBehind) given = std::vector<T>(text);
+    ZRSTR string = nullptr;
+    UNICODE_CLAIM(create(given.data(), isTerminated ? -1 : length, &string) == expected.result);
+    UNICODE_CLAIM(model::String<WCHAR>(string, ZrStringLen(string)) == expected.units);
+    UNICODE_CLAIM(string[ZrStringLen(string)] == 0);
+    UNICODE_CLAIM(ZrStringRefCount(string) == 1 || length == 0);
+    ZrDestroyString(string);
+  }
   return nullptr;
 }
 
-// The text by its length, and up to its first zero unit. The unit behind is there only if the contract reads it.
-template <class T>
-const char* CheckCreators(Creator<T> create, Creator<T> createTerminated, std::vector<T> text, T behind,
-                          model::Outcome<WCHAR> (*expect)(const std::vector<T>&, size_t)) {
-  const size_t size = text.size();
-  text.push_back(behind);
-  const auto expected = expect(text, size);
-  const std::vector<T> exact(text.begin(), text.end() - (expected.readsBehind ? 0 : 1));
-  text.back() = 0;
-  const std::vector<T> terminated(text.begin(), std::find(text.begin(), text.end(), T{}) + 1);
-  return FirstOf({size != 0 ? CheckCreator(create, exact, static_cast<int32_t>(size), expected) : nullptr,
-                  CheckCreator(createTerminated, terminated, -1, expect(terminated, terminated.size() - 1))});
-}
-
 inline const char* CheckFromUtf8(const std::vector<uint8_t>& bytes, uint8_t behind) {
-  return CheckCreators<char>(ZrUTF8toZRSTR, ZrCreateZRSTRfromUTF8, {bytes.begin(), bytes.end()},
-                             static_cast<char>(behind), model::StringFromUtf8);
+  const std::vector<char> text(bytes.begin(), bytes.end());
+  const auto last = static_cast<char>(behind);
+  return FirstOf({CheckCreator(ZrUTF8toZRSTR, text, last, model::StringFromUtf8),
+                  CheckCreator(ZrCreateZRSTRfromUTF8, text, last, model::StringFromUtf8)});
 }
 
 inline const char* CheckFromUtf32(const std::vector<char32_t>& points) {
-  return CheckCreators<char32_t>(ZrCreateZRSTRfromUTF32, ZrCreateZRSTRfromUTF32, points, U'x', model::StringFromUtf32);
+  return CheckCreator(ZrCreateZRSTRfromUTF32, points, U'x', model::StringFromUtf32);
 }
 
 // Asks for the size, then writes with a capacity near that or far from it. One unit behind has to stay as it is.
 template <class T>
-const char* CheckWriter(Writer<T> write, ZRSTR string, int32_t length, int32_t stray, const std::vector<WCHAR>& text,
-                        size_t size, ZRRESULT (*expect)(const std::vector<WCHAR>&, size_t, std::vector<T>&)) {
+const char* CheckWriter(ZRRESULT (*write)(ZRSTR, int32_t, T*, int32_t*), ZRSTR string, int32_t length, int32_t stray,
+                        const std::vector<WCHAR>& text, size_t size,
+                        ZRRESULT (*expect)(const std::vector<WCHAR>&, size_t, std::vector<T>&)) {
   const auto needed = static_cast<int32_t>(size);
   int32_t asked = -1;
   UNICODE_CLAIM(write(string, length, nullptr, &asked) == ZR_R_OK && asked == needed);
