@@ -1,37 +1,64 @@
-// Locales that no machine is sure to have: one in which the lower case of I is no i, and the C locale.
+// Letter case in the user's locale and in three that no machine is sure to have: the C locale, one with accents, and
+// one in which the lower case of I is no i.
 
 #include "text/character_case.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
+#include "tests/support/guarded_page.h"
+#include "tests/support/system.h"
 #include "tests/support/text.h"
+#include "zrcore/unicode.h"
 
-static int32_t SignOf(int32_t order) { return (order > 0) - (order < 0); }
+// Before the library reads it, on first use: the one locale with more than ASCII letters that every system has.
+[[maybe_unused]] static const bool g_isChosen = (ChooseUnicodeLocale(), true);
 
-TEST(CharacterCase, FoldsAsciiOnlyWhereTheLocaleDoes) {
-  static CCaseMap c, turkish;  // too large for some stacks
-  const auto plain = [](WCHAR unit) { return PlatformToLower(nullptr, unit); };
-  c.Read(plain, 'A', 'a' - 'A');
-  turkish.Read([&](WCHAR unit) { return unit == 'I'     ? WCHAR{0x131}
-                                        : unit == 0x130 ? WCHAR{'i'}
-                                                        : plain(unit); }, 'A',
-               'a' - 'A');
-  EXPECT_TRUE(c.IsAsciiPlain());
-  EXPECT_FALSE(turkish.IsAsciiPlain());
-  struct {
-    const WCHAR *left, *right;
-    int32_t inC, inTurkish;
-  } const kCases[] = {
-      {W("INDIGO"), W("indigo"), 0, 1},
-      {W("IZM\x0130R"), W("\x0131zmir"), -1, 0},
-      {W("some more than eight"), W("SOME MORE THAN EiGHT"), 0, 0},
-      {W("\x00C9"), W("\x00E9"), -1, -1},
-      {W("a"), W("A_"), -1, -1},
-      {W("Z"), W("_"), 1, 1},  // lower case comes behind the signs between the two alphabets
-  };
-  for (const auto& each : kCases) {
-    EXPECT_EQ(SignOf(CompareNoCase(c, each.left, each.right)), each.inC);
-    EXPECT_EQ(SignOf(CompareNoCase(turkish, each.left, each.right)), each.inTurkish);
-    EXPECT_EQ(SignOf(CompareNoCase(turkish, each.right, each.left)), -each.inTurkish);
+static WCHAR InC(WCHAR unit) { return PlatformToLower(nullptr, unit); }
+static WCHAR Accented(WCHAR unit) { return unit == 0xC9 ? WCHAR{0xE9} : unit == 0x212A ? WCHAR{'k'} : InC(unit); }
+static WCHAR Turkish(WCHAR unit) { return unit == 'I' ? WCHAR{0x131} : unit == 0x130 ? WCHAR{'i'} : Accented(unit); }
+
+static Units Mapped(Units text, WCHAR (*map)(WCHAR)) {
+  std::transform(text.begin(), text.end(), text.begin(), map);
+  return text;
+}
+
+TEST(CharacterCase, IsThatOfTheLocaleUnitByUnit) {
+  EXPECT_EQ(SystemLower(0xC9), 0xE9u) << "a locale with more than ASCII";
+  auto& map = const_cast<CCaseMap&>(g_characterCase.Lower());  // replaced as long as the test runs
+  static const CCaseMap usersMap = map;                        // too large for some stacks
+  const GuardedPage page, otherPage;
+  std::mt19937 random(5);
+  uint32_t next = 0;
+  const Units kUnits = W("aA\xC9\xE9zZ@[`{iIkK\x130\x131\x212A\x4E16\xD83E\xDE90");
+  for (const auto lower : {SystemLower, InC, Accented, Turkish}) {
+    if (lower != SystemLower) {
+      map.Read(lower, 'A', 'a' - 'A');
+      EXPECT_EQ(map.IsAsciiPlain(), lower != Turkish);
+    }
+    for (int round = 0; round < 10000; ++round) {
+      // All units in turn; or few, so that what stands in front, in half of the rounds, is easily taken for the text.
+      const Units front(random() % 2 * 40, WCHAR{'a'});
+      const size_t kinds = 1 + static_cast<size_t>(round) / 2 % kUnits.size();
+      Units left(random() % 40, WCHAR{0});
+      for (WCHAR& unit : left) unit = round % 2 ? WCHAR(++next % 0xFFFF + 1) : kUnits[random() % kinds];
+      Units right = random() % 2 == 0 ? Mapped(left, lower) : left;
+      if (random() % 2 == 0 && !right.empty()) right[random() % right.size()] = static_cast<WCHAR>('a' + random() % 3);
+      if (random() % 4 == 0) right.resize(random() % (right.size() + 1));
+      WCHAR* const text = page.Put(front + left) + front.size();
+      const int32_t order = ZrWCHARCompareNoCase(text, otherPage.Put(front + right) + front.size());
+      ASSERT_EQ(SignOf(order), SignOf(Mapped(left, lower).compare(Mapped(right, lower)))) << "round " << round;
+      ASSERT_EQ(ZrWCHARToLower(text), ZR_R_OK);
+      ASSERT_EQ(Units(text), Mapped(left, lower)) << "round " << round;
+      ASSERT_EQ(ZrWCHARToUpper(page.Put(left)), ZR_R_OK);
+      ASSERT_EQ(Units(text), Mapped(left, SystemUpper)) << "round " << round;
+    }
   }
+  map = usersMap;
+  EXPECT_EQ(ZrWCHARCompareNoCase(nullptr, nullptr), 0);
+  EXPECT_EQ(ZrWCHARCompareNoCase(nullptr, W("")), -1);
+  EXPECT_EQ(ZrWCHARCompareNoCase(W(""), nullptr), 1);
+  ExpectRefused({ZrWCHARToLower(nullptr), ZrWCHARToUpper(nullptr)});
 }

@@ -1,76 +1,48 @@
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <functional>
-#include <optional>
+#include <string>
 #include <vector>
 
 #include "tests/support/guarded_page.h"
 #include "tests/support/text.h"
 
-static const std::vector<std::optional<Units>> kTexts = {std::nullopt,         Units(),          W("a"), W("abc"),
-                                                         Units(W("ab\0c"), 4), Units(40, W('x'))};
-
-// What a terminated scan of `text` finds.
-static Units Terminated(const std::optional<Units>& text) { return text ? Units(text->c_str()) : Units(); }
-
-static Units Resized(Units units, std::size_t length) {
-  units.resize(length);
-  return units;
-}
-
-TEST(CountedString, CreatorsFromTextFollowTheirRules) {
-  using Creator = ZRRESULT (*)(const WCHAR*, int32_t, ZRSTR*);
-  for (Creator create :
-       {Creator{ZrCreateZRSTRfromWCHAR}, Creator{ZrCreateZRSTRfromUTF16}, Creator{ZrCreateStringLen_2}}) {
-    for (const auto& text : kTexts) {
-      for (int32_t length : {INT32_MIN, -2, -1, 0, 1, 2, 3, 5, 40, 100}) {
-        SCOPED_TRACE(testing::Message() << "text of " << (text ? int(text->size()) : -1) << ", length " << length);
-        ZRSTR string = reinterpret_cast<ZRSTR>(&string);
-        const ZRRESULT result = create(text ? text->c_str() : nullptr, length, &string);
-        if (length < -1 || (!text && length == -1)) {
-          EXPECT_EQ(result, ZR_R_INVALID_ARGUMENTS);
-          EXPECT_EQ(string, reinterpret_cast<ZRSTR>(&string)) << "a refusal leaves the variable";
-          continue;
-        }
-        const Owned owned(string);
-        const Owned shared(ZrCopyString(nullptr));
-        ASSERT_EQ(result, ZR_R_OK);
-        const Units found = Terminated(text);
-        const bool isShared = text && (found.empty() || length == 0);
+TEST(CountedString, CreatorsFollowTheirRules) {
+  const Owned shared(ZrCopyString(nullptr)), before(Units(W("before")));
+  const Units longText(40, W('x'));
+  for (const WCHAR* text : {static_cast<const WCHAR*>(nullptr), W(""), W("a"), W("abc"), longText.c_str()}) {
+    for (const int32_t length : {INT32_MIN, -2, -1, 0, 1, 2, 3, 5, 40, 100}) {
+      Units expected = text != nullptr ? text : Units();
+      const bool isShared = text != nullptr && (expected.empty() || length == 0);
+      const bool isRefused = length < -1 || (text == nullptr && length == -1);
+      SCOPED_TRACE(testing::Message() << "text of " << expected.size() << ", length " << length);
+      if (length >= 0) expected.resize(static_cast<std::size_t>(length));
+      for (const auto create : {ZrCreateZRSTRfromWCHAR, ZrCreateZRSTRfromUTF16, ZrCreateStringLen_2}) {
+        ZRSTR string = before;
+        EXPECT_EQ(create(text, length, &string), isRefused ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK);
+        EXPECT_EQ(string == before.string, isRefused) << "a refusal leaves the variable";
+        if (isRefused) continue;
         EXPECT_EQ(string == shared.string, isShared);
-        EXPECT_EQ(ContentOf(string),
-                  isShared ? Units() : Resized(found, length < 0 ? found.size() : std::size_t(length)));
-        EXPECT_TRUE(isShared || ZrStringRefCount(string) == 1);
+        EXPECT_EQ(ContentOf(Owned(string)), isShared ? Units() : expected);
       }
+      if (isRefused) continue;
+      const Owned exact(ZrCreateStringLen(text, static_cast<uint32_t>(length)));
+      EXPECT_NE(exact.string, shared.string);
+      EXPECT_EQ(ContentOf(exact), expected);
     }
   }
   EXPECT_EQ(ZrCreateZRSTRfromWCHAR(W("a"), 1, nullptr), ZR_R_INVALID_ARGUMENTS);
   EXPECT_EQ(ZrCreateString(nullptr), nullptr);
-  EXPECT_EQ(ContentOf(Owned(ZrCreateString(W("text")))), W("text"));
-}
 
-TEST(CountedString, CreatorsOfExactLengthsNeverShare) {
-  const Owned shared(ZrCopyString(nullptr));
-  for (const auto& text : kTexts) {
-    for (uint32_t length : {0u, 1u, 2u, 3u, 5u, 41u, 0xFFFFFFFFu}) {
-      if (!text && length == 0xFFFFFFFF) continue;  // reads the null text, by contract
-      const Units found = Terminated(text);
-      const Owned string(ZrCreateStringLen(text ? text->c_str() : nullptr, length));
-      EXPECT_EQ(ContentOf(string), length == 0xFFFFFFFF ? found : Resized(found, length));
-      EXPECT_NE(string.string, shared.string);
-    }
-  }
-  const unsigned char bytes[] = {0x61, 0, 0, 0x62, 0x63};
-  for (uint32_t length = 0; length <= sizeof bytes; ++length) {
-    for (const void* data : {static_cast<const void*>(bytes), static_cast<const void*>(nullptr)}) {
-      const Owned string(ZrCreateStringByteLen(data, length));
+  const std::string bytes("a\0\0bc", 5);
+  for (uint32_t length = 0; length <= bytes.size(); ++length) {
+    for (const std::string& data : {bytes, std::string()}) {
+      const Owned string(ZrCreateStringByteLen(data.empty() ? nullptr : data.data(), length));
       EXPECT_EQ(ZrStringByteLen(string), length);
       EXPECT_EQ(ZrStringLen(string), length / 2);
       EXPECT_NE(string.string, shared.string);
-      for (uint32_t at = 0; at < length + 2; ++at) {
-        EXPECT_EQ(reinterpret_cast<unsigned char*>(string.string)[at], data && at < length ? bytes[at] : 0);
-      }
+      std::string expected = data.substr(0, length);
+      expected.resize(length + 2);
+      EXPECT_EQ(std::string(reinterpret_cast<const char*>(string.string), length + 2), expected);
     }
   }
 }
@@ -81,7 +53,7 @@ TEST(CountedString, FindsTheTerminatorWhereverTheTextLies) {
   const GuardedPage page;
   for (std::size_t length = 1; length < 40; ++length) {
     const Units text(length, WCHAR{0x100});  // a unit with a zero byte is no end
-    EXPECT_EQ(ZrStringLen(Owned(ZrCreateString(page.Put(text)))), length);
+    EXPECT_EQ(ContentOf(Owned(ZrCreateString(page.Put(text)))), text);
     for (std::size_t start = 0; start < 16; ++start) {
       const Units buffer = Units(start, WCHAR{0}) + text;
       EXPECT_EQ(ZrStringLen(Owned(ZrCreateString(buffer.c_str() + start))), length);
@@ -90,97 +62,71 @@ TEST(CountedString, FindsTheTerminatorWhereverTheTextLies) {
 }
 
 TEST(CountedString, CopiesAndReleasesByReference) {
-  const Owned empty(ZrCopyString(nullptr));
-  const uint32_t before = ZrStringRefCount(empty);
-  EXPECT_EQ(Owned(ZrCopyString(nullptr)).string, empty.string);
-  EXPECT_EQ(ZrStringRefCount(empty), before);
-  EXPECT_EQ(ZrStringLen(empty), 0u);
-
   const Owned text(Units(W("text")));
   {
-    const Owned copy(ZrCopyString(text));
+    const Owned copy(ZrCopyString(text)), deep(ZrDeepCopyString(text));
     EXPECT_EQ(copy.string, text.string);
     EXPECT_EQ(ZrStringRefCount(text), 2u);
-    const Owned deep(ZrDeepCopyString(text));
     EXPECT_NE(deep.string, text.string);
     EXPECT_EQ(ContentOf(deep), W("text"));
-    EXPECT_EQ(ZrStringRefCount(text), 2u);
   }
   EXPECT_EQ(ZrStringRefCount(text), 1u);
-  const Owned deepNothing(ZrDeepCopyString(nullptr));
-  EXPECT_TRUE(deepNothing.string != nullptr && deepNothing.string != empty.string);
   EXPECT_EQ(ZrStringRefCount(nullptr) + ZrStringLen(nullptr) + ZrStringByteLen(nullptr), 0u);
   ZrDestroyString(nullptr);
-}
 
-TEST(CountedString, TheSharedEmptyStringOutlivesTooManyReleases) {
   const ZRSTR empty = ZrCopyString(nullptr);
+  const Owned deepNothing(ZrDeepCopyString(nullptr));
+  EXPECT_TRUE(deepNothing.string != nullptr && deepNothing.string != empty);
+  EXPECT_EQ(ZrStringLen(deepNothing) + ZrStringLen(empty), 0u);
   for (uint32_t releases = ZrStringRefCount(empty) + 2; releases > 0; --releases) ZrDestroyString(empty);
-  EXPECT_EQ(ZrStringRefCount(empty), 1u);
+  EXPECT_EQ(ZrStringRefCount(empty), 1u) << "outlives too many releases";
   EXPECT_EQ(Owned(ZrCopyString(nullptr)).string, empty);
 }
 
 TEST(CountedString, RecreatesInPlace) {
   ZRSTR string = ZrCreateString(W("old"));
-  EXPECT_EQ(ZrReCreateString(&string, nullptr), 0);
-  EXPECT_EQ(ZrReCreateStringLen(&string, nullptr, 4), 0);
+  EXPECT_EQ(ZrReCreateString(&string, nullptr) + ZrReCreateStringLen(&string, nullptr, 4), 0);
   EXPECT_EQ(ContentOf(string), W("old"));
-  EXPECT_EQ(ZrReCreateString(nullptr, W("a")), 0);
-  EXPECT_EQ(ZrReCreateStringLen(nullptr, W("a"), 1), 0);
+  EXPECT_EQ(ZrReCreateString(nullptr, W("a")) + ZrReCreateStringLen(nullptr, W("a"), 1), 0);
   EXPECT_EQ(ZrReCreateString(&string, W("newer")), 1);
   EXPECT_EQ(ContentOf(string), W("newer"));
   EXPECT_EQ(ZrReCreateStringLen(&string, W("newest"), 3), 1);
-  EXPECT_EQ(ContentOf(string), W("new"));
-  ZrDestroyString(string);
+  EXPECT_EQ(ContentOf(Owned(string)), W("new"));
 }
 
 TEST(CountedString, Appends) {
   const Owned text(Units(W("a\0b"), 3)), empty(ZrCreateStringLen(nullptr, 0)), odd(ZrCreateStringByteLen("xyz", 3));
   EXPECT_EQ(ContentOf(Owned(ZrAppendStrings(text, text))), Units(W("a\0ba\0b"), 6));
-  EXPECT_EQ(ContentOf(Owned(ZrAppendStrings(text, empty))), ContentOf(text));
-  EXPECT_NE(Owned(ZrAppendStrings(text, empty)).string, text.string);
+  const Owned own(ZrAppendStrings(text, empty)), nothing(ZrAppendStrings(nullptr, nullptr));
+  EXPECT_EQ(ContentOf(own), ContentOf(text));
+  EXPECT_NE(own.string, text.string);
   EXPECT_EQ(Owned(ZrAppendStrings(text, nullptr)).string, text.string);
   EXPECT_EQ(Owned(ZrAppendStrings(nullptr, text)).string, text.string);
   EXPECT_EQ(ZrStringRefCount(text), 1u);
-  const Owned nothing(ZrAppendStrings(nullptr, nullptr)), shared(ZrCopyString(nullptr));
-  EXPECT_TRUE(ZrStringLen(nothing) == 0 && nothing.string != shared.string);
+  EXPECT_TRUE(ZrStringLen(nothing) == 0 && nothing.string != Owned(ZrCopyString(nullptr)).string);
   EXPECT_EQ(ZrStringByteLen(Owned(ZrAppendStrings(odd, odd))), 6u) << "byte lengths add up";
 }
 
-struct Comparison {
-  std::optional<Units> left, right;
-  int byBytes, byUnits;  // against the right as a terminated text
-};
-
 TEST(CountedString, Compares) {
-  const Comparison kRows[] = {
-      {std::nullopt, std::nullopt, 0, 0},
-      {std::nullopt, Units(), 0, 0},
-      {Units(), W("a"), -1, -1},
-      {W("a"), std::nullopt, 1, 1},
-      {W("abc"), W("abd"), -1, -1},
-      {W("abc"), W("ab"), 1, 1},
-      {W("\x0100"), W("\x00FF"), -1, 1},     // the low byte decides, or the unit
-      {Units(W("a\0b"), 3), W("a"), 1, 0},   // what follows a zero unit counts, or doesn't
-      {Units(W("\0b"), 2), W("a"), -1, -1},  // not empty, though its first unit is zero
-      {Units(W("\0b"), 2), std::nullopt, 1, 1},
+  const std::vector<Units> kTexts = {Units(),     W("a"),     W("abc"), Units(W("ab\0c"), 4), Units(W("\0b"), 2),
+                                     W("\x00FF"), W("\x0100")};
+  const auto bytesOf = [](const Units& text) {
+    return std::string(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(WCHAR));
   };
-  for (const Comparison& row : kRows) {
-    SCOPED_TRACE(&row - kRows);
-    const Owned left(row.left), right(row.right);
-    const auto sign = [](int32_t order) { return (order > 0) - (order < 0); };
-    int32_t order = 99;
-    EXPECT_EQ(ZrCompareString(left, right, &order), ZR_R_OK);
-    EXPECT_EQ(sign(order), row.byBytes);
-    EXPECT_EQ(ZrCompareString(right, left, &order), ZR_R_OK);
-    EXPECT_EQ(sign(order), -row.byBytes);
-    EXPECT_EQ(ZrCompareStringW(left, row.right ? row.right->c_str() : nullptr, &order), ZR_R_OK);
-    EXPECT_EQ(order, row.byUnits);
-  }
-  const Owned odd(ZrCreateStringByteLen(W("xy"), 3));
   int32_t order = 99;
-  EXPECT_EQ(ZrCompareStringW(odd, W("xyz"), &order), ZR_R_OK);
+  for (const Units& left : kTexts) {
+    for (const Units& right : kTexts) {
+      SCOPED_TRACE(testing::Message() << &left - kTexts.data() << ", " << &right - kTexts.data());
+      const Owned leftString(left.empty() ? Owned() : Owned(left)), rightString(right);
+      EXPECT_EQ(ZrCompareString(leftString, rightString, &order), ZR_R_OK);
+      EXPECT_EQ(SignOf(order), SignOf(bytesOf(left).compare(bytesOf(right))));
+      // A string that begins with a zero unit is not empty, though it ends there.
+      const Units rightText = right.c_str();
+      EXPECT_EQ(ZrCompareStringW(leftString, right.empty() ? nullptr : right.c_str(), &order), ZR_R_OK);
+      EXPECT_EQ(order, !left.empty() && rightText.empty() ? 1 : SignOf(Units(left.c_str()).compare(rightText)));
+    }
+  }
+  EXPECT_EQ(ZrCompareStringW(Owned(ZrCreateStringByteLen(W("xy"), 3)), W("xyz"), &order), ZR_R_OK);
   EXPECT_EQ(order, -1) << "half a unit behind the last one reads as the end";
-  EXPECT_EQ(ZrCompareString(nullptr, nullptr, nullptr), ZR_R_INVALID_ARGUMENTS);
-  EXPECT_EQ(ZrCompareStringW(nullptr, nullptr, nullptr), ZR_R_INVALID_ARGUMENTS);
+  ExpectRefused({ZrCompareString(nullptr, nullptr, nullptr), ZrCompareStringW(nullptr, nullptr, nullptr)});
 }

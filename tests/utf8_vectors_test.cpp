@@ -6,53 +6,64 @@
 
 #include "tests/support/unicode_check.h"
 
+// First and count of code points: six kinds that only belong together, then limits of each form and surrogates.
+static constexpr char32_t kKinds[][2] = {{0x20, 0x5F},     {0xA0, 0x760},    {0x4E00, 0x1000}, {0xFF80, 0x80},
+                                         {0x1F600, 0x100}, {0x7A, 0x10},     {0x7F0, 0x20},    {0xFFF0, 0x20},
+                                         {0x10FFF0, 0x20}, {0x1FFFF0, 0x20}, {0xD7FE, 0x804}};
+
 // Runs of one kind of character, long enough for the vectors and for what follows them, and one thing wrong somewhere,
-// or nothing. Both ways are compared with the model, whatever this processor has.
-TEST(Utf8Vectors, BothWaysDoWhatTheModelDoes) {
-  static constexpr char32_t kFirst[] = {0x20, 0xA0, 0x4E00, 0xFF80, 0x1F600, 0x7A};
-  static constexpr char32_t kCount[] = {0x5F, 0x760, 0x1000, 0x80, 0x100, 0x10};
+// or nothing. All layers are compared with the model, with the vectors that this processor has and without.
+TEST(Utf8Vectors, AllLayersDoWhatTheModelDoesWithAndWithoutThem) {
   std::mt19937 random(42);
-  const auto pick = [&random](size_t below) { return random() % below; };
+  const auto pick = [&random](size_t below) { return static_cast<uint32_t>(random() % below); };
   const bool hadWide = g_hasWideVectors;
   EXPECT_EQ(hadWide, FindWideVectors());
-  for (int round = 0; round < 6000; ++round) {
-    std::vector<char32_t> points;
-    for (size_t runs = 1 + pick(4); runs != 0; --runs) {
-      const size_t kind = pick(std::size(kFirst)), other = pick(std::size(kFirst)), every = 1 + pick(40);
-      for (size_t length = pick(pick(3) == 0 ? 150 : 40); length != 0; --length) {
-        const size_t chosen = pick(every) == 1 ? other : kind;
-        points.push_back(kFirst[chosen] + static_cast<char32_t>(pick(kCount[chosen])));
-      }
-    }
-    std::vector<WCHAR> units = model::StringFromUtf32(points);
-    std::vector<uint8_t> bytes;
-    for (char32_t point : points) {
-      // Sometimes longer than need be.
-      const size_t shortest = point < 0x80 ? 1 : point < 0x800 ? 2 : point < 0x10000 ? 3 : 4;
-      for (char byte : model::Sequence(point, pick(2000) == 0 ? 4 : shortest))
-        bytes.push_back(static_cast<uint8_t>(byte));
-    }
-    switch (pick(4)) {
-      case 0:
-        if (!bytes.empty()) bytes[pick(bytes.size())] = static_cast<uint8_t>(random());
-        if (!units.empty()) units[pick(units.size())] = static_cast<WCHAR>(0xD800 + pick(0x800));
-        break;
-      case 1:
-        if (!bytes.empty()) bytes.erase(bytes.begin() + static_cast<std::ptrdiff_t>(pick(bytes.size())));
-        if (!units.empty()) units.erase(units.begin() + static_cast<std::ptrdiff_t>(pick(units.size())));
-        break;
-      default:
-        break;
-    }
-    const auto length = pick(2) == 0 || units.empty() ? -1 : static_cast<int32_t>(1 + pick(units.size()));
+  const auto check = [&](size_t number, const std::vector<uint8_t>& bytes, const std::vector<WCHAR>& units,
+                         const std::vector<char32_t>& points, int32_t length) {
+    const auto behind = static_cast<uint8_t>(pick(0x100));
+    const auto stray = static_cast<int32_t>(pick(1200));
     for (const bool isWide : {false, hadWide}) {
       g_hasWideVectors = isWide;
-      const auto behind = static_cast<uint8_t>(random());
-      const char* claim = CheckFromUtf8(bytes, behind);
-      if (claim == nullptr) claim = CheckWriters(units, length, static_cast<int32_t>(pick(1200)));
-      if (claim != nullptr) ADD_FAILURE() << claim << ", round " << round << (isWide ? ", wide" : ", narrow");
+      ASSERT_EQ(FirstOf({CheckFromUtf8(bytes, behind), CheckFromUtf32(points), CheckWriters(units, length, stray),
+                         CheckRanges({bytes.begin(), bytes.end()}, units, points)}),
+                nullptr)
+          << "text " << number << (isWide ? ", wide" : ", narrow");
     }
-    if (HasFailure()) break;
+  };
+  for (size_t place = 0; place < 300; ++place) {  // the one unit beyond ASCII, which none of the skipping may miss
+    std::vector<uint8_t> bytes(300, 'a');
+    std::vector<WCHAR> units(300, 'a');
+    bytes[place] = 0x80;
+    units[place] = 0x100;
+    check(place, bytes, units, {}, -1);
   }
-  g_hasWideVectors = hadWide;
+  for (size_t round = 300; round < 4300 && !HasFatalFailure(); ++round) {
+    std::vector<char32_t> points;
+    std::vector<uint8_t> bytes;
+    std::vector<WCHAR> units;
+    for (size_t runs = 1 + pick(4); runs != 0; --runs) {
+      const size_t kind = pick(pick(8) == 0 ? std::size(kKinds) : 6), other = pick(6);
+      const size_t every = 1 + pick(pick(2) == 0 ? 40 : 200);
+      for (size_t length = pick(pick(3) == 0 ? 150 : 40); length != 0; --length) {
+        const auto& [first, count] = kKinds[pick(every) == 1 ? other : kind];
+        points.push_back(first + pick(count));
+        for (const WCHAR unit : model::Units(points.back())) units.push_back(unit);
+        const size_t size = pick(2000) == 0 ? 4 : model::SequenceSize(points.back());  // sometimes longer than need be
+        for (const char byte : model::Sequence(points.back(), size)) bytes.push_back(static_cast<uint8_t>(byte));
+      }
+    }
+    const uint32_t fault = pick(6);
+    const auto spoil = [&](auto& text, uint32_t value) {
+      if (text.empty()) return;
+      const auto place = text.begin() + pick(text.size());
+      if (fault == 0) *place = static_cast<std::decay_t<decltype(*place)>>(value);
+      if (fault == 1) text.erase(place);
+      if (fault == 2) text.erase(text.end() - pick(std::min<size_t>(text.size(), 4)), text.end());
+    };
+    spoil(bytes, pick(0x100));
+    spoil(units, pick(8) == 0 ? 0 : 0xD800 + pick(0x800));
+    spoil(points, pick(size_t{1} << pick(33)));
+    const bool isWhole = pick(2) == 0 || units.empty();
+    check(round, bytes, units, points, isWhole ? -1 : static_cast<int32_t>(1 + pick(units.size())));
+  }
 }

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <cctype>
+#include <cstdlib>
 #include <random>
 #include <set>
 #include <string>
@@ -8,19 +9,16 @@
 
 #include "tests/support/text.h"
 
-static const ZRUUID kValue = {0x01234567, 0x89AB, 0xCDEF, {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}};
+static const ZRUUID kValue = {0x01234567, 0x89AB, 0xCDEF, {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}}, kNil = {},
+                    kUnchanged = {7, 0, 0, {}};
 
 TEST(Uuid, HeapRecords) {
-  ZRUUID* nil = ZrCreateUUID();
-  EXPECT_EQ(*nil, ZRUUID{});
-  ZRUUID* copy = nullptr;
+  ZRUUID *nil = ZrCreateUUID(), *copy = nullptr;
+  EXPECT_EQ(*nil, kNil);
   EXPECT_EQ(ZrCopyUUID(&kValue, &copy), ZR_R_OK);
   EXPECT_EQ(*copy, kValue);
-  EXPECT_EQ(ZrCopyUUID(nullptr, &copy), ZR_R_INVALID_ARGUMENTS);
-  EXPECT_EQ(ZrCopyUUID(&kValue, nullptr), ZR_R_INVALID_ARGUMENTS);
-  ZrDestroyUUID(nil);
-  ZrDestroyUUID(copy);
-  ZrDestroyUUID(nullptr);
+  ExpectRefused({ZrCopyUUID(nullptr, &copy), ZrCopyUUID(&kValue, nullptr)});
+  for (ZRUUID* record : {nil, copy, static_cast<ZRUUID*>(nullptr)}) ZrDestroyUUID(record);
 
   std::set<std::string> seen;
   for (int round = 0; round < 100; ++round) {
@@ -34,73 +32,56 @@ TEST(Uuid, HeapRecords) {
 
 TEST(Uuid, OrdersAsItsText) {
   std::mt19937 random(7);
+  uint8_t equal = 9;
   for (int round = 0; round < 2000; ++round) {
     // Values that differ in one byte anywhere, or in all.
-    ZRUUID left = kValue, right = kValue;
+    ZRUUID right = kValue;
     for (int byte = 0; byte < (round % 2 ? 1 : 16); ++byte) {
       reinterpret_cast<unsigned char*>(&right)[random() % 16] = static_cast<unsigned char>(random());
     }
-    const std::string leftText = testing::PrintToString(left), rightText = testing::PrintToString(right);
-    EXPECT_EQ(ZRUUIDLess(&left, &right), leftText < rightText) << leftText << rightText;
-    EXPECT_EQ(ZRUUIDGreater(&left, &right), leftText > rightText) << leftText << rightText;
-    uint8_t equal = 9;
-    EXPECT_EQ(ZrCompareUUID(&left, &right, &equal), ZR_R_OK);
+    const std::string leftText = testing::PrintToString(kValue), rightText = testing::PrintToString(right);
+    SCOPED_TRACE(rightText);
+    EXPECT_EQ(ZRUUIDLess(&kValue, &right), leftText < rightText);
+    EXPECT_EQ(ZRUUIDGreater(&kValue, &right), leftText > rightText);
+    EXPECT_EQ(ZrCompareUUID(&kValue, &right, &equal), ZR_R_OK);
     EXPECT_EQ(equal, leftText == rightText);
   }
   EXPECT_FALSE(ZRUUIDLess(nullptr, &kValue) || ZRUUIDLess(&kValue, nullptr) || ZRUUIDGreater(nullptr, &kValue) ||
                ZRUUIDGreater(&kValue, nullptr));
-  uint8_t equal = 9;
-  EXPECT_EQ(ZrCompareUUID(nullptr, &kValue, &equal), ZR_R_INVALID_ARGUMENTS);
-  EXPECT_EQ(ZrCompareUUID(&kValue, nullptr, &equal), ZR_R_INVALID_ARGUMENTS);
-  EXPECT_EQ(ZrCompareUUID(&kValue, &kValue, nullptr), ZR_R_INVALID_ARGUMENTS);
+  ExpectRefused({ZrCompareUUID(nullptr, &kValue, &equal), ZrCompareUUID(&kValue, nullptr, &equal),
+                 ZrCompareUUID(&kValue, &kValue, nullptr), ZrStringFromUUID(&kValue, nullptr)});
 }
 
-TEST(Uuid, WritesText) {
-  ZRSTR text = nullptr;
-  EXPECT_EQ(ZrStringFromUUID(&kValue, &text), ZR_R_OK);
-  EXPECT_EQ(ContentOf(Owned(text)), W("{01234567-89AB-CDEF-0123-456789ABCDEF}"));
-  EXPECT_EQ(ZrStringFromUUID(&kValue, nullptr), ZR_R_INVALID_ARGUMENTS);
+// What a record holds after reading the text, with nothing behind it to read.
+static ZRUUID Read(const std::string& text) {
+  const std::vector<char> exact(text.c_str(), text.c_str() + text.size() + 1);
+  ZRUUID uuid = kUnchanged;
+  const ZRRESULT result = ZrUUIDFromString(exact.data(), &uuid);
+  EXPECT_EQ(result, uuid == kUnchanged || uuid == kNil ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK) << text;
+  return uuid;
 }
 
-enum class Left { Value, Nil, Unchanged };
-
-TEST(Uuid, ReadsText) {
+TEST(Uuid, WritesAndReadsText) {
   const std::string plain = "01234567-89AB-CDEF-0123-456789ABCDEF", cut = plain.substr(0, 35);
-  const struct {
-    std::string text;
-    Left left;
-  } kRows[] = {
-      {plain, Left::Value},
-      {"{" + plain + "}", Left::Value},
-      {"\"" + plain + "\"", Left::Value},
-      {"\"{" + plain, Left::Value},
-      {plain + "and more", Left::Value},
-      {"01234567 89ab?cdef\x80"
-       "0123G456789abcdef",
-       Left::Value},  // separators may be anything
-      {cut, Left::Unchanged},
-      {"", Left::Unchanged},
-      {"\"" + cut, Left::Nil},
-      {"\"{" + cut, Left::Nil},
-      {"\"{" + plain.substr(0, 34), Left::Nil},  // the last digit's place lies behind the terminator
-      {"{\"" + plain, Left::Nil},                // only the other order
-      {"{{" + plain, Left::Nil},
-      {"01234567-89AB-CDEF-0123-456789ABCDEG", Left::Nil},
-      {"01234567-89AB-CDEF-0123-456789ABCD\xE9"
-       "F",
-       Left::Nil},
-      {"0x234567-89AB-CDEF-0123-456789ABCDEF", Left::Nil},
-  };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.text);
-    const std::vector<char> exact(row.text.c_str(),
-                                  row.text.c_str() + row.text.size() + 1);  // nothing to read behind it
-    const ZRUUID before = {7, 7, 7, {7}};
-    ZRUUID uuid = before;
-    EXPECT_EQ(ZrUUIDFromString(exact.data(), &uuid), row.left == Left::Value ? ZR_R_OK : ZR_R_INVALID_ARGUMENTS);
-    EXPECT_EQ(uuid, row.left == Left::Value ? kValue : row.left == Left::Nil ? ZRUUID{} : before);
+  ZRSTR written = nullptr;
+  EXPECT_EQ(ZrStringFromUUID(&kValue, &written), ZR_R_OK);
+  EXPECT_EQ(ContentOf(Owned(written)), Widened("{" + plain + "}"));
+  for (const char* front : {"", "{", "\"", "\"{"}) EXPECT_EQ(Read(front + plain + "}\" and more"), kValue);
+  EXPECT_EQ(Read("01234567 89ab?cdef\xFA"
+                 "0123G456789abcdef"),
+            kValue)
+      << "separators may be anything";
+  EXPECT_EQ(Read(cut), kUnchanged);
+  EXPECT_EQ(Read("\"" + cut), kNil);
+  EXPECT_EQ(Read("\"{" + plain.substr(0, 34)), kNil) << "the last digit's place lies behind the terminator";
+  for (const char* front : {"{\"", "{{"}) EXPECT_EQ(Read(front + plain), kNil) << "only the other order";
+  EXPECT_EQ(Read("G" + plain.substr(1)), kNil);
+  for (int unit = 1; unit < 256; ++unit) {
+    const char digit[] = {static_cast<char>(unit), 0};
+    ZRUUID expected = kValue;
+    expected.data4[7] = static_cast<uint8_t>(0xE0 + std::strtoul(digit, nullptr, 16));
+    EXPECT_EQ(Read(cut + digit), std::isxdigit(unit) ? expected : kNil);
   }
   ZRUUID uuid;
-  EXPECT_EQ(ZrUUIDFromString(nullptr, &uuid), ZR_R_INVALID_ARGUMENTS);
-  EXPECT_EQ(ZrUUIDFromString(plain.c_str(), nullptr), ZR_R_INVALID_ARGUMENTS);
+  ExpectRefused({ZrUUIDFromString(nullptr, &uuid), ZrUUIDFromString(plain.c_str(), nullptr)});
 }

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
+#include <initializer_list>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -27,14 +27,18 @@ struct Owned {
   explicit Owned(ZRSTR taken = nullptr) : string(taken) {}
   explicit Owned(const Units& units)
       : string(ZrCreateStringByteLen(units.data(), static_cast<uint32_t>(units.size() * sizeof(WCHAR)))) {}
-  explicit Owned(const std::optional<Units>& units) : Owned() {
-    if (units) *this = Owned(*units);
-  }
   Owned(Owned&& other) noexcept : string(std::exchange(other.string, nullptr)) {}
   Owned& operator=(Owned&& other) noexcept { return std::swap(string, other.string), *this; }
   ~Owned() { ZrDestroyString(string); }
   operator ZRSTR() const { return string; }
 };
+
+inline int SignOf(int32_t order) { return (order > 0) - (order < 0); }
+
+inline void ExpectRefused(std::initializer_list<ZRRESULT> answers) {
+  for (const ZRRESULT& answer : answers)
+    EXPECT_EQ(answer, ZR_R_INVALID_ARGUMENTS) << "call " << &answer - answers.begin();
+}
 
 inline bool operator==(const ZRUUID& left, const ZRUUID& right) {
   uint8_t equal = 0;

@@ -1,12 +1,10 @@
-// The conversions once more, slow and obvious: one unit at a time, nothing shared between the layers. Tests and fuzz
+// The conversions once more, slow and obvious: one character at a time, by division and whole vectors. Tests and fuzz
 // targets compare the library with them, on buffers of exactly the size that each contract names.
 
 #pragma once
 
-#include <cstdlib>
-#include <cstring>
+#include <algorithm>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "zrcore/zrcore.h"
@@ -14,224 +12,158 @@
 namespace model {
 
 template <class T>
+using String = std::basic_string<T>;
+
+template <class T>
 struct Outcome {
-  ZRRESULT result;
-  std::vector<T> units;  // what the buffer or the string holds in the end
+  ZRRESULT result = ZR_R_OK;
+  String<T> units = {};
   bool readsBehind = false;
-  bool operator==(const Outcome& other) const { return result == other.result && units == other.units; }
 };
 
-inline bool InRange(uint32_t value, uint32_t first, uint32_t last) { return value >= first && value <= last; }
-inline uint32_t Merged(uint32_t first, uint32_t second) { return first * 1024 + second - 56613888; }
+inline bool IsSurrogate(WCHAR unit) { return unit >= 0xD800 && unit <= 0xDFFF; }
+inline bool IsPair(const std::vector<WCHAR>& text, size_t at) {
+  return at + 1 < text.size() && text[at] / 0x400 == 0xD800 / 0x400 && text[at + 1] / 0x400 == 0xDC00 / 0x400;
+}
+inline bool IsWhole(const std::vector<WCHAR>& text, size_t at) { return IsPair(text, at) || !IsSurrogate(text[at]); }
 
-inline void PutUnits(std::vector<WCHAR>& to, uint32_t value) {
-  if (value <= 0xFFFF) return to.push_back(static_cast<WCHAR>(value));
-  to.push_back(static_cast<WCHAR>(((value - 0x10000) >> 10) + 0xD800));
-  to.push_back(static_cast<WCHAR>(0xDC00 + ((value - 0x10000) & 0x3FF)));
+// How many units a character takes along, by its first one, and the value that it has with them, whatever they are.
+inline size_t Tails(WCHAR unit) { return IsSurrogate(unit) ? 1 : 0; }
+inline size_t Tails(char32_t) { return 0; }
+inline size_t Tails(char byte) {
+  const auto lead = static_cast<uint8_t>(byte);
+  return lead < 0xC0 ? 0 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
+}
+inline uint32_t Value(const std::vector<WCHAR>& text, size_t at) {
+  return Tails(text[at]) == 0 ? text[at] : text[at] * 1024u + text[at + 1] - 56613888;
+}
+inline uint32_t Value(const std::vector<char>& bytes, size_t at) {
+  static constexpr uint32_t kLimits[] = {0x100, 0x20, 0x10, 0x08};
+  uint32_t value = static_cast<uint8_t>(bytes[at]) % kLimits[Tails(bytes[at])];
+  for (size_t tails = Tails(bytes[at]); tails != 0; --tails)
+    value = value * 64 + static_cast<uint8_t>(bytes[++at]) % 64;
+  return value;
 }
 
-// How many bytes follow a lead byte, and the bits that it has of the value.
-inline std::pair<size_t, uint32_t> Lead(uint8_t byte) {
-  if (byte < 0xC0) return {0, byte};
-  return byte < 0xE0 ? std::pair(1, byte - 0xC0u) : byte < 0xF0 ? std::pair(2, byte - 0xE0u) : std::pair(3, byte % 8u);
+inline String<WCHAR> Units(uint32_t value) {
+  if (value <= 0xFFFF) return {static_cast<WCHAR>(value)};
+  value -= 0x10000;
+  return {static_cast<WCHAR>(0xD800 + value / 0x400), static_cast<WCHAR>(0xDC00 + value % 0x400)};
 }
 
-// `size` bytes and one behind.
-inline Outcome<WCHAR> StringFromUtf8(const std::vector<uint8_t>& bytes, size_t size) {
-  Outcome<WCHAR> outcome{ZR_R_OK, {}};
-  size_t count = 0, need = 0;
+inline size_t SequenceSize(uint32_t value) { return value < 0x80 ? 1 : value < 0x800 ? 2 : value < 0x10000 ? 3 : 4; }
+inline std::string Sequence(uint32_t value, size_t size) {
+  static constexpr uint32_t kMarks[] = {0, 0xC0, 0xE0, 0xF0}, kLimits[] = {0x80, 0x20, 0x10, 0x08};
+  std::string bytes(size, 0);
+  for (size_t at = size; at-- > 1; value /= 64) bytes[at] = static_cast<char>(0x80 + value % 64);
+  bytes[0] = static_cast<char>(kMarks[size - 1] + value % kLimits[size - 1]);
+  return bytes;
+}
+
+// ---- Creators: `size` units, and one behind ------------------------------------------------------------------------
+
+inline Outcome<WCHAR> StringFromUtf8(const std::vector<char>& bytes, size_t size) {
+  Outcome<WCHAR> outcome;
+  size_t count = 0, needed = 0;
   for (size_t at = 0; at < size; ++at) {
-    const uint8_t byte = bytes[at];
-    if (need != 0) {
-      if (byte < 0x80 || byte >= 0xC0) return outcome;
-      --need;
-    } else if (byte < 0x80) {
-      count += 1;
-    } else if (byte < 0xC0) {
-      return outcome;
-    } else {
-      count += byte < 0xF0 ? 1 : 2;
-      need = byte < 0xE0 ? 1 : byte < 0xF0 ? 2 : 3;
-    }
+    const auto byte = static_cast<uint8_t>(bytes[at]);
+    const bool isTail = byte / 64 == 2;
+    if (isTail != (needed != 0)) return outcome;
+    needed = isTail ? needed - 1 : Tails(bytes[at]);
+    if (!isTail) count += byte < 0xF0 ? 1 : 2;
   }
-  for (size_t at = 0; at < size && outcome.units.size() < count;) {
-    const uint8_t byte = bytes[at];
-    auto [tails, value] = Lead(byte);
-    if (at + tails > size) break;
-    for (size_t tail = 1; tail <= tails; ++tail) value = value * 64 + bytes[at + tail] % 64;
-    outcome.readsBehind = outcome.readsBehind || at + tails == size;
-    PutUnits(outcome.units, value);
-    at += tails + 1;
+  for (size_t at = 0; at < size && at + Tails(bytes[at]) <= size; at += 1 + Tails(bytes[at])) {
+    outcome.units += Units(Value(bytes, at));
+    outcome.readsBehind = at + Tails(bytes[at]) == size;
   }
   if (outcome.units.size() != count) outcome.result = ZR_R_FAILED;
   outcome.units.resize(count);
   return outcome;
 }
 
-inline std::vector<WCHAR> StringFromUtf32(const std::vector<char32_t>& points) {
-  std::vector<WCHAR> units;
-  for (char32_t point : points) PutUnits(units, point);
-  return units;
+inline Outcome<WCHAR> StringFromUtf32(const std::vector<char32_t>& points, size_t size) {
+  Outcome<WCHAR> outcome;
+  for (size_t at = 0; at < size; ++at) outcome.units += Units(points[at]);
+  return outcome;
 }
 
-// `text` is the range with, for UTF-32, the unit behind it.
-inline int32_t SizeOfUtf32(const std::vector<WCHAR>& text) {
-  int32_t count = 0;
-  for (size_t at = 0; at < text.size(); ++at) {
-    const bool isLast = at + 1 == text.size();
-    if (!InRange(text[at], 0xD800, 0xDFFF)) {
-      ++count;
-    } else if (isLast) {
-      return 0;
-    } else if (text[at] < 0xDC00 && InRange(text[at + 1], 0xDC00, 0xDFFF)) {
-      ++count;
-      ++at;
+// ---- Range converters: a step converts one character, or gives nothing for what is refused -------------------------
+
+template <class From, class To>
+Outcome<To> Range(const std::vector<From>& from, bool stop, String<To> (*step)(const std::vector<From>&, size_t)) {
+  Outcome<To> outcome;
+  for (size_t at = 0; at < from.size() && !(stop && from[at] == 0); at += 1 + Tails(from[at])) {
+    const String<To> units = step(from, at);
+    if (units.empty()) {
+      outcome.result = ZR_R_INVALID_ARGUMENTS;
+      break;
     }
+    outcome.units += units;
   }
-  return count;
+  return outcome;
 }
 
-inline Outcome<char32_t> WriteUtf32(const std::vector<WCHAR>& text, size_t capacity, std::vector<char32_t> buffer) {
+template <class From>
+std::u32string ToPoint(const std::vector<From>& from, size_t at) {
+  if (at + Tails(from[at]) >= from.size()) return {};
+  return {Value(from, at)};
+}
+inline String<WCHAR> ToUnits(const std::vector<char32_t>& points, size_t at) {
+  return points[at] == 0xFFFF || points[at] > 0x10FFFE ? String<WCHAR>() : Units(points[at]);
+}
+inline std::string ToSequence(const std::vector<char32_t>& points, size_t at) {
+  const uint32_t point = points[at];
+  if (point >= 0x1FFFFF) return {};
+  return Sequence(point, point < 0x7F ? 1 : point < 0x7FF ? 2 : point < 0xFFFF ? 3 : 4);
+}
+
+// ---- Writers: the size that they tell, and what they leave ---------------------------------------------
+
+// The code points, with something else in place of each lone surrogate.
+inline std::u32string Points(const std::vector<WCHAR>& text, const std::u32string& replacement) {
+  std::u32string points;
+  for (size_t at = 0; at < text.size(); at += IsPair(text, at) ? 2 : 1) {
+    points += IsWhole(text, at) ? std::u32string(1, Value(text, at)) : replacement;
+  }
+  return points;
+}
+
+inline std::string Encoded(const std::u32string& points) {
+  std::string bytes;
+  for (const char32_t point : points) bytes += Sequence(point, SequenceSize(point));
+  return bytes;
+}
+
+// Those that are counted when the size is asked for: none, if a lone surrogate stands in the last place.
+inline std::u32string CountedPoints(const std::vector<WCHAR>& text) {
+  return Points(text, U"\xD800").ends_with(0xD800) ? std::u32string() : Points(text, U"");
+}
+
+// The units are followed by zeros, if there is room.
+inline ZRRESULT WriteUtf16(const std::vector<WCHAR>& text, size_t capacity, std::vector<WCHAR>& buffer) {
+  std::fill_n(buffer.begin(), capacity, WCHAR{0});
+  std::copy_n(text.begin(), std::min(text.size(), capacity), buffer.begin());
+  return ZR_R_OK;
+}
+
+// `text` is the range and the unit behind it.
+inline ZRRESULT WriteUtf32(const std::vector<WCHAR>& text, size_t capacity, std::vector<char32_t>& buffer) {
   size_t steps = 0, to = 0;
-  for (size_t at = 0; at < text.size();) {
-    if (!InRange(text[at], 0xD800, 0xDFFF)) {
-      buffer.at(to++) = text[at];
-      at += 1;
-    } else if (at + 1 == text.size()) {
-      return {capacity == 0 ? ZR_R_OK : ZR_R_FAILED, buffer};
-    } else {
-      if (text[at] < 0xDC00 && InRange(text[at + 1], 0xDC00, 0xDFFF)) buffer.at(to++) = Merged(text[at], text[at + 1]);
-      at += 2;
-    }
-    steps += 1;
-    if (steps == capacity) break;
+  for (size_t at = 0; at < text.size() && (steps == 0 || steps != capacity); ++steps) {
+    if (IsSurrogate(text[at]) && at + 1 == text.size()) return capacity == 0 ? ZR_R_OK : ZR_R_FAILED;
+    if (IsWhole(text, at)) buffer.at(to++) = Value(text, at);
+    at += 1 + Tails(text[at]);
   }
-  return {steps == capacity ? ZR_R_OK : ZR_R_FAILED, buffer};
+  return steps == capacity ? ZR_R_OK : ZR_R_FAILED;
 }
 
-inline int32_t SizeOfUtf8(const std::vector<WCHAR>& text) {
-  int32_t sum = 0;
-  for (size_t at = 0; at < text.size(); ++at) {
-    if (!InRange(text[at], 0xD800, 0xDFFF)) {
-      sum += text[at] < 0x80 ? 1 : text[at] < 0x800 ? 2 : 3;
-    } else if (at + 1 == text.size()) {
-      return 1;
-    } else if (text[at] < 0xDC00 && InRange(text[at + 1], 0xDC00, 0xDFFF)) {
-      sum += 4;
-      ++at;
-    }
-  }
-  return sum + 1;
-}
-
-inline std::vector<char> Sequence(uint32_t value, size_t size) {
-  std::vector<char> bytes(size);
-  for (size_t at = size; at-- > 1; value /= 64) bytes[at] = static_cast<char>(0x80 + value % 64);
-  static constexpr uint32_t kMarks[] = {0, 0xC0, 0xE0, 0xF0}, kLimits[] = {0x80, 0x20, 0x10, 0x08};
-  bytes[0] = static_cast<char>(kMarks[size - 1] + value % kLimits[size - 1]);
-  return bytes;
-}
-
-inline Outcome<char> WriteUtf8(const std::vector<WCHAR>& text, std::vector<char> buffer) {
-  if (buffer.empty()) return {ZR_R_FAILED, buffer};
-  const size_t limit = buffer.size() - 1;
-  size_t to = 0;
-  for (size_t at = 0; at < text.size() && to < limit; ++at) {
-    uint32_t value = text[at];
-    if (InRange(value, 0xD800, 0xDFFF)) {
-      if (at + 1 == text.size()) {
-        to = 0;
-        break;
-      }
-      value = Merged(value, text[++at]);
-    }
-    const size_t size = value <= 0x7F ? 1 : value <= 0x7FF ? 2 : value < 0x10000 ? 3 : 4;
-    for (char byte : Sequence(value, size)) {
-      if (to < limit) buffer[to++] = byte;
-    }
-  }
-  if (to != limit) return {ZR_R_FAILED, buffer};
-  buffer[to] = 0;
-  return {ZR_R_OK, buffer};
-}
-
-// A terminated text as well-formed UTF-8, with its terminator.
-inline std::vector<char> WellFormedUtf8(const std::vector<WCHAR>& text) {
-  std::vector<char> bytes;
-  for (size_t at = 0; at < text.size() && text[at] != 0; ++at) {
-    uint32_t value = text[at];
-    const bool isPair = at + 1 < text.size() && InRange(value, 0xD800, 0xDBFF) && InRange(text[at + 1], 0xDC00, 0xDFFF);
-    if (isPair) value = Merged(value, text[++at]);
-    if (!isPair && InRange(value, 0xD800, 0xDFFF)) value = 0xFFFD;
-    for (char byte : Sequence(value, value < 0x80 ? 1 : value < 0x800 ? 2 : value < 0x10000 ? 3 : 4))
-      bytes.push_back(byte);
-  }
-  bytes.push_back(0);
-  return bytes;
-}
-
-// ---- Range converters: the buffer whole, zero units behind the text -------------------------------------------------
-
-inline Outcome<char32_t> RangeUtf16To32(const std::vector<WCHAR>& from, bool stop) {
-  Outcome<char32_t> outcome{ZR_R_OK, {}};
-  for (size_t at = 0; at < from.size() && !(stop && from[at] == 0); ++at) {
-    uint32_t value = from[at];
-    if (InRange(value, 0xD800, 0xDFFF)) {
-      if (at + 1 == from.size()) {
-        outcome.result = ZR_R_INVALID_ARGUMENTS;
-        break;
-      }
-      value = Merged(value, from[++at]);
-    }
-    outcome.units.push_back(value);
-  }
-  outcome.units.resize(from.size() + 1);
-  return outcome;
-}
-
-inline Outcome<char32_t> RangeUtf8To32(const std::vector<char>& from, bool stop) {
-  Outcome<char32_t> outcome{ZR_R_OK, {}};
-  for (size_t at = 0; at < from.size() && !(stop && from[at] == 0); ++at) {
-    auto [tails, value] = Lead(static_cast<uint8_t>(from[at]));
-    if (at + tails >= from.size()) {
-      outcome.result = ZR_R_INVALID_ARGUMENTS;
-      break;
-    }
-    for (size_t tail = 0; tail < tails; ++tail) value = value * 64 + static_cast<uint8_t>(from[++at]) % 64;
-    outcome.units.push_back(value);
-  }
-  outcome.units.resize(from.size() + 1);
-  return outcome;
-}
-
-inline Outcome<WCHAR> RangeUtf32To16(const std::vector<char32_t>& from, bool stop) {
-  Outcome<WCHAR> outcome{ZR_R_OK, {}};
-  for (char32_t point : from) {
-    if (stop && point == 0) break;
-    if (point == 0xFFFF || point > 0x10FFFE) {
-      outcome.result = ZR_R_INVALID_ARGUMENTS;
-      break;
-    }
-    PutUnits(outcome.units, point);
-  }
-  outcome.units.resize(from.size() * 2 + 1);
-  return outcome;
-}
-
-inline Outcome<char> RangeUtf32To8(const std::vector<char32_t>& from, bool stop) {
-  Outcome<char> outcome{ZR_R_OK, {}};
-  for (char32_t point : from) {
-    if (stop && point == 0) break;
-    if (point >= 0x1FFFFF) {
-      outcome.result = ZR_R_INVALID_ARGUMENTS;
-      break;
-    }
-    for (char byte : Sequence(point, point < 0x7F ? 1 : point < 0x7FF ? 2 : point < 0xFFFF ? 3 : 4)) {
-      outcome.units.push_back(byte);
-    }
-  }
-  outcome.units.resize(from.size() * 4 + 1);
-  return outcome;
+inline ZRRESULT WriteUtf8(const std::vector<WCHAR>& text, size_t capacity, std::vector<char>& buffer) {
+  const std::string bytes = Encoded(Range(text, false, ToPoint<WCHAR>).units);
+  if (capacity == 0) return ZR_R_FAILED;
+  std::copy_n(bytes.begin(), std::min(bytes.size(), capacity - 1), buffer.begin());
+  if (bytes.size() < capacity - 1) return ZR_R_FAILED;
+  buffer[capacity - 1] = 0;
+  return ZR_R_OK;
 }
 
 }  // namespace model
