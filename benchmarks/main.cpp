@@ -28,7 +28,8 @@ int main(int argc, char** argv) {
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
 
   for (auto addRows : {CallRows, StringRows, UnicodeRows, UuidRows, ReferenceRows, TimeRows, BlobRows, VariantRows,
-                       ArrayRows, MemoryRows, LockRows, AtomicRows, ComponentRows, ModuleLoadingRows})
+                       VariantConversionRows, ArrayRows, ArrayConversionRows, MemoryRows, LockRows, AtomicRows,
+                       ComponentRows, ModuleLoadingRows})
     addRows();
   const std::size_t count = benchmark::RunSpecifiedBenchmarks();
 

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "row.h"
+#include "texts.h"
 #include "zrcore/reference.h"
 
 #if BENCH_FMT
@@ -32,8 +33,6 @@ static std::string TextOf(const Words& w) {
   std::snprintf(text, sizeof text, "%u.%u.%u.%u.%u.%u", w[0], w[1], w[2], w[3], w[4], w[5]);
   return text;
 }
-
-static std::u16string Widened(const std::string& text) { return std::u16string(text.begin(), text.end()); }
 
 // ---- Floors ---------------------------------------------------------------------------------------------------------
 

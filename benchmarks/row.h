@@ -20,6 +20,7 @@
 #include <string>
 #include <utility>
 
+void ArrayConversionRows();
 void ArrayRows();
 void BlobRows();
 void CallRows();
@@ -29,6 +30,7 @@ void UuidRows();
 void MemoryRows();
 void ReferenceRows();
 void TimeRows();
+void VariantConversionRows();
 void VariantRows();
 void LockRows();
 void AtomicRows();

@@ -1,23 +1,16 @@
-// Variants beside the dynamic values of the frameworks and a visited std::variant. A row converts into a record that is
-// empty before; what is converted to an owned value is also cleared. GValue reads no numbers from text and compares
-// nothing, and its texts are bytes, as those of Poco are.
+// Variants beside the dynamic values of the frameworks and a visited std::variant. GValue compares nothing.
 
-#include <array>
 #include <atomic>
-#include <charconv>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
-#include <system_error>
 #include <variant>
 
-#include "row.h"
-#include "zrcore/variant.h"
+#include "variant_fixtures.h"
 
 #if BENCH_QT
-#include <QDateTime>
 #include <QString>
 #include <QUuid>
 #include <QVariant>
@@ -28,104 +21,6 @@
 #if BENCH_POCO
 #include <Poco/Dynamic/Var.h>
 #endif
-
-static constexpr int32_t kInteger = 1234567;
-static constexpr double kReal = 1234.567891;
-static constexpr char kIntegerText[] = "1234567";
-static constexpr char kRealText[] = "1234.567891";
-static constexpr char kSentence[] = "a sentence of thirty-two units.!";
-static constexpr char kUuidText[] = "{00112233-4455-6677-8899-AABBCCDDEEFF}";
-static constexpr char kReferenceText[] = "1.2.3.4.5.6";
-static constexpr char kDateTimeText[] = "2012-03-04 05:06:07.1234567";
-static_assert(sizeof kSentence == 32 + 1);
-
-static std::u16string Widened(const std::string& text) { return std::u16string(text.begin(), text.end()); }
-
-// ---- The values -----------------------------------------------------------------------------------------------------
-
-// A record that a row holds for as long as it may run.
-using Holder = std::shared_ptr<const ZRVARIANT>;
-
-static Holder Hold(const ZRVARIANT& variant) {
-  return Holder(new ZRVARIANT(variant), [](ZRVARIANT* held) {
-    ZrVariantClear(held);
-    delete held;
-  });
-}
-
-static ZRVARIANT Tagged(uint16_t tag) {
-  ZRVARIANT variant = ZR_VARIANT_INIT;
-  variant.Type = tag;
-  return variant;
-}
-
-static Holder HoldInteger(int32_t value) {
-  ZRVARIANT variant = Tagged(ZR_VT_I4);
-  variant.Value.i4 = value;
-  return Hold(variant);
-}
-
-static Holder HoldReal(double value) {
-  ZRVARIANT variant = Tagged(ZR_VT_R8);
-  variant.Value.r8 = value;
-  return Hold(variant);
-}
-
-static Holder HoldText(const std::string& text) {
-  ZRVARIANT variant = Tagged(ZR_VT_STR);
-  variant.Value.string = ZrCreateString(Widened(text).c_str());
-  return Hold(variant);
-}
-
-static Holder HoldConverted(const Holder& source, uint16_t target) {
-  ZRVARIANT variant = ZR_VARIANT_INIT;
-  Require(ZrVariantChangeType(&variant, source.get(), 0, target) == ZR_R_OK, "the value converts");
-  return Hold(variant);
-}
-
-// What stands for a variant in a program that needs these types alone.
-using SharedText = std::shared_ptr<const std::u16string>;
-using Visited = std::variant<std::monostate, bool, int32_t, int64_t, double, SharedText>;
-
-static Visited VisitedText(const std::string& text) { return std::make_shared<const std::u16string>(Widened(text)); }
-
-// ---- Floors ---------------------------------------------------------------------------------------------------------
-
-// A conversion that is checked, and the least it takes: 0 or a failure.
-template <class Number>
-static bool FloorRead(const std::u16string& text, Number& number) {
-  std::array<char, 48> narrow;
-  if (text.size() > narrow.size()) return false;
-  for (std::size_t at = 0; at < text.size(); ++at) narrow[at] = static_cast<char>(text[at]);
-  const char* end = narrow.data() + text.size();
-  const auto [stop, error] = std::from_chars(narrow.data(), end, number);
-  return stop == end && error == std::errc();
-}
-
-static char* FloorWrite(char* at, char* end, int32_t value) { return std::to_chars(at, end, value).ptr; }
-
-static char* FloorWrite(char* at, char* end, double value) {
-  return std::to_chars(at, end, value, std::chars_format::fixed, 6).ptr;
-}
-
-// In millionths, which is enough for the value of the rows alone.
-static char* FloorWriteScaled(char* at, char* end, double value) {
-  const auto millionths = static_cast<uint64_t>(value * 1e6 + 0.5);
-  at = std::to_chars(at, end, millionths / 1'000'000).ptr;
-  std::to_chars(at, end, 1'000'000 + millionths % 1'000'000);  // whose first digit the point overwrites
-  *at = '.';
-  return at + 7;
-}
-
-static WCHAR* FloorWiden(const char* text, const char* end) {
-  const auto length = static_cast<std::size_t>(end - text);
-  auto* units = static_cast<WCHAR*>(std::malloc(8 + (length + 1) * sizeof(WCHAR)));
-  for (std::size_t at = 0; at < length; ++at) units[at + 4] = static_cast<WCHAR>(text[at]);
-  units[length + 4] = 0;
-  return units;
-}
-
-static bool FloorIsInt32(double value) { return value >= -2147483648.0 && value <= 2147483647.0; }
 
 // ---- Life -----------------------------------------------------------------------------------------------------------
 
@@ -168,19 +63,6 @@ static void CopyRow(const std::string& operation, const std::string& library, co
 }
 
 #if BENCH_GLIB
-using GValueHolder = std::shared_ptr<const GValue>;
-
-template <class Set, class Content>
-static GValueHolder HoldGValue(GType type, Set set, Content content) {
-  auto* value = new GValue(G_VALUE_INIT);
-  g_value_init(value, type);
-  set(value, content);
-  return GValueHolder(value, [](GValue* held) {
-    g_value_unset(held);
-    delete held;
-  });
-}
-
 static void GValueCopyRow(const std::string& operation, const GValueHolder& source) {
   Row(operation, "GValue", [source] {
     GValue copy = G_VALUE_INIT;
@@ -262,253 +144,6 @@ static void CopyRows() {
   });
 }
 
-// ---- Conversion -----------------------------------------------------------------------------------------------------
-
-static void ZrCoreNumberRow(const std::string& operation, const Holder& source, uint16_t target) {
-  ZRVARIANT checked = ZR_VARIANT_INIT;
-  Require(ZrVariantChangeType(&checked, source.get(), 0, target) == ZR_R_OK && checked.Type == target, "it converts");
-  Row(operation, "ZrCore", [source, target] {
-    ZRVARIANT converted = ZR_VARIANT_INIT;
-    Consume(ZrVariantChangeType(&converted, source.get(), 0, target));
-    Consume(converted);
-  });
-}
-
-static void ZrCoreOwnedRow(const std::string& operation, const Holder& source, uint16_t target) {
-  const Holder checked = HoldConverted(source, target);
-  Row(operation, "ZrCore", [source, target] {
-    ZRVARIANT converted = ZR_VARIANT_INIT;
-    Consume(ZrVariantChangeType(&converted, source.get(), 0, target));
-    ZrVariantClear(&converted);
-  });
-}
-
-// The visitor knows neither the type of the source nor that of the result before it runs.
-template <class Target>
-static void VisitorRow(const std::string& operation, const Visited& source) {
-  struct CVisitor {
-    bool operator()(std::monostate) const { return false; }
-    bool operator()(double value) const {
-      if constexpr (std::is_same_v<Target, int32_t>) {
-        if (!FloorIsInt32(value)) return false;
-      }
-      result = static_cast<Target>(value);
-      return true;
-    }
-    bool operator()(int64_t value) const { return (*this)(static_cast<double>(value)); }
-    bool operator()(int32_t value) const { return (*this)(static_cast<double>(value)); }
-    bool operator()(bool value) const { return (*this)(static_cast<double>(value)); }
-    bool operator()(const SharedText& text) const {
-      Target number;
-      if (!FloorRead(*text, number)) return false;
-      result = number;
-      return true;
-    }
-    Visited& result;
-  };
-  Row(operation, "std::variant visitor", [source] {
-    Visited result;
-    Consume(source);
-    Consume(std::visit(CVisitor{result}, source));
-    Consume(result);
-  });
-}
-
-template <class Number>
-static void VisitorTextRow(const std::string& operation, const Visited& source) {
-  Row(operation, "std::variant visitor (to_chars)", [source] {
-    Visited result;
-    Consume(source);
-    std::array<char, 48> text;
-    const auto write = [&text, &result](auto value) {
-      if constexpr (std::is_arithmetic_v<decltype(value)> && !std::is_same_v<decltype(value), bool>) {
-        char* end = FloorWrite(text.data(), text.data() + text.size(), static_cast<Number>(value));
-        result = std::make_shared<const std::u16string>(text.data(), end);
-      }
-    };
-    std::visit(write, source);
-    Consume(result);
-  });
-}
-
-#if BENCH_QT
-static void QtConvertRow(const std::string& operation, const QVariant& source, QMetaType::Type target) {
-  Row(operation, "QVariant::convert", [source, type = QMetaType(target)] {
-    QVariant copy(source);
-    Consume(copy.convert(type));
-    Consume(copy);
-  });
-}
-#endif
-
-#if BENCH_GLIB
-static void TransformRow(const std::string& operation, const GValueHolder& source, GType target) {
-  Row(operation, "g_value_transform", [source, target] {
-    GValue result = G_VALUE_INIT;
-    g_value_init(&result, target);
-    Consume(g_value_transform(source.get(), &result));
-    Consume(result);
-    g_value_unset(&result);
-  });
-}
-#endif
-
-#if BENCH_POCO
-template <class Target>
-static void PocoRow(const std::string& operation, const std::string& remark, const Poco::Dynamic::Var& source) {
-  Row(operation, "Poco convert" + remark, [source] { Consume(source.convert<Target>()); });
-}
-#endif
-
-static void NumberRows() {
-  std::string operation = "variant int32 to double";
-  ZrCoreNumberRow(operation, HoldInteger(kInteger), ZR_VT_R8);
-#if BENCH_QT
-  QtConvertRow(operation, QVariant(kInteger), QMetaType::Double);
-  Row(operation, "QVariant::toDouble", [source = QVariant(kInteger)] { Consume(source.toDouble()); });
-#endif
-#if BENCH_GLIB
-  TransformRow(operation, HoldGValue(G_TYPE_INT, g_value_set_int, kInteger), G_TYPE_DOUBLE);
-#endif
-#if BENCH_POCO
-  PocoRow<double>(operation, "", Poco::Dynamic::Var(kInteger));
-#endif
-  VisitorRow<double>(operation, kInteger);
-  Row(operation, "floor", [value = kInteger] {
-    Consume(value);
-    Consume(static_cast<double>(value));
-  });
-
-  operation = "variant double to int32";
-  ZrCoreNumberRow(operation, HoldReal(kReal), ZR_VT_I4);
-#if BENCH_QT
-  QtConvertRow(operation, QVariant(kReal), QMetaType::Int);
-#endif
-#if BENCH_GLIB
-  TransformRow(operation, HoldGValue(G_TYPE_DOUBLE, g_value_set_double, kReal), G_TYPE_INT);
-#endif
-#if BENCH_POCO
-  PocoRow<Poco::Int32>(operation, "", Poco::Dynamic::Var(kReal));
-#endif
-  VisitorRow<int32_t>(operation, kReal);
-  Row(operation, "floor", [value = kReal] {
-    Consume(value);
-    if (FloorIsInt32(value)) Consume(static_cast<int32_t>(value));
-  });
-}
-
-template <class Number>
-static void ReadFloorRow(const std::string& operation, const char* text) {
-  Row(operation, "floor", [text = Widened(text)] {
-    Number number;
-    Consume(FloorRead(text, number));
-    Consume(number);
-  });
-}
-
-static void ReadRows() {
-  std::string operation = "variant text to int32";
-  ZrCoreNumberRow(operation, HoldText(kIntegerText), ZR_VT_I4);
-#if BENCH_QT
-  QtConvertRow(operation, QVariant(QString(kIntegerText)), QMetaType::Int);
-  Row(operation, "QVariant::toInt", [source = QVariant(QString(kIntegerText))] { Consume(source.toInt()); });
-#endif
-#if BENCH_POCO
-  PocoRow<Poco::Int32>(operation, "", Poco::Dynamic::Var(std::string(kIntegerText)));
-#endif
-  VisitorRow<int32_t>(operation, VisitedText(kIntegerText));
-  ReadFloorRow<int32_t>(operation, kIntegerText);
-
-  operation = "variant text to double";
-  ZrCoreNumberRow(operation, HoldText(kRealText), ZR_VT_R8);
-#if BENCH_QT
-  QtConvertRow(operation, QVariant(QString(kRealText)), QMetaType::Double);
-  Row(operation, "QVariant::toDouble", [source = QVariant(QString(kRealText))] { Consume(source.toDouble()); });
-#endif
-#if BENCH_POCO
-  PocoRow<double>(operation, "", Poco::Dynamic::Var(std::string(kRealText)));
-#endif
-  Row(operation, "strtod (char)", [text = std::string(kRealText)] { Consume(std::strtod(text.c_str(), nullptr)); });
-  VisitorRow<double>(operation, VisitedText(kRealText));
-  ReadFloorRow<double>(operation, kRealText);
-
-  // No framework has references; its own reader is the floor.
-  operation = "variant text to reference+clear";
-  ZrCoreOwnedRow(operation, HoldText(kReferenceText), ZR_VT_REF);
-  Row(operation, "floor by contract", [text = HoldText(kReferenceText)] {
-    ZRREF* ref = nullptr;
-    Consume(ZrStringToREF(text->Value.string, &ref));
-    ZrDestroyREF(ref);
-  });
-
-  operation = "variant text to date-time";
-  ZrCoreNumberRow(operation, HoldText(kDateTimeText), ZR_VT_DATETIME);
-#if BENCH_QT
-  QtConvertRow(operation, QVariant(QString(kDateTimeText)), QMetaType::QDateTime);
-#endif
-  Row(operation, "floor by contract", [text = HoldText(kDateTimeText)] {
-    ZRDATETIMESTRUCT record;
-    ZRDATETIME value;
-    Consume(ZrDateTimeStringToDateTimeStruct(text->Value.string, &record));
-    ZrDateTimeFromStruct(&record, &value);
-    Consume(value);
-  });
-}
-
-// The floors by contract write into a block as a string has it.
-template <class Number, class Write>
-static void WriteFloorRows(const std::string& operation, Number number, const char* expected, Write write) {
-  std::array<char, 64> text;
-  char* const end = text.data() + text.size();
-  Require(std::string(text.data(), write(text.data(), end, number)) == expected, "the floor writes the same text");
-  Row(operation, "floor", [number, write] {
-    std::array<char, 64> buffer;
-    Consume(number);
-    Consume(write(buffer.data(), buffer.data() + buffer.size(), number));
-    Consume(buffer);
-  });
-  Row(operation, "floor by contract", [number, write] {
-    std::array<char, 64> buffer;
-    Consume(number);
-    WCHAR* block = FloorWiden(buffer.data(), write(buffer.data(), buffer.data() + buffer.size(), number));
-    Consume(block);
-    std::free(block);
-  });
-}
-
-static void WriteRows() {
-  std::string operation = "variant int32 to text+clear";
-  ZrCoreOwnedRow(operation, HoldInteger(kInteger), ZR_VT_STR);
-#if BENCH_QT
-  QtConvertRow(operation, QVariant(kInteger), QMetaType::QString);
-  Row(operation, "QString::number", [value = kInteger] { Consume(QString::number(value)); });
-#endif
-#if BENCH_GLIB
-  TransformRow(operation, HoldGValue(G_TYPE_INT, g_value_set_int, kInteger), G_TYPE_STRING);
-#endif
-#if BENCH_POCO
-  PocoRow<std::string>(operation, "", Poco::Dynamic::Var(kInteger));
-#endif
-  VisitorTextRow<int32_t>(operation, kInteger);
-  WriteFloorRows(operation, kInteger, kIntegerText,
-                 [](char* at, char* end, int32_t value) { return FloorWrite(at, end, value); });
-
-  operation = "variant double to text+clear";
-  ZrCoreOwnedRow(operation, HoldReal(kReal), ZR_VT_STR);
-#if BENCH_QT
-  QtConvertRow(operation, QVariant(kReal), QMetaType::QString);
-  Row(operation, "QString::number 'f' 6", [value = kReal] { Consume(QString::number(value, 'f', 6)); });
-#endif
-#if BENCH_GLIB
-  TransformRow(operation, HoldGValue(G_TYPE_DOUBLE, g_value_set_double, kReal), G_TYPE_STRING);
-#endif
-#if BENCH_POCO
-  PocoRow<std::string>(operation, " (shortest)", Poco::Dynamic::Var(kReal));
-#endif
-  VisitorTextRow<double>(operation, kReal);
-  WriteFloorRows(operation, kReal, kRealText, FloorWriteScaled);
-}
-
 // ---- Comparison -----------------------------------------------------------------------------------------------------
 
 static void ZrCoreCompareRow(const std::string& operation, const Holder& left, const Holder& right, bool expected) {
@@ -584,8 +219,5 @@ static void CompareRows() {
 void VariantRows() {
   InitRows();
   CopyRows();
-  NumberRows();
-  ReadRows();
-  WriteRows();
   CompareRows();
 }
