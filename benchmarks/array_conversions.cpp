@@ -12,14 +12,6 @@
 
 #include "array_fixtures.h"
 
-#if BENCH_QT
-#include <QList>
-#include <QString>
-#include <QVariant>
-#endif
-#if BENCH_POCO
-#include <Poco/Dynamic/Var.h>
-#endif
 #if BENCH_FMT
 #include <fmt/format.h>
 #endif

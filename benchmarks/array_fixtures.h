@@ -13,12 +13,17 @@
 #include "texts.h"
 #include "zrcore/array.h"
 
+// The peers, for all who include this.
 #if BENCH_QT
 #include <QList>
 #include <QString>
+#include <QVariant>
 #endif
 #if BENCH_GLIB
 #include <glib.h>
+#endif
+#if BENCH_POCO
+#include <Poco/Dynamic/Var.h>
 #endif
 
 inline constexpr uint32_t kFew = 1000;

@@ -12,18 +12,6 @@
 
 #include "array_fixtures.h"
 
-#if BENCH_QT
-#include <QList>
-#include <QString>
-#include <QVariant>
-#endif
-#if BENCH_GLIB
-#include <glib.h>
-#endif
-#if BENCH_POCO
-#include <Poco/Dynamic/Var.h>
-#endif
-
 // ---- Life -----------------------------------------------------------------------------------------------------------
 
 static void CreateRows(uint32_t count) {

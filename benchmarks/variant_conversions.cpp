@@ -14,18 +14,6 @@
 
 #include "variant_fixtures.h"
 
-#if BENCH_QT
-#include <QDateTime>
-#include <QString>
-#include <QVariant>
-#endif
-#if BENCH_GLIB
-#include <glib-object.h>
-#endif
-#if BENCH_POCO
-#include <Poco/Dynamic/Var.h>
-#endif
-
 // ---- Floors ---------------------------------------------------------------------------------------------------------
 
 // A conversion that is checked, and the least it takes: 0 or a failure.

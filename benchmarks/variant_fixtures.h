@@ -11,8 +11,18 @@
 #include "texts.h"
 #include "zrcore/variant.h"
 
+// The peers, for all who include this.
+#if BENCH_QT
+#include <QDateTime>
+#include <QString>
+#include <QUuid>
+#include <QVariant>
+#endif
 #if BENCH_GLIB
 #include <glib-object.h>
+#endif
+#if BENCH_POCO
+#include <Poco/Dynamic/Var.h>
 #endif
 
 inline constexpr int32_t kInteger = 1234567;

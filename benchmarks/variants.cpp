@@ -10,18 +10,6 @@
 
 #include "variant_fixtures.h"
 
-#if BENCH_QT
-#include <QString>
-#include <QUuid>
-#include <QVariant>
-#endif
-#if BENCH_GLIB
-#include <glib-object.h>
-#endif
-#if BENCH_POCO
-#include <Poco/Dynamic/Var.h>
-#endif
-
 // ---- Life -----------------------------------------------------------------------------------------------------------
 
 static void InitRows() {
