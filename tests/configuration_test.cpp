@@ -78,7 +78,7 @@ TEST_F(ConfigurationTest, ValuesOfAnyTypeAreReadAndWhatIsMissingIsNothing) {
   const uint32_t seven = 7;
   const Array numbers = MakeArray(ZR_VT_UI4, {{1, 0}}), texts = MakeArray(ZR_VT_STR, {{1, 0}});  // which convert
   const ZRSAFEARRAY array = numbers.get(), noArray = nullptr;
-  const uintptr_t one64 = 1;  // where a handle belongs
+  const uintptr_t madeUpHandle = 1;
   const ZRVARIANT text = At(ZR_VT_STR, truth.string), byRef = At(ZR_VT_UI4 | ZR_VT_BYREF, &seven);
   struct {
     Host host;
@@ -95,9 +95,9 @@ TEST_F(ConfigurationTest, ValuesOfAnyTypeAreReadAndWhatIsMissingIsNothing) {
       {Host({At(ZR_VT_VARIANT | ZR_VT_BYREF, &byRef)}), "on 0/7 0/7"},
       {Host({{W("EnableAllocator"), {At(ZR_VT_UI4 | ZR_VT_ARRAY, array)}}}), "off 0/1024 0/1024"},
       {Host({{W("EnableAllocator"), {At(ZR_VT_STR | ZR_VT_ARRAY, texts.get())}}}), "off 0/1024 0/1024"},
-      {Host({{W("EnableAllocator"), {At(ZR_VT_BOOL | ZR_VT_ARRAY | ZR_VT_BYREF, &one64)}}}), "on 0/1024 0/1024"},
+      {Host({{W("EnableAllocator"), {At(ZR_VT_BOOL | ZR_VT_ARRAY | ZR_VT_BYREF, &madeUpHandle)}}}), "on 0/1024 0/1024"},
       {Host({At(ZR_VT_UI4 | ZR_VT_ARRAY, nullptr)})},
-      {Host({{W("ZR_VT_SREF"), {At(ZR_VT_UI4 | ZR_VT_ARRAY | ZR_VT_BYREF, &one64)}}}), "off 0/1024 0/1"},
+      {Host({{W("ZR_VT_SREF"), {At(ZR_VT_UI4 | ZR_VT_ARRAY | ZR_VT_BYREF, &madeUpHandle)}}}), "off 0/1024 0/1"},
       {Host({At(ZR_VT_UI4 | ZR_VT_ARRAY | ZR_VT_BYREF, &noArray)})},
       {Host({text, ZR_R_CANCELLED})},
       {Host({Number(ZR_VT_BOOL, 1), ZR_R_SAME_VALUE}), "on 0/1 0/1"},
