@@ -87,20 +87,20 @@ TEST_F(ItemAllocatorTest, CapsAndTheirTrimming) {
 
 TEST_F(ItemAllocatorTest, StatisticsFollowTheListOfAllocators) {
   Give(items_, 2);
-  const auto check = [](const std::string& lines) {
+  CItemAllocator old("old", false, 8, 0), newer("newer", false, 8, 5);
+  const auto told = [] {
     std::ostringstream out;
     out << std::hex << std::showbase;  // no number heeds it
     CItemAllocator::WriteStatistics(out);
-    EXPECT_EQ(out.str(), "-- Allocator statistics : number of cached items/max size/memory usage (in bytes)\n" + lines +
-                             "items : 2/1024/80\ntagZRSREF : 0/1024/0\ntagZRREF : 0/1024/0\n");
+    return out.str();
   };
-  CItemAllocator old("old", false, 8, 0), newer("newer", false, 8, 5), newest("newest", false, 8, 0);
-  check("newest : 0/1024/0\nnewer : 0/5/0\nold : 0/1024/0\n");
-  newer.Teardown();
+  const std::string head = "-- Allocator statistics : number of cached items/max size/memory usage (in bytes)\n",
+                    rest = "items : 2/1024/80\ntagZRSREF : 0/1024/0\ntagZRREF : 0/1024/0\n";
+  EXPECT_EQ(told(), head + "newer : 0/5/0\nold : 0/1024/0\n" + rest);
   old.Teardown();
-  check("newest : 0/1024/0\n");
-  newest.Teardown();
-  check("");
+  EXPECT_EQ(told(), head + "newer : 0/5/0\n" + rest);
+  newer.Teardown();
+  EXPECT_EQ(told(), head + rest);
 }
 
 TEST_F(ItemAllocatorTest, NobodyWaitsAndOneThreadOwnsTheCachesInSingleThreadMode) {
