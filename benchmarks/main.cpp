@@ -27,9 +27,9 @@ int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
 
-  for (auto addRows : {CallRows, StringRows, UnicodeRows, UuidRows, ReferenceRows, TimeRows, BlobRows, VariantRows,
-                       VariantConversionRows, ArrayRows, ArrayConversionRows, MemoryRows, LockRows, AtomicRows,
-                       ComponentRows, ModuleLoadingRows})
+  for (auto addRows : {CallRows, StringRows, UnicodeRows, UuidRows, ReferenceRows, TimeRows, ResultCodeRows, BlobRows,
+                       VariantRows, VariantConversionRows, ArrayRows, ArrayConversionRows, MemoryRows, LockRows,
+                       AtomicRows, ComponentRows, ModuleLoadingRows})
     addRows();
   const std::size_t count = benchmark::RunSpecifiedBenchmarks();
 

@@ -29,6 +29,7 @@ void UnicodeRows();
 void UuidRows();
 void MemoryRows();
 void ReferenceRows();
+void ResultCodeRows();
 void TimeRows();
 void VariantConversionRows();
 void VariantRows();

@@ -10,8 +10,8 @@
 #include "variants/array_payload.h"
 #include "variants/variant_tags.h"
 
-// Within one epsilon of a type, absolute up to 1.0 and relative above. Comparisons with NaN are
-// false, and that decides.
+// Within one epsilon of a type, absolute up to 1.0 and relative above. Comparisons with NaN are false, and that
+// decides.
 static bool AreClose(double left, double right, double epsilon) noexcept {
   double scale = 1.0;
   for (const double magnitude : {std::fabs(left), std::fabs(right)}) {
