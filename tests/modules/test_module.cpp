@@ -1,5 +1,8 @@
 // The source of all test modules; definitions on the command line make each one off in its point.
 
+#include <string_view>
+#include <thread>
+
 #include "tests/support/module_log.h"
 #include "zrcore/zrcore.h"
 
@@ -8,29 +11,12 @@ static const struct Presence {  // in memory, as the loader sees it
   ~Presence() { WriteModuleLog(MODULE_NAME, "unload"); }
 } g_presence;
 
-#ifdef UNRESOLVED
-extern "C" void NobodyDefinesThis();
-#endif
-
-#ifndef WITHOUT_INIT
 ZRRESULT ZrInitModule() {
+  for (int turn = 0; turn < 100; ++turn) std::this_thread::yield();  // time for others to come too early
   WriteModuleLog(MODULE_NAME, "init");
-#ifdef UNRESOLVED
-  NobodyDefinesThis();
-#endif
-#ifdef REENTERING  // other classes' lookups are allowed while this module starts
-  ZRUUID classId;
-  (void)ZrCLSIDFromClassName(nullptr, &classId);
-  WriteModuleLog(MODULE_NAME, "asked");
-#endif
-#ifdef REFUSING
-  return ZR_R_ACCESS_DENIED;
-#endif
-  return ZR_R_OK;
+  return std::string_view(MODULE_NAME) == "refusing" ? ZR_R_ACCESS_DENIED : ZR_R_OK;
 }
-#endif
 
-#ifndef WITHOUT_EXIT
 void ZrExitModule() {
   WriteModuleLog(MODULE_NAME, "exit");
 #ifdef REENTERING  // under the registry's lock, on its thread
@@ -41,9 +27,7 @@ void ZrExitModule() {
   ZrUninitialize();
 #endif
 }
-#endif
 
-#ifndef WITHOUT_CREATE
 ZRRESULT ZrCreateInstanceModule(const ZRUUID* classId, uint64_t, [[maybe_unused]] const ZRUUID* interfaceId, uint64_t,
                                 void** object) {
   WriteModuleLog(MODULE_NAME, "create");
@@ -54,4 +38,3 @@ ZRRESULT ZrCreateInstanceModule(const ZRUUID* classId, uint64_t, [[maybe_unused]
   *object = reinterpret_cast<void*>(uintptr_t{classId->data1});
   return ZR_R_OK;
 }
-#endif
