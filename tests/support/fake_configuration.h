@@ -46,13 +46,9 @@ struct FakeConfiguration final : IZrConfiguration, IZrConfigurationSection, IZrC
     EXPECT_EQ(std::memcmp(value, &expected, sizeof expected), 0);
     expected.Type = type;
     EXPECT_EQ(std::memcmp(defaultValue, &expected, sizeof expected), 0) << "all defaults are 0";
-    const uint16_t given = current_.variant.Type;
-    const bool isCounted = given == ZR_VT_STR || given == ZR_VT_UNKNOWN;
-    if (isCounted || (given & (ZR_VT_ARRAY | ZR_VT_BYREF)) == ZR_VT_ARRAY) {
-      (void)ZrVariantCopy(value, &current_.variant);
-    } else {
-      *value = current_.variant;  // as it is, wrong ones too
-    }
+    *value = current_.variant;  // as it is, wrong ones too; and nothing owned gets lost
+    if (value->Type == ZR_VT_STR) ZrCopyString(value->Value.string);
+    if (value->Type == ZR_VT_UNKNOWN) value->Value.unknown->AddRef();
     return onCall(), current_.result;
   }
 

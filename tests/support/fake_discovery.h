@@ -37,10 +37,7 @@ class FakeDiscovery final : public IZrComponentDiscovery {
 
   uint32_t AddRef() override { return Called("AddRef"), ++references; }
   uint32_t Release() override { return Called("Release"), --references; }
-  ZRRESULT QueryInterface(const ZRUUID*, void**) override {
-    ADD_FAILURE() << "the library asks no object for another interface";
-    return ZR_R_NO_INTERFACE;
-  }
+  ZRRESULT QueryInterface(const ZRUUID*, void**) override { return ADD_FAILURE(), ZR_R_NO_INTERFACE; }
   ZRRESULT QueryComponent(const ZRUUID* classId, ZRSTR* modulePath, ZrModuleEntryPoints* entryPoints) override {
     EXPECT_TRUE(*modulePath == nullptr && !entryPoints->createInstance && !entryPoints->init && !entryPoints->exit);
     *modulePath = ZrCopyString(refusal_);  // the library destroys this one too
