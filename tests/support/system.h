@@ -9,9 +9,6 @@
 
 #include "zrcore/base.h"
 
-// A variable of the environment, here and in the processes that this one starts. Null takes it away.
-void SetEnvironment(const char* name, const char* value);
-
 // Puts this process into a time zone, by its rule or its name; null, back into the user's. False if the runtime can't
 // follow that rule or knows no names.
 bool SetTimeZone(const char* zone);
@@ -21,9 +18,6 @@ int64_t LocalClockOffset(int64_t standard);
 
 // A user's locale with more than ASCII letters, for the library to find when it first looks for one.
 void ChooseUnicodeLocale();
-
-// A user's locale that the system hasn't got. False if it would not let its user have one.
-bool ChooseMissingLocale();
 
 // One character in the other case, by the system's own mapping in the user's locale.
 WCHAR SystemLower(WCHAR unit);
@@ -36,22 +30,8 @@ std::string DebugOutputOf(const std::function<void()>& action);
 void* OpenLibrary(const char* path);
 void* FindInLibrary(void* library, const char* name);
 void CloseLibrary(void* library);
-bool IsLibraryLoaded(const char* path);
-
-// Files that can't be loaded: one isn't there, one is no module, one needs what nobody has. How the loader says so.
-struct Unloadable {
-  const char *module, *words;
-};
-extern const Unloadable kUnloadable[3];
 
 // Whole pages of memory, of which only the first can be touched. The size of one page.
 inline constexpr std::size_t kPageSize = 4096;
 char* ReserveGuardedPage();
 void ReleaseGuardedPage(char* page);
-
-// The standard output stream of another program, and whether it ended well.
-struct ProgramOutput {
-  std::string text;
-  bool isGood = false;
-};
-ProgramOutput OutputOfProgram(const std::string& path, const std::string& argument);

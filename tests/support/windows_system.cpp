@@ -1,14 +1,10 @@
 #include <windows.h>
 
-#include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <string_view>
 
 #include "tests/support/system.h"
-
-void SetEnvironment(const char* name, const char* value) { (void)_putenv_s(name, value != nullptr ? value : ""); }
 
 // Of rules the runtime knows offsets, and for summers that of the United States, which therefore isn't told.
 bool SetTimeZone(const char* zone) {
@@ -16,7 +12,7 @@ bool SetTimeZone(const char* zone) {
   static constexpr std::string_view kUnitedStates = ",M3.2.0/2,M11.1.0/2";
   if (const std::size_t at = rule.find(kUnitedStates); at != std::string::npos) rule.resize(at);
   if (rule.find_first_of(",/") != std::string::npos) return false;
-  SetEnvironment("TZ", rule.empty() ? nullptr : rule.c_str());
+  (void)_putenv_s("TZ", rule.c_str());  // an empty one takes the variable away
   _tzset();
   _dstbias = -3600;  // which a runtime may lose in a zone without summers, and not find again
   return true;
@@ -32,8 +28,6 @@ int64_t LocalClockOffset(int64_t) {
 
 void ChooseUnicodeLocale() {}  // every user's is one
 
-bool ChooseMissingLocale() { return false; }
-
 // One character at a time, as LCMapStringW has it without the rules of a language.
 static WCHAR Mapped(DWORD direction, WCHAR unit) {
   WCHAR mapped = 0;
@@ -42,24 +36,15 @@ static WCHAR Mapped(DWORD direction, WCHAR unit) {
 WCHAR SystemLower(WCHAR unit) { return Mapped(LCMAP_LOWERCASE, unit); }
 WCHAR SystemUpper(WCHAR unit) { return Mapped(LCMAP_UPPERCASE, unit); }
 
-// A debugger is told by an exception, an older system's in the system's code page. A handler that comes first is as
-// good as one.
+// A debugger is told by an exception with the text's length and its address, in the end in the system's code page. A
+// handler that comes first is as good as one.
 static thread_local std::string* g_debugOutput = nullptr;
 
 static LONG CALLBACK TakeDebugOutput(EXCEPTION_POINTERS* pointers) {
-  constexpr DWORD kPrint = 0x40010006, kWidePrint = 0x4001000A;  // with the text's length and its address
+  constexpr DWORD kPrint = 0x40010006;
   const EXCEPTION_RECORD& record = *pointers->ExceptionRecord;
-  if (g_debugOutput == nullptr || (record.ExceptionCode != kPrint && record.ExceptionCode != kWidePrint)) {
-    return EXCEPTION_CONTINUE_SEARCH;
-  }
-  const ULONG_PTR text = record.ExceptionInformation[1];
-  if (record.ExceptionCode == kPrint) {
-    *g_debugOutput += reinterpret_cast<const char*>(text);
-  } else {
-    for (const auto* unit = reinterpret_cast<const WCHAR*>(text); *unit != 0; ++unit) {
-      *g_debugOutput += *unit < 0x80 ? static_cast<char>(*unit) : '?';
-    }
-  }
+  if (g_debugOutput == nullptr || record.ExceptionCode != kPrint) return EXCEPTION_CONTINUE_SEARCH;
+  *g_debugOutput += reinterpret_cast<const char*>(record.ExceptionInformation[1]);
   return EXCEPTION_CONTINUE_EXECUTION;
 }
 
@@ -78,10 +63,6 @@ void* FindInLibrary(void* library, const char* name) {
   return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name));
 }
 void CloseLibrary(void* library) { FreeLibrary(static_cast<HMODULE>(library)); }
-bool IsLibraryLoaded(const char* path) { return GetModuleHandleA(path) != nullptr; }
-
-// In the language of the system.
-const Unloadable kUnloadable[] = {{"nowhere", ""}, {"no_module", ""}, {"unresolved", ""}};
 
 char* ReserveGuardedPage() {
   void* pages = VirtualAlloc(nullptr, 2 * kPageSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
@@ -91,13 +72,3 @@ char* ReserveGuardedPage() {
   return static_cast<char*>(pages);
 }
 void ReleaseGuardedPage(char* page) { VirtualFree(page, 0, MEM_RELEASE); }
-
-ProgramOutput OutputOfProgram(const std::string& path, const std::string& argument) {
-  std::string command = path + ".exe " + argument;
-  std::replace(command.begin(), command.end(), '/', '\\');  // which the shell takes for switches
-  std::FILE* child = _popen(command.c_str(), "rb");
-  ProgramOutput output;
-  for (int next; (next = std::fgetc(child)) != EOF;) output.text += static_cast<char>(next);
-  output.isGood = _pclose(child) == 0;
-  return output;
-}
