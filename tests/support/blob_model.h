@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "blobs/blob_handle.h"
@@ -18,49 +17,36 @@
 using Bytes = std::vector<uint8_t>;
 
 struct ModelBlock {
-  Bytes content, behind;  // together the capacity
-  uint32_t position = 0;
-
-  uint32_t Length() const { return static_cast<uint32_t>(content.size()); }
+  Bytes bytes;  // as many as the capacity: the content, and what lies behind
+  uint32_t length = 0, position = 0;
 
   // Puts bytes in the place of up to `removed` old ones; the capacity follows when the content outgrows it.
-  ZRRESULT Replace(uint32_t offset, uint32_t removed, const Bytes& bytes) {
-    if (offset > Length()) return ZR_R_INVALID_ARGUMENTS;
+  ZRRESULT Replace(uint32_t offset, uint32_t removed, const Bytes& put) {
+    if (offset > length) return ZR_R_INVALID_ARGUMENTS;
+    Bytes content = At(0, length);
     const auto place = content.begin() + offset;
-    const std::size_t before = content.size();
-    content.insert(content.erase(place, place + std::min(removed, Length() - offset)), bytes.begin(), bytes.end());
-    const std::size_t length = content.size();
-    if (length > before + behind.size()) {
-      behind.assign(1024 - length % 1024, 0);
-    } else if (length < before) {
-      behind.insert(behind.begin(), before - length, 0xFE);
-    } else {
-      behind.erase(behind.begin(), behind.begin() + static_cast<std::ptrdiff_t>(length - before));
-    }
+    content.insert(content.erase(place, place + std::min(removed, length - offset)), put.begin(), put.end());
+    if (content.size() > bytes.size()) bytes.assign((content.size() / 1024 + 1) * 1024, 0);
+    std::fill(bytes.begin(), bytes.begin() + length, uint8_t{0xFE});  // what isn't overwritten has been removed
+    std::copy(content.begin(), content.end(), bytes.begin());
+    length = static_cast<uint32_t>(content.size());
     return ZR_R_OK;
-  }
-
-  ZRRESULT Write(const Bytes& bytes) {
-    const uint32_t count = static_cast<uint32_t>(bytes.size());
-    const ZRRESULT result = Replace(position, count, bytes);
-    if (result == ZR_R_OK) position += count;
-    return result;
   }
 
   ZRRESULT Seek(uint32_t offset, uint8_t origin, uint8_t direction) {
     if (origin > 2) return ZR_R_INVALID_ARGUMENTS;
     if (origin == 1 && direction != 1) {
-      position = offset > position ? 0 : position - offset;
+      position -= std::min(offset, position);
     } else {
-      position = std::min(origin == 0 ? offset : origin == 1 ? position + offset : UINT32_MAX, Length());
+      position = std::min(origin == 0 ? offset : origin == 1 ? position + offset : UINT32_MAX, length);
     }
     return ZR_R_OK;
   }
 
   // What a read delivers.
   Bytes At(uint32_t offset, uint32_t count) const {
-    if (offset >= Length()) return {};
-    return {content.begin() + offset, content.begin() + offset + std::min(count, Length() - offset)};
+    if (offset >= length) return {};
+    return {bytes.begin() + offset, bytes.begin() + offset + std::min(count, length - offset)};
   }
 };
 
@@ -81,7 +67,7 @@ class CBlobSequence {
     ModelBlock& Detached() {
       if (model.use_count() > 1) {
         model = std::make_shared<ModelBlock>(*model);
-        std::fill(model->behind.begin(), model->behind.end(), uint8_t{0});
+        std::fill(model->bytes.begin() + model->length, model->bytes.end(), uint8_t{0});
       }
       return *model;
     }
@@ -104,10 +90,10 @@ class CBlobSequence {
   void Step() {
     Slot& slot = slots_[NextBelow(4)];
     Slot& other = slots_[NextBelow(4)];
-    if (slot.model && slot.model->Length() > 16000) slot = Slot();
+    if (slot.model && slot.model->length > 16000) slot = Slot();
     ZRBLOB blob = slot.blob.Get();
-    const uint32_t length = slot.model ? slot.model->Length() : 0;
-    const uint32_t room = slot.model ? static_cast<uint32_t>(slot.model->behind.size()) : 1024;
+    const uint32_t length = slot.model ? slot.model->length : 0;
+    const uint32_t room = slot.model ? static_cast<uint32_t>(slot.model->bytes.size()) - length : 1024;
     const uint32_t offset =
         OneOf({0, 1, length / 2, length - 1, length, length + 1, UINT32_MAX, NextBelow(length + 2)});
     const uint32_t count = OneOf({0, 1, room, room + 1, 1023, 1024, NextBelow(20), NextBelow(3000)});
@@ -116,7 +102,7 @@ class CBlobSequence {
     for (uint8_t& byte : bytes) byte = pattern_ = static_cast<uint8_t>(pattern_ * 5 + 1);
     const bool isGiven = NextBelow(8) != 0, isPut = blob && isGiven && count != 0;
     const uint8_t* given = !isGiven ? nullptr : count != 0 ? bytes.data() : buffer.data();
-    uint8_t equal = 9;
+    uint8_t* to = isGiven ? buffer.data() : nullptr;
     ZRRESULT result = ZR_R_INVALID_ARGUMENTS, expected = result;
 
     const uint32_t operation = NextBelow(12);
@@ -138,7 +124,6 @@ class CBlobSequence {
         break;
       case 3:
       case 4: {
-        uint8_t* to = isGiven ? buffer.data() : nullptr;
         result = operation == 3 ? ZrReadBlob(blob, to, atMost) : ZrReadBlobPos(blob, to, offset, atMost);
         if (!blob || !isGiven || atMost == 0) break;
         const Bytes delivered = slot.model->At(operation == 3 ? slot.model->position : offset, atMost);
@@ -155,7 +140,8 @@ class CBlobSequence {
       }
       case 6:
         result = ZrWriteBlob(blob, given, count);
-        if (isPut) expected = slot.Detached().Write(bytes);
+        if (isPut) expected = slot.Detached().Replace(slot.model->position, count, bytes);
+        if (expected == ZR_R_OK) slot.model->position += count;
         break;
       case 7:
         result = ZrInsertBlob(blob, offset, given, count);
@@ -167,20 +153,20 @@ class CBlobSequence {
         break;
       case 9:
         result = ZrAppendBlob(blob, other.blob.Get());
-        if (blob && other.model) expected = slot.Detached().Replace(length, 0, Bytes(other.model->content));
+        if (blob && other.model) expected = slot.Detached().Replace(length, 0, other.model->At(0, UINT32_MAX));
         break;
       case 10:
         result = ZrRemoveBlob(blob, offset, atMost);
         if (blob && atMost != 0) expected = slot.Detached().Replace(offset, atMost, {});
         break;
       default:
-        result = ZrCompareBlob(blob, other.blob.Get(), isGiven ? &equal : nullptr);
+        result = ZrCompareBlob(blob, other.blob.Get(), to);
         if (!blob || !other.model || !isGiven) break;
         expected = ZR_R_OK;
-        Claim(std::exchange(equal, 9) == (slot.model->content == other.model->content ? 1 : 0), "equality");
+        read[0] = slot.model->At(0, UINT32_MAX) == other.model->At(0, UINT32_MAX) ? 1 : 0;
     }
     Claim(result == expected, "result of operation " + std::to_string(operation));
-    Claim(buffer == read && equal == 9, "what was delivered");
+    Claim(buffer == read, "what was delivered");
     for (const Slot& each : slots_) Check(each);
   }
 
@@ -190,16 +176,14 @@ class CBlobSequence {
     const ModelBlock& model = *slot.model;
     const ZrBlobBlock& block = *blob->block;
     uint32_t length = 0, position = 0;
-    uint8_t last = 9, beyond = 9;
-    Claim(ZrBlobByteLen(blob, &length) == ZR_R_OK && length == model.Length(), "length");
+    uint8_t behind = 9, beyond = 9;
+    Claim(ZrBlobByteLen(blob, &length) == ZR_R_OK && length == model.length, "length");
     Claim(ZrBlobPosition(blob, &position) == ZR_R_OK && position == model.position, "position");
-    Claim(ZrBlobGetAt(blob, length, &last) == ZR_R_OK && last == (model.behind.empty() ? 0 : model.behind[0]),
-          "byte behind the content");
+    Claim(ZrBlobGetAt(blob, length, &behind) == ZR_R_OK && behind == block.bytes[length], "byte behind the content");
     Claim(ZrBlobGetAt(blob, length + 1, &beyond) == ZR_R_OK && beyond == 0, "byte too far");
     Claim(blob->element->Block() == &block && block.refCount == slot.model.use_count(), "who shares");
-    Claim(block.capacity == length + model.behind.size(), "capacity");
-    Claim(std::equal(model.content.begin(), model.content.end(), block.bytes), "content");
-    Claim(std::equal(model.behind.begin(), model.behind.end(), block.bytes + length), "bytes behind the content");
+    Claim(Bytes(block.bytes, block.bytes + block.capacity) == model.bytes, "content, or bytes behind");
+    Claim(block.bytes[block.capacity] == 0, "the byte more");
   }
 
   const uint8_t* at_;
