@@ -5,9 +5,19 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <random>
+#include <regex>
+#include <sstream>
+#include <vector>
 
-#include "tests/support/integer_texts.h"
 #include "tests/support/text.h"
+
+// C libraries differ about a "0x" without digits behind it. Only its 0 is to be read, so a blank is shown to them for
+// its x.
+static std::string WithoutEmptyPrefix(const std::string& text) {
+  static const std::regex prefix("^([ \t\n\v\f\r]*[-+]?0)[xX](?![0-9a-fA-F])");
+  return std::regex_replace(text, prefix, "$1 ");
+}
 
 template <class Integer, class Read>
 static void CheckReading(const std::string& text, int base, Read read) {
@@ -20,11 +30,23 @@ static void CheckReading(const std::string& text, int base, Read read) {
 }
 
 TEST(NumberText, ReadsAsTheCLibrary) {
-  ForEachIntegerText([](const std::string& text) {
+  std::vector<std::string> texts;
+  std::istringstream limits(
+      "|-|+-1| \t\n\v\f\r42|0x|0x1g|-0XfF|9223372036854775807|9223372036854775808|-9223372036854775808|"
+      "-9223372036854775809|18446744073709551615|18446744073709551616|-18446744073709551615|-18446744073709551616|"
+      "7fffffffffffffff|8000000000000000|ffffffffffffffff|10000000000000000|-8000000000000000|-ffffffffffffffff");
+  for (std::string text; std::getline(limits, text, '|');) texts.push_back(text);
+  std::mt19937 random(3);
+  static constexpr char kUnits[] = "00123456789999afAFx+- \tg.";
+  while (texts.size() < 20000) {
+    std::string& text = texts.emplace_back(random() % 24, ' ');
+    for (char& unit : text) unit = kUnits[random() % sizeof kUnits];  // zero units too
+  }
+  for (const std::string& text : texts) {
     for (const int base : {10, 16}) {
       CheckReading<int64_t>(text, base, std::strtoll);
       CheckReading<uint64_t>(text, base, std::strtoull);
     }
-  });
+  }
   EXPECT_EQ(ReadInteger<int64_t>(Units(1, WCHAR{0x0661})).end, 0u) << "only the digits of the C locale";
 }
