@@ -56,26 +56,8 @@ TEST(DateTime, FollowsTheCalendarAtAnyValue) {
     ASSERT_TRUE(value < 0 || ValueOf(expected) == value) << value;
   }
   ZrDateTimeToStruct(0, nullptr);
-}
-
-TEST(DateTime, ReckonsAnyRecord) {
-  EXPECT_EQ(ValueOf({1600, 5, 0, 5, 1, 0, 0, 0, 0, 0}), ZR_TICKS_PER_HOUR);
-  EXPECT_EQ(ValueOf({2012, 13, 0, 5, -1, 0, 0, 0, 0, 0}), -ZR_TICKS_PER_HOUR);
-  EXPECT_EQ(ValueOf({2012, 1, 0, 32, 0, 0, 0, 0, 0, -1}), -1);
-  std::mt19937 random(4);
-  for (int round = 0; round < 100000; ++round) {
-    ZRDATETIMESTRUCT record;
-    for (auto& byte : reinterpret_cast<unsigned char(&)[sizeof record]>(record)) byte = static_cast<uint8_t>(random());
-    if (round % 2) {  // mostly dates
-      Set(record.month, random() % 14);
-      Set(record.day, random() % 33);
-    }
-    ASSERT_EQ(ValueOf(record), ModelValue(record));
-  }
   ZrDateTimeFromStruct(nullptr, nullptr);
 }
-
-// ---- Text ----------------------------------------------------------------------------------------------------------
 
 template <class... Values>
 static std::string Printed(const char* format, Values... values) {
@@ -83,7 +65,7 @@ static std::string Printed(const char* format, Values... values) {
   return {text, static_cast<std::size_t>(std::snprintf(text, sizeof text, format, values...))};
 }
 
-TEST(DateTime, WritesAsPrintfDoes) {
+TEST(DateTime, WritesAsPrintfDoesAndReckonsAnyRecord) {
   std::mt19937 random(6);
   for (int round = 0; round < 20000; ++round) {
     ZRDATETIMESTRUCT r = {2012, 3, 0, 4, 5, 6, 7, 12, 0, 1234567};
@@ -92,6 +74,7 @@ TEST(DateTime, WritesAsPrintfDoes) {
     const auto any = [&] { return random() % 2 ? kEdges[random() % std::size(kEdges)] : static_cast<int>(random()); };
     const auto disturb = [&](auto&... fields) { ((random() % 4 == 0 ? Set(fields, any()) : void()), ...); };
     disturb(r.year, r.month, r.day, r.hour, r.minute, r.second, r.millisecond, r.fraction);
+    ASSERT_EQ(ValueOf(r), ModelValue(r));
     const std::string date = Printed("%4d-%02d-%02d", r.year, r.month, r.day);
     const std::string time = Printed("%02d:%02d:%02d", r.hour, r.minute, r.second);
     const std::string ticks = Printed(".%07d", r.fraction), milliseconds = Printed(".%03d", r.millisecond);
@@ -100,16 +83,13 @@ TEST(DateTime, WritesAsPrintfDoes) {
     ASSERT_EQ(ContentOf(Owned(ZrDateTimeStructToDateTimeString(&r, 1))), Widened(date + ' ' + time + ticks));
     ASSERT_EQ(ContentOf(Owned(ZrDateTimeStructToDateTimeString(&r, 0))), Widened(date + ' ' + time + milliseconds));
   }
-  EXPECT_EQ(ZrDateTimeStructToDateString(nullptr), nullptr);
-  EXPECT_EQ(ZrDateTimeStructToDateTimeString(nullptr, 1), nullptr);
-  EXPECT_EQ(ZrDateTimeStructToTimeString(nullptr), nullptr);
+  EXPECT_TRUE(!ZrDateTimeStructToDateString(nullptr) && !ZrDateTimeStructToDateTimeString(nullptr, 1) &&
+              !ZrDateTimeStructToTimeString(nullptr));
 }
 
 TEST(TimeSpan, WritesEachPartWithItsOwnSign) {
-  EXPECT_EQ(ContentOf(Owned(ZrTimeSpanToTimeSpanString(-ZR_TICKS_PER_HOUR * 3 / 2))), W("-1:-30:00.0000000"));
   std::mt19937_64 random(8);
   std::vector<ZRTIMESPAN> spans = {0, 1 - ZR_TICKS_PER_DAY, -ZR_TICKS_PER_DAY, INT64_MAX, INT64_MIN};
-  for (int64_t days : {1, 9, 10, 99, 100, 999, 1000, 9999, 10000}) spans.push_back(days * ZR_TICKS_PER_DAY);
   while (spans.size() < 20000) spans.push_back(static_cast<ZRTIMESPAN>(random()) >> random() % 64);
   for (ZRTIMESPAN span : spans) {
     const auto days = static_cast<int>(span / ZR_TICKS_PER_DAY);
@@ -125,47 +105,29 @@ TEST(TimeSpan, WritesEachPartWithItsOwnSign) {
 
 // Texts cut at every length, then with any unit anywhere.
 TEST(DateTime, ReadsWhatItCan) {
-  const std::string kTexts[] = {"2012-03-04 05:06:07.1234567 tail", "04.03.2012 25:66:77.999x", "23:59:59.9999999",
+  const std::string kTexts[] = {"2012-03-04 05:06:07.1234567 tail", "04-03-2012 25:66:77.999x", "23:59:59.9999999",
                                 "9999999999999999999.01:02:03.500", "-1.12:00:00"};
   static const char kStrange[] = "0123456789 -+.:\t\r?xA/";
   std::mt19937 random(5);
-  for (const std::string& text : kTexts) {
-    for (int round = 0; round < 6000; ++round) {
-      std::string odd = text.substr(0, random() % (text.size() + 1));
-      for (unsigned changes = random() % 4; changes > 0 && !odd.empty(); --changes) {
-        odd[random() % odd.size()] = kStrange[random() % (sizeof kStrange - 1)];
-      }
-      SCOPED_TRACE(odd);
-      ZRDATETIMESTRUCT record;
-      ASSERT_TRUE(ReadsAsModelled(ZrDateTimeStringToDateTimeStruct, ModelReadDateTime, Widened(odd), record));
-      ASSERT_TRUE(ReadsAsModelled(ZrTimeStringToDateTimeStruct, ModelReadTime, Widened(odd), record));
-      ZRTIMESPAN span = 42, expected = 0;
-      ASSERT_EQ(ZrTimeSpanStringToTimeSpan(Owned(Widened(odd)), &span), ModelReadSpan(odd, expected));
-      ASSERT_EQ(span, expected);
-    }
-  }
-}
-
-TEST(DateTime, ReadsAtFixedPlaces) {
-  const std::pair<const char*, const char*> kRows[] = {
-      {"04/03/2012 05:06:07.123", "2012-03-04 05:06:07.1230000"},
-      {"04-03-2012", "2012-03-04 00:00:00.0000000"},                  // the first hyphen decides
-      {" 2012-03-04", "   3-12-02 00:00:00.0000000"},                 // not trimmed, so day first
-      {"2012-03-04 05:06:07.123456", "2012-03-04 05:06:07.0123456"},  // six digits are that many ticks
-  };
   ZRDATETIMESTRUCT record;
-  for (const auto& [text, written] : kRows) {
-    EXPECT_EQ(ZrDateTimeStringToDateTimeStruct(Owned(Widened(text)), &record), 1);
-    EXPECT_EQ(ContentOf(Owned(ZrDateTimeStructToDateTimeString(&record, 1))), Widened(written)) << text;
+  ZRTIMESPAN span, expected;
+  for (int round = 0; round < 30000; ++round) {
+    std::string odd = kTexts[round % 5];
+    odd.resize(random() % (odd.size() + 1));
+    for (unsigned changes = random() % 4; changes > 0 && !odd.empty(); --changes) {
+      odd[random() % odd.size()] = kStrange[random() % (sizeof kStrange - 1)];
+    }
+    ASSERT_TRUE(ReadsAsModelled(ZrDateTimeStringToDateTimeStruct, ModelReadDateTime, Widened(odd), record)) << odd;
+    ASSERT_TRUE(ReadsAsModelled(ZrTimeStringToDateTimeStruct, ModelReadTime, Widened(odd), record)) << odd;
+    ASSERT_EQ(ZrTimeSpanStringToTimeSpan(Owned(Widened(odd)), &span), ModelReadSpan(odd, expected)) << odd;
+    ASSERT_EQ(span, expected) << odd;
   }
-  EXPECT_EQ(record.dayOfWeek, 0) << "a Sunday";
   const Owned text(Units(W("2012-03-04 05:06:07.1234567")));
   for (auto read : {&ZrDateTimeStringToDateTimeStruct, &ZrTimeStringToDateTimeStruct}) {
-    record.year = 1;
-    EXPECT_TRUE(read(text, nullptr) == 0 && read(nullptr, &record) == 0);
+    EXPECT_TRUE(read(text, &record) == 1 && read(text, nullptr) == 0 && read(nullptr, &record) == 0);
     EXPECT_EQ(record, ZRDATETIMESTRUCT{});
   }
-  ZRTIMESPAN span = 42;
+  span = 42;
   EXPECT_TRUE(ZrTimeSpanStringToTimeSpan(text, nullptr) == 0 && ZrTimeSpanStringToTimeSpan(nullptr, &span) == 0);
   EXPECT_EQ(span, 0);
 }
