@@ -4,6 +4,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <string>
 #include <vector>
 
@@ -31,17 +32,15 @@ inline bool IsWhole(const std::vector<WCHAR>& text, size_t at) { return IsPair(t
 inline size_t Tails(WCHAR unit) { return IsSurrogate(unit) ? 1 : 0; }
 inline size_t Tails(char32_t) { return 0; }
 inline size_t Tails(char byte) {
-  const auto lead = static_cast<uint8_t>(byte);
-  return lead < 0xC0 ? 0 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
+  return static_cast<size_t>(std::clamp(std::countl_one(static_cast<uint8_t>(byte)), 1, 4)) - 1;
 }
 inline uint32_t Value(const std::vector<WCHAR>& text, size_t at) {
   return Tails(text[at]) == 0 ? text[at] : text[at] * 1024u + text[at + 1] - 56613888;
 }
 inline uint32_t Value(const std::vector<char>& bytes, size_t at) {
-  static constexpr uint32_t kLimits[] = {0x100, 0x20, 0x10, 0x08};
-  uint32_t value = static_cast<uint8_t>(bytes[at]) % kLimits[Tails(bytes[at])];
-  for (size_t tails = Tails(bytes[at]); tails != 0; --tails)
-    value = value * 64 + static_cast<uint8_t>(bytes[++at]) % 64;
+  size_t tails = Tails(bytes[at]);
+  uint32_t value = static_cast<uint8_t>(bytes[at]) % (tails == 0 ? 0x100u : 0x40u >> tails);
+  for (; tails != 0; --tails) value = value * 64 + static_cast<uint8_t>(bytes[++at]) % 64;
   return value;
 }
 
@@ -66,11 +65,10 @@ inline Outcome<WCHAR> StringFromUtf8(const std::vector<char>& bytes, size_t size
   Outcome<WCHAR> outcome;
   size_t count = 0, needed = 0;
   for (size_t at = 0; at < size; ++at) {
-    const auto byte = static_cast<uint8_t>(bytes[at]);
-    const bool isTail = byte / 64 == 2;
+    const bool isTail = static_cast<uint8_t>(bytes[at]) / 64 == 2;
     if (isTail != (needed != 0)) return outcome;
     needed = isTail ? needed - 1 : Tails(bytes[at]);
-    if (!isTail) count += byte < 0xF0 ? 1 : 2;
+    if (!isTail) count += needed < 3 ? 1 : 2;
   }
   for (size_t at = 0; at < size && at + Tails(bytes[at]) <= size; at += 1 + Tails(bytes[at])) {
     outcome.units += Units(Value(bytes, at));
@@ -105,16 +103,13 @@ Outcome<To> Range(const std::vector<From>& from, bool stop, String<To> (*step)(c
 
 template <class From>
 std::u32string ToPoint(const std::vector<From>& from, size_t at) {
-  if (at + Tails(from[at]) >= from.size()) return {};
-  return {Value(from, at)};
+  return at + Tails(from[at]) < from.size() ? std::u32string(1, Value(from, at)) : std::u32string();
 }
 inline String<WCHAR> ToUnits(const std::vector<char32_t>& points, size_t at) {
   return points[at] == 0xFFFF || points[at] > 0x10FFFE ? String<WCHAR>() : Units(points[at]);
 }
-inline std::string ToSequence(const std::vector<char32_t>& points, size_t at) {
-  const uint32_t point = points[at];
-  if (point >= 0x1FFFFF) return {};
-  return Sequence(point, point < 0x7F ? 1 : point < 0x7FF ? 2 : point < 0xFFFF ? 3 : 4);
+inline std::string ToSequence(const std::vector<char32_t>& points, size_t at) {  // whose limits are one short
+  return points[at] < 0x1FFFFF ? Sequence(points[at], SequenceSize(points[at] + 1)) : std::string();
 }
 
 // ---- Writers: the size that they tell, and what they leave ---------------------------------------------
