@@ -1,16 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "tests/support/guarded_page.h"
 #include "tests/support/text.h"
 
 TEST(CountedString, CreatorsFollowTheirRules) {
   const Owned shared(ZrCopyString(nullptr)), before(Units(W("before")));
-  const Units longText(40, W('x'));
-  for (const WCHAR* text : {static_cast<const WCHAR*>(nullptr), W(""), W("a"), W("abc"), longText.c_str()}) {
-    for (const int32_t length : {INT32_MIN, -2, -1, 0, 1, 2, 3, 5, 40, 100}) {
+  for (const WCHAR* text : {static_cast<const WCHAR*>(nullptr), W(""), W("abc")}) {
+    for (const int32_t length : {INT32_MIN, -2, -1, 0, 1, 3, 40}) {
       Units expected = text != nullptr ? text : Units();
       const bool isShared = text != nullptr && (expected.empty() || length == 0);
       const bool isRefused = length < -1 || (text == nullptr && length == -1);
@@ -32,62 +30,56 @@ TEST(CountedString, CreatorsFollowTheirRules) {
   }
   EXPECT_EQ(ZrCreateZRSTRfromWCHAR(W("a"), 1, nullptr), ZR_R_INVALID_ARGUMENTS);
   EXPECT_EQ(ZrCreateString(nullptr), nullptr);
+}
 
-  const std::string bytes("a\0\0bc", 5);
-  for (uint32_t length = 0; length <= bytes.size(); ++length) {
-    for (const std::string& data : {bytes, std::string()}) {
-      const Owned string(ZrCreateStringByteLen(data.empty() ? nullptr : data.data(), length));
+TEST(CountedString, HoldsAnyBytes) {
+  const std::string bytes("a\0\0bc", 5), zeros(5, 0);
+  for (uint32_t length = 0; length <= 5; ++length) {
+    for (const std::string& data : {bytes, zeros}) {
+      const Owned string(ZrCreateStringByteLen(data == zeros ? nullptr : data.data(), length));
       EXPECT_EQ(ZrStringByteLen(string), length);
       EXPECT_EQ(ZrStringLen(string), length / 2);
-      EXPECT_NE(string.string, shared.string);
-      std::string expected = data.substr(0, length);
-      expected.resize(length + 2);
-      EXPECT_EQ(std::string(reinterpret_cast<const char*>(string.string), length + 2), expected);
+      const std::string held(reinterpret_cast<const char*>(string.string), length + 2);
+      EXPECT_EQ(held, data.substr(0, length) + std::string(2, 0)) << "and a terminator";
     }
   }
 }
 
-// Texts at every place in a 16-byte vector, ending at every place: a scan in vectors must find the same end. The last
-// unit of each is the last of a page with none behind it.
+// Texts at every place in a 16-byte vector, ending at every place: a scan in vectors must find the same end. Behind
+// some lies a page that nobody may read.
 TEST(CountedString, FindsTheTerminatorWhereverTheTextLies) {
   const GuardedPage page;
   for (std::size_t length = 1; length < 40; ++length) {
     const Units text(length, WCHAR{0x100});  // a unit with a zero byte is no end
-    EXPECT_EQ(ContentOf(Owned(ZrCreateString(page.Put(text)))), text);
-    for (std::size_t start = 0; start < 16; ++start) {
-      const Units buffer = Units(start, WCHAR{0}) + text;
-      EXPECT_EQ(ZrStringLen(Owned(ZrCreateString(buffer.c_str() + start))), length);
+    for (std::size_t behind = 0; behind < 8; ++behind) {
+      EXPECT_EQ(ContentOf(Owned(ZrCreateString(page.Put(text + Units(behind, WCHAR{0}))))), text);
     }
   }
 }
 
 TEST(CountedString, CopiesAndReleasesByReference) {
-  const Owned text(Units(W("text")));
+  const Owned text(Units(W("text"))), empty(ZrCopyString(nullptr));
   {
-    const Owned copy(ZrCopyString(text)), deep(ZrDeepCopyString(text));
+    const Owned copy(ZrCopyString(text)), deep(ZrDeepCopyString(text)), deepNothing(ZrDeepCopyString(nullptr));
     EXPECT_EQ(copy.string, text.string);
     EXPECT_EQ(ZrStringRefCount(text), 2u);
     EXPECT_NE(deep.string, text.string);
     EXPECT_EQ(ContentOf(deep), W("text"));
+    EXPECT_NE(deepNothing.string, empty.string);
+    EXPECT_EQ(ContentOf(deepNothing), Units());
   }
   EXPECT_EQ(ZrStringRefCount(text), 1u);
-  EXPECT_EQ(ZrStringRefCount(nullptr) + ZrStringLen(nullptr) + ZrStringByteLen(nullptr), 0u);
+  EXPECT_EQ(ZrStringRefCount(nullptr) + ZrStringLen(nullptr) + ZrStringByteLen(nullptr) + ZrStringLen(empty), 0u);
   ZrDestroyString(nullptr);
-
-  const ZRSTR empty = ZrCopyString(nullptr);
-  const Owned deepNothing(ZrDeepCopyString(nullptr));
-  EXPECT_TRUE(deepNothing.string != nullptr && deepNothing.string != empty);
-  EXPECT_EQ(ZrStringLen(deepNothing) + ZrStringLen(empty), 0u);
   for (uint32_t releases = ZrStringRefCount(empty) + 2; releases > 0; --releases) ZrDestroyString(empty);
   EXPECT_EQ(ZrStringRefCount(empty), 1u) << "outlives too many releases";
-  EXPECT_EQ(Owned(ZrCopyString(nullptr)).string, empty);
 }
 
 TEST(CountedString, RecreatesInPlace) {
   ZRSTR string = ZrCreateString(W("old"));
   EXPECT_EQ(ZrReCreateString(&string, nullptr) + ZrReCreateStringLen(&string, nullptr, 4), 0);
-  EXPECT_EQ(ContentOf(string), W("old"));
   EXPECT_EQ(ZrReCreateString(nullptr, W("a")) + ZrReCreateStringLen(nullptr, W("a"), 1), 0);
+  EXPECT_EQ(ContentOf(string), W("old"));
   EXPECT_EQ(ZrReCreateString(&string, W("newer")), 1);
   EXPECT_EQ(ContentOf(string), W("newer"));
   EXPECT_EQ(ZrReCreateStringLen(&string, W("newest"), 3), 1);
@@ -97,26 +89,23 @@ TEST(CountedString, RecreatesInPlace) {
 TEST(CountedString, Appends) {
   const Owned text(Units(W("a\0b"), 3)), empty(ZrCreateStringLen(nullptr, 0)), odd(ZrCreateStringByteLen("xyz", 3));
   EXPECT_EQ(ContentOf(Owned(ZrAppendStrings(text, text))), Units(W("a\0ba\0b"), 6));
-  const Owned own(ZrAppendStrings(text, empty)), nothing(ZrAppendStrings(nullptr, nullptr));
-  EXPECT_EQ(ContentOf(own), ContentOf(text));
-  EXPECT_NE(own.string, text.string);
+  EXPECT_EQ(ZrStringByteLen(Owned(ZrAppendStrings(odd, odd))), 6u) << "byte lengths add up";
+  EXPECT_NE(Owned(ZrAppendStrings(text, empty)).string, text.string);
   EXPECT_EQ(Owned(ZrAppendStrings(text, nullptr)).string, text.string);
   EXPECT_EQ(Owned(ZrAppendStrings(nullptr, text)).string, text.string);
   EXPECT_EQ(ZrStringRefCount(text), 1u);
-  EXPECT_TRUE(ZrStringLen(nothing) == 0 && nothing.string != Owned(ZrCopyString(nullptr)).string);
-  EXPECT_EQ(ZrStringByteLen(Owned(ZrAppendStrings(odd, odd))), 6u) << "byte lengths add up";
+  EXPECT_NE(Owned(ZrAppendStrings(nullptr, nullptr)).string, Owned(ZrCopyString(nullptr)).string);
 }
 
 TEST(CountedString, Compares) {
-  const std::vector<Units> kTexts = {Units(),     W("a"),     W("abc"), Units(W("ab\0c"), 4), Units(W("\0b"), 2),
-                                     W("\x00FF"), W("\x0100")};
+  const Units kTexts[] = {{}, W("a"), W("abc"), Units(W("ab\0c"), 4), Units(W("\0b"), 2), W("\x00FF"), W("\x0100")};
   const auto bytesOf = [](const Units& text) {
     return std::string(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(WCHAR));
   };
   int32_t order = 99;
   for (const Units& left : kTexts) {
     for (const Units& right : kTexts) {
-      SCOPED_TRACE(testing::Message() << &left - kTexts.data() << ", " << &right - kTexts.data());
+      SCOPED_TRACE(testing::Message() << &left - kTexts << ", " << &right - kTexts);
       const Owned leftString(left.empty() ? Owned() : Owned(left)), rightString(right);
       EXPECT_EQ(ZrCompareString(leftString, rightString, &order), ZR_R_OK);
       EXPECT_EQ(SignOf(order), SignOf(bytesOf(left).compare(bytesOf(right))));
@@ -126,7 +115,5 @@ TEST(CountedString, Compares) {
       EXPECT_EQ(order, !left.empty() && rightText.empty() ? 1 : SignOf(Units(left.c_str()).compare(rightText)));
     }
   }
-  EXPECT_EQ(ZrCompareStringW(Owned(ZrCreateStringByteLen(W("xy"), 3)), W("xyz"), &order), ZR_R_OK);
-  EXPECT_EQ(order, -1) << "half a unit behind the last one reads as the end";
   ExpectRefused({ZrCompareString(nullptr, nullptr, nullptr), ZrCompareStringW(nullptr, nullptr, nullptr)});
 }

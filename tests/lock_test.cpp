@@ -3,7 +3,7 @@
 #include <limits>
 #include <thread>
 
-#include "zrcore/zrcore.h"
+#include "tests/support/text.h"
 
 TEST(Lock, IsRecursiveAndExcludesOtherThreads) {
   ZRCRITICALSECTION lock = nullptr;
@@ -17,31 +17,22 @@ TEST(Lock, IsRecursiveAndExcludesOtherThreads) {
     return acquired;
   };
   EXPECT_EQ(ZrEnterCriticalSection(&lock), ZR_R_OK);
-  EXPECT_EQ(ZrEnterCriticalSection(&lock), ZR_R_OK);
   EXPECT_EQ(ZrTryEnterCriticalSection(&lock, &acquired), ZR_R_OK);
   EXPECT_EQ(acquired, 1) << "the owner may enter again";
-  for (int entries = 3; entries > 0; --entries) {
+  for (int entries = 2; entries > 0; --entries) {
     EXPECT_EQ(tryFromAnotherThread(), 0);
     EXPECT_EQ(ZrLeaveCriticalSection(&lock), ZR_R_OK);
   }
   EXPECT_TRUE(tryFromAnotherThread() == 1 && tryFromAnotherThread() == 1) << "it leaves again";
-  EXPECT_EQ(ZrDeleteCriticalSection(&lock), ZR_R_OK);
-  EXPECT_EQ(lock, nullptr);
-}
 
-TEST(Lock, RefusesWhatIsNoLock) {
-  ZRCRITICALSECTION none = nullptr;
-  uint8_t acquired = 9;
-  for (ZRRESULT result : {ZrInitializeCriticalSection(nullptr), ZrEnterCriticalSection(nullptr),
-                          ZrLeaveCriticalSection(nullptr), ZrDeleteCriticalSection(nullptr),
-                          ZrTryEnterCriticalSection(nullptr, &acquired), ZrTryEnterCriticalSection(&none, nullptr)}) {
-    EXPECT_EQ(result, ZR_R_INVALID_ARGUMENTS);
+  ExpectRefused({ZrInitializeCriticalSection(nullptr), ZrEnterCriticalSection(nullptr), ZrLeaveCriticalSection(nullptr),
+                 ZrDeleteCriticalSection(nullptr), ZrTryEnterCriticalSection(nullptr, &acquired),
+                 ZrTryEnterCriticalSection(&lock, nullptr)});
+  EXPECT_EQ(ZrDeleteCriticalSection(&lock), ZR_R_OK);
+  for (ZRRESULT result : {ZrEnterCriticalSection(&lock), ZrLeaveCriticalSection(&lock), ZrDeleteCriticalSection(&lock),
+                          ZrTryEnterCriticalSection(&lock, &acquired)}) {
+    EXPECT_EQ(result, ZR_R_INVALID_OBJECT_STATE) << "a deleted lock reads as none";
   }
-  for (ZRRESULT result : {ZrEnterCriticalSection(&none), ZrLeaveCriticalSection(&none), ZrDeleteCriticalSection(&none),
-                          ZrTryEnterCriticalSection(&none, &acquired)}) {
-    EXPECT_EQ(result, ZR_R_INVALID_OBJECT_STATE);
-  }
-  EXPECT_EQ(acquired, 9);
 }
 
 template <class Integer>
@@ -49,13 +40,11 @@ static void Check(Integer (*increment)(Integer*), Integer (*decrement)(Integer*)
                   Integer (*exchange)(Integer*, const Integer*)) {
   constexpr Integer kMin = std::numeric_limits<Integer>::min(), kMax = std::numeric_limits<Integer>::max();
   Integer word = kMax;
+  const Integer next = 5;
   EXPECT_EQ(increment(&word), kMin) << "wraps";
   EXPECT_EQ(decrement(&word), kMax);
-  const Integer next = 5;
   EXPECT_EQ(exchange(&word, &next), kMax);
-  for (Integer none : {exchange(&word, nullptr), exchange(nullptr, &next), increment(nullptr), decrement(nullptr)}) {
-    EXPECT_EQ(none, Integer{0});
-  }
+  EXPECT_EQ(exchange(&word, nullptr) | exchange(nullptr, &next) | increment(nullptr) | decrement(nullptr), Integer{0});
   EXPECT_EQ(word, next);
 }
 

@@ -4,14 +4,10 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "tests/support/text.h"
 
-struct Destroy {
-  void operator()(ZRSREF* sref) const { ZrDestroySREF(sref); }
-};
-using Sref = std::unique_ptr<ZRSREF, Destroy>;
+using Sref = std::shared_ptr<ZRSREF>;  // with ZrDestroySREF
 
 template <auto write = ZrREFToString>
 static std::string Written(const auto& record) {
@@ -38,36 +34,28 @@ static std::string Read(const std::string& bytes) {
   EXPECT_EQ(Written(split), isRead ? left : kUntouched);
   ZRSREF* sref = nullptr;
   EXPECT_EQ(ZrStringToSREF(text, &sref), ZR_R_OK);
-  const Sref srefOwner(sref);
+  const Sref srefOwner(sref, ZrDestroySREF);
   EXPECT_EQ(sref->text, isRead ? nullptr : text.string) << "the same block";
   EXPECT_EQ(Written<ZrSREFToString>(*sref), isRead ? left : bytes);
   return left;
 }
 
 TEST(Reference, ReadsWhatItWritesAndNothingElse) {
+  using namespace std::string_literals;
   EXPECT_EQ(Written(ZRREF{{1, 2, 3, 4, 5, 4294967295}}), "1.2.3.4.5.4294967295");
-  for (const std::string text :
-       {"0.9.10.99.100.999", "1000.9999.10000.99999.100000.999999", "1000000.9999999.10000000.99999999.100000000.1",
-        "999999999.1000000000.2147483647.2147483648.4294967294.4294967295"}) {
+  for (const std::string text : {"0.9.10.99.100.999", "1000.9999.10000.99999.100000.999999",
+                                 "1000000.9999999.10000000.99999999.100000000.999999999",
+                                 "1000000000.2147483647.2147483648.4294967294.4294967295.1"}) {
     EXPECT_EQ(Read(text), text);
   }
-  using namespace std::string_literals;
-  const struct {
-    const char* read;
-    std::vector<std::string> texts;
-  } kRows[] = {
-      {"1.2.3.4.5.6", {" \t\n\r\f\v1.2.3.4.5.6\v\f\r\n\t ", " 1.2.3.4.5.6 "}},
-      {"1.2.3.4.5.6", {"1.2.3.4.5.6\0"s, "1.2.3.4.5.6\0more"s}},  // a zero unit ends the comparison
-      {kUntouched, {"1.2.3.4.5.6\0."s}},                          // but not the count of dots
-      {kUntouched, {"", "   ", "1.2.3.4.5", "1.2.3.4.5.6.7", "1.2.3.4.5.6.", ".2.3.4.5.6", "1.2..4.5.6"}},
-      {kUntouched, {"1.2.3.4.5. "}},  // trimmed to an empty field
-      {"null", {"1. .3.4.5.6"}},      // a blank inside is a field that reads as 0
-      {"null", {"1.2.3.04.5.6", "1.2.3.4.5.00", "+1.2.3.4.5.6", "-1.2.3.4.5.6", "1 .2.3.4.5.6", "1. 2.3.4.5.6"}},
-      {"null", {"1.2.3.4.5.6x", "x.2.3.4.5.6", "1.2.3.4.5\0.6"s, "1.2.3.4.5.6 \0"s, "4294967296.2.3.4.5.6"}},
-      {"null", {"1.2.3.4.5.18446744073709551617"}},
-  };
-  for (const auto& row : kRows) {
-    for (const std::string& text : row.texts) EXPECT_EQ(Read(text), row.read) << text;
+  for (const auto& text : {" \t\n\r\f\v1.2.3.4.5.6\v\f\r\n\t "s, "1.2.3.4.5.6\0more"s})
+    EXPECT_EQ(Read(text), "1.2.3.4.5.6");
+  for (const auto& text : {""s, "1.2.3.4.5"s, "1.2..4.5.6"s, "1.2.3.4.5. "s, "1.2.3.4.5.6\0."s}) {
+    EXPECT_EQ(Read(text), kUntouched) << text;
+  }
+  for (const auto& text :
+       {"1. .3.4.5.6"s, "1.2.3.04.5.6"s, "-1.2.3.4.5.6"s, "1.2.3.4.5.6x"s, "4294967296.2.3.4.5.6"s}) {
+    EXPECT_EQ(Read(text), "null") << text;
   }
 }
 
@@ -76,16 +64,11 @@ TEST(Reference, NullArguments) {
   ZRREF value = {{1}}, *ref = nullptr;
   ZRSREF source = {&value, nullptr}, *sref = nullptr;
   ZRSTR string = nullptr;
-  for (ZRRESULT result :
-       {ZrCopyREF(nullptr, &ref), ZrCopyREF(&value, nullptr), ZrCopySREF(nullptr, &sref), ZrCopySREF(&source, nullptr),
-        ZrREFToString(nullptr, &string), ZrREFToString(&value, nullptr), ZrSREFToString(nullptr, &string),
-        ZrSREFToString(&source, nullptr), ZrStringToREF(nullptr, &ref), ZrStringToREF(text, nullptr),
-        ZrStringToSREF(nullptr, &sref), ZrStringToSREF(text, nullptr),
-        ZrSplitRefName(nullptr, value.words, nullptr, nullptr, nullptr, nullptr, nullptr),
-        ZrCompareREF(&value, &value, nullptr), ZrCompareREF_ThreeWay(&value, &value, nullptr),
-        ZrCompareSREF(&source, &source, nullptr), ZrCompareSREF_ThreeWay(&source, &source, nullptr)}) {
-    EXPECT_EQ(result, ZR_R_INVALID_ARGUMENTS);
-  }
+  ExpectRefused({ZrCopyREF(nullptr, &ref), ZrCopySREF(&source, nullptr), ZrREFToString(nullptr, &string),
+                 ZrSREFToString(nullptr, &string), ZrStringToREF(nullptr, &ref), ZrStringToSREF(nullptr, &sref),
+                 ZrSplitRefName(nullptr, value.words, nullptr, nullptr, nullptr, nullptr, nullptr),
+                 ZrCompareREF(&value, &value, nullptr), ZrCompareREF_ThreeWay(&value, &value, nullptr),
+                 ZrCompareSREF(&source, &source, nullptr), ZrCompareSREF_ThreeWay(&source, &source, nullptr)});
   EXPECT_TRUE(ref == nullptr && sref == nullptr && string == nullptr && value.words[0] == 1);
   EXPECT_EQ(ZrSplitRefName(text, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), ZR_R_OK) << "none is wanted";
   ZrDestroyREF(nullptr);
@@ -94,7 +77,7 @@ TEST(Reference, NullArguments) {
 
 // A copy, with numbers, a text or both. Of neither there is none.
 static Sref Made(const char* numbers, const char* text) {
-  const Sref source(ZrCreateSREF());
+  const Sref source(ZrCreateSREF(), ZrDestroySREF);
   if (numbers != nullptr) (void)ZrStringToREF(Owned(Widened(numbers)), &source->ref);
   if (text != nullptr) source->text = ZrCopyString(Owned(Widened(text)));
   ZRSREF* copy = source.get();
@@ -103,7 +86,7 @@ static Sref Made(const char* numbers, const char* text) {
   EXPECT_EQ(copy->text, source->text);
   EXPECT_EQ(ZrStringRefCount(copy->text), text != nullptr ? 2u : 0u);
   EXPECT_EQ(copy->ref == source->ref, numbers == nullptr);
-  return Sref(copy);
+  return Sref(copy, ZrDestroySREF);
 }
 
 // The order that the four functions of a family agree on.
@@ -130,37 +113,31 @@ TEST(Reference, OrderedByNumbersElseByText) {
     ZRRESULT result = ZR_R_OK;
   } kRows[] = {
       // By numbers, with their signed difference. Words too far apart order the wrong way round, or both ways.
-      {nullptr, nullptr, nullptr, nullptr, 0, 0},
       {nullptr, nullptr, "0.0.0.0.0.0", nullptr, 0, 0},
       {nullptr, nullptr, "2147483649.0.0.0.0.0", nullptr, -1, 1},
       {"1.0.0.0.0.0", nullptr, "0.0.0.0.0.7", nullptr, 1, -1},
       {"2147483650.0.0.0.0.0", nullptr, "1.0.0.0.0.0", nullptr, -max, max},
-      {"2147483649.0.0.0.0.0", nullptr, "1.0.0.0.0.0", nullptr, min, min},
       {"2147483649.0.0.0.0.0", nullptr, nullptr, "1.0.0.0.0.0", min, min},
       // All that is nil, before all that is not.
-      {nullptr, "", nullptr, nullptr, 0, 0},
       {nullptr, "0.0.0.0.0.0", "0.0.0.0.0.0", nullptr, 0, 0},
       {nullptr, "", nullptr, " 0.0.0.0.0.0", -1, 1},
       {nullptr, nullptr, "0.0.0.0.0.0", "", -1, 1},
-      {"0.0.0.0.0.0", nullptr, nullptr, "x", -1, 1},
       // Two refs, whatever the texts; two texts, by bytes.
       {"1.2.3.4.5.6", "b", "1.2.3.4.5.7", "a", -1, 1},
-      {"10.0.0.0.0.0", "10.0.0.0.0.0", nullptr, "9.0.0.0.0.0", -1, 1},
+      {nullptr, "10.0.0.0.0.0", nullptr, "9.0.0.0.0.0", -1, 1},
       // A ref and a text: by numbers if it reads as such, else by units.
       {"1.2.3.4.5.6", nullptr, nullptr, "1.2.3.4.5.6", 0, 0},
       {"10.2.3.4.5.6", nullptr, nullptr, " 9.2.3.4.5.6", 1, -1},
       {"4294967295.0.0.0.0.2147483648", nullptr, nullptr, "-1.0.0.0.0.-2147483648", 0, 0, refused},
       {"1.2.3.4.5.6", nullptr, nullptr, "1.2.3.4.5.6x", -1, 1, refused},
-      {"1.2.3.4.5.6", nullptr, nullptr, "1.2.3.4.5", 1, -1, refused},
   };
-  const auto sign = [](int32_t order) { return order < 0 ? -1 : order > 0; };
   for (const auto& row : kRows) {
     SCOPED_TRACE(&row - kRows);
     const Sref left = Made(row.ref, row.text), right = Made(row.otherRef, row.otherText);
-    EXPECT_EQ(sign(SrefOrder(left.get(), right.get(), row.result)), sign(row.order));
-    EXPECT_EQ(sign(SrefOrder(right.get(), left.get(), row.result)), sign(row.reverse));
+    EXPECT_EQ(SignOf(SrefOrder(left.get(), right.get(), row.result)), SignOf(row.order));
+    EXPECT_EQ(SignOf(SrefOrder(right.get(), left.get(), row.result)), SignOf(row.reverse));
     if (row.text != nullptr || row.otherText != nullptr) continue;
-    const ZRREF *ref = left ? left->ref : nullptr, *otherRef = right ? right->ref : nullptr;
+    const ZRREF *ref = left ? left->ref : nullptr, *otherRef = right->ref;
     EXPECT_EQ(RefOrder(ref, otherRef, ZR_R_OK), row.order);
     EXPECT_EQ(RefOrder(otherRef, ref, ZR_R_OK), row.reverse);
   }

@@ -3,7 +3,6 @@
 #include <cctype>
 #include <cstdlib>
 #include <random>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -18,38 +17,32 @@ TEST(Uuid, HeapRecords) {
   EXPECT_EQ(ZrCopyUUID(&kValue, &copy), ZR_R_OK);
   EXPECT_EQ(*copy, kValue);
   ExpectRefused({ZrCopyUUID(nullptr, &copy), ZrCopyUUID(&kValue, nullptr)});
-  for (ZRUUID* record : {nil, copy, static_cast<ZRUUID*>(nullptr)}) ZrDestroyUUID(record);
-
-  std::set<std::string> seen;
   for (int round = 0; round < 100; ++round) {
     ZRUUID* random = ZrGenerateUUID();
     EXPECT_EQ(random->data3 >> 12, 4) << "version";
     EXPECT_EQ(random->data4[0] >> 6, 2) << "variant";
-    EXPECT_TRUE(seen.insert(testing::PrintToString(*random)).second);
+    EXPECT_FALSE(*random == *copy) << "the one before";
+    std::swap(*random, *copy);
     ZrDestroyUUID(random);
   }
+  for (ZRUUID* record : {nil, copy, static_cast<ZRUUID*>(nullptr)}) ZrDestroyUUID(record);
 }
 
 TEST(Uuid, OrdersAsItsText) {
   std::mt19937 random(7);
   uint8_t equal = 9;
   for (int round = 0; round < 2000; ++round) {
-    // Values that differ in one byte anywhere, or in all.
-    ZRUUID right = kValue;
-    for (int byte = 0; byte < (round % 2 ? 1 : 16); ++byte) {
-      reinterpret_cast<unsigned char*>(&right)[random() % 16] = static_cast<unsigned char>(random());
-    }
-    const std::string leftText = testing::PrintToString(kValue), rightText = testing::PrintToString(right);
-    SCOPED_TRACE(rightText);
-    EXPECT_EQ(ZRUUIDLess(&kValue, &right), leftText < rightText);
-    EXPECT_EQ(ZRUUIDGreater(&kValue, &right), leftText > rightText);
+    ZRUUID right = kValue;  // but for two bytes, or one
+    auto* bytes = reinterpret_cast<uint8_t*>(&right);
+    for (int change = 0; change < 2; ++change) bytes[random() % 16] = static_cast<uint8_t>(random());
+    const int order = testing::PrintToString(kValue).compare(testing::PrintToString(right));
+    EXPECT_EQ(ZRUUIDLess(&kValue, &right), order < 0) << right;
+    EXPECT_EQ(ZRUUIDGreater(&kValue, &right), order > 0) << right;
     EXPECT_EQ(ZrCompareUUID(&kValue, &right, &equal), ZR_R_OK);
-    EXPECT_EQ(equal, leftText == rightText);
+    EXPECT_EQ(equal, order == 0) << right;
   }
-  EXPECT_FALSE(ZRUUIDLess(nullptr, &kValue) || ZRUUIDLess(&kValue, nullptr) || ZRUUIDGreater(nullptr, &kValue) ||
-               ZRUUIDGreater(&kValue, nullptr));
-  ExpectRefused({ZrCompareUUID(nullptr, &kValue, &equal), ZrCompareUUID(&kValue, nullptr, &equal),
-                 ZrCompareUUID(&kValue, &kValue, nullptr), ZrStringFromUUID(&kValue, nullptr)});
+  EXPECT_FALSE(ZRUUIDLess(nullptr, &kValue) || ZRUUIDGreater(&kValue, nullptr));
+  ExpectRefused({ZrCompareUUID(nullptr, &kValue, &equal), ZrCompareUUID(&kValue, &kValue, nullptr)});
 }
 
 // What a record holds after reading the text, with nothing behind it to read.
@@ -62,21 +55,15 @@ static ZRUUID Read(const std::string& text) {
 }
 
 TEST(Uuid, WritesAndReadsText) {
-  const std::string plain = "01234567-89AB-CDEF-0123-456789ABCDEF", cut = plain.substr(0, 35),
-                    cutMore = plain.substr(0, 34);
+  const std::string plain = "01234567-89AB-CDEF-0123-456789ABCDEF", cut = plain.substr(0, 35);
   ZRSTR written = nullptr;
   EXPECT_EQ(ZrStringFromUUID(&kValue, &written), ZR_R_OK);
   EXPECT_EQ(ContentOf(Owned(written)), Widened("{" + plain + "}"));
   for (const char* front : {"", "{", "\"", "\"{"}) EXPECT_EQ(Read(front + plain + "}\" and more"), kValue);
-  EXPECT_EQ(Read("01234567 89ab?cdef\xFA"
-                 "0123G456789abcdef"),
-            kValue)
-      << "separators may be anything";
+  EXPECT_EQ(Read("01234567 89ab?cdef\3720123G456789abcdef"), kValue) << "separators may be anything";
   EXPECT_EQ(Read(cut), kUnchanged);
-  EXPECT_EQ(Read("\"" + cut), kNil);
-  EXPECT_EQ(Read("\"{" + cutMore), kNil) << "the last digit's place lies behind the terminator";
+  EXPECT_EQ(Read("\"" + cut), kNil) << "the last digit's place lies behind the terminator";
   for (const char* front : {"{\"", "{{"}) EXPECT_EQ(Read(front + plain), kNil) << "only the other order";
-  EXPECT_EQ(Read("G1234567-89AB-CDEF-0123-456789ABCDEF"), kNil);
   for (int unit = 1; unit < 256; ++unit) {
     const char digit[] = {static_cast<char>(unit), 0};
     ZRUUID expected = kValue;
@@ -84,5 +71,6 @@ TEST(Uuid, WritesAndReadsText) {
     EXPECT_EQ(Read(cut + digit), std::isxdigit(unit) ? expected : kNil);
   }
   ZRUUID uuid;
-  ExpectRefused({ZrUUIDFromString(nullptr, &uuid), ZrUUIDFromString(plain.c_str(), nullptr)});
+  ExpectRefused(
+      {ZrStringFromUUID(&kValue, nullptr), ZrUUIDFromString(nullptr, &uuid), ZrUUIDFromString(plain.c_str(), nullptr)});
 }
