@@ -33,16 +33,12 @@ TEST(CountedString, CreatorsFollowTheirRules) {
 }
 
 TEST(CountedString, HoldsAnyBytes) {
-  const std::string bytes("a\0\0bc", 5), zeros(5, 0);
-  for (uint32_t length = 0; length <= 5; ++length) {
-    for (const std::string& data : {bytes, zeros}) {
-      const Owned string(ZrCreateStringByteLen(data == zeros ? nullptr : data.data(), length));
-      EXPECT_EQ(ZrStringByteLen(string), length);
-      EXPECT_EQ(ZrStringLen(string), length / 2);
-      const std::string held(reinterpret_cast<const char*>(string.string), length + 2);
-      EXPECT_EQ(held, data.substr(0, length) + std::string(2, 0)) << "and a terminator";
-    }
-  }
+  const std::string bytes("a\0\0bc", 5), terminator(2, '\0');
+  const Owned odd(ZrCreateStringByteLen(bytes.data(), 5)), zeros(ZrCreateStringByteLen(nullptr, 4));
+  EXPECT_TRUE(ZrStringByteLen(odd) == 5 && ZrStringLen(odd) == 2) << "rounded down";
+  EXPECT_EQ(std::string(reinterpret_cast<const char*>(odd.string), 7), bytes + terminator);
+  EXPECT_EQ(ContentOf(zeros), Units(2, WCHAR{0}));
+  EXPECT_NE(Owned(ZrCreateStringByteLen("", 0)).string, Owned(ZrCopyString(nullptr)).string) << "one of its own";
 }
 
 // Texts at every place in a 16-byte vector, ending at every place: a scan in vectors must find the same end. Behind
@@ -66,7 +62,6 @@ TEST(CountedString, CopiesAndReleasesByReference) {
     EXPECT_NE(deep.string, text.string);
     EXPECT_EQ(ContentOf(deep), W("text"));
     EXPECT_NE(deepNothing.string, empty.string);
-    EXPECT_EQ(ContentOf(deepNothing), Units());
   }
   EXPECT_EQ(ZrStringRefCount(text), 1u);
   EXPECT_EQ(ZrStringRefCount(nullptr) + ZrStringLen(nullptr) + ZrStringByteLen(nullptr) + ZrStringLen(empty), 0u);

@@ -2,47 +2,43 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 
-#include "tests/support/text.h"
-
-using Sref = std::shared_ptr<ZRSREF>;  // with ZrDestroySREF
+#include "tests/support/variant_text.h"
 
 template <auto write = ZrREFToString>
 static std::string Written(const auto& record) {
-  ZRSTR string = nullptr;
-  EXPECT_EQ(write(&record, &string), ZR_R_OK);
-  EXPECT_NE(string, nullptr);
-  const Units units = ContentOf(Owned(string));
-  return std::string(units.begin(), units.end());
+  Owned string;
+  EXPECT_EQ(write(&record, &string.string), ZR_R_OK);
+  EXPECT_NE(string.string, nullptr);
+  return DescribeText(string);
 }
 
 static constexpr char kUntouched[] = "9.9.9.9.9.9";  // an out-value as it was before
 
 // What a text reads as: its numbers, written again; or what a refusal leaves. All readers agree.
 static std::string Read(const std::string& bytes) {
-  const Owned text(Widened(bytes));
+  const Owned text = StringOf(bytes);
   ZRREF before = {{9, 9, 9, 9, 9, 9}}, split = before, *ref = &before;
   const ZRRESULT result = ZrStringToREF(text, &ref);
-  const std::string left = ref != nullptr ? Written(*ref) : "null";
+  const std::string left = ref != nullptr ? Describe(*ref) : "null";
+  EXPECT_TRUE(ref == nullptr || left == Written(*ref));
   ZrDestroyREF(ref != &before ? ref : nullptr);
   const bool isRead = result == ZR_R_OK;
   EXPECT_TRUE(isRead || result == ZR_R_INVALID_ARGUMENTS);
   uint32_t* w = split.words;
   EXPECT_EQ(ZrSplitRefName(text, w, w + 1, w + 2, w + 3, w + 4, w + 5), result);
-  EXPECT_EQ(Written(split), isRead ? left : kUntouched);
+  EXPECT_EQ(Describe(split), isRead ? left : kUntouched);
   ZRSREF* sref = nullptr;
   EXPECT_EQ(ZrStringToSREF(text, &sref), ZR_R_OK);
-  const Sref srefOwner(sref, ZrDestroySREF);
   EXPECT_EQ(sref->text, isRead ? nullptr : text.string) << "the same block";
   EXPECT_EQ(Written<ZrSREFToString>(*sref), isRead ? left : bytes);
+  ZrDestroySREF(sref);
   return left;
 }
 
 TEST(Reference, ReadsWhatItWritesAndNothingElse) {
   using namespace std::string_literals;
-  EXPECT_EQ(Written(ZRREF{{1, 2, 3, 4, 5, 4294967295}}), "1.2.3.4.5.4294967295");
   for (const std::string text : {"0.9.10.99.100.999", "1000.9999.10000.99999.100000.999999",
                                  "1000000.9999999.10000000.99999999.100000000.999999999",
                                  "1000000000.2147483647.2147483648.4294967294.4294967295.1"}) {
@@ -71,22 +67,20 @@ TEST(Reference, NullArguments) {
                  ZrCompareSREF(&source, &source, nullptr), ZrCompareSREF_ThreeWay(&source, &source, nullptr)});
   EXPECT_TRUE(ref == nullptr && sref == nullptr && string == nullptr && value.words[0] == 1);
   EXPECT_EQ(ZrSplitRefName(text, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), ZR_R_OK) << "none is wanted";
-  ZrDestroyREF(nullptr);
   ZrDestroySREF(nullptr);
 }
 
-// A copy, with numbers, a text or both. Of neither there is none.
-static Sref Made(const char* numbers, const char* text) {
-  const Sref source(ZrCreateSREF(), ZrDestroySREF);
-  if (numbers != nullptr) (void)ZrStringToREF(Owned(Widened(numbers)), &source->ref);
-  if (text != nullptr) source->text = ZrCopyString(Owned(Widened(text)));
-  ZRSREF* copy = source.get();
-  EXPECT_EQ(ZrCopySREF(source.get(), &copy), numbers != nullptr || text != nullptr ? ZR_R_OK : 1);
-  if (copy == nullptr) return nullptr;
-  EXPECT_EQ(copy->text, source->text);
-  EXPECT_EQ(ZrStringRefCount(copy->text), text != nullptr ? 2u : 0u);
-  EXPECT_EQ(copy->ref == source->ref, numbers == nullptr);
-  return Sref(copy, ZrDestroySREF);
+TEST(Reference, CopiesWhatItHolds) {
+  for (const std::string held : {"1.2.3.4.5.6", "text name", "1.2.3.4.5.6 text name", "neither"}) {
+    const OwnedVariant source("SREF " + held);
+    OwnedVariant copy("SREF null");
+    copy.Value.sref = source.Value.sref;
+    const bool isNothing = held == "neither";
+    EXPECT_EQ(ZrCopySREF(source.Value.sref, &copy.Value.sref), isNothing ? 1 : ZR_R_OK);
+    EXPECT_EQ(Describe(copy), isNothing ? "SREF null" : Describe(source));
+    ZRSTR text = source.Value.sref->text;
+    EXPECT_EQ(ZrStringRefCount(text), text != nullptr ? 2u : 0u) << "one more reference";
+  }
 }
 
 // The order that the four functions of a family agree on.
@@ -105,43 +99,42 @@ static constexpr auto RefOrder = OrderOf<ZrCompareREF_ThreeWay, ZrCompareREF, ZR
 static constexpr auto SrefOrder = OrderOf<ZrCompareSREF_ThreeWay, ZrCompareSREF, ZRSREFGreater, ZRSREFLess, ZRSREF>;
 
 TEST(Reference, OrderedByNumbersElseByText) {
-  const int32_t min = INT32_MIN, max = INT32_MAX;
-  const ZRRESULT refused = ZR_R_INVALID_ARGUMENTS;  // and yet a valid answer
+  const int32_t min = INT32_MIN, refused = ZR_R_INVALID_ARGUMENTS;  // and yet a valid answer
   const struct {
-    const char *ref, *text, *otherRef, *otherText;
+    std::string left, right;
     int32_t order, reverse;
     ZRRESULT result = ZR_R_OK;
   } kRows[] = {
       // By numbers, with their signed difference. Words too far apart order the wrong way round, or both ways.
-      {nullptr, nullptr, "0.0.0.0.0.0", nullptr, 0, 0},
-      {nullptr, nullptr, "2147483649.0.0.0.0.0", nullptr, -1, 1},
-      {"1.0.0.0.0.0", nullptr, "0.0.0.0.0.7", nullptr, 1, -1},
-      {"2147483650.0.0.0.0.0", nullptr, "1.0.0.0.0.0", nullptr, -max, max},
-      {"2147483649.0.0.0.0.0", nullptr, nullptr, "1.0.0.0.0.0", min, min},
+      {"null", "0.0.0.0.0.0", 0, 0},
+      {"null", "2147483649.0.0.0.0.0", -1, 1},
+      {"1.0.0.0.0.0", "0.0.0.0.0.7", 1, -1},
+      {"2147483650.0.0.0.0.0", "1.0.0.0.0.0", min + 1, INT32_MAX},
+      {"2147483649.0.0.0.0.0", "text 1.0.0.0.0.0", min, min},
       // All that is nil, before all that is not.
-      {nullptr, "0.0.0.0.0.0", "0.0.0.0.0.0", nullptr, 0, 0},
-      {nullptr, "", nullptr, " 0.0.0.0.0.0", -1, 1},
-      {nullptr, nullptr, "0.0.0.0.0.0", "", -1, 1},
+      {"text 0.0.0.0.0.0", "0.0.0.0.0.0", 0, 0},
+      {"text ", "neither", 0, 0},
+      {"text ", "text  0.0.0.0.0.0", -1, 1},
+      {"null", "0.0.0.0.0.0 text ", -1, 1},
       // Two refs, whatever the texts; two texts, by bytes.
-      {"1.2.3.4.5.6", "b", "1.2.3.4.5.7", "a", -1, 1},
-      {nullptr, "10.0.0.0.0.0", nullptr, "9.0.0.0.0.0", -1, 1},
+      {"1.2.3.4.5.6 text b", "1.2.3.4.5.7 text a", -1, 1},
+      {"text 10.0.0.0.0.0", "text 9.0.0.0.0.0", -1, 1},
       // A ref and a text: by numbers if it reads as such, else by units.
-      {"1.2.3.4.5.6", nullptr, nullptr, "1.2.3.4.5.6", 0, 0},
-      {"10.2.3.4.5.6", nullptr, nullptr, " 9.2.3.4.5.6", 1, -1},
-      {"4294967295.0.0.0.0.2147483648", nullptr, nullptr, "-1.0.0.0.0.-2147483648", 0, 0, refused},
-      {"1.2.3.4.5.6", nullptr, nullptr, "1.2.3.4.5.6x", -1, 1, refused},
+      {"10.2.3.4.5.6", "text  9.2.3.4.5.6", 1, -1},
+      {"4294967295.0.0.0.0.2147483648", "text -1.0.0.0.0.-2147483648", 0, 0, refused},
+      {"1.2.3.4.5.6", "text 1.2.3.4.5.6x", -1, 1, refused},
+      {"1.2.3.4.5.6", "text 1.2.3.4.5", 1, -1, refused},
   };
   for (const auto& row : kRows) {
-    SCOPED_TRACE(&row - kRows);
-    const Sref left = Made(row.ref, row.text), right = Made(row.otherRef, row.otherText);
-    EXPECT_EQ(SignOf(SrefOrder(left.get(), right.get(), row.result)), SignOf(row.order));
-    EXPECT_EQ(SignOf(SrefOrder(right.get(), left.get(), row.result)), SignOf(row.reverse));
-    if (row.text != nullptr || row.otherText != nullptr) continue;
-    const ZRREF *ref = left ? left->ref : nullptr, *otherRef = right->ref;
+    SCOPED_TRACE(row.left + " and " + row.right);
+    const OwnedVariant left("SREF " + row.left), right("SREF " + row.right);
+    const ZRSREF *sref = left.Value.sref, *otherSref = right.Value.sref;
+    EXPECT_EQ(SignOf(SrefOrder(sref, otherSref, row.result)), SignOf(row.order));
+    EXPECT_EQ(SignOf(SrefOrder(otherSref, sref, row.result)), SignOf(row.reverse));
+    if ((row.left + row.right).find("text") != std::string::npos) continue;
+    const ZRREF *ref = sref != nullptr ? sref->ref : nullptr, *otherRef = otherSref->ref;
     EXPECT_EQ(RefOrder(ref, otherRef, ZR_R_OK), row.order);
     EXPECT_EQ(RefOrder(otherRef, ref, ZR_R_OK), row.reverse);
   }
-  const ZRSREF neither = {};
-  EXPECT_EQ(SrefOrder(&neither, nullptr, ZR_R_OK), 0);
-  EXPECT_EQ(Written<ZrSREFToString>(neither), "");
+  EXPECT_EQ(Written<ZrSREFToString>(ZRSREF{}), "");
 }
