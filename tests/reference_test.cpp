@@ -91,8 +91,7 @@ static int32_t OrderOf(const Record* left, const Record* right, ZRRESULT result)
   EXPECT_EQ(compareThreeWay(left, right, &order), result);
   EXPECT_EQ(compare(left, right, &equal), result);
   EXPECT_EQ(equal, order == 0);
-  EXPECT_EQ(isGreater(left, right), order > 0);
-  EXPECT_EQ(isLess(left, right), order < 0);
+  EXPECT_EQ(isGreater(left, right) - isLess(left, right), SignOf(order));
   return order;
 }
 static constexpr auto RefOrder = OrderOf<ZrCompareREF_ThreeWay, ZrCompareREF, ZRREFGreater, ZRREFLess, ZRREF>;

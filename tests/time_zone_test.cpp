@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <ctime>
+#include <chrono>
 
 #include "tests/support/system.h"
 #include "tests/support/text.h"
@@ -47,7 +47,6 @@ TEST_F(TimeZoneTest, MomentsGoThereAndBackWithinTheirLimits) {
   } kRows[] = {
       {kKolkata, 19800, 0},
       {kBerlin, kYear3001 + 3599, kYear3001 - 1},
-      {kNewYork, kForward - 14400, kForward},
       {kBerlin, kForward + 3599, kForward - 1},
       {kBerlin, kForward + 3600, kForward - 3600, false},  // skipped: the daylight reading
       {kBerlin, kForward + 7200, kForward},
@@ -84,9 +83,10 @@ TEST_F(TimeZoneTest, NowIsUniversalOrLocal) {
   for (const bool isFar : {false, true}) {
     ASSERT_TRUE(SetTimeZone(isFar ? kKolkata : kUniversal));
     const ZRDATETIME offset = LocalClockOffset(isFar ? 19800 : 0) * ZR_TICKS_PER_SECOND;
-    const ZRDATETIME before = Value(std::time(nullptr) - 1);
+    using std::chrono::system_clock;  // as precise as the library's: the C library's time may lag behind
+    const ZRDATETIME before = Value(system_clock::to_time_t(system_clock::now()));
     const ZRDATETIME universal = ZrGetNow(1), other = ZrGetNow(0xFF), local = ZrGetNow(0);
-    const ZRDATETIME after = Value(std::time(nullptr) + 1);
+    const ZRDATETIME after = Value(system_clock::to_time_t(system_clock::now()) + 1);
     EXPECT_TRUE(before <= universal && universal <= other && other <= after);
     EXPECT_TRUE(other <= local - offset && local - offset <= after);
     EXPECT_TRUE(universal % 10000 == 0 && local % 10000 == 0) << "to the millisecond";
