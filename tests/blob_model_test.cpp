@@ -28,10 +28,13 @@ TEST(Blob, TellsOfMissingInsides) {
         ZrReadBlobPos(blob, &byte, 0, 1), ZrBlobPosition(blob, &number), ZrCompareBlob(whole.Get(), blob, &byte)}) {
     EXPECT_EQ(result, ZR_R_FAILED);
   }
-  ExpectRefused({ZrBlobByteLen(blob, &number), ZrBlobGetAt(blob, 0, &byte), ZrBlobByteLen(whole.Get(), nullptr),
+  ExpectRefused({ZrBlobByteLen(blob, &number), ZrBlobGetAt(blob, 0, &byte), ZrBlobByteLen(nullptr, &number),
+                 ZrBlobGetAt(nullptr, 0, &byte), ZrBlobPosition(nullptr, &number), ZrBlobByteLen(whole.Get(), nullptr),
                  ZrBlobGetAt(whole.Get(), 0, nullptr), ZrBlobPosition(whole.Get(), nullptr)});
+  EXPECT_TRUE(byte == 9 && number == 9) << "untouched by a failure";
   blob->element = new CZrBlobElement();
   EXPECT_EQ(ZrWriteBlob(blob, "x", 1), ZR_R_INVALID_OBJECT_STATE);
+  EXPECT_EQ(ZrAppendBlob(whole.Get(), blob), ZR_R_INVALID_ARGUMENTS);
 }
 
 TEST(BlobModel, ContentNeverOutgrows32Bits) {
