@@ -72,8 +72,8 @@ TEST(Reference, NullArguments) {
 
 TEST(Reference, CopiesWhatItHolds) {
   for (const std::string held : {"1.2.3.4.5.6", "text name", "1.2.3.4.5.6 text name", "neither"}) {
-    const OwnedVariant source("SREF " + held);
-    OwnedVariant copy("SREF null");
+    const OwnedVariant source = Value("SREF " + held);
+    OwnedVariant copy = Value("SREF null");
     copy.Value.sref = source.Value.sref;
     const bool isNothing = held == "neither";
     EXPECT_EQ(ZrCopySREF(source.Value.sref, &copy.Value.sref), isNothing ? 1 : ZR_R_OK);
@@ -126,7 +126,7 @@ TEST(Reference, OrderedByNumbersElseByText) {
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.left + " and " + row.right);
-    const OwnedVariant left("SREF " + row.left), right("SREF " + row.right);
+    const OwnedVariant left = Value("SREF " + row.left), right = Value("SREF " + row.right);
     const ZRSREF *sref = left.Value.sref, *otherSref = right.Value.sref;
     EXPECT_EQ(SignOf(SrefOrder(sref, otherSref, row.result)), SignOf(row.order));
     EXPECT_EQ(SignOf(SrefOrder(otherSref, sref, row.result)), SignOf(row.reverse));
