@@ -1,10 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <string>
+#include <tuple>
 #include <utility>
-#include <vector>
 
-#include "tests/support/variant_text.h"
+#include "tests/support/array_samples.h"
 
 // What is written, and a code.
 using Answer = std::pair<char, ZRRESULT>;
@@ -17,95 +16,90 @@ static Answer Compared(const ZRVARIANT& left, const ZRVARIANT& right) {
   return {equal == 1 ? '=' : equal == 0 ? '!' : '-', result};
 }
 
-TEST(VariantCompare, ValuesAndReferencesToThem) {
-  const struct {
-    const char *left, *right;
-    Answer answer;
-  } kRows[] = {
-      // clang-format off
-      {"I4 5", "I4 5", kEqual}, {"I4 5", "I4 6", kDiffer}, {"I4 5", "I8 5", kDiffer}, {"I4 5", "I4+1000 5", kDiffer},
-      {"UI1 5", "BYTE 5", kDiffer}, {"BOOL 1", "BOOL 2", kDiffer}, {"I4+9000 5", "I4+9000 5", kEqual},
-      {"OPAQUE 1", "OPAQUE 2", kDiffer}, {"UNKNOWN null", "DISPATCH null", kDiffer},
-      {"UNKNOWN object", "UNKNOWN object", kUnsupported}, {"DISPATCH null", "DISPATCH null", kUnsupported},
-      // Within an epsilon, absolute up to 1.0.
-      {"R8 1", "R8 1.0000000000000002", kEqual}, {"R8 1", "R8 1.0000000000000004", kDiffer},
-      {"R8 0", "R8 2.220446049250313e-16", kEqual}, {"R8 0", "R8 2.2204460492503135e-16", kDiffer},
-      {"R8 1e20", "R8 100000000000000001000", kEqual}, {"R8 1e20", "R8 100000000000000050000", kDiffer},
-      {"R8 -1e20", "R8 1e20", kDiffer}, {"R8 nan", "R8 nan", kDiffer}, {"R8 nan", "R8 inf", kDiffer},
-      {"R8 inf", "R8 inf", kDiffer}, {"R8 inf", "R8 -inf", kEqual}, {"R8 inf", "R8 3", kEqual},
-      {"R4 1", "R4 1.0000001", kEqual}, {"R4 1", "R4 1.0000003", kDiffer}, {"R4 1e10", "R4 10000001024", kEqual},
-      {"R4 1e10", "R4 10000002048", kDiffer}, {"R4 inf", "R4 inf", kDiffer}, {"R4 nan", "R4 1", kDiffer},
-      {"BLOB 0102", "BLOB 0102", kEqual}, {"BLOB 0102", "BLOB 0103", kDiffer}, {"BLOB 0102", "BLOB 010203", kDiffer},
-      {"BLOB null", "BLOB 01", kRefused}, {"BLOB null", "BLOB null", kRefused},
-      {"UUID {00000000-0000-0000-0000-000000000001}", "UUID {00000000-0000-0000-0000-000000000001}", kEqual},
-      {"UUID {00000000-0000-0000-0000-000000000001}", "UUID {00000000-0000-0000-0000-000000000002}", kDiffer},
-      {"UUID null", "UUID {00000000-0000-0000-0000-000000000000}", kRefused}, {"UUID null", "UUID null", kRefused},
-      {"STR null", "STR ", kEqual}, {"STR null", "STR a", kDiffer}, {"STR a", "STR A", kDiffer},
-      {"STR ab", "STR a", kDiffer}, {"STR ab", "STR ab", kEqual},
-      {"REF null", "REF 0.0.0.0.0.0", kEqual}, {"REF null", "REF 0.0.0.0.0.1", kDiffer},
-      {"REF 1.2.3.4.5.6", "REF 1.2.3.4.5.6", kEqual}, {"REF 2147483648.2.3.4.5.6", "REF 0.2.3.4.5.6", kDiffer},
-      {"SREF null", "SREF text 0.0.0.0.0.0", kEqual}, {"SREF null", "SREF text x", kDiffer},
-      {"SREF 1.2.3.4.5.6 text a", "SREF 1.2.3.4.5.6 text b", kEqual}, {"SREF text a", "SREF text a", kEqual},
-      {"SREF text a", "SREF text b", kDiffer}, {"SREF text b", "SREF text a", kDiffer},
-      {"SREF text -1.2.3.4.5.6", "SREF 4294967295.2.3.4.5.6", {'=', ZR_R_INVALID_ARGUMENTS}},
-      {"SREF text name", "SREF 1.2.3.4.5.6", {'!', ZR_R_INVALID_ARGUMENTS}},
-      // clang-format on
-  };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(std::string(row.left) + " and " + row.right);
-    OwnedVariant left = Value(row.left), right = Value(row.right);
-    ZRVARIANT leftRef = ByRef(left), rightRef = ByRef(right);
-    const Answer behind = left.Type == ZR_VT_OPAQUE ? kUnsupported : row.answer;
-    EXPECT_EQ(Compared(left, right), row.answer);
-    EXPECT_EQ(Compared(right, left), row.answer);
-    EXPECT_EQ(Compared(leftRef, rightRef), behind);
-    EXPECT_EQ(Compared(ByRef(ZR_VT_VARIANT, &leftRef), ByRef(ZR_VT_VARIANT, &rightRef)), behind);
-    EXPECT_EQ(Compared(leftRef, right), kDiffer) << "a value and a reference differ by their words alone";
-    if (left.Type != right.Type) continue;
+// Pairs with the same answer, be they compared by value or behind references. Reals are within an epsilon, absolute up
+// to 1.0.
+static constexpr std::pair<Answer, const char*> kRows[] = {
+    // clang-format off
+    {kEqual, "I4 5 & I4 5|I4+9000 5 & I4+9000 5|R8 1 & R8 1.0000000000000002|R8 0 & R8 2.220446049250313e-16|"
+             "R8 1e20 & R8 100000000000000001000|R8 inf & R8 -inf|R8 inf & R8 3|R4 1 & R4 1.0000001|"
+             "R4 1e10 & R4 10000001024|BLOB 0102 & BLOB 0102|STR null & STR |STR ab & STR ab|"
+             "UUID {00000000-0000-0000-0000-000000000001} & UUID {00000000-0000-0000-0000-000000000001}|"
+             "REF null & REF 0.0.0.0.0.0|REF 1.2.3.4.5.6 & REF 1.2.3.4.5.6|SREF null & SREF text 0.0.0.0.0.0|"
+             "SREF 1.2.3.4.5.6 text a & SREF 1.2.3.4.5.6 text b|SREF text a & SREF text a"},
+    {kDiffer, "I4 5 & I8 5|I4 5 & I4+1000 5|BOOL 1 & BOOL 2|UNKNOWN null & DISPATCH null|R8 nan & R8 nan|"
+              "R8 1 & R8 1.0000000000000004|R8 0 & R8 2.2204460492503135e-16|R8 1e20 & R8 100000000000000050000|"
+              "R8 -1e20 & R8 1e20|R8 inf & R8 inf|R4 1 & R4 1.0000003|R4 nan & R4 1|R4 1e10 & R4 10000002048|"
+              "BLOB 0102 & BLOB 0103|BLOB 0102 & BLOB 010203|STR null & STR a|STR a & STR A|SREF text a & SREF text b|"
+              "UUID {00000000-0000-0000-0000-000000000001} & UUID {00000000-0000-0000-0000-000000000002}|"
+              "REF null & REF 0.0.0.0.0.1|REF 2147483648.2.3.4.5.6 & REF 0.2.3.4.5.6|SREF null & SREF text x"},
+    {kRefused, "BLOB null & BLOB 01|BLOB null & BLOB null|14 5 & 14 5|54 5 & 54 5|"
+               "UUID null & UUID {00000000-0000-0000-0000-000000000001}"},
+    {kUnsupported, "UNKNOWN object & UNKNOWN object|DISPATCH null & DISPATCH null|UNKNOWN object & UNKNOWN null"},
+    {{'=', ZR_R_INVALID_ARGUMENTS}, "SREF text -1.2.3.4.5.6 & SREF 4294967295.2.3.4.5.6"},
+    {{'!', ZR_R_INVALID_ARGUMENTS}, "SREF text name & SREF 1.2.3.4.5.6"},
+    // clang-format on
+};
 
-    // By value, what surrounds a number counts; by reference the number alone, and nothing else at any time.
-    const uint16_t tag = left.Type & ZR_VT_TYPEMASK;
-    const bool isInteger = IsNumber(tag) && tag != ZR_VT_R4 && tag != ZR_VT_R8;
-    for (uint16_t* marker : {&left.Reserved1, &left.Reserved2, &left.Reserved3}) {
-      const uint16_t before = std::exchange(*marker, 0);
-      EXPECT_EQ(Compared(left, right), isInteger ? kDiffer : row.answer);
-      EXPECT_EQ(Compared(leftRef, rightRef), behind);
-      *marker = before;
-    }
+static void CheckPair(const std::string& pair, const Answer& answer) {
+  SCOPED_TRACE(pair);
+  OwnedVariant left = Value(pair.substr(0, pair.find(" & "))), right = Value(pair.substr(pair.find(" & ") + 3));
+  ZRVARIANT leftRef = ByRef(left), rightRef = ByRef(right);
+  EXPECT_EQ(Compared(left, right), answer);
+  EXPECT_EQ(Compared(right, left), answer);
+  EXPECT_EQ(Compared(leftRef, rightRef), answer);
+  EXPECT_EQ(Compared(ByRef(ZR_VT_VARIANT, &leftRef), ByRef(ZR_VT_VARIANT, &rightRef)), answer);
+  EXPECT_EQ(Compared(leftRef, right), kDiffer) << "a value and a reference differ by their words alone";
+  if (left.Type != right.Type) return;
+  const ZRVARIANT null = ByRef(left.Type, nullptr);
+  const uint16_t tag = left.Type & ZR_VT_TYPEMASK;
+  const Answer unwritten = answer == kUnsupported ? answer : NameOf(tag) == nullptr ? kRefused : kUnwritten;
+  EXPECT_EQ(Compared(leftRef, null), unwritten);
+  EXPECT_EQ(Compared(null, rightRef), unwritten);
+
+  // By value, what surrounds a number counts; by reference the number alone, and nothing else at any time.
+  const bool isInteger = IsNumber(tag) && !IsReal(tag);
+  for (uint16_t* marker : {&left.Reserved1, &left.Reserved2, &left.Reserved3}) {
+    const uint16_t before = std::exchange(*marker, 0);
+    EXPECT_EQ(Compared(left, right), isInteger ? kDiffer : answer);
+    EXPECT_EQ(Compared(leftRef, rightRef), answer);
+    *marker = before;
   }
+  const uint64_t lastBit = isInteger ? uint64_t{1} << 63 : 0;  // behind what is narrow
+  left.Value.ui8 ^= lastBit;
+  EXPECT_EQ(Compared(left, right), isInteger ? kDiffer : answer);
+  EXPECT_EQ(Compared(leftRef, rightRef), isInteger && NameOf(tag)->width == 8 ? kDiffer : answer);
+  left.Value.ui8 ^= lastBit;
+
+  // As elements, reals are compared by their bytes and objects by their addresses.
+  if (NameOf(tag) == nullptr) return;
+  const bool areSame = Describe(left) == Describe(right);
+  const bool isByBytes = IsReal(tag) || answer == kUnsupported;
+  uint8_t equal = 9;
+  EXPECT_EQ(ZrSafeArrayCompare(ArrayOf(tag, &left, 1).get(), ArrayOf(tag, &right, 1).get(), &equal), ZR_R_OK);
+  EXPECT_EQ(equal, isByBytes ? areSame : answer == kEqual);
 }
 
-TEST(VariantCompare, EveryTag) {
-  for (unsigned word = 0; word <= 60; ++word) {
-    SCOPED_TRACE(word);
-    const auto tag = static_cast<uint16_t>(word);
-    const bool isBad = NameOf(tag) == nullptr, isReal = tag == ZR_VT_R4 || tag == ZR_VT_R8;
-    std::vector<char> one(isBad ? 0 : NameOf(tag)->width), two = one;  // as long: the address sanitizer looks
-    const ZRVARIANT leftRef = ByRef(tag, one.data()), rightRef = ByRef(tag, two.data()), null = ByRef(tag, nullptr);
-    const bool isUnsupported = tag == ZR_VT_OPAQUE || tag == ZR_VT_UNKNOWN || tag == ZR_VT_DISPATCH;
-    const Answer unwritten = isBad || tag == ZR_VT_EMPTY ? kRefused : isUnsupported ? kUnsupported : kUnwritten;
-    EXPECT_EQ(Compared(leftRef, null), unwritten);
-    EXPECT_EQ(Compared(null, rightRef), unwritten);
-    EXPECT_EQ(Compared(null, null), unwritten);
-    ZRVARIANT left = ZR_VARIANT_INIT, right = ZR_VARIANT_INIT;
-    left.Type = right.Type = tag;
-    if (isBad || tag == ZR_VT_VARIANT) {
-      EXPECT_EQ(Compared(left, right), kRefused);
-    }
-    if (!IsNumber(tag) && tag != ZR_VT_EMPTY) continue;
-    EXPECT_EQ(Compared(left, right), kEqual);
-    right.Value.ui8 = uint64_t{1} << 63;  // behind what is narrow
-    EXPECT_EQ(Compared(left, right), tag == ZR_VT_EMPTY || isReal ? kEqual : kDiffer);
-    if (isUnsupported || tag == ZR_VT_EMPTY) continue;
-    EXPECT_EQ(Compared(leftRef, rightRef), kEqual);
-    two.back() = 1;
-    EXPECT_EQ(Compared(leftRef, rightRef), isReal ? kEqual : kDiffer);
+TEST(VariantCompare, ValuesAndReferencesToThem) {
+  for (const auto& [answer, pairs] : kRows) {
+    for (const std::string& pair : Split(pairs)) CheckPair(pair, answer);
+  }
+  for (const TagName& row : kTagNames) {
+    if (!IsNumber(row.tag) || row.tag == ZR_VT_OPAQUE) continue;
+    CheckPair(Format("%s 5 & %s 5", row.name, row.name), kEqual);
+    const unsigned long long last = 1ull << (8 * row.width - 8);  // in the last byte
+    CheckPair(Format("%s 0 & %s %llu", row.name, row.name, last), kDiffer);
+  }
+  // By reference other than by value.
+  uint64_t word = 5;
+  for (const auto& [text, answer, behind] :
+       {std::tuple("EMPTY 5", kEqual, kRefused), std::tuple("OPAQUE 5", kEqual, kUnsupported),
+        std::tuple("VARIANT 5", kRefused, kUnwritten)}) {
+    const OwnedVariant variant = Value(text);
+    EXPECT_EQ(Compared(variant, Value(text)), answer) << text;
+    EXPECT_EQ(Compared(ByRef(variant.Type, &word), ByRef(variant.Type, nullptr)), behind) << text;
   }
   uint8_t equal = 9;
-  const ZRVARIANT empty = ZR_VARIANT_INIT, array = ByRef(ZR_VT_I4 | ZR_VT_ARRAY, &equal),
-                  noArray = ByRef(array.Type, nullptr);
-  EXPECT_EQ(Compared(array, noArray), kUnwritten);
-  EXPECT_EQ(Compared(noArray, array), kUnwritten);
+  const ZRVARIANT empty = ZR_VARIANT_INIT;
   EXPECT_EQ(ZrVariantCompare(nullptr, &empty, &equal), ZR_R_INVALID_POINTER);
   EXPECT_EQ(ZrVariantCompare(&empty, nullptr, &equal), ZR_R_INVALID_POINTER);
   EXPECT_EQ(ZrVariantCompare(&empty, &empty, nullptr), ZR_R_INVALID_POINTER);

@@ -55,15 +55,14 @@ inline ModelNumber ModelOfText(const std::basic_string<WCHAR>& units, uint16_t t
   char* end = nullptr;
   const bool hasPrefix = narrow.size() >= 3 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
   const int base = hasPrefix && tag != ZR_VT_CY ? 16 : 10;
-  const bool isReal = (tag == ZR_VT_R4 || tag == ZR_VT_R8) && base == 10;
+  const bool isReal = IsReal(tag) && base == 10;
   ModelNumber model;
-  bool triesWordsOnly = false, isClamped = false;
+  bool isClamped = false;
   if (isReal) {
     const double real = std::strtod(text, &end);
     model.word = WordOf(tag, end == text ? 0 : real);  // and not below it, where a C library keeps the sign of nothing
   } else if (tag == ZR_VT_UI8 || tag == ZR_VT_QWORD) {
-    triesWordsOnly = std::strtod(text, nullptr) < 0.0;
-    if (!triesWordsOnly) model.word = std::strtoull(text, &end, base);
+    if (!(std::strtod(text, nullptr) < 0.0)) model.word = std::strtoull(text, &end, base);
   } else {
     const int64_t number = std::strtoll(text, &end, base);
     int64_t clamped = number;
@@ -74,14 +73,11 @@ inline ModelNumber ModelOfText(const std::basic_string<WCHAR>& units, uint16_t t
     isClamped = clamped != number;
     model.word = WordOf(tag, static_cast<Exact>(clamped));
   }
-  if (!triesWordsOnly && std::strchr(isReal ? "fF" : "dD", *end) != nullptr) {  // the zero behind these counts too
-    model.result = isClamped ? ZR_R_FAILED : ZR_R_OK;
-  } else if (tag != ZR_VT_CY) {
-    const bool isTrue = strcasecmp(text, "TRUE") == 0 || strcasecmp(text, "ZR_TRUE") == 0;
-    if (isTrue || strcasecmp(text, "FALSE") == 0 || strcasecmp(text, "ZR_FALSE") == 0) {
-      model = {ZR_R_OK, WordOf(tag, isTrue)};
-    }
-  }
+  const bool isWhole = end != nullptr && std::strchr(isReal ? "fF" : "dD", *end) != nullptr;  // the zero counts too
+  const bool isTrue = strcasecmp(text, "TRUE") == 0 || strcasecmp(text, "ZR_TRUE") == 0;
+  const bool isFalse = strcasecmp(text, "FALSE") == 0 || strcasecmp(text, "ZR_FALSE") == 0;
+  if (isWhole) model.result = isClamped ? ZR_R_FAILED : ZR_R_OK;
+  if (!isWhole && tag != ZR_VT_CY && (isTrue || isFalse)) model = {ZR_R_OK, WordOf(tag, isTrue)};
   if (tag == ZR_VT_BOOL && ZR_SUCCEEDED(model.result)) model.word = model.word != 0;
   return model;
 }

@@ -30,8 +30,14 @@ struct CountedObject final : IZrDispatch {
 };
 inline CountedObject g_object;
 
+// The string whose owners are counted: it is held wherever "common" is shown, as nobody makes another. What a
+// destination holds before it is written to is a reference of its own on the second one, which nobody else holds.
+inline const Owned g_shared(Units(W("common"))), g_before(Units(W("before")));
+
 // One unit a byte, zeros among them.
 inline Owned StringOf(const std::string& bytes) {
+  if (bytes == "common") return Owned(ZrCopyString(g_shared));
+  if (bytes == "before") return Owned(ZrCopyString(g_before));
   Units units;
   for (char byte : bytes) units += static_cast<unsigned char>(byte);
   return Owned(units);
@@ -54,84 +60,62 @@ struct OwnedVariant : ZRVARIANT {
     return *this;
   }
   ~OwnedVariant() { (void)ZrVariantClear(this); }
-
-  explicit OwnedVariant(const std::string& text) : OwnedVariant() {
-    const std::size_t nameEnd = text.find_first_of("+ "), end = text.find(' ');
-    const std::string name = text.substr(0, nameEnd);
-    const std::string rest = end == std::string::npos ? "" : text.substr(end + 1);
-    unsigned long word = std::strtoul(name.c_str(), nullptr, 10);
-    if (nameEnd != end) word |= std::strtoul(text.c_str() + nameEnd + 1, nullptr, 16);
-    for (const TagName& row : kTagNames) {
-      if (name == row.name) word |= row.tag;
-    }
-    Type = static_cast<uint16_t>(word);
-    const TagName* row = NameOf(word & (ZR_VT_TYPEMASK | ZR_VT_BYREF));
-    if (rest != "null") Fill(row != nullptr && row->width != 0 ? *row : *NameOf(ZR_VT_OPAQUE), rest);
-  }
-
- private:
-  void Fill(const TagName& row, const std::string& rest) {
-    ZRVARIANTVALUE& value = Value;
-    switch (row.tag) {
-      case ZR_VT_R4:
-        value.r4 = std::strtof(rest.c_str(), nullptr);
-        break;
-      case ZR_VT_R8:
-        value.r8 = std::strtod(rest.c_str(), nullptr);
-        break;
-      case ZR_VT_BLOB: {
-        std::string bytes;
-        for (std::size_t at = 0; at < rest.size(); at += 2) {
-          bytes += static_cast<char>(std::strtoul(rest.substr(at, 2).c_str(), nullptr, 16));
-        }
-        // There is no way to make an empty one but to empty one.
-        value.blob = ZrCreateBlob(bytes.empty() ? 1 : static_cast<uint32_t>(bytes.size()), bytes.data());
-        if (bytes.empty()) (void)ZrRemoveBlob(value.blob, 0, 1);
-        break;
-      }
-      case ZR_VT_UNKNOWN:
-      case ZR_VT_DISPATCH:
-        if (row.tag == ZR_VT_UNKNOWN) value.unknown = &g_object;
-        if (row.tag == ZR_VT_DISPATCH) value.dispatch = &g_object;
-        g_object.AddRef();
-        break;
-      case ZR_VT_UUID:
-        value.uuid = ZrCreateUUID();
-        (void)ZrUUIDFromString(rest.c_str(), value.uuid);
-        break;
-      case ZR_VT_STR:
-        value.string = ZrCopyString(StringOf(rest));
-        break;
-      case ZR_VT_REF:
-        (void)ZrStringToREF(StringOf(rest), &value.ref);
-        break;
-      case ZR_VT_SREF: {
-        value.sref = ZrCreateSREF();
-        const std::size_t text = rest.find("text ");
-        if (text != std::string::npos) value.sref->text = ZrCopyString(StringOf(rest.substr(text + 5)));
-        if (text != 0) (void)ZrStringToREF(StringOf(rest.substr(0, text)), &value.sref->ref);
-        break;
-      }
-      default: {
-        const uint64_t number = std::strtoull(rest.c_str(), nullptr, 10);  // one below 0 as its complement
-        std::memcpy(&value, &number, row.width);
-      }
-    }
-  }
 };
 
-inline OwnedVariant Value(const std::string& text) { return OwnedVariant(text); }
+inline ZRBLOB BlobOf(const std::string& hexadecimal) {
+  std::string bytes;
+  for (std::size_t at = 0; at < hexadecimal.size(); at += 2) {
+    bytes += static_cast<char>(std::strtoul(hexadecimal.substr(at, 2).c_str(), nullptr, 16));
+  }
+  // There is no way to make an empty one but to empty one.
+  ZRBLOB blob = ZrCreateBlob(bytes.empty() ? 1 : static_cast<uint32_t>(bytes.size()), bytes.data());
+  if (bytes.empty()) (void)ZrRemoveBlob(blob, 0, 1);
+  return blob;
+}
+inline ZRSREF* SrefOf(const std::string& text) {
+  ZRSREF* sref = ZrCreateSREF();
+  const std::size_t at = text.find("text ");
+  if (at != std::string::npos) sref->text = ZrCopyString(StringOf(text.substr(at + 5)));
+  if (at != 0) (void)ZrStringToREF(StringOf(text.substr(0, at)), &sref->ref);
+  return sref;
+}
 
-// What a destination holds before it is written to: a reference of its own on a string that nobody else holds.
-inline const Owned g_before(Units(W("before")));
+inline ZRVARIANTVALUE ParsedPayload(const TagName& row, const std::string& text) {
+  ZRVARIANTVALUE value = {};
+  const uint64_t integer = std::strtoull(text.c_str(), nullptr, 10);  // one below 0 as its complement
+  if (!IsOwned(row.tag)) std::memcpy(&value, &integer, row.width);
+  if (row.kind == 'f') value.r4 = std::strtof(text.c_str(), nullptr);
+  if (row.kind == 'd') value.r8 = std::strtod(text.c_str(), nullptr);
+  if (row.kind == 'l') value.blob = BlobOf(text);
+  if (row.kind == 'i') value.unknown = &g_object;
+  if (row.kind == 'i') g_object.AddRef();
+  if (row.kind == 'u') value.uuid = ZrCreateUUID();
+  if (row.kind == 'u') (void)ZrUUIDFromString(text.c_str(), value.uuid);
+  if (row.kind == 's') value.string = ZrCopyString(StringOf(text));
+  if (row.kind == 'r') (void)ZrStringToREF(StringOf(text), &value.ref);
+  if (row.kind == 'g') value.sref = SrefOf(text);
+  return value;
+}
 
-inline OwnedVariant Before() {
-  OwnedVariant variant = Value("STR null");
-  variant.Value.string = ZrCopyString(g_before);
+inline OwnedVariant Value(const std::string& text) {
+  const std::size_t nameEnd = text.find_first_of("+ "), end = text.find(' ');
+  const std::string name = text.substr(0, nameEnd), payload = end == std::string::npos ? "" : text.substr(end + 1);
+  unsigned long word = std::strtoul(name.c_str(), nullptr, 10);
+  if (nameEnd != end) word |= std::strtoul(text.c_str() + nameEnd + 1, nullptr, 16);
+  for (const TagName& row : kTagNames) {
+    if (name == row.name) word |= row.tag;
+  }
+  OwnedVariant variant;
+  variant.Type = static_cast<uint16_t>(word);
+  const TagName* row = NameOf(word & (ZR_VT_TYPEMASK | ZR_VT_BYREF));
+  if (row == nullptr || row->width == 0) row = NameOf(ZR_VT_OPAQUE);
+  if (payload != "null") variant.Value = ParsedPayload(*row, payload);
   return variant;
 }
 
-// A record without an owner that refers to a value, or to a record.
+inline OwnedVariant Before() { return Value("STR before"); }
+
+// A record without an owner that refers to a value, or to a record: that of a variant, or of a reference to one.
 inline ZRVARIANT ByRef(uint16_t tag, void* address) {
   ZRVARIANT variant = ZR_VARIANT_INIT;
   variant.Type = tag | ZR_VT_BYREF;
@@ -139,7 +123,7 @@ inline ZRVARIANT ByRef(uint16_t tag, void* address) {
   return variant;
 }
 inline ZRVARIANT ByRef(ZRVARIANT& behind) {
-  const bool isRecord = (behind.Type & ~0x9000) == (ZR_VT_VARIANT | ZR_VT_BYREF);
+  const bool isRecord = (behind.Type & ZR_VT_TYPEMASK) == ZR_VT_VARIANT && (behind.Type & ZR_VT_ARRAY) == 0;
   return ByRef(behind.Type, isRecord ? static_cast<void*>(&behind) : &behind.Value);
 }
 
@@ -170,43 +154,31 @@ inline std::string Describe(const ZRREF& ref) {
   return Format("%u.%u.%u.%u.%u.%u", w[0], w[1], w[2], w[3], w[4], w[5]);
 }
 
-inline std::string DescribePayload(const TagName& row, const ZRVARIANTVALUE& value) {
-  const bool isPointer = row.tag == ZR_VT_BLOB || row.tag == ZR_VT_UNKNOWN || row.tag >= ZR_VT_UUID;
-  if (isPointer && value.address == nullptr) return "null";
+inline std::string Describe(const ZRSREF& sref) {
+  const std::string ref = sref.ref != nullptr ? Describe(*sref.ref) : "";
+  if (sref.text == nullptr) return ref.empty() ? "neither" : ref;
+  return ref + (ref.empty() ? "text " : " text ") + DescribeText(sref.text);
+}
+inline std::string Hexadecimal(const std::string& bytes) {
   std::string text;
-  switch (row.tag) {
-    case ZR_VT_R4:
-      text = Format("%.9g", double{value.r4});
-      break;
-    case ZR_VT_R8:
-      return Format("%.17g", value.r8);
-    case ZR_VT_BLOB:
-      for (char byte : BytesOf(value.blob)) text += Format("%02x", static_cast<unsigned char>(byte));
-      return text;
-    case ZR_VT_UNKNOWN:
-      return value.unknown == &g_object ? "object" : "?";
-    case ZR_VT_DISPATCH:
-      return value.dispatch == &g_object ? "object" : "?";
-    case ZR_VT_UUID: {
-      ZRSTR string = nullptr;
-      (void)ZrStringFromUUID(value.uuid, &string);
-      return DescribeText(Owned(string));
-    }
-    case ZR_VT_STR:
-      return DescribeText(value.string);
-    case ZR_VT_REF:
-      return Describe(*value.ref);
-    case ZR_VT_SREF:
-      if (value.sref->ref != nullptr) text = Describe(*value.sref->ref);
-      if (value.sref->text == nullptr) return text.empty() ? "neither" : text;
-      return text + (text.empty() ? "text " : " text ") + DescribeText(value.sref->text);
-    default: {
-      const std::size_t unused = 64 - 8 * row.width;
-      const uint64_t top = value.ui8 << unused;
-      text = row.isSigned ? std::to_string(static_cast<int64_t>(top) >> unused) : std::to_string(top >> unused);
-    }
-  }
-  const uint64_t behind = row.width < 8 ? value.ui8 >> 8 * row.width : 0;
+  for (char byte : bytes) text += Format("%02x", static_cast<unsigned char>(byte));
+  return text;
+}
+
+inline std::string DescribePayload(const TagName& row, const ZRVARIANTVALUE& value) {
+  if (IsOwned(row.tag) && value.address == nullptr) return "null";
+  if (row.kind == 'l') return Hexadecimal(BytesOf(value.blob));
+  if (row.kind == 'i') return value.unknown == &g_object ? "object" : "?";
+  if (row.kind == 'u') return testing::PrintToString(*value.uuid);
+  if (row.kind == 's') return DescribeText(value.string);
+  if (row.kind == 'r') return Describe(*value.ref);
+  if (row.kind == 'g') return Describe(*value.sref);
+  if (row.kind == 'd') return Format("%.17g", value.r8);
+  const std::size_t unused = 64 - 8 * row.width;
+  const uint64_t top = value.ui8 << unused, behind = unused != 0 ? value.ui8 >> (64 - unused) : 0;
+  const std::string text = row.kind == 'f' ? Format("%.9g", double{value.r4})
+                           : row.isSigned  ? std::to_string(static_cast<int64_t>(top) >> unused)
+                                           : std::to_string(top >> unused);
   return behind != 0 ? text + Format(" behind it %" PRIx64, behind) : text;
 }
 
@@ -215,14 +187,16 @@ inline std::string Describe(const ZRVARIANT& variant) {
   const TagName* row = NameOf(tag);
   std::string text = row != nullptr ? row->name : std::to_string(tag);
   if (bits != 0) text += Format("+%04x", bits);
-  if ((bits & (ZR_VT_ARRAY | ZR_VT_BYREF)) == ZR_VT_ARRAY) {
-    text += " array";
-  } else if (tag == ZR_VT_EMPTY || row == nullptr || (bits & ZR_VT_BYREF) != 0) {
-    if (variant.Value.ui8 != 0) text += Format(" %" PRIx64, variant.Value.ui8);
-  } else {
-    text += ' ';
-    text += DescribePayload(*row, variant.Value);
-  }
+  const unsigned flags = bits & (ZR_VT_ARRAY | ZR_VT_BYREF);
+  const bool hasPayload = row != nullptr && tag != ZR_VT_EMPTY && flags == 0, isArray = flags == ZR_VT_ARRAY;
+  if (hasPayload) text.append(" ").append(DescribePayload(*row, variant.Value));
+  if (isArray) text += " array";
+  if (!hasPayload && !isArray && variant.Value.ui8 != 0) text += Format(" %" PRIx64, variant.Value.ui8);
   const bool isMarked = variant.Reserved1 == 0x41 && variant.Reserved2 == 0x4D && variant.Reserved3 == 0x43;
   return isMarked ? text : text + " ~";
+}
+
+inline std::vector<std::string> TextsOf(uint16_t tag) {
+  const TagName* row = NameOf(tag);
+  return Split(row != nullptr ? row->texts : kIntegers);
 }
