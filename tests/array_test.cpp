@@ -48,9 +48,10 @@ TEST(Array, RefusesNulls) {
 TEST(Array, OfNoTypeHasNoElements) {
   const ZrSafeArrayBound bound = {2, 0};
   for (const uint16_t tag : std::initializer_list<uint16_t>{0, 14, ZR_VT_OPAQUE, 54}) {
-    const Array array = MakeArray(tag, {bound}), numbers = MakeArray(ZR_VT_I4, {bound});
+    const Array array = MakeArray(tag, {bound}), twin = MakeArray(tag, {bound}), numbers = MakeArray(ZR_VT_I4, {bound});
     uint16_t told = 77;
     uint32_t count = 77;
+    uint8_t equal = 9;
     EXPECT_EQ(ZrSafeArrayGetElementCount(array.get(), &count, nullptr), ZR_R_OK);
     EXPECT_TRUE(count == 77 && ContentOf(array.get()).data == nullptr);
     EXPECT_EQ(ZrSafeArrayPutElement(array.get(), &count, &count), ZR_R_FAILED);
@@ -61,6 +62,8 @@ TEST(Array, OfNoTypeHasNoElements) {
     EXPECT_EQ(ZrSafeArrayRedim(array.get(), 1, &bound), ZR_R_OK);
     EXPECT_EQ(ZrSafeArrayGetVartype(array.get(), &told), ZR_R_OK);
     EXPECT_TRUE(told == tag && ContentOf(array.get()).count == 2);
+    EXPECT_EQ(ZrSafeArrayCompare(array.get(), twin.get(), &equal), ZR_R_OK);
+    EXPECT_EQ(equal, 1) << "elements of two types aren't looked at";
   }
 }
 
