@@ -116,6 +116,8 @@ static const ZrModuleEntryPoints kFunctions = {
 
 TEST(Threads, AddRemoveAndCreateAtOnce) {
   FakeDiscovery lasting({{1, {}, kFunctions}}), passing({{2, {}, kFunctions}});  // of one assembly
+  const ZRUUID lastingId = ClassId(1), unknownId = ClassId(3);
+  const Owned unknown(Units(W("Unknown")));
   {
     const Session session(lasting);
     Race(300, [&](int) {
@@ -123,6 +125,12 @@ TEST(Threads, AddRemoveAndCreateAtOnce) {
       EXPECT_EQ(ZrAddComponentDiscovery(&passing, &cookie), ZR_R_OK);
       EXPECT_EQ(CreateObject(1), ZR_R_OK);
       EXPECT_EQ(CreateObject(2), ZR_R_OK);
+      ZRUUID classId;
+      ZRSTR name = nullptr;
+      IZrConfiguration* configuration = nullptr;
+      EXPECT_EQ(ZrCLSIDFromClassName(unknown, &classId), ZR_R_FAILED);
+      EXPECT_EQ(ZrClassNameFromCLSID(&unknownId, &name), ZR_R_FAILED);
+      EXPECT_EQ(ZrQueryComponentConfiguration(&lastingId, unknown, &configuration), ZR_R_NOT_IMPLEMENTED);
       EXPECT_EQ(ZrRemoveComponentDiscovery(cookie), ZR_R_OK);
     });
   }
@@ -139,13 +147,14 @@ TEST(Threads, TakeTurnsAtAnArray) {
     EXPECT_TRUE(result == ZR_R_OK || result == ZR_R_INVALID_OBJECT_STATE);
     return result == ZR_R_OK;
   };
-  Race(5000, [&](int thread) {
+  Race(50000, [&](int) {
     void* data = nullptr;
-    if (happens(ZrSafeArrayAccessData(numbers.get(), &data))) {
-      ++*static_cast<int64_t*>(data);
-      ++done;
-      EXPECT_EQ(ZrSafeArrayUnaccessData(numbers.get()), ZR_R_OK);
-    }
+    if (!happens(ZrSafeArrayAccessData(numbers.get(), &data))) return;
+    ++*static_cast<int64_t*>(data);
+    ++done;
+    EXPECT_EQ(ZrSafeArrayUnaccessData(numbers.get()), ZR_R_OK);
+  });
+  Race(5000, [&](int thread) {
     const Owned text(Widened(std::to_string(thread)));
     Owned got;
     (void)happens(ZrSafeArrayPutElement(strings.get(), &kFirst, &text.string));
@@ -176,11 +185,11 @@ TEST(Threads, DiscoveriesCallBackDuringTheLastUninitialize) {
 TEST(Threads, BuildTheErrorRegistryOnceAndRegisterOnce) {
   std::atomic<int> registered = 0;
   Race(1, [&](int) {
-    for (uint32_t code = 1001; code <= 1050; ++code) {  // which no other test registers
+    for (uint32_t code = 1001; code <= 3000; ++code) {  // which no other test registers
       Owned text;
       registered += ZrErrorInfoRegister(code, W("text"), nullptr) == ZR_R_OK;
       EXPECT_EQ(ZrErrorInfoGetText(code % 2 ? code : 0x80000000, &text.string), ZR_R_OK);
     }
   });
-  EXPECT_EQ(registered, 50);
+  EXPECT_EQ(registered, 2000);
 }

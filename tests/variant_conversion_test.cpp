@@ -99,6 +99,10 @@ static constexpr struct {
   ZRRESULT result = ZR_R_OK;
 } kClaims[] = {
     // clang-format off
+    // Numbers are checked in binary64, where the bounds of 64 bits are rounded up, and then cut.
+    {"R8 127.5", "I1", kRefused}, {"R8 -0.5", "I1 0"}, {"UI8 9223372036854776832", "I8 -9223372036854774784"},
+    {"R8 18446744073709551616", "UI8 9223372036854775808"}, {"R8 nan", "CY -9223372036854775808"},
+    {"STR 0x80000000", "R8 2147483648"}, {"STR -0x10", "R8 -16"}, {"STR zr_TRUE", "R4 1"}, {"STR 1e39", "R4 inf"},
     // Characters and times; the last is one of 25 hours.
     {"STR 65", "CHAR32 54"}, {"STR \xe9t\xe9", "CHAR32 233"}, {"STR null", "CHAR32 0"},
     {"CHAR32 65536", "STR \\ud800\\udc00"}, {"CHAR32 1114112", "STR \\udc00\\udc00"},
