@@ -59,9 +59,11 @@ TEST(Array, OfNoTypeHasNoElements) {
     EXPECT_EQ(ZrSafeArrayChangeType(numbers.get(), 0, tag), ZR_R_FAILED);
     // What it couldn't be converted to, new elements are, though it still tells the old type.
     EXPECT_EQ(ZrSafeArrayChangeType(array.get(), 0, ZR_VT_I1), ZR_R_FAILED);
-    EXPECT_EQ(ZrSafeArrayRedim(array.get(), 1, &bound), ZR_R_OK);
+    EXPECT_EQ(ZrSafeArrayChangeType(twin.get(), 0, ZR_VT_R8), ZR_R_FAILED);
+    for (const Array* each : {&array, &twin}) EXPECT_EQ(ZrSafeArrayRedim(each->get(), 1, &bound), ZR_R_OK);
     EXPECT_EQ(ZrSafeArrayGetVartype(array.get(), &told), ZR_R_OK);
     EXPECT_TRUE(told == tag && ContentOf(array.get()).count == 2);
+    ContentOf(array.get()).data[0] = 1;
     EXPECT_EQ(ZrSafeArrayCompare(array.get(), twin.get(), &equal), ZR_R_OK);
     EXPECT_EQ(equal, 1) << "elements of two types aren't looked at";
   }

@@ -34,6 +34,7 @@ TEST(Blob, TellsOfMissingInsides) {
   EXPECT_TRUE(byte == 9 && number == 9) << "untouched by a failure";
   blob->element = new CZrBlobElement();
   EXPECT_EQ(ZrWriteBlob(blob, "x", 1), ZR_R_INVALID_OBJECT_STATE);
+  EXPECT_EQ(ZrAppendBlob(blob, whole.Get()), ZR_R_INVALID_OBJECT_STATE);
   EXPECT_EQ(ZrAppendBlob(whole.Get(), blob), ZR_R_INVALID_ARGUMENTS);
 }
 
