@@ -39,10 +39,11 @@ TEST(Array, RefusesNulls) {
   EXPECT_EQ(ZrSafeArrayGetLBound(handle, 0, &word), ZR_R_OK);
   EXPECT_EQ(ZrSafeArrayGetUBound(handle, 2, &word), ZR_R_OK);
   EXPECT_TRUE(equal == 9 && word == 7 && bounds == &bound) << "nothing is written";
-  const Array strings = MakeArray(ZR_VT_STR, {{1, 0}});
-  ZRSTR text = g_before;
-  EXPECT_EQ(ZrSafeArrayGetElement(strings.get(), &first, &text), ZR_R_OK);
-  EXPECT_EQ(text, g_before) << "a null element leaves it alone";
+  for (const uint16_t kind : std::initializer_list<uint16_t>{ZR_VT_STR, ZR_VT_BLOB, ZR_VT_REF, ZR_VT_SREF}) {
+    const void* variable = &word;
+    EXPECT_EQ(ZrSafeArrayGetElement(MakeArray(kind, {{1, 0}}).get(), &first, &variable), ZR_R_OK);
+    EXPECT_EQ(variable, &word) << "a null element leaves it alone";
+  }
 }
 
 TEST(Array, OfNoTypeHasNoElements) {
