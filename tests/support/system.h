@@ -9,8 +9,8 @@
 
 #include "zrcore/base.h"
 
-// Puts this process into a time zone, by its rule or its name; null, back into the user's. False if the runtime can't
-// follow that rule or knows no names.
+// Puts this process into a time zone, by its rule; null, back into the user's. False if the runtime can't follow that
+// rule.
 bool SetTimeZone(const char* zone);
 
 // How far the system's clock for local time is ahead, in seconds, in a zone that was set and is `standard` ahead.
