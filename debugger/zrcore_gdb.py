@@ -47,11 +47,15 @@ def shown(value):
     return value.format_string()
 
 
-class StringPrinter:
-    """A ZRSTR with all units that its header counts."""
+class Printer:
+    """What all have: the value, which the subclass tells as text by to_string."""
 
     def __init__(self, value):
         self.value = value
+
+
+class StringPrinter(Printer):
+    """A ZRSTR with all units that its header counts."""
 
     def to_string(self):
         if int(self.value) == 0:
@@ -61,38 +65,26 @@ class StringPrinter:
         return json.dumps(text, ensure_ascii=False)
 
 
-class UuidPrinter:
-    def __init__(self, value):
-        self.value = value
-
+class UuidPrinter(Printer):
     def to_string(self):
         fields = [int(self.value[name]) for name in ("data1", "data2", "data3")]
         rest = bytes(int(self.value["data4"][i]) for i in range(8))
         return "{%s}" % str(uuid.UUID(fields=(*fields, *rest[:2], int.from_bytes(rest[2:], "big")))).upper()
 
 
-class RefPrinter:
-    def __init__(self, value):
-        self.value = value
-
+class RefPrinter(Printer):
     def to_string(self):
         return ".".join(str(int(self.value["words"][i])) for i in range(6))
 
 
-class SrefPrinter:
-    def __init__(self, value):
-        self.value = value
-
+class SrefPrinter(Printer):
     def to_string(self):
         ref = shown(self.value["ref"]) if int(self.value["ref"]) != 0 else "null"
         return f"{{ref {ref}, text {shown(self.value['text'])}}}"
 
 
-class DateTimePrinter:
+class DateTimePrinter(Printer):
     """A count of 100 ns from 1601 on, and the time that it stands for."""
-
-    def __init__(self, value):
-        self.value = value
 
     def to_string(self):
         count = int(self.value)
@@ -103,11 +95,8 @@ class DateTimePrinter:
         return f"{count} ({time:%Y-%m-%d %H:%M:%S}.{count % 10_000_000:07d})"
 
 
-class ArrayPrinter:
+class ArrayPrinter(Printer):
     """A ZRSAFEARRAY: the type of its elements, how many there are in each dimension, and the first of them."""
-
-    def __init__(self, value):
-        self.value = value
 
     def to_string(self):
         array = int(self.value)
@@ -125,11 +114,8 @@ class ArrayPrinter:
         return f"ZR_VT_{name}{counts} {{{', '.join(some)}{', ...' if count > MOST_ELEMENTS else ''}}}"
 
 
-class VariantPrinter:
+class VariantPrinter(Printer):
     """The tag, and the value that the record holds or leads to."""
-
-    def __init__(self, value):
-        self.value = value
 
     def to_string(self):
         tag_word = int(self.value["Type"])
