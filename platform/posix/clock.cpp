@@ -6,6 +6,12 @@
 
 static_assert(sizeof(std::time_t) == sizeof(int64_t), "moments reach the year 3000");
 
+// In the zone that holds now. The C library reads it for localtime_r when it pleases, for mktime each time.
+static std::tm* LocalTime(const std::time_t* moment, std::tm* time) noexcept {
+  tzset();
+  return localtime_r(moment, time);
+}
+
 template <class BreakDown>
 static CClockFields Now(BreakDown breakDown) noexcept {
   std::timespec now{};
@@ -18,11 +24,11 @@ static CClockFields Now(BreakDown breakDown) noexcept {
 
 CClockFields PlatformUniversalNow() noexcept { return Now(gmtime_r); }
 
-CClockFields PlatformLocalNow() noexcept { return Now(localtime_r); }
+CClockFields PlatformLocalNow() noexcept { return Now(LocalTime); }
 
 bool PlatformLocalTime(int64_t moment, CClockFields& fields) noexcept {
   std::tm time{};
-  if (!IsKnown(moment) || localtime_r(&moment, &time) == nullptr) return false;
+  if (!IsKnown(moment) || LocalTime(&moment, &time) == nullptr) return false;
   fields = FieldsOf(time);
   return true;
 }

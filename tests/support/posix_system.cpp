@@ -10,11 +10,7 @@
 
 #include "tests/support/system.h"
 
-bool SetTimeZone(const char* zone) {
-  (void)(zone != nullptr ? setenv("TZ", zone, 1) : unsetenv("TZ"));
-  tzset();
-  return true;
-}
+bool SetTimeZone(const char* zone) { return (zone != nullptr ? setenv("TZ", zone, 1) : unsetenv("TZ")) == 0; }
 
 int64_t LocalClockOffset(int64_t standard) { return standard; }
 
