@@ -62,7 +62,7 @@ class CGlobalData {
   CComponentManagement& Registry() noexcept { return registry_; }
 
  private:
-  CRecursiveLock lifecycleLock_;              // taken before the registry's management lock, never after it
+  CRecursiveLock lifecycleLock_;              // whoever holds it alone waits for no other lock
   std::atomic<uint32_t> initializations_{0};  // written under lifecycleLock_
   CComponentManagement registry_;
 };
