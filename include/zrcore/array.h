@@ -19,9 +19,13 @@
 // wrap around.
 //
 // In this family a null handle or a null pointer that is needed gives ZR_R_INVALID_POINTER. An array without what an
-// operation needs, made as above, gives ZR_R_FAILED. When memory is exhausted, ZrSafeArrayCreate and ZrSafeArrayCopy
-// end the process, or throw std::bad_alloc where nothing has been made yet; other functions throw it, with the array as
-// it was but for the element of a put, which may have lost its value.
+// operation needs, made as above, gives ZR_R_FAILED.
+//
+// When memory is exhausted, ZrSafeArrayCreate and ZrSafeArrayCopy end the process, or throw std::bad_alloc where
+// nothing has been made yet, and so does all that copies an array which an element holds, or converts elements to
+// ZR_VT_BLOB. Other functions throw it, with the array as it was but for the element of a put, which may have lost its
+// value. Texts that elements should become are null then, and those of ZR_VT_UUID count as not converted. AddRef and
+// Release of objects in elements must not throw: what they throw may pass through or end the process.
 //
 // Threads: before ZrInitialize too. An array has a flag that is taken and left at once, never waited for: by
 // ZrSafeArrayLock, by ZrSafeArrayAccessData, and for its duration by each get and put, which fail while it is taken,
@@ -91,7 +95,7 @@ ZR_API ZRRESULT ZrSafeArrayRedim(ZRSAFEARRAY array, uint32_t dimensions, const Z
 /// @param indices  reads one for each dimension.
 /// @param value    address of a variable of the element's type. A null string, blob, REF or SREF leaves it as it was; a
 ///                 variable for an interface pointer must be null before, one for a variant must hold a variant, which
-///                 is released.
+///                 is released before the element is read; it must not be the one that owns this array.
 /// @return ZR_R_OK; 1, a success without a value, if the array has no elements; ZR_R_INVALID_POINTER if an argument is
 ///         null; ZR_R_INVALID_OBJECT_STATE if the flag is taken; ZR_R_INVALID_ARGUMENTS, or ZR_R_FAILED for variants,
 ///         if the offset is negative; ZR_R_FAILED as for the family; what ZrVariantCopy answers.
@@ -138,8 +142,8 @@ ZR_API ZRRESULT ZrSafeArrayUnaccessData(ZRSAFEARRAY array) ZR_NOEXCEPT;
 // ---- Questions -----------------------------------------------------------------------------------------------------
 //
 // They answer ZR_R_OK once the array is there, also where they have nothing to say and leave the variable as it was:
-// give it a value before. A null variable is no failure either, but for ZrSafeArrayGetVartype; where two are written,
-// the first or, for the bounds, either one being null leaves both.
+// give it a value before. A null variable is no failure either, but ZrSafeArrayGetVartype must have one; where two are
+// written, the first or, for the bounds, either one being null leaves both.
 
 /// ZrSafeArrayGetVartype tells the tag of the elements, without flags.
 ///
@@ -186,11 +190,12 @@ ZR_API ZRRESULT ZrSafeArrayGetUBound(ZRSAFEARRAY array, uint32_t dimension, uint
 /// from variants:
 ///
 ///   - A boolean or a ZR_VT_CHAR32 is taken for its number, also as text. ZR_VT_UI1 and ZR_VT_BYTE become booleans as
-///     they are: 2 stays 2. ZR_VT_QWORD is a number to ZR_VT_DATETIME too, not an address.
+///     they are: 2 stays 2. ZR_VT_QWORD is a number to ZR_VT_DATETIME too, not an address (but an address where it is
+///     the type of an element that is a variant).
 ///   - ZR_VT_TIME and ZR_VT_DATETIME convert only to 64-bit integers, ZR_VT_CY and each other (bit by bit), ZR_VT_R8,
 ///     ZR_VT_STR and ZR_VT_VARIANT.
-///   - A null REF or SREF, or an SREF with neither ref nor text, doesn't convert, to its own type neither; it becomes
-///     an empty variant.
+///   - A null string converts as an empty one, and becomes one in its own type too. A null REF or SREF, or an SREF with
+///     neither ref nor text, doesn't convert, to its own type neither; it becomes an empty variant.
 ///   - Interface pointers convert to their own type, and ZR_VT_DISPATCH to ZR_VT_UNKNOWN.
 ///   - Every element becomes a ZR_VT_VARIANT, with the plain name's tag where several types are one (for a
 ///     boolean ZR_VT_UI1).

@@ -72,11 +72,11 @@ typedef int32_t ZRRESULT;
 #define ZR_R_NOT_SUPPORTED              ZR_RESULT_CODE(0x80000001u)  ///< no such operation or conversion
 #define ZR_R_CANCELLED                  ZR_RESULT_CODE(0x80000002u)  ///< (module)
 #define ZR_R_TIMEOUT                    ZR_RESULT_CODE(0x80000003u)  ///< (module)
-#define ZR_R_INVALID_ARGUMENTS          ZR_RESULT_CODE(0x80000004u)  ///< an argument is null or out of its range
+#define ZR_R_INVALID_ARGUMENTS          ZR_RESULT_CODE(0x80000004u)  ///< an argument is null, out of its range, or a text that doesn't read
 #define ZR_R_ACCESS_DENIED              ZR_RESULT_CODE(0x80000005u)  ///< (module)
 #define ZR_R_INVALID_POINTER            ZR_RESULT_CODE(0x80000006u)  ///< a null variant or array, or a null blob to destroy
 #define ZR_R_FILE_NOT_FOUND             ZR_RESULT_CODE(0x80000007u)  ///< a module file could not be loaded, for any reason
-#define ZR_R_NO_INIT                    ZR_RESULT_CODE(0x80000008u)  ///< ZrInitialize has not been called
+#define ZR_R_NO_INIT                    ZR_RESULT_CODE(0x80000008u)  ///< ZrInitialize is not in force
 #define ZR_R_NO_INTERFACE               ZR_RESULT_CODE(0x80000009u)  ///< (module)
 #define ZR_R_INVALID_OBJECT_STATE       ZR_RESULT_CODE(0x8000000Au)  ///< the object holds nothing (any more), or its flag is taken
 #define ZR_R_UNEXPECTED                 ZR_RESULT_CODE(0x8000000Bu)  ///< an exception or an impossible state
@@ -96,7 +96,7 @@ typedef int32_t ZRRESULT;
 #define ZR_R_INVALID_CREF               ZR_RESULT_CODE(0x80000019u)  ///< (module)
 #define ZR_R_INVALID_OTYPE              ZR_RESULT_CODE(0x8000001Au)  ///< (module)
 #define ZR_R_INVALID_LANGUAGE           ZR_RESULT_CODE(0x8000001Bu)  ///< (module)
-#define ZR_R_NOT_EXISTING               ZR_RESULT_CODE(0x8000001Cu)  ///< nothing is known under this code
+#define ZR_R_NOT_EXISTING               ZR_RESULT_CODE(0x8000001Cu)  ///< nothing is known under this code, or no byte is left to read
 #define ZR_R_NO_MEMORY                  ZR_RESULT_CODE(0x8000001Du)  ///< the heap is exhausted
 #define ZR_R_ALREADY_REGISTERED         ZR_RESULT_CODE(0x80000020u)  ///< the code has its text already
 #define ZR_R_CLASS_NOT_REGISTERED       ZR_RESULT_CODE(0x80000021u)  ///< no discovery knows the class

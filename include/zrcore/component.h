@@ -4,7 +4,8 @@
 // in ascending order of their cookies, the first answer of zero or above wins, and it is remembered until that
 // discovery is removed. A discovery tells where a class lives: in a module file, by path, or behind entry points that
 // it hands over. The module is loaded when an object is first wanted, started once by ZrInitModule, and unloaded when
-// the last class that was used from it is gone. Objects are not tracked: release them before their discovery goes.
+// the last class that was used from it is gone. Neither objects nor creations are tracked: before a discovery goes, by
+// the last ZrUninitialize too, release the objects of its modules, and have no ZrCreateInstance of its classes running.
 //
 //     host     ZrInitialize, ZrAddComponentDiscovery            client   ZrCreateInstance -> object
 //     module   ZrInitModule, ZrCreateInstanceModule ... ZrExitModule
@@ -42,17 +43,18 @@ typedef struct IZrConfiguration IZrConfiguration;
 /// ZrInitModule starts the module, once before the first object is made.
 ///
 /// Called under the module's own start lock: other threads that want a first object wait. It may call component
-/// exports, but not make an object of its own module.
+/// exports, but not make an object of its own module, nor have its own discovery removed.
 ///
 /// @return negative to refuse: the module is unloaded, the creation answers ZR_R_NOT_SUPPORTED, and the next attempt
-///         loads it again and does not call ZrInitModule a second time.
+///         loads it again and does not call ZrInitModule a second time. After an exception, which is ZR_R_UNEXPECTED,
+///         the module stays loaded, and it isn't called a second time either.
 ZR_MODULE_API ZRRESULT ZrInitModule(void);
 
 /// ZrExitModule stops the module, before it is unloaded. A stopped module that is still loaded may be started again.
 ZR_MODULE_API void ZrExitModule(void);
 
 /// ZrCreateInstanceModule makes an object. Called without any lock, from any number of threads at once; it may call
-/// component exports freely.
+/// component exports freely, but not have its own discovery removed.
 ///
 /// @param classId      the class; lent for the call.
 /// @param argument1    passed on from ZrCreateInstance unchanged; its meaning is between caller and module.
@@ -137,7 +139,9 @@ struct IZrComponentDiscovery : IZrUnknown {
   /// QueryClassName turns a class identifier into a class name. Zero or above if this discovery knows the class.
   ///
   /// @param classId    lent for the call.
-  /// @param className  the variable of the caller of ZrClassNameFromCLSID; receives a string that goes to that caller.
+  /// @param className  the variable of the caller of ZrClassNameFromCLSID, with what that caller left in it; receives a
+  ///                   string that goes to the caller, or null. Write it whenever the answer is zero or above, and
+  ///                   never otherwise: the next discovery wouldn't know of the string.
   virtual ZRRESULT QueryClassName(const ZRUUID* classId, ZRSTR* className) = 0;
 
  protected:
@@ -181,7 +185,7 @@ struct IZrComponentDiscovery {
 /// By this it is asked for the configuration "ZrCore" and for nothing else: once it is registered, under no lock, also
 /// when an earlier discovery has decided already (configuration.h). What it answers changes no result. An exception of
 /// the objects that are asked passes through: the discovery is then registered under `*cookie` nevertheless, but isn't
-/// counted among those that were added.
+/// counted among those that were added. Its removal is counted, though, so that the count stays one too low.
 ///
 /// @param discovery  the library takes a reference of its own (AddRef) until the discovery is removed. The caller keeps
 ///                   one until this returns, lest another thread remove the discovery while it is asked.
@@ -197,9 +201,9 @@ ZR_API ZRRESULT ZrAddComponentDiscovery(IZrComponentDiscovery* discovery, uint32
 /// In this order, under the management lock: ZrExitModule of each started module that its classes live in, also when
 /// classes of other discoveries live there too (the module is started again for those); each module whose last used
 /// class this was is unloaded; the discovery object is released. Class names learnt from it stay known. Objects made by
-/// its modules must have been released before.
+/// its modules must have been released before, and no creation of its classes may be running.
 ///
-/// When this has removed as many discoveries as were added, the item caches are switched off and emptied
+/// When this has removed, with ZR_R_OK, as many discoveries as were added, the item caches are switched off and emptied
 /// (configuration.h), which is no moment for other threads to make or destroy REFs and SREFs.
 ///
 /// @return ZR_R_OK; ZR_R_NO_INIT; ZR_R_UNKNOWN_IDENTIFIER if no discovery has this cookie; ZR_R_UNEXPECTED for anything
@@ -221,9 +225,9 @@ ZR_API ZRRESULT ZrRemoveComponentDiscovery(uint32_t cookie);
 ///         ZR_R_REQUEST_ABORTED in the lookup and ZR_R_UNEXPECTED in the module.
 ///
 /// A module that can't be loaded or lacks an export is told in one line on the debugger's channel (the standard error
-/// stream on POSIX systems), with the path and the system's reason. Nothing of a failure is remembered. What the
-/// system's loader itself doesn't survive, nobody can turn into a code: an exception from a static constructor of the
-/// module ends the process.
+/// stream on POSIX systems), with the path and the system's reason. Each creation tries anew, but for a ZrInitModule
+/// that has refused or thrown. What the system's loader itself doesn't survive, nobody can turn into a code: an
+/// exception from a static constructor of the module ends the process.
 ZR_API ZRRESULT ZrCreateInstance(const ZRUUID* classId, uint64_t argument1, const ZRUUID* interfaceId,
                                  uint64_t argument2, void** object) ZR_NOEXCEPT;
 
@@ -242,8 +246,8 @@ ZR_API ZRRESULT ZrCLSIDFromClassName(ZRSTR className, ZRUUID* classId) ZR_NOEXCE
 /// Remembers like ZrCLSIDFromClassName; the two directions are remembered apart.
 ///
 /// @param classId    must not be null.
-/// @param className  receives the name, which the caller destroys; may be null where the discovery said so. Not cleared
-///                   by a failure.
+/// @param className  receives the name, which the caller destroys; may be null where the discovery said so. Set it to
+///                   null before: a discovery that knows the class may fail to write it. Not cleared by a failure.
 /// @return ZR_R_OK; ZR_R_NO_INIT; ZR_R_INVALID_ARGUMENTS if `className` is null; ZR_R_FAILED if no discovery knows the
 ///         class or anything was thrown.
 ZR_API ZRRESULT ZrClassNameFromCLSID(const ZRUUID* classId, ZRSTR* className) ZR_NOEXCEPT;

@@ -15,10 +15,12 @@
 //
 // A value of another type is converted as by ZrVariantChangeType, so the text "ZR_TRUE" will do; one that doesn't
 // convert counts as absent. Of a boolean exactly 1 is true. Don't answer an array: its handle would be taken for the
-// number. The first discovery decides, also if it has no
-// configuration: the settings stand, whatever later ones answer, until as many discoveries have been removed as were
-// added. Then the caches are off again and empty, but for those that never had a limit of their own. Discoveries that
-// the last ZrUninitialize cleared don't count as removed.
+// number.
+//
+// The first discovery decides, also if it has no configuration: the settings stand, whatever later ones answer, until
+// as many discoveries have been removed as were added. Then the caches are off again and empty, but for those that
+// never had a limit of their own. Discoveries that the last ZrUninitialize cleared don't count as removed, nor those
+// whose removal answered a failure.
 //
 // A limit is lowered without regard to threads that make or destroy REFs and SREFs at that moment: remove the last
 // discovery when there are none, and when no other discovery is being added or removed.

@@ -150,8 +150,8 @@ ZR_API uint8_t ZrTimeStringToDateTimeStruct(ZRSTR text, ZRDATETIMESTRUCT* record
 /// ZrDateTimeStructToDateString writes such as "2012-03-04". A year below 1000 is padded with blanks.
 ZR_API ZRSTR ZrDateTimeStructToDateString(const ZRDATETIMESTRUCT* record) ZR_NOEXCEPT;
 
-/// ZrDateTimeStructToDateTimeString writes such as "2012-03-04 05:06:07.1234567", which reads back to the same record
-/// but for `microsecond`.
+/// ZrDateTimeStructToDateTimeString writes such as "2012-03-04 05:06:07.1234567". With the fraction, what
+/// ZrDateTimeToStruct tells of a value up to the year 9999 reads back to the same record but for `microsecond`.
 ///
 /// @param withFraction  non-zero for the seven digits of `fraction`, 0 for three of `millisecond`.
 ZR_API ZRSTR ZrDateTimeStructToDateTimeString(const ZRDATETIMESTRUCT* record, uint8_t withFraction) ZR_NOEXCEPT;

@@ -4,8 +4,8 @@
 // codes of base.h are in it from the start, all but ZR_R_OK; modules register their own. A row is never replaced and
 // never removed: it outlives the module that registered it and every ZrUninitialize.
 //
-// Codes are unsigned here: pass a ZRRESULT as it is, it converts. A null pointer gives ZR_R_INVALID_ARGUMENTS, except
-// for a description.
+// Codes are unsigned here: a ZRRESULT converts, with a cast where the compiler minds the sign. A null pointer gives
+// ZR_R_INVALID_ARGUMENTS, except for a description.
 //
 // Any thread, any time, before ZrInitialize too, under one mutex. A mutex that fails raises std::system_error. Each
 // call is a search among the rows; the first of all sets the registry up.

@@ -34,7 +34,8 @@ ZR_API ZRRESULT ZrInitialize(void) ZR_NOEXCEPT;
 ///
 /// That last call runs every started module's ZrExitModule, then unloads every module, then releases every discovery
 /// object, all on the calling thread and under the lifecycle and the management lock. Release all objects made by
-/// modules first: they are not tracked, and their code goes. A call at count 0 changes nothing.
+/// modules first, and have no creation running: they are not tracked, and their code goes. A call at count 0 changes
+/// nothing.
 ///
 /// @return ZR_R_OK, always. The first exception of a module's ZrExitModule passes through, when the registry has been
 ///         emptied and both locks left.

@@ -118,7 +118,7 @@ ZR_API ZRRESULT ZrStringToSREF(ZRSTR string, ZRSREF** sref);
 
 /// ZrSplitRefName reads a text as ZrStringToREF does, into six numbers of the caller's.
 ///
-/// @param word0, word1, word2, word3, word4, word5  each receives its word, or is null for a word that isn't wanted.
+/// @param word0  receives the first word, or is null if that isn't wanted; and so do the others.
 /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS, with nothing stored, if `string` is null or ZrStringToREF refuses it.
 ///
 /// No allocation.

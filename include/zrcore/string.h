@@ -15,8 +15,9 @@
 // ready before any code runs.
 //
 // In this family a null out-argument gives ZR_R_INVALID_ARGUMENTS. Lengths count code units unless they are said to be
-// bytes; what doesn't fit the 32 bits of byteLen is not refused but stored truncated. Nothing throws: exhausted memory
-// is told by null or ZR_R_NO_MEMORY.
+// bytes; what doesn't fit the 32 bits of byteLen is not refused but stored truncated, and such a string can only be
+// destroyed, since nothing may read it by its lengths. Nothing throws: exhausted memory is told by null or
+// ZR_R_NO_MEMORY.
 //
 // Any thread, any time, before ZrInitialize too. Any number of threads may copy, read and destroy one string at once.
 
@@ -145,7 +146,8 @@ ZR_API uint32_t ZrStringByteLen(ZRSTR string) ZR_NOEXCEPT;
 ZR_API ZRRESULT ZrCompareString(ZRSTR left, ZRSTR right, int32_t* order) ZR_NOEXCEPT;
 
 /// ZrCompareStringW orders a string and a zero-terminated text by code unit. It stops at the first zero unit on both
-/// sides, so what follows a zero unit inside `left` is ignored.
+/// sides, so what follows a zero unit inside `left` is ignored; but a `left` that begins with one is not empty, and
+/// comes behind an empty `right`.
 ///
 /// @param left   a string, or null for an empty one.
 /// @param right  zero-terminated, or null for an empty one.

@@ -17,8 +17,8 @@ typedef int64_t ZRTIMESPAN;
 /// ZrTimeSpanToTimeSpanString writes a span, such as "03:04:05.0000006" or "   1.02:03:04.0000005".
 ///
 /// The days, if not 0, come first, padded with blanks to four places. Each part of a span below zero bears its own
-/// minus sign, in place of a digit: an hour and a half before zero is "-1:-30:00.0000000". Such a text
-/// doesn't read back.
+/// minus sign, in place of a digit: an hour and a half before zero is "-1:-30:00.0000000". Such a text is read, but in
+/// general as another value.
 ///
 /// @return gives a string, which the caller destroys; null when memory is exhausted. One allocation.
 ZR_API ZRSTR ZrTimeSpanToTimeSpanString(ZRTIMESPAN span) ZR_NOEXCEPT;

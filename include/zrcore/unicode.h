@@ -107,9 +107,9 @@ ZR_API ZRRESULT ZrCreateUTF32fomZRSTR(ZRSTR source, int32_t length, char32_t* bu
 /// ZrCreateUTF8fromZRSTR writes a string as UTF-8 and a zero byte.
 ///
 /// Asked for the size, it counts four bytes for a true pair and none for a lone surrogate, and stores 1 if a lone
-/// surrogate is the last unit. Writing, any surrogate is merged with the unit behind it, and one in the last place ends
-/// the text as if nothing had been written. Of a merged value above 0x1FFFFF, which four bytes don't hold, the low 21
-/// bits are written.
+/// surrogate is the last unit; a size beyond 31 bits is stored wrapped. Writing, any surrogate is merged with the unit
+/// behind it, and one in the last place ends the text as if nothing had been written. Of a merged value above 0x1FFFFF,
+/// which four bytes don't hold, the low 21 bits are written.
 ///
 /// A buffer that is too small cuts the text, even inside a character, and succeeds; one that is too large fails.
 ///
@@ -176,14 +176,16 @@ ZR_API int32_t ZrZRSTRtoUTF8(ZRSTR string, char* buffer, int32_t size) ZR_NOEXCE
 ZR_API ZRRESULT ZrCopyZRSTR2WCHAR(ZRSTR source, WCHAR* destination, uint32_t count) ZR_NOEXCEPT;
 
 /// ZrCopyWCHAR2ZRSTR is the same copy with the other type on either side. It makes no string: `destination` has to have
-/// room, and its header stays as it is.
+/// room, in front of its terminator, and its header stays as it is. Nobody else may hold it, and it must not be the
+/// shared empty string, which some creators give for an empty text.
 ZR_API ZRRESULT ZrCopyWCHAR2ZRSTR(const WCHAR* source, ZRSTR destination, uint32_t count) ZR_NOEXCEPT;
 
 // ---- Case ----------------------------------------------------------------------------------------------------------
 //
 // Case is that of the process's default locale for characters, the one that the user's environment names, whatever
-// locale the program has set. The first use of any of these reads it, once, on one thread; a few hundred microseconds.
-// Units are mapped one by one: no surrogate pair has case, and no text changes its length.
+// locale the program has set; if the system doesn't have it, only ASCII letters have case. The first use of any of
+// these reads it, once, on one thread; a few hundred microseconds. Units are mapped one by one: no surrogate pair has
+// case, and no text changes its length.
 
 /// ZrWCHARCompareNoCase orders two zero-terminated texts by their units in lower case.
 ///

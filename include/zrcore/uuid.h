@@ -48,7 +48,7 @@ ZR_API ZRUUID* ZrGenerateUUID(void);
 /// ZrCopyUUID gives a new record with the value of `source`.
 ///
 /// @param copy  receives the record.
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if an argument is null.
+/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS, with `*copy` unchanged, if an argument is null.
 /// @throws std::bad_alloc; `*copy` is unchanged then.
 ZR_API ZRRESULT ZrCopyUUID(const ZRUUID* source, ZRUUID** copy);
 
@@ -58,7 +58,8 @@ ZR_API void ZrDestroyUUID(ZRUUID* uuid) ZR_NOEXCEPT;
 /// ZrCompareUUID tells whether two identifiers are equal.
 ///
 /// @param equal  receives 1 if all sixteen bytes are equal, else 0.
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if any argument is null: null is no nil value here.
+/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS, with `*equal` unchanged, if any argument is null: null is no nil value
+/// here.
 ZR_API ZRRESULT ZrCompareUUID(const ZRUUID* left, const ZRUUID* right, uint8_t* equal) ZR_NOEXCEPT;
 
 /// ZRUUIDGreater is whether `left` comes after `right`; false if either is null.

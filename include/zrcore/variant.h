@@ -15,17 +15,22 @@
 // 0x8000 mean nothing; they count where whole tag words are compared.
 //
 // A record starts from ZrVariantInit, from ZR_VARIANT_INIT or from 16 zero bytes; every function but ZrVariantInit
-// releases what its destination seems to hold. The three marker words are set by ZrVariantInit and by every function
-// that writes a new value, and are zero after ZrVariantClear. Nothing tests them, but a comparison by value of numbers
-// sees them: ZrVariantCompare tells more. A number narrower than 64 bits lies in the first bytes of Value; what the
-// functions here store has zeros behind it.
+// releases what its destination seems to hold, and most do so before they look at the source: the source, and what it
+// refers to, must not lie in what the destination owns, as an element of its array does. A chain of records that refer
+// to each other must end. The three marker words are set by ZrVariantInit and by every function that writes a new
+// value, and are zero after ZrVariantClear. Nothing tests them, but a comparison by value of numbers sees them:
+// ZrVariantCompare tells more. A number narrower than 64 bits lies in the first bytes of Value; what the functions here
+// store has zeros behind it.
 //
 // In this family a null record gives ZR_R_INVALID_POINTER. When memory is exhausted, std::bad_alloc is thrown, except
-// for texts, which become null (those of ZR_VT_UUID and ZR_VT_CHAR32 answer ZR_R_NO_MEMORY), and for a conversion to
-// ZR_VT_BLOB, which may end the process as ZrCreateBlob does; a destination holds then nothing, or its tag with a null
-// Value, and a value that was to be converted in place is back in its place. Any thread, before ZrInitialize too; a
-// record has no lock, so one at a time for a record, or any number that only read it. Strings and blobs behind records
-// may be shared between threads.
+// for texts, which become null (those of ZR_VT_UUID and ZR_VT_CHAR32 answer ZR_R_NO_MEMORY); making a blob and copying
+// an array may end the process instead, as ZrCreateBlob and ZrSafeArrayCopy do. A destination holds then nothing, or
+// its tag with a null Value; a value that was to be converted in place is back in its place, and a conversion of an
+// array leaves the destination alone. AddRef and Release of objects in values must not throw: what they throw may pass
+// through or end the process.
+//
+// Any thread, before ZrInitialize too; a record has no lock, so one at a time for a record, or any number that only
+// read it. Strings and blobs behind records may be shared between threads.
 
 #ifndef ZRCORE_VARIANT_H
 #define ZRCORE_VARIANT_H
@@ -169,9 +174,9 @@ ZR_API ZRRESULT ZrVariantClear(ZRVARIANT* variant);
 /// neither ref nor text becomes null; other nulls stay.
 ///
 /// @param destination  released without a word, whatever its tag. Being the source itself, it ends empty.
-/// @return ZR_R_OK; ZR_R_INVALID_POINTER, with nothing changed, if an argument is null; ZR_R_INVALID_ARGUMENTS for tags
-///         that are not assigned or above 53: the destination then has the tag word and a null Value; what the copying
-///         of an array answered.
+/// @return ZR_R_OK; ZR_R_INVALID_POINTER, with nothing changed, if an argument is null; with the tag word and a null
+///         Value in the destination: ZR_R_INVALID_ARGUMENTS for tags that are not assigned or above 53, and what
+///         ZrSafeArrayCopy answers if it isn't ZR_R_OK.
 ZR_API ZRRESULT ZrVariantCopy(ZRVARIANT* destination, const ZRVARIANT* source);
 
 /// ZrVariantCopyInd is ZrVariantCopy, but of a by-reference source the destination gets a value of its own.
@@ -185,8 +190,8 @@ ZR_API ZRRESULT ZrVariantCopy(ZRVARIANT* destination, const ZRVARIANT* source);
 /// @return ZR_R_OK; ZR_R_INVALID_POINTER if an argument is null, with nothing changed, or, with the destination
 ///         released, if the source's array address is; ZR_R_INVALID_ARGUMENTS for a tag that is 0 (under ZR_VT_BYREF),
 ///         not assigned or above 53: the destination then has this tag (with its flags, unless it stood under
-///         ZR_VT_BYREF) and a null Value; the same code for a by-reference record as both arguments; what the copying
-///         of an array answered.
+///         ZR_VT_BYREF) and a null Value; the same code for a by-reference record as both arguments; what
+///         ZrSafeArrayCopy answers if it isn't ZR_R_OK, with the array's tag and a null Value.
 ZR_API ZRRESULT ZrVariantCopyInd(ZRVARIANT* destination, const ZRVARIANT* source);
 
 /// ZrVariantIsContentEmpty tells whether a value has no content. It has no way to fail.
@@ -207,51 +212,57 @@ ZR_API uint8_t ZrVariantIsContentEmpty(const ZRVARIANT* variant) ZR_NOEXCEPT;
 ///   - Numbers, booleans and ZR_VT_CHAR32 to each other. A number is checked against the target's range in binary64,
 ///     fractions included (127.5 is out of range for ZR_VT_I1), then cut off towards zero; NaN and the infinities are
 ///     in no range, not in that of ZR_VT_R8 either. The 64-bit ranges end where binary64 puts their ends: 2^63 and 2^64
-///     pass and become 0x8000000000000000. A boolean hands on its byte as it is; as a target it takes 0 to 255 and
-///     becomes 0 or 1. ZR_VT_TIME, ZR_VT_DATETIME and ZR_VT_CY are numbers as sources.
+///     pass and become 0x8000000000000000, and unsigned integers up to 2^63 + 1024 pass as ZR_VT_I8 with their bits. A
+///     boolean hands on its byte as it is; as a target it takes 0 to 255 and becomes 0 or 1. ZR_VT_TIME, ZR_VT_DATETIME
+///     and ZR_VT_CY are numbers as sources.
 ///   - To ZR_VT_TIME, ZR_VT_DATETIME and ZR_VT_CY come only 64-bit integers and each other, word by word, and ZR_VT_R8,
 ///     cut off towards zero without a check (0x8000000000000000 where it doesn't fit). ZR_VT_QWORD to ZR_VT_DATETIME is
 ///     taken as the address of the 64-bit count.
 ///   - A blob gives its first bytes to a number, and to a ZR_VT_UUID up to 16, zeros where it has fewer. Numbers,
 ///     booleans, texts and the records of UUIDs, REFs and SREFs give their bytes to a blob: a boolean 0 or 1, an SREF
 ///     those of its ref or, without one, of its text. No bytes make a null blob.
-///   - Text to an integer: decimal, or hexadecimal if it begins with "0x"; a 'd' or 'D' may end it, and what is behind
-///     that isn't read. To ZR_VT_R4 and ZR_VT_R8: what the C library's strtod reads, where an 'f' or 'F' may end it
-///     likewise, or hexadecimal as above, signed, in 32 and 64 bits. An empty text is 0. White space may stand in
-///     front, not behind. The words "TRUE" and "ZR_TRUE" are 1, "FALSE" and "ZR_FALSE" 0, in upper or lower case. 64
-///     bits saturate, but for a number below 0 as an unsigned one; so does a decimal ZR_VT_R4, to infinity. To
-///     ZR_VT_CY: decimal only, no words. To ZR_VT_CHAR32: the first code point; digits aren't read.
-///   - Text to ZR_VT_TIME, ZR_VT_DATETIME, ZR_VT_UUID and ZR_VT_REF as their own parsers read it. Every text converts
-///     to ZR_VT_SREF, as a ref if it reads as one. An SREF without a ref converts to ZR_VT_REF as its text does.
+///   - Text to an integer: decimal, or hexadecimal if "0x" are its very first units; a 'd' or 'D' may end it, and what
+///     is behind that isn't read. To ZR_VT_R4 and ZR_VT_R8: what the C library's strtod reads, where an 'f' or 'F' may
+///     end it likewise, or hexadecimal as above, signed, in 32 and 64 bits. An empty text is 0, and so is one that has
+///     nothing in front of the letter that may end it ("dog" as an integer, "foo" as a ZR_VT_R8). White space may stand
+///     in front of a decimal number or what strtod reads, never behind. The words "TRUE" and "ZR_TRUE" are 1, "FALSE"
+///     and "ZR_FALSE" 0, in any mixture of upper and lower case, with nothing around them. 64 bits saturate, but for a
+///     number below 0 as an unsigned one; so does a decimal ZR_VT_R4, to infinity. To ZR_VT_CY: decimal only, no words.
+///     To ZR_VT_CHAR32: the first code point; digits aren't read.
+///   - Text to ZR_VT_TIME, ZR_VT_DATETIME, ZR_VT_UUID and ZR_VT_REF as ZrTimeStringToDateTimeStruct,
+///     ZrDateTimeStringToDateTimeStruct, ZrUUIDFromString and ZrStringToREF read it. Every text converts to ZR_VT_SREF,
+///     as a ref if it reads as one, and so does every REF. An SREF converts to ZR_VT_REF by its ref or, without one, as
+///     its text does.
 ///   - To text: integers in decimal, ZR_VT_R4 and ZR_VT_R8 as printf's "%f" (six digits, never an exponent), booleans
 ///     as "TRUE" and "FALSE", ZR_VT_TIME without whole days, ZR_VT_CHAR32 as its character, the others as their own
-///     functions write them, a ZRSREF by its ref where it has one. A blob's bytes become the text's code units, and
+///     functions write them, an SREF by its ref where it has one. A blob's bytes become the text's code units, and
 ///     back; a blob without bytes becomes a null text.
 ///   - An array converts element by element, as by ZrSafeArrayChangeType, into a new array. The target's flags are
 ///     dropped then.
 ///
 /// Nothing else converts, in particular no by-reference record (ZrVariantCopyInd first), ZR_VT_EMPTY, ZR_VT_OPAQUE,
-/// interface pointers. If the source has the target's tag already, the destination becomes a ZrVariantCopy of it,
-/// flags included; in place nothing happens.
+/// interface pointers. If the source has the target's tag already, the destination becomes a ZrVariantCopy of it, flags
+/// included, and an array without a copy a null one, with ZR_R_OK; in place nothing happens.
 ///
 /// Numbers are read and written alike on every system, whatever its own runtime does, but for the decimal point, which
 /// is that of the process's current locale. Where runtimes differ: an exponent begins with 'e', never with 'd'; of a
-/// "0x" without a digit behind it the 0 is read; infinities and NaN are read by their names, and hexadecimal fractions
-/// behind a sign; "%f" rounds the exact value, to the even digit in the middle of two, and writes "inf", "-inf", "nan"
-/// and "-nan".
+/// "0x" without a digit behind it the 0 alone is read, so it is no number; infinities and NaN are read by their names,
+/// and hexadecimal fractions behind a sign; "%f" rounds the exact value, to the even digit in the middle of two, and
+/// writes "inf", "-inf", "nan" and "-nan".
 ///
 /// @param destination  released first, in all cases but those marked below. May be the source itself.
 /// @param flags        no effect; pass 0.
 /// @param target       a tag without flags.
-/// @return ZR_R_OK, or
+/// @return ZR_R_OK, or, looked for in this order, but behind a source that has the target's tag already:
 ///         ZR_R_INVALID_POINTER (*) if an argument is null;
-///         ZR_R_NOT_SUPPORTED (*) if the source is by reference and the target not its tag;
+///         ZR_R_NOT_SUPPORTED (*) if the source is by reference;
 ///         ZR_R_FAILED (*) if an element of an array doesn't convert, if the array has none, or if arrays can't have
 ///         elements of the target;
-///         ZR_R_INVALID_ARGUMENTS if the target is ZR_VT_EMPTY, not assigned or has flags, for a number out of range, a
-///         null record behind the source's tag, a text that is no date, time, UUID or REF, and for ZR_VT_VARIANT by
-///         value where the target is neither a number nor without conversions;
+///         ZR_R_INVALID_ARGUMENTS if the target is ZR_VT_EMPTY, not assigned or has flags, and for ZR_VT_VARIANT by
+///         value to a time, a currency, a text, a blob, a UUID, a REF or an SREF;
 ///         ZR_R_NOT_SUPPORTED if the types don't convert;
+///         ZR_R_INVALID_ARGUMENTS for a number out of range, a null record behind the source's tag, an SREF with
+///         neither ref nor text, and a text that is no date, time, UUID or REF;
 ///         ZR_R_FAILED for a text that is no number, for one out of a range of up to 32 bits or below 0 as an unsigned
 ///         one, and for a blob without bytes as a ZR_VT_UUID;
 ///         ZR_R_NO_MEMORY for the text of a ZR_VT_UUID or ZR_VT_CHAR32.
@@ -275,12 +286,12 @@ ZR_API ZRRESULT ZrVariantChangeType(ZRVARIANT* destination, const ZRVARIANT* sou
 /// bytes; REFs by words, null and nil being equal; SREFs as ZrCompareSREF decides.
 ///
 /// @param equal  receives 1 or 0; set it to 0 before, since some answers don't write it.
-/// @return ZR_R_OK, with `*equal` written but for one case: by-reference records of which one has a null address;
-///         ZR_R_INVALID_ARGUMENTS, with `*equal` written, if a ref is compared with a text that is no REF (by its
-///         text); and with `*equal` untouched: ZR_R_INVALID_POINTER if an argument is null; ZR_R_NOT_SUPPORTED for
-///         interface pointers, and ZR_VT_OPAQUE by reference; ZR_R_INVALID_ARGUMENTS for a null ZR_VT_UUID, a null
-///         blob, ZR_VT_VARIANT by value, ZR_VT_EMPTY by reference, and tags that are not assigned or above 53; what
-///         ZrSafeArrayCompare answers for arrays.
+/// @return ZR_R_OK, with `*equal` written but for two cases: by-reference records of which one has a null address, and
+///         arrays of different shapes; ZR_R_INVALID_ARGUMENTS, with `*equal` written, if a ref is compared with a text
+///         that is no REF (by its text); and with `*equal` untouched: ZR_R_INVALID_POINTER if an argument or the handle
+///         of an array is null; ZR_R_NOT_SUPPORTED for interface pointers, and ZR_VT_OPAQUE by reference;
+///         ZR_R_INVALID_ARGUMENTS for a null ZR_VT_UUID, a null blob, ZR_VT_VARIANT by value, ZR_VT_EMPTY by reference,
+///         and tags that are not assigned or above 53.
 ZR_API ZRRESULT ZrVariantCompare(const ZRVARIANT* left, const ZRVARIANT* right, uint8_t* equal);
 
 #endif
