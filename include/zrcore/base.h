@@ -22,6 +22,12 @@
 #include <uchar.h>
 #endif
 
+// The version of these headers. What was built with them runs with every later library of the same major version: no
+// export, record or place in a table of operations changes or goes within it.
+#define ZRCORE_VERSION_MAJOR 1
+#define ZRCORE_VERSION_MINOR 0
+#define ZRCORE_VERSION_PATCH 0
+
 #ifdef __cplusplus
 #define ZR_EXTERN_C extern "C"
 #define ZR_NOEXCEPT noexcept
