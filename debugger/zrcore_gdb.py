@@ -1,7 +1,7 @@
 """Shows the library's values in gdb as what they hold: `print v` says ZR_VT_I4 5 and not sixteen bytes.
 
-gdb loads this by itself with a library that is installed under /usr; otherwise `source` it. It reads memory and calls
-nothing, so it works on core files too.
+gdb loads this by itself with a library that is installed under /usr, or where it has been told to look; otherwise
+`source` it. It reads memory and calls nothing, so it works on core files too.
 """
 
 import datetime
@@ -21,6 +21,13 @@ TAGS = {
     50: ("STR", "string"), 51: ("REF", "ref"), 52: ("SREF", "sref"), 53: ("DISPATCH", "dispatch"),
 }
 ARRAY, BYREF, TYPE_MASK = 0x2000, 0x4000, 0x0FFF
+# The failures from 0x80000000 on.
+FAILURES = """FAILED NOT_SUPPORTED CANCELLED TIMEOUT INVALID_ARGUMENTS ACCESS_DENIED INVALID_POINTER FILE_NOT_FOUND NO_INIT
+NO_INTERFACE INVALID_OBJECT_STATE UNEXPECTED EXISTS ABANDONED REQUEST_ABORTED UNKNOWN_IDENTIFIER
+INCONSISTENT_CONFIGURATION REQUEST_REJECTED SUBSCRIPTION_LOST NOT_IMPLEMENTED EMPTY_VALUE NO_AGGREGATION CONNECTION_LOST
+INVALID_SUBSCRIPTION INVALID_SYSTEM INVALID_CREF INVALID_OTYPE INVALID_LANGUAGE NOT_EXISTING NO_MEMORY - -
+ALREADY_REGISTERED CLASS_NOT_REGISTERED""".split()
+RESULTS = {0: "OK", 0xCA: "SAME_VALUE", **{0x80000000 + at: name for at, name in enumerate(FAILURES) if name != "-"}}
 RECORDS = {"UUID": "ZRUUID", "VARIANT": "ZRVARIANT"}  # arrays hold these as they are, not their addresses
 MOST_ELEMENTS = 20
 
@@ -83,6 +90,23 @@ class SrefPrinter(Printer):
         return f"{{ref {ref}, text {shown(self.value['text'])}}}"
 
 
+class ResultPrinter(Printer):
+    def to_string(self):
+        code = int(self.value) & 0xFFFFFFFF
+        return f"ZR_R_{RESULTS[code]} (0x{code:08X})" if code in RESULTS else f"0x{code:08X}"
+
+
+class TimeSpanPrinter(Printer):
+    """A count of 100 ns, and the duration that it is."""
+
+    def to_string(self):
+        count = int(self.value)
+        seconds, ticks = divmod(abs(count), 10_000_000)
+        days, seconds = divmod(seconds, 86400)
+        clock = f"{seconds // 3600:02d}:{seconds // 60 % 60:02d}:{seconds % 60:02d}.{ticks:07d}"
+        return f"{count} ({'-' if count < 0 else ''}{f'{days}.' if days else ''}{clock})"
+
+
 class DateTimePrinter(Printer):
     """A count of 100 ns from 1601 on, and the time that it stands for."""
 
@@ -138,6 +162,7 @@ def printers():
     collection = gdb.printing.RegexpCollectionPrettyPrinter("zrcore")
     for type_name, printer in (("tagZRVARIANT", VariantPrinter), ("ZRSTR", StringPrinter), ("tagZRUUID", UuidPrinter),
                                ("tagZRREF", RefPrinter), ("tagZRSREF", SrefPrinter), ("ZRDATETIME", DateTimePrinter),
+                               ("ZRTIMESPAN", TimeSpanPrinter), ("ZRRESULT", ResultPrinter),
                                ("ZRSAFEARRAY", ArrayPrinter)):
         collection.add_printer(type_name, f"^{type_name}$", printer)
     return collection
