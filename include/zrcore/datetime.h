@@ -76,7 +76,9 @@ ZR_API void ZrDateTimeToStruct(ZRDATETIME value, ZRDATETIMESTRUCT* record) ZR_NO
 
 // ---- Seconds since 1970 --------------------------------------------------------------------------------------------
 // Here, and in ZrGetNow, the process's time zone counts: the value is the local time of a moment that `timeT` counts in
-// seconds since 1970-01-01 00:00:00 universal time. On every system the moments are those up to 3000-12-31 23:59:59.
+// seconds since 1970-01-01 00:00:00 universal time. On every system the moments are those up to 3000-12-31 23:59:59. On
+// POSIX systems the zone is read anew, that of TZ each time, the system's own once a second; on Windows the conversions
+// keep what the C runtime has read, up to its next _tzset.
 
 /// ZrDateTimeFromTimeT gives the local time of a moment.
 ///

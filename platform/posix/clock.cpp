@@ -1,14 +1,28 @@
 #include "platform/clock.h"
 
+#include <atomic>
+#include <cstdlib>
 #include <ctime>
 
 #include "platform/broken_down_time.h"
 
 static_assert(sizeof(std::time_t) == sizeof(int64_t), "moments reach the year 3000");
 
-// In the zone that holds now. The C library reads it for localtime_r when it pleases, for mktime each time.
-static std::tm* LocalTime(const std::time_t* moment, std::tm* time) noexcept {
+// The C library reads the zone for localtime_r when it pleases, for mktime each time. So it is told to, but where the
+// environment names no zone once a second: then it has to ask the file system.
+static void ReadZone() noexcept {
+  constexpr std::time_t kNever = -1;
+  static std::atomic<std::time_t> lastRead{kNever};
+  std::timespec now{};
+  (void)clock_gettime(CLOCK_REALTIME, &now);
+  const std::time_t wanted = std::getenv("TZ") == nullptr ? now.tv_sec : kNever;
+  if (wanted != kNever && wanted == lastRead.load(std::memory_order_relaxed)) return;
   tzset();
+  lastRead.store(wanted, std::memory_order_relaxed);
+}
+
+static std::tm* LocalTime(const std::time_t* moment, std::tm* time) noexcept {
+  ReadZone();
   return localtime_r(moment, time);
 }
 
