@@ -109,13 +109,14 @@ TEST_F(ComponentTest, ARefusedStartIsNotTriedTwice) {
   EXPECT_EQ(Remove(cookie), Done(ZR_R_OK, "refusing.exit refusing.unload"));
 }
 
-// Two paths are two assemblies, of one file too.
+// Two paths are two assemblies: of one file too, and where they differ in case only.
 TEST_F(ComponentTest, ClassesOfOnePathShareTheAssembly) {
-  const uint32_t cookie = Add({{1, ModulePath("good")}, {2, ModulePath("./good")}});
+  const uint32_t cookie = Add({{1, ModulePath("good")}, {2, ModulePath("./good")}, {5, ModulePath("Good"), kFunction}});
   const uint32_t otherCookie = Add({{3, ModulePath("good"), kFunction}});
   EXPECT_EQ(Create(1), Done(ZR_R_OK, "good.load good.init good.create"));
   EXPECT_EQ(Create(3), Done(ZR_R_OK, "good.create"));
   EXPECT_EQ(Create(2), Done(ZR_R_OK, "good.init good.create"));
+  EXPECT_EQ(Create(5), Done(ZR_R_OK, "function.create"));
   EXPECT_EQ(Create(1), Done(ZR_R_OK, "good.create"));
 
   // The removal stops the shared module under the other discovery's class, which is started again while still loaded.
