@@ -1,4 +1,4 @@
-// Literals and strings in the tests' terms.
+// Strings in the tests' terms, and claims that many tests make.
 
 #pragma once
 
@@ -9,12 +9,8 @@
 #include <string>
 #include <utility>
 
-#include "tests/support/literal.h"
+#include "tests/support/units.h"
 #include "zrcore/zrcore.h"
-
-using Units = std::basic_string<WCHAR>;
-
-inline Units Widened(const std::string& ascii) { return Units(ascii.begin(), ascii.end()); }
 
 inline Units ContentOf(ZRSTR string) {
   EXPECT_EQ(string && ZrStringByteLen(string) % 2 == 0 ? string[ZrStringLen(string)] : 0, 0) << "the terminator";
@@ -35,19 +31,17 @@ struct Owned {
 
 inline int SignOf(int32_t order) { return (order > 0) - (order < 0); }
 
-inline void ExpectRefused(std::initializer_list<ZRRESULT> answers) {
-  for (const ZRRESULT& answer : answers)
-    EXPECT_EQ(answer, ZR_R_INVALID_ARGUMENTS) << "call " << &answer - answers.begin();
+inline void ExpectEach(ZRRESULT expected, std::initializer_list<ZRRESULT> answers) {
+  for (const ZRRESULT& answer : answers) EXPECT_EQ(answer, expected) << "call " << &answer - answers.begin();
 }
+inline void ExpectRefused(std::initializer_list<ZRRESULT> answers) { ExpectEach(ZR_R_INVALID_ARGUMENTS, answers); }
 
 inline bool operator==(const ZRUUID& left, const ZRUUID& right) {
   uint8_t equal = 0;
   return ZR_SUCCEEDED(ZrCompareUUID(&left, &right, &equal)) && equal == 1;
 }
 inline std::ostream& operator<<(std::ostream& out, const ZRUUID& uuid) {
-  ZRSTR text = nullptr;
-  (void)ZrStringFromUUID(&uuid, &text);
-  const Owned owned(text);
-  for (WCHAR unit : ContentOf(text)) out << static_cast<char>(unit);
-  return out;
+  Owned text;
+  (void)ZrStringFromUUID(&uuid, &text.string);
+  return out << Narrowed(ContentOf(text));
 }
