@@ -21,23 +21,20 @@ TEST(Array, RefusesNulls) {
   uint8_t equal = 9;
   void* data = nullptr;
   const ZrSafeArrayBound bound = {2, 0}, *bounds = &bound;
-  for (const ZRRESULT answer :
-       {ZrSafeArrayDestroy(none), ZrSafeArrayCopy(none, &none), ZrSafeArrayLock(none), ZrSafeArrayUnlock(none),
-        ZrSafeArrayAccessData(none, &data), ZrSafeArrayAccessData(handle, nullptr), ZrSafeArrayUnaccessData(none),
-        ZrSafeArrayGetElement(none, &word, &word), ZrSafeArrayPutElement(handle, &word, nullptr),
-        ZrSafeArrayGetVartype(none, &tag), ZrSafeArrayGetBounds(none, &word, &bounds),
-        ZrSafeArrayGetElementCount(none, &word, nullptr), ZrSafeArrayGetLBound(none, 1, &word),
-        ZrSafeArrayGetUBound(none, 1, &word), ZrSafeArrayRedim(none, 1, &bound),
-        ZrSafeArrayCompare(none, handle, &equal), ZrSafeArrayChangeType(none, 0, ZR_VT_I8)}) {
-    EXPECT_EQ(answer, ZR_R_INVALID_POINTER);
-  }
+  ExpectEach(ZR_R_INVALID_POINTER,
+             {ZrSafeArrayDestroy(none), ZrSafeArrayCopy(none, &none), ZrSafeArrayLock(none), ZrSafeArrayUnlock(none),
+              ZrSafeArrayAccessData(none, &data), ZrSafeArrayAccessData(handle, nullptr), ZrSafeArrayUnaccessData(none),
+              ZrSafeArrayGetElement(none, &word, &word), ZrSafeArrayPutElement(handle, &word, nullptr),
+              ZrSafeArrayGetVartype(none, &tag), ZrSafeArrayGetBounds(none, &word, &bounds),
+              ZrSafeArrayGetElementCount(none, &word, nullptr), ZrSafeArrayGetLBound(none, 1, &word),
+              ZrSafeArrayGetUBound(none, 1, &word), ZrSafeArrayRedim(none, 1, &bound),
+              ZrSafeArrayCompare(none, handle, &equal), ZrSafeArrayChangeType(none, 0, ZR_VT_I8)});
   EXPECT_EQ(ZrSafeArrayCreate(ZR_VT_I4, 1, nullptr), nullptr);
   EXPECT_EQ(ZrSafeArrayRedim(handle, 1, nullptr), ZR_R_INVALID_ARGUMENTS);
   // A variable that is null or has no answer is no failure.
-  EXPECT_EQ(ZrSafeArrayGetBounds(handle, nullptr, &bounds), ZR_R_OK);
-  EXPECT_EQ(ZrSafeArrayGetElementCount(handle, nullptr, nullptr), ZR_R_OK);
-  EXPECT_EQ(ZrSafeArrayGetLBound(handle, 0, &word), ZR_R_OK);
-  EXPECT_EQ(ZrSafeArrayGetUBound(handle, 2, &word), ZR_R_OK);
+  ExpectEach(ZR_R_OK,
+             {ZrSafeArrayGetBounds(handle, nullptr, &bounds), ZrSafeArrayGetElementCount(handle, nullptr, nullptr),
+              ZrSafeArrayGetLBound(handle, 0, &word), ZrSafeArrayGetUBound(handle, 2, &word)});
   EXPECT_TRUE(equal == 9 && word == 7 && bounds == &bound) << "nothing is written";
   for (const uint16_t kind : std::initializer_list<uint16_t>{ZR_VT_STR, ZR_VT_BLOB, ZR_VT_REF, ZR_VT_SREF}) {
     const void* variable = &word;

@@ -23,11 +23,9 @@ TEST(Blob, TellsOfMissingInsides) {
   ZRBLOB blob = odd.Get();
   uint8_t byte = 9;
   uint32_t number = 9;
-  for (const ZRRESULT result :
-       {ZrWriteBlob(blob, "x", 1), ZrAppendBlob(blob, whole.Get()), ZrAppendBlob(whole.Get(), blob),
-        ZrReadBlobPos(blob, &byte, 0, 1), ZrBlobPosition(blob, &number), ZrCompareBlob(whole.Get(), blob, &byte)}) {
-    EXPECT_EQ(result, ZR_R_FAILED);
-  }
+  ExpectEach(ZR_R_FAILED, {ZrWriteBlob(blob, "x", 1), ZrAppendBlob(blob, whole.Get()), ZrAppendBlob(whole.Get(), blob),
+                           ZrReadBlobPos(blob, &byte, 0, 1), ZrBlobPosition(blob, &number),
+                           ZrCompareBlob(whole.Get(), blob, &byte)});
   ExpectRefused({ZrBlobByteLen(blob, &number), ZrBlobGetAt(blob, 0, &byte), ZrBlobByteLen(nullptr, &number),
                  ZrBlobGetAt(nullptr, 0, &byte), ZrBlobPosition(nullptr, &number), ZrBlobByteLen(whole.Get(), nullptr),
                  ZrBlobGetAt(whole.Get(), 0, nullptr), ZrBlobPosition(whole.Get(), nullptr)});

@@ -16,19 +16,15 @@ TEST(Lifecycle, TheGuardComesAfterTheResultsThatAreClearedFirst) {
   IZrConfiguration* configuration = reinterpret_cast<IZrConfiguration*>(&configuration);
   ZRUUID untouched = classId;
   ZRSTR name = reinterpret_cast<ZRSTR>(&name);
-  for (ZRRESULT result : {ZrAddComponentDiscovery(nullptr, &cookie), ZrRemoveComponentDiscovery(1),
-                          ZrCreateInstance(&classId, 0, &classId, 0, &object),
-                          ZrQueryComponentConfiguration(&classId, nullptr, &configuration),
-                          ZrCLSIDFromClassName(nullptr, &untouched), ZrClassNameFromCLSID(&classId, &name)}) {
-    EXPECT_EQ(result, ZR_R_NO_INIT);
-  }
+  ExpectEach(ZR_R_NO_INIT, {ZrAddComponentDiscovery(nullptr, &cookie), ZrRemoveComponentDiscovery(1),
+                            ZrCreateInstance(&classId, 0, &classId, 0, &object),
+                            ZrQueryComponentConfiguration(&classId, nullptr, &configuration),
+                            ZrCLSIDFromClassName(nullptr, &untouched), ZrClassNameFromCLSID(&classId, &name)});
   EXPECT_TRUE(cookie == 0 && object == nullptr && configuration == nullptr);
   EXPECT_TRUE(untouched == classId && name == reinterpret_cast<ZRSTR>(&name));
 
   // A surplus call is harmless, the others are counted.
-  for (ZRRESULT result : {ZrUninitialize(), ZrInitialize(), ZrInitialize(), ZrUninitialize()}) {
-    EXPECT_EQ(result, ZR_R_OK);
-  }
+  ExpectEach(ZR_R_OK, {ZrUninitialize(), ZrInitialize(), ZrInitialize(), ZrUninitialize()});
   cookie = 9;
   ExpectRefused({ZrAddComponentDiscovery(nullptr, &cookie), ZrCreateInstance(&classId, 0, &classId, 0, nullptr),
                  ZrQueryComponentConfiguration(&classId, nullptr, nullptr), ZrCLSIDFromClassName(nullptr, nullptr),
