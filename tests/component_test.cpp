@@ -151,7 +151,7 @@ TEST_F(ComponentTest, EntryPointsServeWithoutAFile) {
 }
 
 TEST_F(ComponentTest, NamesAreLearntOnceAndKept) {
-  FakeDiscovery& discovery = New({{1, {}, {}, W("Learnt.Once")}, {2, {}}});
+  FakeDiscovery& discovery = New({{1, {}, {}, Units(W("Learnt.Once"))}, {2, {}}});
   const uint32_t cookie = Add(discovery);
   const ZRUUID ids[] = {ClassId(1), ClassId(2), ClassId(3)};
   const Owned known(Units(W("Learnt.Once"))), unknown(Units(W("learnt.once")));

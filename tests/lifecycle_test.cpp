@@ -39,12 +39,6 @@ static const std::string kDiscoveries = "Not all Component-Discoveries removed w
 static const std::string kAssemblies = "Not all Component-Assemblies removed while destroying CGlobalData";
 static const std::string kComponents = "Not all Components removed while destroying CGlobalData";
 
-static void Create() {
-  const ZRUUID classId = ClassId(1);
-  void* object = nullptr;
-  (void)ZrCreateInstance(&classId, 0, &classId, 0, &object);
-}
-
 // As a thread does that the system ends in the middle; that must keep nobody else from ending.
 static void HoldForever() ZR_UNCHECKED { ComponentRegistry().ManagementLock().Enter(); }
 
@@ -63,11 +57,11 @@ TEST(LifecycleDeathTest, TeardownTellsWhatWasLeft) {
   // The last ZrUninitialize clears what nobody removed.
   EXPECT_EXIT(EndAfter([](uint32_t) { ZrUninitialize(); }), testing::ExitedWithCode(0), testing::Eq(""));
 
-  EXPECT_EXIT(EndAfter([](uint32_t) { Create(); }), testing::ExitedWithCode(0),
+  EXPECT_EXIT(EndAfter([](uint32_t) { CreateObject(1); }), testing::ExitedWithCode(0),
               testing::Eq(kDiscoveries + kAssemblies + kComponents));
 
   // An assembly stays registered after its classes.
-  EXPECT_EXIT(EndAfter([](uint32_t cookie) { Create(), ZrRemoveComponentDiscovery(cookie); }),
+  EXPECT_EXIT(EndAfter([](uint32_t cookie) { CreateObject(1), ZrRemoveComponentDiscovery(cookie); }),
               testing::ExitedWithCode(0), testing::Eq(kAssemblies));
 
   EXPECT_EXIT(EndAfter([](uint32_t) { std::thread(HoldForever).join(); }), testing::ExitedWithCode(0),

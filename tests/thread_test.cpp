@@ -84,12 +84,6 @@ struct Session {
   ~Session() { ZrUninitialize(); }
 };
 
-static ZRRESULT CreateObject(int number) {
-  const ZRUUID classId = ClassId(static_cast<uint32_t>(number));
-  void* object = nullptr;
-  return ZrCreateInstance(&classId, 0, &classId, 0, &object);
-}
-
 TEST(Threads, FirstCreationsAtOnceStartAModuleOnce) {
   const std::string kLog = "good.load good.init good.create good.create good.create good.create good.exit good.unload";
   for (int round = 0; round < 40; ++round) {
@@ -109,7 +103,7 @@ TEST(Threads, FirstCreationsAtOnceStartAModuleOnce) {
 
 static std::atomic<int> g_started = 0;
 static const ZrModuleEntryPoints kFunctions = {
-    [](const ZRUUID*, uint64_t, const ZRUUID*, uint64_t, void** object) { return *object = object, ZR_R_OK; },
+    MakeObject,
     [] { return ++g_started, ZR_R_OK; },
     [] { --g_started; },
 };

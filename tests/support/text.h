@@ -20,9 +20,11 @@ inline Units ContentOf(ZRSTR string) {
 // Gives up its string at the end of the statement or scope.
 struct Owned {
   ZRSTR string = nullptr;
-  explicit Owned(ZRSTR taken = nullptr) : string(taken) {}
-  explicit Owned(const Units& units)
+  Owned() = default;
+  explicit Owned(ZRSTR taken) : string(taken) {}
+  Owned(const Units& units)
       : string(ZrCreateStringByteLen(units.data(), static_cast<uint32_t>(units.size() * sizeof(WCHAR)))) {}
+  Owned(const Owned& other) : string(other.string ? ZrCopyString(other.string) : nullptr) {}
   Owned(Owned&& other) noexcept : string(std::exchange(other.string, nullptr)) {}
   Owned& operator=(Owned&& other) noexcept { return std::swap(string, other.string), *this; }
   ~Owned() { ZrDestroyString(string); }
