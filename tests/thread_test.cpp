@@ -3,31 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "tests/support/array_samples.h"
 #include "tests/support/fake_discovery.h"
-#include "tests/support/gate.h"
 #include "tests/support/module_log.h"
-
-static constexpr int kThreads = 4;
-
-// So many rounds of the body in each of the threads, which begin together.
-static void Race(int rounds, const std::function<void(int thread)>& body) {
-  CGate start(kThreads);
-  std::vector<std::thread> threads;
-  for (int thread = 0; thread < kThreads; ++thread) {
-    threads.emplace_back([&, thread] {
-      start.Arrive();
-      start.Wait();
-      for (int round = 0; round < rounds; ++round) body(thread);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-}
+#include "tests/support/race.h"
 
 TEST(Threads, ShareStrings) {
   for (int round = 0; round < 200; ++round) {
