@@ -124,12 +124,12 @@ static void CheckConversion(uint16_t tag, const Array& array, uint16_t target) {
 
 TEST(Array, IsConvertedAsVariantsAre) {
   Samples samples;
-  for (const uint16_t tag : kElementTags) {
-    for (const uint16_t target : kElementTags) {
-      SCOPED_TRACE(std::string(NameOf(tag)->name) + " to " + NameOf(target)->name);
-      CheckConversion(tag, samples.Make(tag), target);
+  for (const TagName& from : kElementTags) {
+    for (const TagName& to : kElementTags) {
+      SCOPED_TRACE(std::string(from.name) + " to " + to.name);
+      CheckConversion(from.tag, samples.Make(from.tag), to.tag);
       // Each alone, too, since one that doesn't convert hides the others.
-      for (OwnedVariant& value : samples.Of(tag)) CheckConversion(tag, ArrayOf(tag, &value, 1), target);
+      for (OwnedVariant& value : samples.Of(from.tag)) CheckConversion(from.tag, ArrayOf(from.tag, &value, 1), to.tag);
     }
   }
 }

@@ -32,7 +32,7 @@ class CArraySequence : public CSequence<CArraySequence> {
   // Often what another slot has, so that there is something to compare.
   uint16_t NextTag() {
     const uint32_t way = NextBelow(16);
-    return way > 8 ? slots_[way % kSlots].Tag() : kElementTags[NextBelow(std::size(kElementTags))];
+    return way > 8 ? slots_[way % kSlots].Tag() : kElementTags[NextBelow(std::size(kElementTags))].tag;
   }
   Shape NextShape() {
     constexpr int32_t kLower[] = {0, 1, -2, INT32_MAX, INT32_MIN};
@@ -124,7 +124,7 @@ class CArraySequence : public CSequence<CArraySequence> {
       const ZRRESULT result = ZrSafeArrayGetElement(array, indices, ContentOf(got.get()).data);
       Claim(result == (slot.elements[place] == "14" ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK), "get");
       Claim(ShowEach(tag, got.get())[0] == slot.elements[place], "element that was got");
-      std::vector<OwnedVariant> values = ValuesOf(tag == ZR_VT_VARIANT ? kElementTags[NextBelow(27)] : tag);
+      std::vector<OwnedVariant> values = ValuesOf(tag == ZR_VT_VARIANT ? kElementTags[NextBelow(27)].tag : tag);
       if (tag == ZR_VT_VARIANT) values.push_back(Value("14 0"));  // of which a copy is made, and refused
       const void* value = PayloadOf(tag, values[NextBelow(256) % values.size()]);
       const ZRRESULT expected = CopySlowly(tag, static_cast<const char*>(value), ContentOf(copy.get()).data);
