@@ -45,11 +45,9 @@ static void HoldForever() ZR_UNCHECKED { ComponentRegistry().ManagementLock().En
 // Ends the process in some state, and what the library tells on the error stream, where a death test looks.
 static void EndAfter(void (*action)(uint32_t cookie)) {
   auto& discovery = *new FakeDiscovery({{1, ModulePath("good")}});  // outlives every teardown
-  uint32_t cookie = 0;
   std::cout.rdbuf(std::cerr.rdbuf());
   ZrInitialize();
-  ZrAddComponentDiscovery(&discovery, &cookie);
-  action(cookie);
+  action(discovery.Add());
   std::exit(0);
 }
 

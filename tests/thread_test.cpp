@@ -59,9 +59,8 @@ TEST(Threads, LocksAndAtomicsLoseNothing) {
 // The library is open, with this discovery, to the end of the scope.
 struct Session {
   explicit Session(FakeDiscovery& discovery) {
-    uint32_t cookie = 0;
     ZrInitialize();
-    EXPECT_EQ(ZrAddComponentDiscovery(&discovery, &cookie), ZR_R_OK);
+    discovery.Add();
   }
   ~Session() { ZrUninitialize(); }
 };
@@ -97,8 +96,7 @@ TEST(Threads, AddRemoveAndCreateAtOnce) {
   {
     const Session session(lasting);
     Race(300, [&](int) {
-      uint32_t cookie = 0;
-      EXPECT_EQ(ZrAddComponentDiscovery(&passing, &cookie), ZR_R_OK);
+      const uint32_t cookie = passing.Add();
       EXPECT_EQ(CreateObject(1), ZR_R_OK);
       EXPECT_EQ(CreateObject(2), ZR_R_OK);
       ZRUUID classId;

@@ -43,6 +43,13 @@ class FakeDiscovery final : public IZrComponentDiscovery {
   std::function<void(const char* operation)> onCall;  // ahead of any answer; may throw
   std::function<ZRRESULT(const ZRUUID& classId, ZRSTR name, IZrConfiguration** given)> configure;
 
+  // Adds it to the library; answers the cookie.
+  uint32_t Add() {
+    uint32_t cookie = 0;
+    EXPECT_EQ(ZrAddComponentDiscovery(this, &cookie), ZR_R_OK);
+    return cookie;
+  }
+
   uint32_t AddRef() override { return Called("AddRef"), ++references; }
   uint32_t Release() override { return Called("Release"), --references; }
   ZRRESULT QueryInterface(const ZRUUID*, void**) override { return ADD_FAILURE(), ZR_R_NO_INTERFACE; }

@@ -6,8 +6,6 @@
 
 #include <initializer_list>
 #include <ostream>
-#include <string>
-#include <utility>
 
 #include "tests/support/units.h"
 #include "zrcore/zrcore.h"
@@ -16,20 +14,6 @@ inline Units ContentOf(ZRSTR string) {
   EXPECT_EQ(string && ZrStringByteLen(string) % 2 == 0 ? string[ZrStringLen(string)] : 0, 0) << "the terminator";
   return string ? Units(string, ZrStringLen(string)) : Units();
 }
-
-// Gives up its string at the end of the statement or scope.
-struct Owned {
-  ZRSTR string = nullptr;
-  Owned() = default;
-  explicit Owned(ZRSTR taken) : string(taken) {}
-  Owned(const Units& units)
-      : string(ZrCreateStringByteLen(units.data(), static_cast<uint32_t>(units.size() * sizeof(WCHAR)))) {}
-  Owned(const Owned& other) : string(other.string ? ZrCopyString(other.string) : nullptr) {}
-  Owned(Owned&& other) noexcept : string(std::exchange(other.string, nullptr)) {}
-  Owned& operator=(Owned&& other) noexcept { return std::swap(string, other.string), *this; }
-  ~Owned() { ZrDestroyString(string); }
-  operator ZRSTR() const { return string; }
-};
 
 inline int SignOf(int32_t order) { return (order > 0) - (order < 0); }
 

@@ -82,10 +82,8 @@ inline bool ModelReadSpan(const std::string& text, ZRTIMESPAN& span) {
 inline bool ReadsAsModelled(uint8_t (*read)(ZRSTR, ZRDATETIMESTRUCT*),
                             bool (*model)(const std::string&, ZRDATETIMESTRUCT&), const Units& units,
                             ZRDATETIMESTRUCT& record) {
-  ZRSTR text = ZrCreateStringByteLen(units.data(), static_cast<uint32_t>(units.size() * sizeof(WCHAR)));
   ZRDATETIMESTRUCT expected;
   std::memset(&record, 0xA5, sizeof record);
-  const bool isRead = read(text, &record) != 0;
-  ZrDestroyString(text);
+  const bool isRead = read(Owned(units), &record) != 0;
   return isRead == model(Narrowed(units), expected) && std::memcmp(&record, &expected, sizeof record) == 0;
 }

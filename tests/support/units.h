@@ -1,12 +1,13 @@
-// Texts that nobody has to give up: in 16-bit code units, in bytes, and from one to the other. Literals of units, from
-// ASCII ones or others, are W("text"), W("some " "more").
+// Texts that look after themselves: in 16-bit code units, in bytes and as strings of the library. Literals of units,
+// from ASCII ones or others, are W("text"), W("some " "more"). Nothing here makes a claim: fuzz targets take it too.
 
 #pragma once
 
 #include <cstdio>
 #include <string>
+#include <utility>
 
-#include "zrcore/base.h"
+#include "zrcore/string.h"
 
 #if defined(_WIN32)
 #define WIDE_(text) L##text
@@ -32,3 +33,17 @@ std::string Format(const char* format, Arguments... arguments) {
   std::snprintf(text, sizeof text, format, arguments...);
   return text;
 }
+
+// Gives up its string at the end of the statement or scope.
+struct Owned {
+  ZRSTR string = nullptr;
+  Owned() = default;
+  explicit Owned(ZRSTR taken) : string(taken) {}
+  Owned(const Units& units)
+      : string(ZrCreateStringByteLen(units.data(), static_cast<uint32_t>(units.size() * sizeof(WCHAR)))) {}
+  Owned(const Owned& other) : string(other.string ? ZrCopyString(other.string) : nullptr) {}
+  Owned(Owned&& other) noexcept : string(std::exchange(other.string, nullptr)) {}
+  Owned& operator=(Owned&& other) noexcept { return std::swap(string, other.string), *this; }
+  ~Owned() { ZrDestroyString(string); }
+  operator ZRSTR() const { return string; }
+};
