@@ -127,7 +127,8 @@ TEST(Array, IsConvertedAsVariantsAre) {
   for (const TagName& from : kElementTags) {
     for (const TagName& to : kElementTags) {
       SCOPED_TRACE(std::string(from.name) + " to " + to.name);
-      CheckConversion(from.tag, samples.Make(from.tag), to.tag);
+      std::vector<OwnedVariant> values = samples.Of(from.tag);
+      CheckConversion(from.tag, ArrayOf(from.tag, values.data(), values.size()), to.tag);
       // Each alone, too, since one that doesn't convert hides the others.
       for (OwnedVariant& value : samples.Of(from.tag)) CheckConversion(from.tag, ArrayOf(from.tag, &value, 1), to.tag);
     }

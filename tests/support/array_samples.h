@@ -150,10 +150,6 @@ class Samples {
     }
     return variants;
   }
-  Array Make(uint16_t tag) {
-    std::vector<OwnedVariant> values = Of(tag);
-    return ArrayOf(tag, values.data(), values.size());
-  }
 
  private:
   std::vector<OwnedVariant> records_;
