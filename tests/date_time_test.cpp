@@ -95,7 +95,7 @@ TEST(DateTime, ReadsWhatItCanAndWritesSpans) {
   static const char kStrange[] = "0123456789 -+.:\t\r?xA/";
   std::mt19937 random(5);
   ZRDATETIMESTRUCT record;
-  ZRTIMESPAN span, expected;
+  ZRTIMESPAN span;
   for (std::size_t round = 0; round < 30000; ++round) {
     std::string odd = kTexts[round % std::size(kTexts)];
     odd.resize(random() % (odd.size() + 1));
@@ -104,8 +104,7 @@ TEST(DateTime, ReadsWhatItCanAndWritesSpans) {
     }
     ASSERT_TRUE(ReadsAsModelled(ZrDateTimeStringToDateTimeStruct, ModelReadDateTime, Widened(odd), record)) << odd;
     ASSERT_TRUE(ReadsAsModelled(ZrTimeStringToDateTimeStruct, ModelReadTime, Widened(odd), record)) << odd;
-    ASSERT_EQ(ZrTimeSpanStringToTimeSpan(Owned(Widened(odd)), &span), ModelReadSpan(odd, expected)) << odd;
-    ASSERT_EQ(span, expected) << odd;
+    ASSERT_TRUE(ReadsAsModelled(ZrTimeSpanStringToTimeSpan, ModelReadSpan, Widened(odd), span)) << odd;
     ASSERT_EQ(ContentOf(Owned(ZrTimeSpanToTimeSpanString(span))), Widened(PrintedSpan(span))) << odd;
   }
   const Owned text(Units(W("2012-03-04 05:06:07.1234567")));

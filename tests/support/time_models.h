@@ -78,12 +78,12 @@ inline bool ModelReadSpan(const std::string& text, ZRTIMESPAN& span) {
   return true;
 }
 
-// Whether the library reads a text as date and time, or as time, the way that its model does. `record` is what it read.
-inline bool ReadsAsModelled(uint8_t (*read)(ZRSTR, ZRDATETIMESTRUCT*),
-                            bool (*model)(const std::string&, ZRDATETIMESTRUCT&), const Units& units,
-                            ZRDATETIMESTRUCT& record) {
-  ZRDATETIMESTRUCT expected;
-  std::memset(&record, 0xA5, sizeof record);
-  const bool isRead = read(Owned(units), &record) != 0;
-  return isRead == model(Narrowed(units), expected) && std::memcmp(&record, &expected, sizeof record) == 0;
+// Whether the library reads a text as its model does, be it date and time, time or a span. `result` is what it read.
+template <class Result>
+bool ReadsAsModelled(uint8_t (*read)(ZRSTR, Result*), bool (*model)(const std::string&, Result&), const Units& units,
+                     Result& result) {
+  Result expected;
+  std::memset(&result, 0xA5, sizeof result);
+  const uint8_t isRead = read(Owned(units), &result);  // exactly 1 or 0
+  return isRead == model(Narrowed(units), expected) && std::memcmp(&result, &expected, sizeof result) == 0;
 }
