@@ -9,7 +9,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   ZRTIMESPAN span = 42, model = 0;
   const bool isRead = ZrTimeSpanStringToTimeSpan(text, &span) != 0;
   ZrDestroyString(text);
-  FUZZ_CLAIM(isRead == ModelReadSpan(ModelBytes(units), model));
+  FUZZ_CLAIM(isRead == ModelReadSpan(Narrowed(units), model));
   FUZZ_CLAIM(span == model);
 
   ZRSTR written = ZrTimeSpanToTimeSpanString(span);

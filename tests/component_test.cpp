@@ -23,12 +23,7 @@ class ComponentTest : public testing::Test {
   ~ComponentTest() override { EXPECT_EQ(ZrUninitialize(), ZR_R_OK); }
 
   FakeDiscovery& New(const std::vector<FakeDiscovery::Entry>& entries) { return discoveries_.emplace_back(entries); }
-  static uint32_t Add(FakeDiscovery& discovery) {
-    uint32_t cookie = 0;
-    EXPECT_EQ(ZrAddComponentDiscovery(&discovery, &cookie), ZR_R_OK);
-    return cookie;
-  }
-  uint32_t Add(const std::vector<FakeDiscovery::Entry>& entries) { return Add(New(entries)); }
+  uint32_t Add(const std::vector<FakeDiscovery::Entry>& entries) { return New(entries).Add(); }
 
   static Done Remove(uint32_t cookie) {
     const ZRRESULT result = ZrRemoveComponentDiscovery(cookie);
@@ -63,9 +58,9 @@ class ComponentTest : public testing::Test {
 
 TEST_F(ComponentTest, DiscoveriesAreAskedInTheOrderOfTheirCookies) {
   FakeDiscovery &first = New({{1, ModulePath("good")}}), &second = New({{1, {}, kFunction}});
-  const uint32_t cookie = Add(first);
-  EXPECT_EQ(Add(second), cookie + 1);
-  EXPECT_EQ(Add(second), cookie + 2);
+  const uint32_t cookie = first.Add();
+  EXPECT_EQ(second.Add(), cookie + 1);
+  EXPECT_EQ(second.Add(), cookie + 2);
   EXPECT_EQ(first.references + 10 * second.references, 21u);
   EXPECT_EQ(Create(1), Done(ZR_R_OK, "good.load good.init good.create"));
   EXPECT_EQ(second.asked, 0u);
@@ -78,7 +73,7 @@ TEST_F(ComponentTest, DiscoveriesAreAskedInTheOrderOfTheirCookies) {
   EXPECT_EQ(ZrUninitialize(), ZR_R_OK);
   EXPECT_EQ(first.references + second.references, 0u) << "the last call releases what was never removed";
   EXPECT_EQ(ZrInitialize(), ZR_R_OK);
-  EXPECT_EQ(Add(first), cookie + 3) << "a cookie isn't used again, and a new cycle goes on counting";
+  EXPECT_EQ(first.Add(), cookie + 3) << "a cookie isn't used again, and a new cycle goes on counting";
 }
 
 TEST_F(ComponentTest, WhatIsNoModuleIsToldEachTimeInOneLine) {
@@ -109,13 +104,14 @@ TEST_F(ComponentTest, ARefusedStartIsNotTriedTwice) {
   EXPECT_EQ(Remove(cookie), Done(ZR_R_OK, "refusing.exit refusing.unload"));
 }
 
-// Two paths are two assemblies, of one file too.
+// Two paths are two assemblies: of one file too, and where they differ in case only.
 TEST_F(ComponentTest, ClassesOfOnePathShareTheAssembly) {
-  const uint32_t cookie = Add({{1, ModulePath("good")}, {2, ModulePath("./good")}});
+  const uint32_t cookie = Add({{1, ModulePath("good")}, {2, ModulePath("./good")}, {5, ModulePath("Good"), kFunction}});
   const uint32_t otherCookie = Add({{3, ModulePath("good"), kFunction}});
   EXPECT_EQ(Create(1), Done(ZR_R_OK, "good.load good.init good.create"));
   EXPECT_EQ(Create(3), Done(ZR_R_OK, "good.create"));
   EXPECT_EQ(Create(2), Done(ZR_R_OK, "good.init good.create"));
+  EXPECT_EQ(Create(5), Done(ZR_R_OK, "function.create"));
   EXPECT_EQ(Create(1), Done(ZR_R_OK, "good.create"));
 
   // The removal stops the shared module under the other discovery's class, which is started again while still loaded.
@@ -137,7 +133,7 @@ TEST_F(ComponentTest, EntryPointsServeWithoutAFile) {
                                   {2, {}, {CreateByFunction, Init, Exit}},
                                   {3, {}, {CreateByFunction, Init, nullptr}},
                                   {4, {}, {nullptr, Init, Exit}}});
-  const uint32_t cookie = Add(discovery);
+  const uint32_t cookie = discovery.Add();
   for (const ZRRESULT wanted : {ZR_R_OK, ZR_R_NO_AGGREGATION, ZR_R_SAME_VALUE, ZR_R_UNEXPECTED}) {
     EXPECT_EQ(Create(1, wanted), Done(wanted, "function.create"));
   }
@@ -145,13 +141,13 @@ TEST_F(ComponentTest, EntryPointsServeWithoutAFile) {
   EXPECT_EQ(Create(3), Done(ZR_R_OK, "function.init function.create"));
   EXPECT_EQ(Create(4), Done(ZR_R_FAILED, ""));
   EXPECT_EQ(Remove(cookie), Done(ZR_R_OK, "function.exit"));
-  Add(discovery);
+  discovery.Add();
   EXPECT_EQ(Create(2), Done(ZR_R_OK, "function.init function.create")) << "they outlive the end of their assembly";
 }
 
 TEST_F(ComponentTest, NamesAreLearntOnceAndKept) {
-  FakeDiscovery& discovery = New({{1, {}, {}, W("Learnt.Once")}, {2, {}}});
-  const uint32_t cookie = Add(discovery);
+  FakeDiscovery& discovery = New({{1, {}, {}, Units(W("Learnt.Once"))}, {2, {}}});
+  const uint32_t cookie = discovery.Add();
   const ZRUUID ids[] = {ClassId(1), ClassId(2), ClassId(3)};
   const Owned known(Units(W("Learnt.Once"))), unknown(Units(W("learnt.once")));
   ZRUUID classId = ids[2];
@@ -182,7 +178,7 @@ TEST_F(ComponentTest, ExceptionsOfDiscoveriesBecomeCodes) {
   EXPECT_EQ(Remove(cookie).first, ZR_R_UNKNOWN_IDENTIFIER);
   EXPECT_EQ(Create(31).first, ZR_R_CLASS_NOT_REGISTERED) << "without a reference it isn't asked";
   thrower = "QueryComponent";
-  cookie = Add(discovery);
+  cookie = discovery.Add();
   EXPECT_EQ(Create(31).first, ZR_R_REQUEST_ABORTED);
   thrower = "Release";
   EXPECT_EQ(Create(31).first, ZR_R_OK) << "nothing is half done";
@@ -193,7 +189,7 @@ TEST_F(ComponentTest, ExceptionsOfDiscoveriesBecomeCodes) {
 TEST_F(ComponentTest, DiscoveriesAndModulesMayCallBack) {
   FakeDiscovery& leaving = New({{1, ModulePath("reentering")}});
   FakeDiscovery& other = New({{99, ModulePath("good")}});
-  const uint32_t cookie = Add(leaving), otherCookie = Add(other);
+  const uint32_t cookie = leaving.Add(), otherCookie = other.Add();
   // Removes itself in the middle of the walk that asks it; the walk goes on with the next one.
   leaving.onCall = [cookie](const std::string& operation) {
     EXPECT_TRUE(operation != "QueryComponent" || Remove(cookie).first == ZR_R_OK);
@@ -204,7 +200,7 @@ TEST_F(ComponentTest, DiscoveriesAndModulesMayCallBack) {
   leaving.onCall = nullptr;
 
   // The module makes an object of the class that is its interface first.
-  Add(leaving);
+  leaving.Add();
   EXPECT_EQ(Create(1).second, "reentering.load reentering.init reentering.create good.load good.init good.create");
   EXPECT_EQ(Remove(otherCookie), Done(ZR_R_OK, "good.exit good.unload"));
   EXPECT_EQ(ZrUninitialize(), ZR_R_OK);

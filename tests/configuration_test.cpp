@@ -45,7 +45,7 @@ struct Host {
 
   // Answers what the addition puts in force.
   std::string Add() {
-    EXPECT_EQ(ZrAddComponentDiscovery(&discovery, &cookie), ZR_R_OK);
+    cookie = discovery.Add();
     EXPECT_EQ(configuration.references, 0);
     return InForce();
   }
@@ -155,9 +155,7 @@ TEST_F(ConfigurationTest, AClassIsConfiguredByTheDiscoveryThatReportedIt) {
   FakeDiscovery first({{1, Units()}}), second({{1, Units()}, {2, Units()}, {3, Units()}});
   FakeConfiguration ofFirst, ofSecond;
   const Owned wanted(Units(W("Wanted")));
-  uint32_t firstCookie = 0, secondCookie = 0;
-  ZrAddComponentDiscovery(&first, &firstCookie);
-  ZrAddComponentDiscovery(&second, &secondCookie);
+  const uint32_t firstCookie = first.Add(), secondCookie = second.Add();
   first.configure = [&](const ZRUUID&, ZRSTR, IZrConfiguration** given) {
     EXPECT_EQ(ZrRemoveComponentDiscovery(firstCookie), ZR_R_OK) << "it may go while it is asked";
     return *given = &ofFirst, ZR_R_ACCESS_DENIED;

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <random>
 #include <string>
@@ -55,12 +54,6 @@ TEST(DateTime, FollowsTheCalendarAtAnyValue) {
   ZrDateTimeFromStruct(nullptr, nullptr);
 }
 
-template <class... Values>
-static std::string Printed(const char* format, Values... values) {
-  char text[100];
-  return {text, static_cast<std::size_t>(std::snprintf(text, sizeof text, format, values...))};
-}
-
 TEST(DateTime, WritesAsPrintfDoesAndReckonsAnyRecord) {
   std::mt19937 random(6);
   for (int round = 0; round < 20000; ++round) {
@@ -71,9 +64,9 @@ TEST(DateTime, WritesAsPrintfDoesAndReckonsAnyRecord) {
     const auto disturb = [&](auto&... fields) { ((random() % 4 == 0 ? Set(fields, any()) : void()), ...); };
     disturb(r.year, r.month, r.day, r.hour, r.minute, r.second, r.millisecond, r.fraction);
     ASSERT_EQ(ValueOf(r), ModelValue(r));
-    const std::string date = Printed("%4d-%02d-%02d", r.year, r.month, r.day);
-    const std::string time = Printed("%02d:%02d:%02d", r.hour, r.minute, r.second);
-    const std::string ticks = Printed(".%07d", r.fraction), milliseconds = Printed(".%03d", r.millisecond);
+    const std::string date = Format("%4d-%02d-%02d", r.year, r.month, r.day);
+    const std::string time = Format("%02d:%02d:%02d", r.hour, r.minute, r.second);
+    const std::string ticks = Format(".%07d", r.fraction), milliseconds = Format(".%03d", r.millisecond);
     ASSERT_EQ(ContentOf(Owned(ZrDateTimeStructToDateString(&r))), Widened(date));
     ASSERT_EQ(ContentOf(Owned(ZrDateTimeStructToTimeString(&r))), Widened(time + ticks));
     ASSERT_EQ(ContentOf(Owned(ZrDateTimeStructToDateTimeString(&r, 1))), Widened(date + ' ' + time + ticks));
@@ -87,8 +80,8 @@ TEST(DateTime, WritesAsPrintfDoesAndReckonsAnyRecord) {
 static std::string PrintedSpan(ZRTIMESPAN span) {
   const ZRDATETIMESTRUCT parts = RecordOf(span);
   const auto days = static_cast<int>(span / ZR_TICKS_PER_DAY);
-  return (days != 0 ? Printed("%4d.", days) : "") +
-         Printed("%02d:%02d:%02d.%07d", parts.hour, parts.minute, parts.second, parts.fraction);
+  return (days != 0 ? Format("%4d.", days) : "") +
+         Format("%02d:%02d:%02d.%07d", parts.hour, parts.minute, parts.second, parts.fraction);
 }
 
 // Texts cut at every length, then with any unit anywhere.
@@ -102,7 +95,7 @@ TEST(DateTime, ReadsWhatItCanAndWritesSpans) {
   static const char kStrange[] = "0123456789 -+.:\t\r?xA/";
   std::mt19937 random(5);
   ZRDATETIMESTRUCT record;
-  ZRTIMESPAN span, expected;
+  ZRTIMESPAN span;
   for (std::size_t round = 0; round < 30000; ++round) {
     std::string odd = kTexts[round % std::size(kTexts)];
     odd.resize(random() % (odd.size() + 1));
@@ -111,8 +104,7 @@ TEST(DateTime, ReadsWhatItCanAndWritesSpans) {
     }
     ASSERT_TRUE(ReadsAsModelled(ZrDateTimeStringToDateTimeStruct, ModelReadDateTime, Widened(odd), record)) << odd;
     ASSERT_TRUE(ReadsAsModelled(ZrTimeStringToDateTimeStruct, ModelReadTime, Widened(odd), record)) << odd;
-    ASSERT_EQ(ZrTimeSpanStringToTimeSpan(Owned(Widened(odd)), &span), ModelReadSpan(odd, expected)) << odd;
-    ASSERT_EQ(span, expected) << odd;
+    ASSERT_TRUE(ReadsAsModelled(ZrTimeSpanStringToTimeSpan, ModelReadSpan, Widened(odd), span)) << odd;
     ASSERT_EQ(ContentOf(Owned(ZrTimeSpanToTimeSpanString(span))), Widened(PrintedSpan(span))) << odd;
   }
   const Owned text(Units(W("2012-03-04 05:06:07.1234567")));

@@ -218,14 +218,9 @@ TEST(ExhaustedMemory, VariantsThrowOrTheirTextIsNull) {
   }
 }
 
-static ZRRESULT CreateByFunction(const ZRUUID*, uint64_t, const ZRUUID*, uint64_t, void** object) {
-  *object = object;
-  return ZR_R_OK;
-}
-
 TEST(ExhaustedMemory, ComponentOperationsAnswerTheirCodes) {
   ZrInitialize();
-  FakeDiscovery discovery({{1, {}, {CreateByFunction, nullptr, nullptr}, W("Name")}, {2, ModulePath("nowhere")}});
+  FakeDiscovery discovery({{1, {}, {MakeObject, nullptr, nullptr}, Units(W("Name"))}, {2, ModulePath("nowhere")}});
   discovery.onCall = [](const std::string& operation) {
     if (operation == "AddRef") FailAllocation(0);  // what is read behind it can't fail the addition
   };

@@ -9,10 +9,10 @@
 #include <sstream>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "identifiers/reference_records.h"
 #include "platform/scheduling.h"
+#include "tests/support/race.h"
 #include "zrcore/reference.h"
 
 struct CItemAllocatorProbe {
@@ -128,20 +128,17 @@ TEST_F(ItemAllocatorTest, NobodyWaitsAndOneThreadOwnsTheCachesInSingleThreadMode
 
 // Each item carries a mark of its holder while it is out: nobody may find another's.
 TEST_F(ItemAllocatorTest, ThreadsNeverShareAnItem) {
-  std::vector<std::thread> threads;
-  for (uint64_t mark = 1; mark <= 4; ++mark) {
-    threads.emplace_back([this, mark] {
-      for (int round = 0; round < 20000; ++round) {
-        auto* item = static_cast<uint64_t*>(items_.Allocate(kSize));
-        item[0] = item[4] = mark;
-        if (round % 64 == 0) PlatformYield();
-        if (item[0] != mark || item[4] != mark) ADD_FAILURE();
-        items_.Give(item);
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_LE(Give(items_, 0), 4u);
+  Race(1, [this](int thread) {
+    const auto mark = static_cast<uint64_t>(thread + 1);
+    for (int round = 0; round < 20000; ++round) {
+      auto* item = static_cast<uint64_t*>(items_.Allocate(kSize));
+      item[0] = item[4] = mark;
+      if (round % 64 == 0) PlatformYield();
+      if (item[0] != mark || item[4] != mark) ADD_FAILURE();
+      items_.Give(item);
+    }
+  });
+  EXPECT_LE(Give(items_, 0), uint32_t{kThreads});
 }
 
 TEST_F(ItemAllocatorTest, ReferencesReturnClearedToTheirOwnAllocator) {

@@ -16,19 +16,15 @@ TEST(Lifecycle, TheGuardComesAfterTheResultsThatAreClearedFirst) {
   IZrConfiguration* configuration = reinterpret_cast<IZrConfiguration*>(&configuration);
   ZRUUID untouched = classId;
   ZRSTR name = reinterpret_cast<ZRSTR>(&name);
-  for (ZRRESULT result : {ZrAddComponentDiscovery(nullptr, &cookie), ZrRemoveComponentDiscovery(1),
-                          ZrCreateInstance(&classId, 0, &classId, 0, &object),
-                          ZrQueryComponentConfiguration(&classId, nullptr, &configuration),
-                          ZrCLSIDFromClassName(nullptr, &untouched), ZrClassNameFromCLSID(&classId, &name)}) {
-    EXPECT_EQ(result, ZR_R_NO_INIT);
-  }
+  ExpectEach(ZR_R_NO_INIT, {ZrAddComponentDiscovery(nullptr, &cookie), ZrRemoveComponentDiscovery(1),
+                            ZrCreateInstance(&classId, 0, &classId, 0, &object),
+                            ZrQueryComponentConfiguration(&classId, nullptr, &configuration),
+                            ZrCLSIDFromClassName(nullptr, &untouched), ZrClassNameFromCLSID(&classId, &name)});
   EXPECT_TRUE(cookie == 0 && object == nullptr && configuration == nullptr);
   EXPECT_TRUE(untouched == classId && name == reinterpret_cast<ZRSTR>(&name));
 
   // A surplus call is harmless, the others are counted.
-  for (ZRRESULT result : {ZrUninitialize(), ZrInitialize(), ZrInitialize(), ZrUninitialize()}) {
-    EXPECT_EQ(result, ZR_R_OK);
-  }
+  ExpectEach(ZR_R_OK, {ZrUninitialize(), ZrInitialize(), ZrInitialize(), ZrUninitialize()});
   cookie = 9;
   ExpectRefused({ZrAddComponentDiscovery(nullptr, &cookie), ZrCreateInstance(&classId, 0, &classId, 0, nullptr),
                  ZrQueryComponentConfiguration(&classId, nullptr, nullptr), ZrCLSIDFromClassName(nullptr, nullptr),
@@ -43,23 +39,15 @@ static const std::string kDiscoveries = "Not all Component-Discoveries removed w
 static const std::string kAssemblies = "Not all Component-Assemblies removed while destroying CGlobalData";
 static const std::string kComponents = "Not all Components removed while destroying CGlobalData";
 
-static void Create() {
-  const ZRUUID classId = ClassId(1);
-  void* object = nullptr;
-  (void)ZrCreateInstance(&classId, 0, &classId, 0, &object);
-}
-
 // As a thread does that the system ends in the middle; that must keep nobody else from ending.
 static void HoldForever() ZR_UNCHECKED { ComponentRegistry().ManagementLock().Enter(); }
 
 // Ends the process in some state, and what the library tells on the error stream, where a death test looks.
 static void EndAfter(void (*action)(uint32_t cookie)) {
   auto& discovery = *new FakeDiscovery({{1, ModulePath("good")}});  // outlives every teardown
-  uint32_t cookie = 0;
   std::cout.rdbuf(std::cerr.rdbuf());
   ZrInitialize();
-  ZrAddComponentDiscovery(&discovery, &cookie);
-  action(cookie);
+  action(discovery.Add());
   std::exit(0);
 }
 
@@ -67,11 +55,11 @@ TEST(LifecycleDeathTest, TeardownTellsWhatWasLeft) {
   // The last ZrUninitialize clears what nobody removed.
   EXPECT_EXIT(EndAfter([](uint32_t) { ZrUninitialize(); }), testing::ExitedWithCode(0), testing::Eq(""));
 
-  EXPECT_EXIT(EndAfter([](uint32_t) { Create(); }), testing::ExitedWithCode(0),
+  EXPECT_EXIT(EndAfter([](uint32_t) { CreateObject(1); }), testing::ExitedWithCode(0),
               testing::Eq(kDiscoveries + kAssemblies + kComponents));
 
   // An assembly stays registered after its classes.
-  EXPECT_EXIT(EndAfter([](uint32_t cookie) { Create(), ZrRemoveComponentDiscovery(cookie); }),
+  EXPECT_EXIT(EndAfter([](uint32_t cookie) { CreateObject(1), ZrRemoveComponentDiscovery(cookie); }),
               testing::ExitedWithCode(0), testing::Eq(kAssemblies));
 
   EXPECT_EXIT(EndAfter([](uint32_t) { std::thread(HoldForever).join(); }), testing::ExitedWithCode(0),

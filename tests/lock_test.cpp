@@ -28,10 +28,9 @@ TEST(Lock, IsRecursiveAndExcludesOtherThreads) {
                  ZrDeleteCriticalSection(nullptr), ZrTryEnterCriticalSection(nullptr, &acquired),
                  ZrTryEnterCriticalSection(&lock, nullptr)});
   EXPECT_EQ(ZrDeleteCriticalSection(&lock), ZR_R_OK);
-  for (ZRRESULT result : {ZrEnterCriticalSection(&lock), ZrLeaveCriticalSection(&lock), ZrDeleteCriticalSection(&lock),
-                          ZrTryEnterCriticalSection(&lock, &acquired)}) {
-    EXPECT_EQ(result, ZR_R_INVALID_OBJECT_STATE) << "a deleted lock reads as none";
-  }
+  // A deleted lock reads as none.
+  ExpectEach(ZR_R_INVALID_OBJECT_STATE, {ZrEnterCriticalSection(&lock), ZrLeaveCriticalSection(&lock),
+                                         ZrDeleteCriticalSection(&lock), ZrTryEnterCriticalSection(&lock, &acquired)});
 }
 
 template <class Integer>

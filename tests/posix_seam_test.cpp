@@ -17,11 +17,10 @@ TEST(PosixSeam, DebugOutputIsUtf8) {
 TEST(PosixSeam, DebugOutputSurvivesAReaderThatWentAway) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
-  const int standardError = dup(STDERR_FILENO);
-  dup2(ends[1], STDERR_FILENO);
   close(ends[0]);
-  close(ends[1]);
-  PlatformDebugOutput(W("nobody reads this"));
-  dup2(standardError, STDERR_FILENO);
-  close(standardError);
+  (void)DebugOutputOf([&] {  // which puts the stream back
+    dup2(ends[1], STDERR_FILENO);
+    close(ends[1]);
+    PlatformDebugOutput(W("nobody reads this"));
+  });
 }

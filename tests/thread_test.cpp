@@ -3,31 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "tests/support/array_samples.h"
 #include "tests/support/fake_discovery.h"
-#include "tests/support/gate.h"
 #include "tests/support/module_log.h"
-
-static constexpr int kThreads = 4;
-
-// So many rounds of the body in each of the threads, which begin together.
-static void Race(int rounds, const std::function<void(int thread)>& body) {
-  CGate start(kThreads);
-  std::vector<std::thread> threads;
-  for (int thread = 0; thread < kThreads; ++thread) {
-    threads.emplace_back([&, thread] {
-      start.Arrive();
-      start.Wait();
-      for (int round = 0; round < rounds; ++round) body(thread);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-}
+#include "tests/support/race.h"
 
 TEST(Threads, ShareStrings) {
   for (int round = 0; round < 200; ++round) {
@@ -77,18 +59,11 @@ TEST(Threads, LocksAndAtomicsLoseNothing) {
 // The library is open, with this discovery, to the end of the scope.
 struct Session {
   explicit Session(FakeDiscovery& discovery) {
-    uint32_t cookie = 0;
     ZrInitialize();
-    EXPECT_EQ(ZrAddComponentDiscovery(&discovery, &cookie), ZR_R_OK);
+    discovery.Add();
   }
   ~Session() { ZrUninitialize(); }
 };
-
-static ZRRESULT CreateObject(int number) {
-  const ZRUUID classId = ClassId(static_cast<uint32_t>(number));
-  void* object = nullptr;
-  return ZrCreateInstance(&classId, 0, &classId, 0, &object);
-}
 
 TEST(Threads, FirstCreationsAtOnceStartAModuleOnce) {
   const std::string kLog = "good.load good.init good.create good.create good.create good.create good.exit good.unload";
@@ -109,7 +84,7 @@ TEST(Threads, FirstCreationsAtOnceStartAModuleOnce) {
 
 static std::atomic<int> g_started = 0;
 static const ZrModuleEntryPoints kFunctions = {
-    [](const ZRUUID*, uint64_t, const ZRUUID*, uint64_t, void** object) { return *object = object, ZR_R_OK; },
+    MakeObject,
     [] { return ++g_started, ZR_R_OK; },
     [] { --g_started; },
 };
@@ -121,8 +96,7 @@ TEST(Threads, AddRemoveAndCreateAtOnce) {
   {
     const Session session(lasting);
     Race(300, [&](int) {
-      uint32_t cookie = 0;
-      EXPECT_EQ(ZrAddComponentDiscovery(&passing, &cookie), ZR_R_OK);
+      const uint32_t cookie = passing.Add();
       EXPECT_EQ(CreateObject(1), ZR_R_OK);
       EXPECT_EQ(CreateObject(2), ZR_R_OK);
       ZRUUID classId;

@@ -98,10 +98,4 @@ TEST(VariantCompare, ValuesAndReferencesToThem) {
     EXPECT_EQ(Compared(variant, Value(text)), answer) << text;
     EXPECT_EQ(Compared(ByRef(variant.Type, &word), ByRef(variant.Type, nullptr)), behind) << text;
   }
-  uint8_t equal = 9;
-  const ZRVARIANT empty = ZR_VARIANT_INIT;
-  EXPECT_EQ(ZrVariantCompare(nullptr, &empty, &equal), ZR_R_INVALID_POINTER);
-  EXPECT_EQ(ZrVariantCompare(&empty, nullptr, &equal), ZR_R_INVALID_POINTER);
-  EXPECT_EQ(ZrVariantCompare(&empty, &empty, nullptr), ZR_R_INVALID_POINTER);
-  EXPECT_EQ(equal, 9);
 }

@@ -121,11 +121,14 @@ TEST(VariantRecord, InitLooksAtNothingAndNullIsRefused) {
   ZRVARIANT variant = held;
   EXPECT_EQ(ZrVariantInit(&variant), ZR_R_OK);
   EXPECT_EQ(Describe(variant), "EMPTY");
-  for (ZRRESULT result :
-       {ZrVariantInit(nullptr), ZrVariantClear(nullptr), ZrVariantCopy(nullptr, &held), ZrVariantCopy(&held, nullptr),
-        ZrVariantCopyInd(nullptr, &held), ZrVariantCopyInd(&held, nullptr)}) {
-    EXPECT_EQ(result, ZR_R_INVALID_POINTER);
-  }
+  uint8_t equal = 9;
+  ExpectEach(ZR_R_INVALID_POINTER,
+             {ZrVariantInit(nullptr), ZrVariantClear(nullptr), ZrVariantCopy(nullptr, &held),
+              ZrVariantCopy(&held, nullptr), ZrVariantCopyInd(nullptr, &held), ZrVariantCopyInd(&held, nullptr),
+              ZrVariantChangeType(&held, nullptr, 0, ZR_VT_STR), ZrVariantChangeType(nullptr, &held, 0, ZR_VT_STR),
+              ZrVariantCompare(nullptr, &held, &equal), ZrVariantCompare(&held, nullptr, &equal),
+              ZrVariantCompare(&held, &held, nullptr)});
+  EXPECT_EQ(equal, 9);
   EXPECT_EQ(Describe(held), "STR text");
   EXPECT_EQ(ZrVariantIsContentEmpty(nullptr), 0);
 }

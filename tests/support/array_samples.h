@@ -3,16 +3,14 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <utility>
 
 #include "tests/support/variant_text.h"
 
 // All tags that elements can have.
-inline constexpr uint16_t kElementTags[] = {
-    ZR_VT_BOOL,    ZR_VT_I1,   ZR_VT_I2,    ZR_VT_I4,    ZR_VT_I8,   ZR_VT_UI1,     ZR_VT_UI2,
-    ZR_VT_UI4,     ZR_VT_UI8,  ZR_VT_R4,    ZR_VT_R8,    ZR_VT_TIME, ZR_VT_CY,      ZR_VT_DATETIME,
-    ZR_VT_BYTE,    ZR_VT_WORD, ZR_VT_DWORD, ZR_VT_QWORD, ZR_VT_BLOB, ZR_VT_UNKNOWN, ZR_VT_CHAR32,
-    ZR_VT_VARIANT, ZR_VT_UUID, ZR_VT_STR,   ZR_VT_REF,   ZR_VT_SREF, ZR_VT_DISPATCH};
+inline constexpr std::span kElementTags = std::span(kTagNames).subspan<2>();
+static_assert(kTagNames[0].tag == ZR_VT_EMPTY && kTagNames[1].tag == ZR_VT_OPAQUE);
 
 inline std::size_t WidthOf(uint16_t tag) {
   return IsOfKind(tag, "uv") ? 16 : NameOf(tag)->width;  // as they are, in arrays
@@ -129,9 +127,9 @@ class Samples {
  public:
   // Those with ZR_VT_QWORD are left out: one conversion takes them for an address.
   Samples() {
-    for (const uint16_t tag : kElementTags) {
-      if (tag == ZR_VT_VARIANT || tag == ZR_VT_QWORD) continue;
-      for (OwnedVariant& value : ValuesOf(tag)) records_.push_back(std::move(value));
+    for (const TagName& row : kElementTags) {
+      if (row.tag == ZR_VT_VARIANT || row.tag == ZR_VT_QWORD) continue;
+      for (OwnedVariant& value : ValuesOf(row.tag)) records_.push_back(std::move(value));
     }
     for (const std::string& text : Split(kOddRecords)) records_.push_back(Value(text));
     records_.push_back(InVariant(ZR_VT_I4, MakeArray(ZR_VT_I4, {{2, 0}})));
@@ -151,10 +149,6 @@ class Samples {
       add(ByRef(record.Type, nullptr));
     }
     return variants;
-  }
-  Array Make(uint16_t tag) {
-    std::vector<OwnedVariant> values = Of(tag);
-    return ArrayOf(tag, values.data(), values.size());
   }
 
  private:

@@ -6,17 +6,11 @@
 #include <algorithm>
 
 #include "tests/support/array_model.h"
+#include "tests/support/sequence.h"
 
-class CArraySequence {
- public:
-  // Runs what the bytes tell; answers what differed from the model first, or nothing.
-  static std::string Run(const uint8_t* data, std::size_t size) {
-    CArraySequence sequence(data, size);
-    while (sequence.size_ != 0 && sequence.difference_.empty()) sequence.Step();
-    return sequence.difference_;
-  }
+class CArraySequence : public CSequence<CArraySequence> {
+  friend CSequence;
 
- private:
   using Shape = std::vector<ZrSafeArrayBound>;
 
   struct Slot {
@@ -29,34 +23,24 @@ class CArraySequence {
     ZRSAFEARRAY Array() const { return variant.Value.array; }
   };
 
-  CArraySequence(const uint8_t* data, std::size_t size) : data_(data), size_(size) {
+  CArraySequence(const uint8_t* data, std::size_t size) : CSequence(data, size) {
     for (Slot& slot : slots_) Create(slot, slot);
-  }
-
-  void Claim(bool claim, const char* what) {
-    if (!claim && difference_.empty()) difference_ = what;
   }
 
   // ---- What the bytes tell ----
 
-  uint32_t Next(uint32_t end) {
-    if (size_ == 0) return 0;
-    --size_;
-    return *data_++ % end;
-  }
-
   // Often what another slot has, so that there is something to compare.
   uint16_t NextTag() {
-    const uint32_t way = Next(16);
-    return way > 8 ? slots_[way % kSlots].Tag() : kElementTags[Next(std::size(kElementTags))];
+    const uint32_t way = NextBelow(16);
+    return way > 8 ? slots_[way % kSlots].Tag() : kElementTags[NextBelow(std::size(kElementTags))].tag;
   }
   Shape NextShape() {
     constexpr int32_t kLower[] = {0, 1, -2, INT32_MAX, INT32_MIN};
-    const uint32_t way = Next(16);
+    const uint32_t way = NextBelow(16);
     if (way > 8) return slots_[way % kSlots].shape;
     if (way == 0) return {{0x10000, 0}, {0x10000, 0}};  // the product wraps
     Shape shape(1 + way % 3);
-    for (ZrSafeArrayBound& bound : shape) bound = {Next(5), kLower[Next(5)]};
+    for (ZrSafeArrayBound& bound : shape) bound = {NextBelow(5), kLower[NextBelow(5)]};
     return shape;
   }
 
@@ -109,8 +93,8 @@ class CArraySequence {
     using Self = CArraySequence;
     static constexpr void (Self::*kOperations[])(Slot&, Slot&) = {
         &Self::Create, &Self::Access, &Self::Access, &Self::Copy, &Self::Redim, &Self::ChangeType, &Self::Lock};
-    Slot& slot = slots_[Next(kSlots)];
-    (this->*kOperations[Next(std::size(kOperations))])(slot, slots_[Next(kSlots)]);
+    Slot& slot = slots_[NextBelow(kSlots)];
+    (this->*kOperations[NextBelow(std::size(kOperations))])(slot, slots_[NextBelow(kSlots)]);
     Check(slot);
   }
 
@@ -126,7 +110,7 @@ class CArraySequence {
     const uint16_t tag = slot.Tag();
     uint32_t indices[3], *index = indices, place = 0;
     for (const ZrSafeArrayBound& bound : slot.shape) {
-      const uint32_t offset = Next(7) - 1;
+      const uint32_t offset = NextBelow(7) - 1;
       *index++ = offset + static_cast<uint32_t>(bound.lowerBound);
       place = place * bound.elementCount + offset;
     }
@@ -140,9 +124,9 @@ class CArraySequence {
       const ZRRESULT result = ZrSafeArrayGetElement(array, indices, ContentOf(got.get()).data);
       Claim(result == (slot.elements[place] == "14" ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK), "get");
       Claim(ShowEach(tag, got.get())[0] == slot.elements[place], "element that was got");
-      std::vector<OwnedVariant> values = ValuesOf(tag == ZR_VT_VARIANT ? kElementTags[Next(27)] : tag);
+      std::vector<OwnedVariant> values = ValuesOf(tag == ZR_VT_VARIANT ? kElementTags[NextBelow(27)].tag : tag);
       if (tag == ZR_VT_VARIANT) values.push_back(Value("14 0"));  // of which a copy is made, and refused
-      const void* value = PayloadOf(tag, values[Next(256) % values.size()]);
+      const void* value = PayloadOf(tag, values[NextBelow(256) % values.size()]);
       const ZRRESULT expected = CopySlowly(tag, static_cast<const char*>(value), ContentOf(copy.get()).data);
       Claim(ZrSafeArrayPutElement(array, indices, value) == expected, "put");
       slot.elements[place] = ShowEach(tag, copy.get())[0];
@@ -158,7 +142,7 @@ class CArraySequence {
   // The array itself, in its variant, or behind a reference to it.
   void Copy(Slot& to, Slot& from) {
     if (&to == &from) return;
-    const uint32_t way = Next(3);
+    const uint32_t way = NextBelow(3);
     const ZRVARIANT byRef = ByRef(from.variant);
     const ZRRESULT result = way == 0   ? ZrSafeArrayCopy(from.Array(), &to.variant.Value.array)
                             : way == 1 ? ZrVariantCopy(&to.variant, &from.variant)
@@ -183,13 +167,13 @@ class CArraySequence {
     if (slot.elements.empty()) return;  // would get elements of another type than it tells
     const uint16_t target = NextTag();
     const auto [converted, all] = ConvertSlowly(slot.Tag(), slot.Array(), target);
-    Claim(ZrSafeArrayChangeType(slot.Array(), Next(2), target) == (all ? ZR_R_OK : 1), "conversion");
+    Claim(ZrSafeArrayChangeType(slot.Array(), NextBelow(2), target) == (all ? ZR_R_OK : 1), "conversion");
     slot.variant.Type = target | ZR_VT_ARRAY;
     slot.elements = ShowEach(target, converted.get());
   }
 
   void Lock(Slot& slot, Slot& /*other*/) {
-    const bool takes = Next(2) != 0;
+    const bool takes = NextBelow(2) != 0;
     const ZRRESULT result = takes ? ZrSafeArrayLock(slot.Array()) : ZrSafeArrayUnlock(slot.Array());
     Claim(result == (takes != slot.isTaken ? ZR_R_OK : ZR_R_INVALID_OBJECT_STATE), "the flag");
     slot.isTaken = takes;
@@ -197,8 +181,5 @@ class CArraySequence {
 
   static constexpr uint32_t kSlots = 3;
   const uint32_t strings_ = ZrStringRefCount(g_shared), objects_ = g_object.references;
-  const uint8_t* data_;
-  std::size_t size_;
   Slot slots_[kSlots];
-  std::string difference_;
 };

@@ -1,6 +1,5 @@
-// Blobs as one would write them who needn't be fast, and a run of operations on both, told by bytes: random ones in the
-// tests, a fuzzer's in fuzz/. After each step every handle is compared with its model, down to the bytes behind the
-// content and the count of those who share it.
+// Blobs as one would write them who needn't be fast, and a run of operations on both. After each step every handle is
+// compared with its model, down to the bytes behind the content and the count of those who share it.
 
 #pragma once
 
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "blobs/blob_handle.h"
+#include "tests/support/sequence.h"
 #include "zrcore/blob.h"
 
 using Bytes = std::vector<uint8_t>;
@@ -50,16 +50,9 @@ struct ModelBlock {
   }
 };
 
-class CBlobSequence {
- public:
-  // Answers what differed first, or an empty text.
-  static std::string Run(const uint8_t* data, std::size_t size) {
-    CBlobSequence sequence(data, size);
-    while (sequence.difference_.empty() && sequence.at_ != sequence.end_) sequence.Step();
-    return sequence.difference_;
-  }
+class CBlobSequence : public CSequence<CBlobSequence> {
+  friend CSequence;
 
- private:
   struct Slot {
     CBlobHolder blob;
     std::shared_ptr<ModelBlock> model;
@@ -73,18 +66,9 @@ class CBlobSequence {
     }
   };
 
-  CBlobSequence(const uint8_t* data, std::size_t size) : at_(data), end_(data + size) {}
+  using CSequence::CSequence;
 
-  uint32_t NextBelow(uint32_t limit) {
-    uint32_t next = 0;
-    for (int byte = 0; byte < (limit > 256 ? 2 : 1) && at_ != end_; ++byte) next = next * 256 + *at_++;
-    return next % limit;
-  }
   uint32_t OneOf(const std::array<uint32_t, 8>& choices) { return choices[NextBelow(8)]; }
-
-  void Claim(bool claim, const std::string& text) {
-    if (!claim && difference_.empty()) difference_ = text;
-  }
 
   // Sizes and offsets are around those that matter: nothing, what just fits, what just doesn't, the granule.
   void Step() {
@@ -186,9 +170,6 @@ class CBlobSequence {
     Claim(block.bytes[block.capacity] == 0, "the byte more");
   }
 
-  const uint8_t* at_;
-  const uint8_t* end_;
   uint8_t pattern_ = 0;
   std::array<Slot, 4> slots_;
-  std::string difference_;
 };

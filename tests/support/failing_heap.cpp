@@ -24,17 +24,16 @@ static bool Fails() {
 }
 
 // The linker sends every call of malloc, calloc and realloc in this program's own objects here.
-extern "C" void* __real_malloc(std::size_t size);
-extern "C" void* __wrap_malloc(std::size_t size);
+extern "C" {
+void* __real_malloc(std::size_t size);
 void* __wrap_malloc(std::size_t size) { return Fails() ? nullptr : __real_malloc(size); }
 
-extern "C" void* __real_calloc(std::size_t count, std::size_t size);
-extern "C" void* __wrap_calloc(std::size_t count, std::size_t size);
+void* __real_calloc(std::size_t count, std::size_t size);
 void* __wrap_calloc(std::size_t count, std::size_t size) { return Fails() ? nullptr : __real_calloc(count, size); }
 
-extern "C" void* __real_realloc(void* block, std::size_t size);
-extern "C" void* __wrap_realloc(void* block, std::size_t size);
+void* __real_realloc(void* block, std::size_t size);
 void* __wrap_realloc(void* block, std::size_t size) { return Fails() ? nullptr : __real_realloc(block, size); }
+}
 
 void* operator new(std::size_t size) {
   void* block = Fails() ? nullptr : __real_malloc(size != 0 ? size : 1);

@@ -15,25 +15,40 @@ inline Units ModulePath(const char* module) {
   return Widened(std::string(TEST_DIRECTORY "/") + module + MODULE_SUFFIX);
 }
 
+// Makes an object of the class, which nobody releases.
+inline ZRRESULT CreateObject(int number) {
+  const ZRUUID classId = ClassId(static_cast<uint32_t>(number));
+  void* object = nullptr;
+  return ZrCreateInstance(&classId, 0, &classId, 0, &object);
+}
+
+// What a module's function needs to make one.
+inline ZRRESULT MakeObject(const ZRUUID*, uint64_t, const ZRUUID*, uint64_t, void** object) {
+  *object = object;
+  return ZR_R_OK;
+}
+
 class FakeDiscovery final : public IZrComponentDiscovery {
  public:
   struct Entry {
     uint32_t number;
-    Units path;
+    Owned path;
     ZrModuleEntryPoints points{};
-    Units name{};
+    Owned name{};
   };
 
-  explicit FakeDiscovery(const std::vector<Entry>& entries = {}) {
-    for (const Entry& entry : entries) {
-      rows_.push_back({ClassId(entry.number), Owned(entry.path), entry.points,
-                       Owned(entry.name.empty() ? nullptr : ZrCreateString(entry.name.c_str()))});
-    }
-  }
+  explicit FakeDiscovery(std::vector<Entry> entries = {}) : entries_(std::move(entries)) {}
 
   std::atomic<uint32_t> references{0}, asked{0};      // asked for components, class identifiers and names
   std::function<void(const char* operation)> onCall;  // ahead of any answer; may throw
   std::function<ZRRESULT(const ZRUUID& classId, ZRSTR name, IZrConfiguration** given)> configure;
+
+  // Adds it to the library; answers the cookie.
+  uint32_t Add() {
+    uint32_t cookie = 0;
+    EXPECT_EQ(ZrAddComponentDiscovery(this, &cookie), ZR_R_OK);
+    return cookie;
+  }
 
   uint32_t AddRef() override { return Called("AddRef"), ++references; }
   uint32_t Release() override { return Called("Release"), --references; }
@@ -41,11 +56,11 @@ class FakeDiscovery final : public IZrComponentDiscovery {
   ZRRESULT QueryComponent(const ZRUUID* classId, ZRSTR* modulePath, ZrModuleEntryPoints* entryPoints) override {
     EXPECT_TRUE(*modulePath == nullptr && !entryPoints->createInstance && !entryPoints->init && !entryPoints->exit);
     *modulePath = ZrCopyString(refusal_);  // the library destroys this one too
-    const Row* row = Ask("QueryComponent", [&](const Row& r) { return r.classId == *classId; });
-    if (row == nullptr) return ZR_R_CANCELLED;
+    const Entry* entry = Ask("QueryComponent", [&](const Entry& e) { return ClassId(e.number) == *classId; });
+    if (entry == nullptr) return ZR_R_CANCELLED;
     ZrDestroyString(*modulePath);
-    *modulePath = ZrCopyString(row->path);
-    *entryPoints = row->points;
+    *modulePath = ZrCopyString(entry->path);
+    *entryPoints = entry->points;
     return ZR_R_OK;
   }
   ZRRESULT QueryConfiguration(const ZRUUID* classId, ZRSTR name, IZrConfiguration** given) override {
@@ -53,35 +68,28 @@ class FakeDiscovery final : public IZrComponentDiscovery {
     return configure ? configure(*classId, name, given) : ZR_R_NOT_IMPLEMENTED;
   }
   ZRRESULT QueryClassId(ZRSTR className, ZRUUID* classId) override {
-    const Row* row = Ask("QueryClassId", [&](const Row& r) { return ContentOf(r.name) == ContentOf(className); });
-    if (row != nullptr) *classId = row->classId;
-    return row != nullptr ? ZR_R_OK : ZR_R_CANCELLED;
+    const Entry* entry = Ask("QueryClassId", [&](const Entry& e) { return ContentOf(e.name) == ContentOf(className); });
+    if (entry != nullptr) *classId = ClassId(entry->number);
+    return entry != nullptr ? ZR_R_OK : ZR_R_CANCELLED;
   }
   ZRRESULT QueryClassName(const ZRUUID* classId, ZRSTR* className) override {
-    const Row* row = Ask("QueryClassName", [&](const Row& r) { return r.classId == *classId; });
-    if (row != nullptr) *className = row->name.string != nullptr ? ZrCopyString(row->name) : nullptr;
-    return row != nullptr ? ZR_R_OK : ZR_R_CANCELLED;
+    const Entry* entry = Ask("QueryClassName", [&](const Entry& e) { return ClassId(e.number) == *classId; });
+    if (entry != nullptr) *className = entry->name.string != nullptr ? ZrCopyString(entry->name) : nullptr;
+    return entry != nullptr ? ZR_R_OK : ZR_R_CANCELLED;
   }
 
  private:
-  struct Row {
-    ZRUUID classId;
-    Owned path;
-    ZrModuleEntryPoints points;
-    Owned name;
-  };
-
   void Called(const char* operation) {
     if (onCall) onCall(operation);
   }
   template <class Claim>
-  const Row* Ask(const char* operation, Claim claim) {
+  const Entry* Ask(const char* operation, Claim claim) {
     ++asked;
     Called(operation);
-    const auto found = std::find_if(rows_.begin(), rows_.end(), claim);
-    return found != rows_.end() ? &*found : nullptr;
+    const auto found = std::find_if(entries_.begin(), entries_.end(), claim);
+    return found != entries_.end() ? &*found : nullptr;
   }
 
-  std::vector<Row> rows_;  // strings made beforehand, so that answering allocates nothing
+  const std::vector<Entry> entries_;  // strings made beforehand, so that answering allocates nothing
   Owned refusal_{Units(W("/a/path/of/a/refusal"))};
 };

@@ -3,23 +3,19 @@
 #pragma once
 
 #include <algorithm>
+#include <memory>
 
 #include "tests/support/system.h"
 #include "tests/support/text.h"
 
 class GuardedPage {
  public:
-  GuardedPage() = default;
-  GuardedPage(const GuardedPage&) = delete;
-  GuardedPage& operator=(const GuardedPage&) = delete;
-  ~GuardedPage() { ReleaseGuardedPage(page_); }
-
   // The text with its terminator at the end of the page.
   WCHAR* Put(const Units& text) const {
-    auto* end = reinterpret_cast<WCHAR*>(page_ + kPageSize);
+    auto* end = reinterpret_cast<WCHAR*>(page_.get() + kPageSize);
     return std::copy_n(text.c_str(), text.size() + 1, end - text.size() - 1) - text.size() - 1;
   }
 
  private:
-  char* const page_ = ReserveGuardedPage();
+  const std::unique_ptr<char, void (*)(char*)> page_{ReserveGuardedPage(), ReleaseGuardedPage};
 };

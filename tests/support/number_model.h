@@ -7,13 +7,13 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <string>
 
 #include "tests/support/tag_names.h"
+#include "tests/support/units.h"
 
 // Wide enough to hold any 64-bit integer and any double as they are.
 using Exact = long double;
@@ -29,18 +29,10 @@ inline uint64_t WordOf(uint16_t tag, Exact number) {
   return (number < 0 ? 0 - magnitude : magnitude) << unused >> unused;
 }
 
-// Bytes for the C library. What isn't ASCII ends every number, and so does the byte that stands for it here.
-inline std::string Narrowed(const std::basic_string<WCHAR>& units) {
-  std::string bytes;
-  for (WCHAR unit : units) bytes += unit < 0x80 ? static_cast<char>(unit) : '\x7f';
-  return bytes;
-}
-
 // What "%f" prints. C libraries differ in how they spell what is no number.
 inline std::string PrintedReal(double real) {
   if (std::isnan(real)) return std::signbit(real) ? "-nan" : "nan";
-  char text[400];
-  return {text, static_cast<std::size_t>(std::snprintf(text, sizeof text, "%f", real))};
+  return Format("%f", real);
 }
 
 struct ModelNumber {
@@ -49,7 +41,7 @@ struct ModelNumber {
 };
 
 // What text becomes under a numeric tag or as a ZR_VT_CY. The process has to be in the C locale.
-inline ModelNumber ModelOfText(const std::basic_string<WCHAR>& units, uint16_t tag) {
+inline ModelNumber ModelOfText(const Units& units, uint16_t tag) {
   const std::string narrow = Narrowed(units);
   const char* text = narrow.c_str();
   char* end = nullptr;

@@ -29,13 +29,13 @@ struct TagName {
 };
 // clang-format off
 inline constexpr TagName kTagNames[] = {
-    {ZR_VT_EMPTY, "EMPTY", 0, 'e'}, {ZR_VT_BOOL, "BOOL", 1, 'b'}, {ZR_VT_I1, "I1", 1, 'n', true},
-    {ZR_VT_I2, "I2", 2, 'n', true}, {ZR_VT_I4, "I4", 4, 'n', true}, {ZR_VT_I8, "I8", 8, 'q', true},
-    {ZR_VT_UI1, "UI1", 1, 'n'}, {ZR_VT_UI2, "UI2", 2, 'n'}, {ZR_VT_UI4, "UI4", 4, 'n'}, {ZR_VT_UI8, "UI8", 8, 'q'},
-    {ZR_VT_R4, "R4", 4, 'f', true, kReals}, {ZR_VT_R8, "R8", 8, 'd', true, kReals},
-    {ZR_VT_TIME, "TIME", 8, 't', true}, {ZR_VT_CY, "CY", 8, 'y', true}, {ZR_VT_DATETIME, "DATETIME", 8, 't', true},
-    {ZR_VT_BYTE, "BYTE", 1, 'n'}, {ZR_VT_WORD, "WORD", 2, 'n'}, {ZR_VT_DWORD, "DWORD", 4, 'n'},
-    {ZR_VT_QWORD, "QWORD", 8, 'q'}, {ZR_VT_OPAQUE, "OPAQUE", 8, 'o'}, {ZR_VT_CHAR32, "CHAR32", 4, 'c'},
+    {ZR_VT_EMPTY, "EMPTY", 0, 'e'}, {ZR_VT_OPAQUE, "OPAQUE", 8, 'o'}, {ZR_VT_BOOL, "BOOL", 1, 'b'},
+    {ZR_VT_I1, "I1", 1, 'n', true}, {ZR_VT_I2, "I2", 2, 'n', true}, {ZR_VT_I4, "I4", 4, 'n', true},
+    {ZR_VT_I8, "I8", 8, 'q', true}, {ZR_VT_UI1, "UI1", 1, 'n'}, {ZR_VT_UI2, "UI2", 2, 'n'},
+    {ZR_VT_UI4, "UI4", 4, 'n'}, {ZR_VT_UI8, "UI8", 8, 'q'}, {ZR_VT_R4, "R4", 4, 'f', true, kReals},
+    {ZR_VT_R8, "R8", 8, 'd', true, kReals}, {ZR_VT_TIME, "TIME", 8, 't', true}, {ZR_VT_CY, "CY", 8, 'y', true},
+    {ZR_VT_DATETIME, "DATETIME", 8, 't', true}, {ZR_VT_BYTE, "BYTE", 1, 'n'}, {ZR_VT_WORD, "WORD", 2, 'n'},
+    {ZR_VT_DWORD, "DWORD", 4, 'n'}, {ZR_VT_QWORD, "QWORD", 8, 'q'}, {ZR_VT_CHAR32, "CHAR32", 4, 'c'},
     {ZR_VT_BLOB, "BLOB", 8, 'l', false, "85|null||85c1347a797877|85c1347a79787776|85c1347a797877767574737271706f6e"},
     {ZR_VT_UNKNOWN, "UNKNOWN", 8, 'i', false, "object|null"}, {ZR_VT_VARIANT, "VARIANT", 8, 'v'},
     {ZR_VT_UUID, "UUID", 8, 'u', false, "{00000000-0000-0000-0000-000000000000}|{00000001-0000-0000-0000-000000000000}|"

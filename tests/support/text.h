@@ -1,4 +1,4 @@
-// Literals and strings in the tests' terms.
+// Strings in the tests' terms, and claims that many tests make.
 
 #pragma once
 
@@ -6,48 +6,28 @@
 
 #include <initializer_list>
 #include <ostream>
-#include <string>
-#include <utility>
 
-#include "tests/support/literal.h"
+#include "tests/support/units.h"
 #include "zrcore/zrcore.h"
-
-using Units = std::basic_string<WCHAR>;
-
-inline Units Widened(const std::string& ascii) { return Units(ascii.begin(), ascii.end()); }
 
 inline Units ContentOf(ZRSTR string) {
   EXPECT_EQ(string && ZrStringByteLen(string) % 2 == 0 ? string[ZrStringLen(string)] : 0, 0) << "the terminator";
   return string ? Units(string, ZrStringLen(string)) : Units();
 }
 
-// Gives up its string at the end of the statement or scope.
-struct Owned {
-  ZRSTR string = nullptr;
-  explicit Owned(ZRSTR taken = nullptr) : string(taken) {}
-  explicit Owned(const Units& units)
-      : string(ZrCreateStringByteLen(units.data(), static_cast<uint32_t>(units.size() * sizeof(WCHAR)))) {}
-  Owned(Owned&& other) noexcept : string(std::exchange(other.string, nullptr)) {}
-  Owned& operator=(Owned&& other) noexcept { return std::swap(string, other.string), *this; }
-  ~Owned() { ZrDestroyString(string); }
-  operator ZRSTR() const { return string; }
-};
-
 inline int SignOf(int32_t order) { return (order > 0) - (order < 0); }
 
-inline void ExpectRefused(std::initializer_list<ZRRESULT> answers) {
-  for (const ZRRESULT& answer : answers)
-    EXPECT_EQ(answer, ZR_R_INVALID_ARGUMENTS) << "call " << &answer - answers.begin();
+inline void ExpectEach(ZRRESULT expected, std::initializer_list<ZRRESULT> answers) {
+  for (const ZRRESULT& answer : answers) EXPECT_EQ(answer, expected) << "call " << &answer - answers.begin();
 }
+inline void ExpectRefused(std::initializer_list<ZRRESULT> answers) { ExpectEach(ZR_R_INVALID_ARGUMENTS, answers); }
 
 inline bool operator==(const ZRUUID& left, const ZRUUID& right) {
   uint8_t equal = 0;
   return ZR_SUCCEEDED(ZrCompareUUID(&left, &right, &equal)) && equal == 1;
 }
 inline std::ostream& operator<<(std::ostream& out, const ZRUUID& uuid) {
-  ZRSTR text = nullptr;
-  (void)ZrStringFromUUID(&uuid, &text);
-  const Owned owned(text);
-  for (WCHAR unit : ContentOf(text)) out << static_cast<char>(unit);
-  return out;
+  Owned text;
+  (void)ZrStringFromUUID(&uuid, &text.string);
+  return out << Narrowed(ContentOf(text));
 }

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <string>
 
+#include "tests/support/units.h"
 #include "zrcore/zrcore.h"
 
 inline constexpr int kDaysOf400Years = 146097;
@@ -77,22 +78,12 @@ inline bool ModelReadSpan(const std::string& text, ZRTIMESPAN& span) {
   return true;
 }
 
-// The bytes of a text that the models read, unit for unit; one that means nothing to a reader of numbers stands for all
-// others.
-inline std::string ModelBytes(const std::basic_string<WCHAR>& units) {
-  std::string bytes;
-  for (WCHAR unit : units) bytes += unit > 0 && unit < 0x80 ? static_cast<char>(unit) : '?';
-  return bytes;
-}
-
-// Whether the library reads a text as date and time, or as time, the way that its model does. `record` is what it read.
-inline bool ReadsAsModelled(uint8_t (*read)(ZRSTR, ZRDATETIMESTRUCT*),
-                            bool (*model)(const std::string&, ZRDATETIMESTRUCT&), const std::basic_string<WCHAR>& units,
-                            ZRDATETIMESTRUCT& record) {
-  ZRSTR text = ZrCreateStringByteLen(units.data(), static_cast<uint32_t>(units.size() * sizeof(WCHAR)));
-  ZRDATETIMESTRUCT expected;
-  std::memset(&record, 0xA5, sizeof record);
-  const bool isRead = read(text, &record) != 0;
-  ZrDestroyString(text);
-  return isRead == model(ModelBytes(units), expected) && std::memcmp(&record, &expected, sizeof record) == 0;
+// Whether the library reads a text as its model does, be it date and time, time or a span. `result` is what it read.
+template <class Result>
+bool ReadsAsModelled(uint8_t (*read)(ZRSTR, Result*), bool (*model)(const std::string&, Result&), const Units& units,
+                     Result& result) {
+  Result expected;
+  std::memset(&result, 0xA5, sizeof result);
+  const uint8_t isRead = read(Owned(units), &result);  // exactly 1 or 0
+  return isRead == model(Narrowed(units), expected) && std::memcmp(&result, &expected, sizeof result) == 0;
 }

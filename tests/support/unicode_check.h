@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/units.h"
 #include "zrcore/zrcore.h"
 
 namespace model {
@@ -186,11 +187,10 @@ const char* CheckCreator(ZRRESULT (*create)(const T*, int32_t, ZRSTR*), const st
     given.push_back(isTerminated ? T{} : behind);
     const auto expected = expect(given, given.size() - 1);
     if (!isTerminated && !expected.readsBehind) given = std::vector<T>(text);
-    ZRSTR string = nullptr;
-    UNICODE_CLAIM(create(given.data(), isTerminated ? -1 : length, &string) == expected.result);
+    Owned string;
+    UNICODE_CLAIM(create(given.data(), isTerminated ? -1 : length, &string.string) == expected.result);
     UNICODE_CLAIM(model::String<WCHAR>(string, ZrStringLen(string) + 1) == expected.units + WCHAR{0});
     UNICODE_CLAIM((ZrStringRefCount(string) == 1) == (length != 0));  // else it is the shared empty string
-    ZrDestroyString(string);
   }
   return nullptr;
 }
@@ -227,7 +227,7 @@ const char* CheckWriter(ZRRESULT (*write)(ZRSTR, int32_t, T*, int32_t*), ZRSTR s
 
 // All writers, over the first `length` units or, if that is -1, the whole.
 inline const char* CheckWriters(const std::vector<WCHAR>& text, int32_t length, int32_t stray) {
-  ZRSTR string = ZrCreateStringByteLen(text.data(), static_cast<uint32_t>(text.size() * sizeof(WCHAR)));
+  const Owned string(Units(text.begin(), text.end()));
   std::vector<WCHAR> longer = text, range;
   longer.push_back(0);
   if (length >= 0) longer.resize(static_cast<size_t>(length) + 1);
@@ -247,7 +247,6 @@ inline const char* CheckWriters(const std::vector<WCHAR>& text, int32_t length, 
   UNICODE_CLAIM(size == 1 || ZrZRSTRtoUTF8(string, buffer.data(), size - 1) == 0);
   UNICODE_CLAIM(ZrZRSTRtoUTF8(string, buffer.data(), size) == size &&
                 wellFormed == std::string(buffer.data(), buffer.size()));
-  ZrDestroyString(string);
   return claim;
 }
 

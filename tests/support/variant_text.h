@@ -11,7 +11,6 @@
 #pragma once
 
 #include <cinttypes>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <sstream>
@@ -125,13 +124,6 @@ inline ZRVARIANT ByRef(uint16_t tag, void* address) {
 inline ZRVARIANT ByRef(ZRVARIANT& behind) {
   const bool isRecord = (behind.Type & ZR_VT_TYPEMASK) == ZR_VT_VARIANT && (behind.Type & ZR_VT_ARRAY) == 0;
   return ByRef(behind.Type, isRecord ? static_cast<void*>(&behind) : &behind.Value);
-}
-
-template <class... Arguments>
-std::string Format(const char* format, Arguments... arguments) {
-  char text[400];
-  std::snprintf(text, sizeof text, format, arguments...);
-  return text;
 }
 
 // The parts between bars.

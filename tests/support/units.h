@@ -1,0 +1,49 @@
+// Texts that look after themselves: in 16-bit code units, in bytes and as strings of the library. Literals of units,
+// from ASCII ones or others, are W("text"), W("some " "more"). Nothing here makes a claim: fuzz targets take it too.
+
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <utility>
+
+#include "zrcore/string.h"
+
+#if defined(_WIN32)
+#define WIDE_(text) L##text
+#else
+#define WIDE_(text) u##text
+#endif
+#define W(text) WIDE_(text)
+
+using Units = std::basic_string<WCHAR>;
+
+inline Units Widened(const std::string& ascii) { return Units(ascii.begin(), ascii.end()); }
+
+// For readers of bytes. What isn't ASCII ends every number, and so does the byte that stands for it here.
+inline std::string Narrowed(const Units& units) {
+  std::string bytes;
+  for (WCHAR unit : units) bytes += unit < 0x80 ? static_cast<char>(unit) : '\x7f';
+  return bytes;
+}
+
+template <class... Arguments>
+std::string Format(const char* format, Arguments... arguments) {
+  char text[400];
+  std::snprintf(text, sizeof text, format, arguments...);
+  return text;
+}
+
+// Gives up its string at the end of the statement or scope.
+struct Owned {
+  ZRSTR string = nullptr;
+  Owned() = default;
+  explicit Owned(ZRSTR taken) : string(taken) {}
+  Owned(const Units& units)
+      : string(ZrCreateStringByteLen(units.data(), static_cast<uint32_t>(units.size() * sizeof(WCHAR)))) {}
+  Owned(const Owned& other) : string(other.string ? ZrCopyString(other.string) : nullptr) {}
+  Owned(Owned&& other) noexcept : string(std::exchange(other.string, nullptr)) {}
+  Owned& operator=(Owned&& other) noexcept { return std::swap(string, other.string), *this; }
+  ~Owned() { ZrDestroyString(string); }
+  operator ZRSTR() const { return string; }
+};
