@@ -1,7 +1,10 @@
 // What stands below the seam on POSIX systems only: elsewhere the debugger's channel is no stream of the process.
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <unistd.h>
+
+#include <csignal>
 
 #include "platform/debug_output.h"
 #include "tests/support/system.h"
@@ -18,9 +21,16 @@ TEST(PosixSeam, DebugOutputSurvivesAReaderThatWentAway) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
   close(ends[0]);
+  (void)std::signal(SIGPIPE, SIG_DFL);  // whoever runs the tests may ignore it
+  sigset_t held;
+  sigemptyset(&held);
+  sigaddset(&held, SIGUSR1);
+  pthread_sigmask(SIG_SETMASK, &held, nullptr);
   (void)DebugOutputOf([&] {  // which puts the stream back
     dup2(ends[1], STDERR_FILENO);
     close(ends[1]);
     PlatformDebugOutput(W("nobody reads this"));
   });
+  pthread_sigmask(SIG_BLOCK, nullptr, &held);
+  for (int each = 1; each < SIGRTMIN; ++each) EXPECT_EQ(sigismember(&held, each), each == SIGUSR1) << each;
 }
