@@ -1,0 +1,27 @@
+# The target docs: the headers' comments and the front pages as HTML, in the build folder's html/. Needs Doxygen.
+
+find_package(Doxygen 1.9 QUIET)
+if(NOT DOXYGEN_FOUND)
+  return()
+endif()
+
+set(DOXYGEN_FILTER_PATTERNS
+  "\"*.h=awk -f ${CMAKE_CURRENT_LIST_DIR}/documentation_filter.awk\"")
+set(DOXYGEN_USE_MDFILE_AS_MAINPAGE README.md)
+set(DOXYGEN_STRIP_FROM_PATH "${PROJECT_SOURCE_DIR}/include" "${PROJECT_SOURCE_DIR}")
+set(DOXYGEN_PREDEFINED __cplusplus ZR_API= ZR_MODULE_API= ZR_NOEXCEPT=)   # as C++ reads the headers
+set(DOXYGEN_MACRO_EXPANSION YES)
+set(DOXYGEN_EXPAND_ONLY_PREDEF YES)
+set(DOXYGEN_EXCLUDE_SYMBOLS "ZRCORE_*_H" ZR_EXTERN_C ZR_STATIC_ASSERT ZR_VISIBLE_TYPE)
+set(DOXYGEN_OPTIMIZE_OUTPUT_FOR_C YES)
+set(DOXYGEN_JAVADOC_AUTOBRIEF YES)
+set(DOXYGEN_EXTRACT_ALL YES)
+set(DOXYGEN_SORT_MEMBER_DOCS NO)
+set(DOXYGEN_GENERATE_TREEVIEW YES)
+set(DOXYGEN_VERBATIM_HEADERS NO)
+set(DOXYGEN_HAVE_DOT NO)
+set(DOXYGEN_QUIET YES)
+set(DOXYGEN_WARN_IF_INCOMPLETE_DOC NO)   # a parameter whose name says all isn't repeated
+set(DOXYGEN_WARN_AS_ERROR FAIL_ON_WARNINGS)
+doxygen_add_docs(docs include/zrcore README.md ARCHITECTURE.md WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}"
+  COMMENT "Writing the reference to ${CMAKE_CURRENT_BINARY_DIR}/html")
