@@ -153,7 +153,8 @@ ZR_API uint8_t ZrTimeStringToDateTimeStruct(ZRSTR text, ZRDATETIMESTRUCT* record
 ZR_API ZRSTR ZrDateTimeStructToDateString(const ZRDATETIMESTRUCT* record) ZR_NOEXCEPT;
 
 /// ZrDateTimeStructToDateTimeString writes such as "2012-03-04 05:06:07.1234567". With the fraction, what
-/// ZrDateTimeToStruct tells of a value up to the year 9999 reads back to the same record but for `microsecond`.
+/// ZrDateTimeToStruct tells of a value from 0 to the end of the year 9999 reads back to the same record but for
+/// `microsecond`.
 ///
 /// @param withFraction  non-zero for the seven digits of `fraction`, 0 for three of `millisecond`.
 ZR_API ZRSTR ZrDateTimeStructToDateTimeString(const ZRDATETIMESTRUCT* record, uint8_t withFraction) ZR_NOEXCEPT;
