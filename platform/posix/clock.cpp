@@ -10,20 +10,13 @@ static_assert(sizeof(std::time_t) == sizeof(int64_t), "moments reach the year 30
 
 // The C library reads the zone for localtime_r when it pleases, for mktime each time. So it is told to, but where the
 // environment names no zone once a second: then it has to ask the file system.
-static void ReadZone() noexcept {
+static void ReadZone(std::time_t now) noexcept {
   constexpr std::time_t kNever = -1;
   static std::atomic<std::time_t> lastRead{kNever};
-  std::timespec now{};
-  (void)clock_gettime(CLOCK_REALTIME, &now);
-  const std::time_t wanted = std::getenv("TZ") == nullptr ? now.tv_sec : kNever;
+  const std::time_t wanted = std::getenv("TZ") == nullptr ? now : kNever;
   if (wanted != kNever && wanted == lastRead.load(std::memory_order_relaxed)) return;
   tzset();
   lastRead.store(wanted, std::memory_order_relaxed);
-}
-
-static std::tm* LocalTime(const std::time_t* moment, std::tm* time) noexcept {
-  ReadZone();
-  return localtime_r(moment, time);
 }
 
 template <class BreakDown>
@@ -38,11 +31,18 @@ static CClockFields Now(BreakDown breakDown) noexcept {
 
 CClockFields PlatformUniversalNow() noexcept { return Now(gmtime_r); }
 
-CClockFields PlatformLocalNow() noexcept { return Now(LocalTime); }
+CClockFields PlatformLocalNow() noexcept {
+  return Now([](const std::time_t* now, std::tm* time) noexcept {
+    ReadZone(*now);
+    return localtime_r(now, time);
+  });
+}
 
 bool PlatformLocalTime(int64_t moment, CClockFields& fields) noexcept {
+  if (!IsKnown(moment)) return false;
+  ReadZone(std::time(nullptr));
   std::tm time{};
-  if (!IsKnown(moment) || LocalTime(&moment, &time) == nullptr) return false;
+  if (localtime_r(&moment, &time) == nullptr) return false;
   fields = FieldsOf(time);
   return true;
 }
