@@ -12,16 +12,4 @@ inline CClockFields FieldsOf(const std::tm& time) noexcept {
   return {time.tm_year + 1900, time.tm_mon + 1, time.tm_mday, time.tm_hour, time.tm_min, std::min(time.tm_sec, 59)};
 }
 
-// Of daylight saving nothing is said.
-inline std::tm BrokenDown(const CClockFields& fields) noexcept {
-  std::tm time{};
-  time.tm_year = fields.year - 1900;
-  time.tm_mon = fields.month - 1;
-  time.tm_mday = fields.day;
-  time.tm_hour = fields.hour;
-  time.tm_min = fields.minute;
-  time.tm_sec = fields.second;
-  return time;
-}
-
 inline bool IsKnown(int64_t moment) noexcept { return moment >= kFirstMoment && moment <= kLastMoment; }

@@ -26,7 +26,11 @@ inline constexpr int64_t kLastMoment = 32535215999;  // 3000-12-31 23:59:59
 // Fills `fields` with the local time of a moment. False, with `fields` unchanged, outside the moments above.
 [[nodiscard]] bool PlatformLocalTime(int64_t moment, CClockFields& fields) noexcept;
 
-// Fills `moment` with that of a local time, whose milliseconds don't count. Of the two readings of an hour that
-// daylight saving repeats it takes the standard one; an hour that daylight saving skips is read as daylight time.
-// False, with `moment` unchanged, outside the moments above.
+// Fills `moment` with that of a local time, whose milliseconds are ignored. The result depends on the zone and the local
+// time alone, never on earlier calls:
+//   - A local time that the zone skips is read with the offset that holds after the gap.
+//   - A local time that the zone repeats is read in standard time. If both readings are standard time, or both daylight
+//     time, the later one counts.
+// (On Windows the C runtime knows one daylight rule per zone and reads by that.)
+// Returns false, with `moment` unchanged, if the moment is not one of those above.
 [[nodiscard]] bool PlatformMomentOf(const CClockFields& local, int64_t& moment) noexcept;

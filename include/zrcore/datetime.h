@@ -89,7 +89,14 @@ ZR_API ZRRESULT ZrDateTimeFromTimeT(int64_t timeT, ZRDATETIME* value) ZR_NOEXCEP
 /// ZrDateTimeToTimeT gives the moment of a local time. Some values raise a CZrException instead of answering a code; a
 /// caller in C, which can't catch it, keeps to years below 1900 and those from 1971 to 2999.
 ///
-/// An hour that daylight saving repeats is taken for its standard time; one that it skips, for daylight time.
+/// Every local time has a moment, and equal calls return equal moments while the time zone stays the same:
+///   - A local time that the zone skips, by daylight saving or otherwise, is read with the offset from universal time
+///     that holds after the gap. An example is 02:30 in New York on 2012-03-11, when clocks went from 02:00 EST to
+///     03:00 EDT. It is read as 02:30 EDT, the moment 06:30 UTC.
+///   - A local time that the zone repeats is read in standard time. If both readings are in standard time, or both in
+///     daylight time, the later one counts. What is daylight time is what the zone's own rules call so: Dublin calls
+///     summer its standard time.
+/// On Windows the C runtime's `_mktime64` decides. It knows the zone's present daylight rule and no other change.
 ///
 /// @param timeT  receives the seconds since 1970; 0 for a year below 1900.
 /// @return ZR_R_OK; ZR_R_FAILED, with `*timeT` unchanged, for a value below 0; ZR_R_INVALID_ARGUMENTS, after all of the

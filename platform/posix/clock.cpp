@@ -1,6 +1,7 @@
 #include "platform/clock.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <ctime>
 
@@ -8,8 +9,8 @@
 
 static_assert(sizeof(std::time_t) == sizeof(int64_t), "moments reach the year 3000");
 
-// The C library reads the zone for localtime_r when it pleases, for mktime each time. So it is told to, but where the
-// environment names no zone once a second: then it has to ask the file system.
+// localtime_r need not notice that the zone has changed, so tzset reads it again: each time if the environment names the
+// zone, and otherwise once a second, because the C library then has to ask the file system.
 static void ReadZone(std::time_t now) noexcept {
   constexpr std::time_t kNever = -1;
   static std::atomic<std::time_t> lastRead{kNever};
@@ -47,19 +48,50 @@ bool PlatformLocalTime(int64_t moment, CClockFields& fields) noexcept {
   return true;
 }
 
+// ---- From local time to a moment -------------------------------------------------------------------------------------
+//
+// mktime can't be used: it refuses local times that some zones skip, and where a zone repeats a local time its choice can
+// depend on the call before. So the moment is found from the offsets of the zone, which localtime_r gives for any moment.
+
+// The seconds from 1970-01-01 00:00:00 to these fields, as if they were universal time.
+static int64_t SecondsOf(const CClockFields& fields) noexcept {
+  using namespace std::chrono;
+  const sys_days date = year(fields.year) / month(static_cast<unsigned>(fields.month)) /
+                        day(static_cast<unsigned>(fields.day));
+  return date.time_since_epoch().count() * int64_t{86400} + fields.hour * 3600 + fields.minute * 60 + fields.second;
+}
+
+// What the zone adds to universal time at a moment. In a zone that counts leap seconds those are part of it.
+struct COffset {
+  int64_t seconds = 0;
+  bool isDaylight = false;
+  bool isKnown = false;
+};
+
+static COffset OffsetAt(std::time_t moment) noexcept {
+  std::tm time{};
+  if (localtime_r(&moment, &time) == nullptr) return {};
+  return {SecondsOf(FieldsOf(time)) - moment, time.tm_isdst > 0, true};
+}
+
 bool PlatformMomentOf(const CClockFields& local, int64_t& moment) noexcept {
-  const std::tm wanted = BrokenDown(local);
-  // Left to choose (tm_isdst -1), the C library answers a repeated or a skipped hour by what it was asked before. So
-  // the standard reading is asked for, and the daylight one if that is what holds there.
-  std::tm time = wanted;
-  time.tm_isdst = 0;
-  std::time_t found = std::mktime(&time);
-  if (time.tm_isdst > 0) {
-    time = wanted;
-    time.tm_isdst = 1;
-    found = std::mktime(&time);
+  // Further than any zone is off universal time, nearer than two changes of one zone are to each other.
+  constexpr int64_t kReach = 26 * 3600;
+  ReadZone(std::time(nullptr));
+  const int64_t wanted = SecondsOf(local);
+  const COffset before = OffsetAt(wanted - kReach), after = OffsetAt(wanted + kReach);
+  if (!before.isKnown || !after.isKnown) return false;
+  int64_t found = wanted - after.seconds;
+  if (before.seconds != after.seconds) {
+    // The zone changes its offset nearby. The reading by an offset holds if the zone has that offset at the moment that
+    // the reading gives. None holds for a local time that the zone skips, and both for one that it repeats.
+    const int64_t earlier = wanted - before.seconds;
+    const COffset atEarlier = OffsetAt(earlier), atLater = OffsetAt(found);
+    const bool isEarlier = atEarlier.seconds == before.seconds, isLater = atLater.seconds == after.seconds;
+    const bool isEarlierStandard = !atEarlier.isDaylight && atLater.isDaylight;
+    if (isEarlier && (!isLater || isEarlierStandard)) found = earlier;
   }
-  if (!IsKnown(found)) return false;  // -1, the failure, among them
+  if (!IsKnown(found)) return false;
   moment = found;
   return true;
 }

@@ -30,9 +30,21 @@ bool PlatformLocalTime(int64_t moment, CClockFields& fields) noexcept {
   return true;
 }
 
+// The runtime decides whether daylight saving applies.
+static std::tm BrokenDown(const CClockFields& fields) noexcept {
+  std::tm time{};
+  time.tm_year = fields.year - 1900;
+  time.tm_mon = fields.month - 1;
+  time.tm_mday = fields.day;
+  time.tm_hour = fields.hour;
+  time.tm_min = fields.minute;
+  time.tm_sec = fields.second;
+  time.tm_isdst = -1;
+  return time;
+}
+
 bool PlatformMomentOf(const CClockFields& local, int64_t& moment) noexcept {
   std::tm time = BrokenDown(local);
-  time.tm_isdst = -1;
   const int64_t found = _mktime64(&time);
   if (!IsKnown(found)) return false;  // -1, the failure, among them
   moment = found;
