@@ -5,7 +5,8 @@
 //                             '-------------------> ZrBlobBlock        shared until somebody changes it
 //
 // The handle's block is a copy of the element's, so that the question whether bytes are shared costs one step less.
-// Both are rewritten together. Handles that the manager made have an element, and elements a block.
+// Both are rewritten together. Handles that the manager made have an element, and elements have a block. A block counts
+// as missing if either pointer is null.
 
 #pragma once
 
@@ -37,11 +38,6 @@ class CZrBlobElement final {
 
   ZrBlobBlock* Block() const noexcept { return block_; }
 
-  // The block for a change: null if there is none or, which only a race can bring about, others hold it too.
-  ZrBlobBlock* ExclusiveBlock() const noexcept {
-    return block_ != nullptr && block_->RefCount() == 1 ? block_ : nullptr;
-  }
-
  private:
   ZrBlobBlock* block_ = nullptr;
 };
@@ -51,6 +47,15 @@ static_assert(sizeof(CZrBlobElement) == 16);
 struct tagZRBLOB {
   tagZRBLOB() noexcept = default;
   explicit tagZRBLOB(CZrBlobElement* owned) noexcept : block(owned->Block()), element(owned) {}
+
+  // For a handle with an element. Null if the block is missing.
+  ZrBlobBlock* Block() const noexcept { return block != nullptr ? element->Block() : nullptr; }
+
+  // The block for a change. Null if it is missing or if others hold it too, which only a race can bring about.
+  ZrBlobBlock* ExclusiveBlock() const noexcept {
+    ZrBlobBlock* found = Block();
+    return found != nullptr && found->RefCount() == 1 ? found : nullptr;
+  }
 
   ZrBlobBlock* block = nullptr;
   CZrBlobElement* element = nullptr;

@@ -24,7 +24,7 @@ template <class Change>
 ZRRESULT CZrBlobMgr::ChangeBlock(ZRBLOB blob, Change&& change) {
   EnsureExclusive(blob);
   if (blob->element == nullptr) return ZR_R_FAILED;
-  ZrBlobBlock* block = blob->element->ExclusiveBlock();
+  ZrBlobBlock* block = blob->ExclusiveBlock();
   if (block == nullptr) return ZR_R_INVALID_OBJECT_STATE;
   return change(*block);
 }
@@ -61,7 +61,7 @@ ZRRESULT CZrBlobMgr::DestroyBlob(ZRBLOB blob) noexcept {
 ZRRESULT CZrBlobMgr::ReadBlobPos(ZRBLOB blob, void* buffer, uint32_t offset, uint32_t count) noexcept {
   if (blob == nullptr || buffer == nullptr || count == 0) return ZR_R_INVALID_ARGUMENTS;
   if (blob->element == nullptr) return ZR_R_FAILED;
-  const ZrBlobBlock* block = blob->element->Block();
+  const ZrBlobBlock* block = blob->Block();
   if (block == nullptr) return ZR_R_INVALID_OBJECT_STATE;
   return block->ReadAt(offset, buffer, count);
 }
@@ -74,7 +74,7 @@ ZRRESULT CZrBlobMgr::ReadBlob(ZRBLOB blob, void* buffer, uint32_t count) {
 ZRRESULT CZrBlobMgr::BlobPosition(ZRBLOB blob, uint32_t* position) noexcept {
   if (blob == nullptr || position == nullptr) return ZR_R_INVALID_ARGUMENTS;
   if (blob->element == nullptr) return ZR_R_FAILED;
-  const ZrBlobBlock* block = blob->element->Block();
+  const ZrBlobBlock* block = blob->Block();
   if (block == nullptr) return ZR_R_INVALID_OBJECT_STATE;
   *position = block->position;
   return ZR_R_OK;
@@ -84,22 +84,22 @@ ZRRESULT CZrBlobMgr::BlobPosition(ZRBLOB blob, uint32_t* position) noexcept {
 ZRRESULT CZrBlobMgr::CompareBlob(ZRBLOB left, ZRBLOB right, uint8_t* equal) noexcept {
   if (left == nullptr || right == nullptr || equal == nullptr) return ZR_R_INVALID_ARGUMENTS;
   if (left->element == nullptr || right->element == nullptr) return ZR_R_FAILED;
-  const ZrBlobBlock* leftBlock = left->element->Block();
-  const ZrBlobBlock* rightBlock = right->element->Block();
+  const ZrBlobBlock* leftBlock = left->Block();
+  const ZrBlobBlock* rightBlock = right->Block();
   *equal = leftBlock == nullptr || rightBlock == nullptr || leftBlock->HasSameContent(*rightBlock) ? 1 : 0;
   return ZR_R_OK;
 }
 
 ZRRESULT CZrBlobMgr::BlobByteLen(ZRBLOB blob, uint32_t* length) noexcept {
   if (blob == nullptr || length == nullptr || blob->element == nullptr) return ZR_R_INVALID_ARGUMENTS;
-  const ZrBlobBlock* block = blob->element->Block();
+  const ZrBlobBlock* block = blob->Block();
   *length = block != nullptr ? block->length : 0;
   return ZR_R_OK;
 }
 
 ZRRESULT CZrBlobMgr::BlobGetAt(ZRBLOB blob, uint32_t index, uint8_t* byte) noexcept {
   if (blob == nullptr || byte == nullptr || blob->element == nullptr) return ZR_R_INVALID_ARGUMENTS;
-  const ZrBlobBlock* block = blob->element->Block();
+  const ZrBlobBlock* block = blob->Block();
   *byte = block != nullptr ? block->ByteAt(index) : uint8_t{0};
   return ZR_R_OK;
 }
@@ -125,9 +125,9 @@ ZRRESULT CZrBlobMgr::AppendBlob(ZRBLOB blob, ZRBLOB other) {
   if (blob == nullptr || other == nullptr) return ZR_R_INVALID_ARGUMENTS;
   EnsureExclusive(blob);
   if (blob->element == nullptr || other->element == nullptr) return ZR_R_FAILED;
-  ZrBlobBlock* block = blob->element->ExclusiveBlock();
+  ZrBlobBlock* block = blob->ExclusiveBlock();
   if (block == nullptr) return ZR_R_INVALID_OBJECT_STATE;
-  const ZrBlobBlock* otherBlock = other->element->Block();
+  const ZrBlobBlock* otherBlock = other->Block();
   if (otherBlock == nullptr) return ZR_R_INVALID_ARGUMENTS;
   block->Append(*otherBlock);
   return ZR_R_OK;

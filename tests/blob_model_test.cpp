@@ -31,6 +31,28 @@ TEST(Blob, TellsOfMissingInsides) {
   EXPECT_EQ(ZrAppendBlob(whole.Get(), blob), ZR_R_INVALID_ARGUMENTS);
 }
 
+TEST(Blob, HasLostItsBlockIfHandleOrElementHasNone) {
+  for (const bool isInElement : {true, false}) {
+    SCOPED_TRACE(isInElement ? "the element has no block" : "the handle has no block");
+    const CBlobHolder whole = CBlobHolder::Adopt(ZrCreateBlob(4, "abcd")),
+                      odd = CBlobHolder::Adopt(HeapNew<tagZRBLOB>());
+    ZRBLOB blob = odd.Get();
+    blob->element = isInElement ? new CZrBlobElement() : new CZrBlobElement(4, "wxyz");
+    if (isInElement) blob->block = whole.Get()->block;
+    uint8_t byte = 9, equal = 9;
+    uint32_t number = 9;
+    ExpectEach(ZR_R_INVALID_OBJECT_STATE,
+               {ZrReadBlobPos(blob, &byte, 0, 1), ZrReadBlob(blob, &byte, 1), ZrWriteBlob(blob, "x", 1),
+                ZrBlobPosition(blob, &number), ZrSeekBlob(blob, 0, 0, 0), ZrInsertBlob(blob, 0, "x", 1),
+                ZrAppendBlob(blob, whole.Get()), ZrAppendBlobData(blob, "x", 1), ZrRemoveBlob(blob, 0, 1)});
+    EXPECT_EQ(ZrAppendBlob(whole.Get(), blob), ZR_R_INVALID_ARGUMENTS);
+    EXPECT_TRUE(byte == 9 && number == 9) << "untouched by a failure";
+    ExpectEach(ZR_R_OK,
+               {ZrCompareBlob(whole.Get(), blob, &equal), ZrBlobByteLen(blob, &number), ZrBlobGetAt(blob, 0, &byte)});
+    EXPECT_TRUE(equal == 1 && number == 0 && byte == 0) << "equal to any, and without bytes";
+  }
+}
+
 TEST(BlobModel, ContentNeverOutgrows32Bits) {
   const CBlobHolder holder = CBlobHolder::Adopt(ZrCreateBlob(16, nullptr));
   ZRBLOB blob = holder.Get();
