@@ -36,8 +36,10 @@ CZrSafeArrayElement::CZrSafeArrayElement(const CZrSafeArrayElement& source) noex
   const ZrSafeArrayDescriptor* from = source.descriptor_;
   if (from == nullptr || source.bounds_ == nullptr) return;
   MakeDescriptor(from->vartype, from->dimensions, from->elementCount, source.bounds_);
-  if (source.accessor_ == nullptr) return;
-  accessor_ = CreateAccessorForTag(*source.accessor_->AccessorType());  // which knows the elements; the tag may not
+  // The storage was made by the source's accessor, whatever the tag says. Without storage the tag decides.
+  const bool hasStorage = from->data != nullptr && source.accessor_ != nullptr;
+  accessor_ = CreateAccessorForTag(hasStorage ? *source.accessor_->AccessorType() : from->vartype);
+  if (accessor_ == nullptr) return;
   (void)accessor_->CopyData(from->dimensions, bounds_, from->data, &descriptor_->data);
 }
 

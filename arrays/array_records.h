@@ -9,8 +9,9 @@
 //   1. The element owns all of it: descriptor, bounds, storage and accessor go with it. Element and descriptor point at
 //      the same bounds.
 //   2. Without dimensions there are no bounds. Without an accessor, bounds or elements there is no storage.
-//   3. The accessor's tag decides what the storage holds, for copies and comparisons too. The descriptor's is the same,
-//      but for an array whose type was changed while it had no elements: it may have got some since.
+//   3. The accessor's tag decides what the storage holds, for copies and comparisons too. The descriptor's tag is the
+//      same, except in an array whose type was changed while it had no elements. Such an array may have got elements
+//      since. A copy of an array without storage follows the descriptor's tag.
 
 #pragma once
 

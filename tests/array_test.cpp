@@ -58,6 +58,27 @@ TEST(Array, OfNoTypeHasNoElements) {
   }
 }
 
+// An array without elements keeps its tag when its type is changed. Its copy follows the tag, one of elements follows
+// them.
+TEST(Array, CopiesFollowTheElementsOrTheTag) {
+  const ZrSafeArrayBound one = {1, 0};
+  for (const uint16_t tag : std::initializer_list<uint16_t>{14, ZR_VT_I8}) {
+    const Array changed = MakeArray(tag, {{0, 0}});
+    EXPECT_EQ(ZrSafeArrayChangeType(changed.get(), 0, ZR_VT_I2), ZR_R_FAILED);
+    const Array empty = CopyOf(changed.get());
+    const ZRRESULT redimmed = ZrSafeArrayRedim(empty.get(), 1, &one);
+    uint32_t count = 0;
+    uint64_t bytes = 0;
+    EXPECT_EQ(redimmed, tag == 14 ? ZR_R_FAILED : ZR_R_OK) << tag;
+    EXPECT_EQ(ZrSafeArrayGetElementCount(empty.get(), &count, &bytes), ZR_R_OK);
+    EXPECT_EQ(bytes, tag == 14 ? 0u : 8u) << tag;
+
+    EXPECT_EQ(ZrSafeArrayRedim(changed.get(), 1, &one), ZR_R_OK);
+    EXPECT_EQ(ZrSafeArrayGetElementCount(CopyOf(changed.get()).get(), &count, &bytes), ZR_R_OK);
+    EXPECT_EQ(bytes, 2u) << tag;
+  }
+}
+
 TEST(Array, WithoutDimensionsHasNoElements) {
   const ZrSafeArrayBound bound = {2, 0}, *bounds = nullptr;
   const Array array(ZrSafeArrayCreate(ZR_VT_I4, 0, &bound)), other = MakeArray(ZR_VT_I4, {bound});
