@@ -30,8 +30,9 @@ class CGlobalData {
   virtual ~CGlobalData();
 
   ZRRESULT Initialize() {
-    CLockGuard hold(lifecycleLock_);
+    const CLockGuard hold(lifecycleLock_);
     ++initializations_;
+    PublishOpen();
     return ZR_R_OK;
   }
 
@@ -47,14 +48,17 @@ class CGlobalData {
     }
     const CLockGuard holdRegistry(registry_.ManagementLock());
     const CLockGuard hold(lifecycleLock_);
-    if (initializations_ != 0 && --initializations_ == 0) registry_.Shutdown();
+    if (initializations_ == 0 || --initializations_ != 0) return ZR_R_OK;
+    const CShutdownMark mark(*this);
+    registry_.Shutdown();
     return ZR_R_OK;
   }
 
-  // A count above 0 is what a look under the lifecycle lock would have found at this moment. A count of 0 may be that
-  // of a last ZrUninitialize at work, which holds the lock: the look there waits until it is through.
+  // Equal to a look at the count under the lifecycle lock. The mark saves the lock while the library is open. While a
+  // last ZrUninitialize runs, the mark is off even if a module that it stops calls ZrInitialize: other threads then
+  // wait for the end of the shutdown and are judged by the count that it leaves.
   bool IsInitialized() {
-    if (initializations_ > 0) return true;
+    if (isOpen_.load()) return true;
     const CLockGuard hold(lifecycleLock_);
     return initializations_ > 0;
   }
@@ -62,9 +66,32 @@ class CGlobalData {
   CComponentManagement& Registry() noexcept { return registry_; }
 
  private:
-  CRecursiveLock lifecycleLock_;              // whoever holds it alone waits for no other lock
-  std::atomic<uint32_t> initializations_{0};  // written under lifecycleLock_
+  // A shutdown of the registry, for as long as it lasts, under the lifecycle lock. Shutdowns nest: a module that is
+  // stopped may initialise and uninitialise the library once more.
+  class CShutdownMark {
+   public:
+    explicit CShutdownMark(CGlobalData& state) ZR_UNCHECKED : state_(state) {
+      ++state_.shutdowns_;
+      state_.PublishOpen();
+    }
+    CShutdownMark(const CShutdownMark&) = delete;
+    CShutdownMark& operator=(const CShutdownMark&) = delete;
+    ~CShutdownMark() ZR_UNCHECKED {
+      --state_.shutdowns_;
+      state_.PublishOpen();
+    }
+
+   private:
+    CGlobalData& state_;
+  };
+
+  void PublishOpen() ZR_REQUIRES(lifecycleLock_) { isOpen_.store(initializations_ > 0 && shutdowns_ == 0); }
+
+  CRecursiveLock lifecycleLock_;  // whoever holds it alone waits for no other lock
+  uint32_t initializations_ ZR_GUARDED_BY(lifecycleLock_) = 0;
   CComponentManagement registry_;
+  uint32_t shutdowns_ ZR_GUARDED_BY(lifecycleLock_) = 0;  // that are running
+  std::atomic<bool> isOpen_{false};                       // written under lifecycleLock_
 };
 
 // Tells a host that ended without its last ZrUninitialize. The texts have no line end: they are read as they stand.

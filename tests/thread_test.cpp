@@ -156,6 +156,34 @@ TEST(Threads, DiscoveriesCallBackDuringTheLastUninitialize) {
   EXPECT_EQ(discovery.references, 0u);
 }
 
+// A module that is stopped by the last ZrUninitialize opens the library for a moment. Other threads must not get in.
+TEST(Threads, NobodyGetsInWhileTheLibraryShutsDown) {
+  static std::atomic<int> turn = 0;  // 1 while the library is open within its shutdown, 2 when the other thread calls
+  const ZrModuleEntryPoints points = {MakeObject, nullptr, [] {
+                                        ZrInitialize();
+                                        turn = 1;
+                                        while (turn != 2) std::this_thread::yield();
+                                        for (int more = 0; more < 1000; ++more) std::this_thread::yield();
+                                        ZrUninitialize();
+                                      }};
+  FakeDiscovery discovery({{1, {}, points}}), late;
+  for (int round = 0; round < 20; ++round) {
+    turn = 0;
+    uint32_t cookie = 7;
+    std::thread other([&] {
+      while (turn != 1) std::this_thread::yield();
+      turn = 2;
+      EXPECT_EQ(ZrAddComponentDiscovery(&late, &cookie), ZR_R_NO_INIT);
+    });
+    {
+      const Session session(discovery);
+      EXPECT_EQ(CreateObject(1), ZR_R_OK);
+    }
+    other.join();
+    EXPECT_EQ(cookie + late.references, 0u);
+  }
+}
+
 TEST(Threads, BuildTheErrorRegistryOnceAndRegisterOnce) {
   std::atomic<int> registered = 0;
   Race(1, [&](int) {
