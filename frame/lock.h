@@ -5,6 +5,8 @@
 //   2. So a thread that reads its own id there holds the lock, and one that doesn't reads anything else. Re-entry needs
 //      no atomic instruction but a load.
 //   3. depth_ belongs to the owner.
+//   4. A thread leaves the lock before it ends. Its identifier may be given to a later thread, which would read it
+//   there.
 
 #pragma once
 

@@ -5,8 +5,13 @@
 // leaves once for each entry. The lock excludes threads of one process.
 //
 // A null address (or null `acquired`) gives ZR_R_INVALID_ARGUMENTS, a variable that holds null
-// ZR_R_INVALID_OBJECT_STATE; both leave everything as it was. Leaving a lock that the thread doesn't hold, and deleting
-// one that somebody holds or waits for, are errors of the caller that nobody detects.
+// ZR_R_INVALID_OBJECT_STATE; both leave everything as it was.
+//
+// These are errors of the caller that nothing detects. Each is undefined behaviour:
+//   - leaving a lock that the calling thread does not hold;
+//   - deleting a lock that a thread holds or waits for;
+//   - ending a thread that still holds a lock. No other thread can leave that lock, so the threads that wait for it
+//     deadlock. A later thread to which the system gives the same identifier enters the lock as its owner.
 //
 // Works before ZrInitialize. Any thread, any time; but ZrDeleteCriticalSection must be the only call on its variable.
 
