@@ -26,8 +26,8 @@ inline constexpr int64_t kLastMoment = 32535215999;  // 3000-12-31 23:59:59
 // Fills `fields` with the local time of a moment. False, with `fields` unchanged, outside the moments above.
 [[nodiscard]] bool PlatformLocalTime(int64_t moment, CClockFields& fields) noexcept;
 
-// Fills `moment` with that of a local time, whose milliseconds are ignored. The result depends on the zone and the local
-// time alone, never on earlier calls:
+// Fills `moment` with that of a local time, whose milliseconds are ignored. The result depends on the zone and the
+// local time alone, never on earlier calls:
 //   - A local time that the zone skips is read with the offset that holds after the gap.
 //   - A local time that the zone repeats is read in standard time. If both readings are standard time, or both daylight
 //     time, the later one counts.

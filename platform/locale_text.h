@@ -27,7 +27,7 @@ struct CDecimalPoint {
 };
 [[nodiscard]] CDecimalPoint PlatformDecimalPoint() noexcept;
 
-// Writes a zero-terminated text and its terminator as UTF-8; U+FFFD stands for each lone surrogate. Answers the bytes
-// written; the bytes needed if `size` is 0; 0 if `size` is negative, there is no buffer or it is the text itself, it is
-// too small, or the answer doesn't fit.
+// Writes a zero-terminated text and its terminator as UTF-8; U+FFFD stands for each lone surrogate. Returns the number
+// of bytes written. If `size` is 0, returns the number of bytes needed, and `buffer` is ignored. Otherwise returns 0 if
+// `size` is negative, `buffer` is null or the text itself, the buffer is too small, or the number doesn't fit 31 bits.
 [[nodiscard]] int32_t PlatformTextToUtf8(const WCHAR* text, char* buffer, int32_t size) noexcept;

@@ -34,5 +34,6 @@ TEST(Seam, WithoutALocaleOnlyAsciiLettersHaveCase) {
 TEST(Seam, TextIntoItselfIsNoUtf8) {
   WCHAR text[] = {'a', 'b', 0};
   EXPECT_EQ(PlatformTextToUtf8(text, reinterpret_cast<char*>(text), sizeof text), 0);
+  EXPECT_EQ(PlatformTextToUtf8(text, reinterpret_cast<char*>(text), 0), 3) << "a query ignores the buffer";
   EXPECT_EQ(text[1], 'b');
 }

@@ -9,8 +9,8 @@
 
 static_assert(sizeof(std::time_t) == sizeof(int64_t), "moments reach the year 3000");
 
-// localtime_r need not notice that the zone has changed, so tzset reads it again: each time if the environment names the
-// zone, and otherwise once a second, because the C library then has to ask the file system.
+// localtime_r need not notice that the zone has changed, so tzset reads it again: each time if the environment names
+// the zone, and otherwise once a second, because the C library then has to ask the file system.
 static void ReadZone(std::time_t now) noexcept {
   constexpr std::time_t kNever = -1;
   static std::atomic<std::time_t> lastRead{kNever};
@@ -48,16 +48,18 @@ bool PlatformLocalTime(int64_t moment, CClockFields& fields) noexcept {
   return true;
 }
 
-// ---- From local time to a moment -------------------------------------------------------------------------------------
+// ---- From local time to a moment
+// -------------------------------------------------------------------------------------
 //
-// mktime can't be used: it refuses local times that some zones skip, and where a zone repeats a local time its choice can
-// depend on the call before. So the moment is found from the offsets of the zone, which localtime_r gives for any moment.
+// mktime can't be used: it refuses local times that some zones skip, and where a zone repeats a local time its choice
+// can depend on the call before. So the moment is found from the offsets of the zone, which localtime_r gives for any
+// moment.
 
 // The seconds from 1970-01-01 00:00:00 to these fields, as if they were universal time.
 static int64_t SecondsOf(const CClockFields& fields) noexcept {
   using namespace std::chrono;
-  const sys_days date = year(fields.year) / month(static_cast<unsigned>(fields.month)) /
-                        day(static_cast<unsigned>(fields.day));
+  const sys_days date =
+      year(fields.year) / month(static_cast<unsigned>(fields.month)) / day(static_cast<unsigned>(fields.day));
   return date.time_since_epoch().count() * int64_t{86400} + fields.hour * 3600 + fields.minute * 60 + fields.second;
 }
 

@@ -43,6 +43,8 @@ CDecimalPoint PlatformDecimalPoint() noexcept {
 }
 
 int32_t PlatformTextToUtf8(const WCHAR* text, char* buffer, int32_t size) noexcept {
-  if (static_cast<const void*>(buffer) == text) return 0;  // as the service does, but not each that stands in for it
+  if (size == 0) return WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);  // any buffer will do
+  if (static_cast<const void*>(buffer) == text)
+    return 0;  // the service refuses this too, but not every emulation of it
   return WideCharToMultiByte(CP_UTF8, 0, text, -1, buffer, size, nullptr, nullptr);
 }
