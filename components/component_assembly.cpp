@@ -132,58 +132,75 @@ ZRRESULT CComponentAssembly::Start() {
 
 // ---- Ending --------------------------------------------------------------------------------------------------------
 
+// Keeps the module of the call mapped: what is detached meanwhile is released when the call has returned.
+class CComponentAssembly::CExitCall {
+ public:
+  explicit CExitCall(CComponentAssembly& assembly) : assembly_(assembly) {
+    const CLockGuard hold(assembly_.stateMutex_);
+    exit_ = assembly_.entryPoints_.exit;
+    module_ = assembly_.module_;
+    outer_ = std::exchange(assembly_.innermostExit_, this);
+  }
+  CExitCall(const CExitCall&) = delete;
+  CExitCall& operator=(const CExitCall&) = delete;
+  ~CExitCall() {
+    {
+      const CLockGuard hold(assembly_.stateMutex_);
+      assembly_.innermostExit_ = outer_;
+    }
+    if (ownsModule_) PlatformReleaseModule(module_);
+  }
+
+  void Run() const {
+    if (exit_ != nullptr) exit_();
+  }
+
+  // Under the state mutex: hands a reference on `module` to the outermost call of that module which has none yet, since
+  // that call returns last. False if no call needs it. A module that was loaded twice has two references, and a call
+  // keeps it mapped by one.
+  static bool HandOver(CExitCall* innermost, ModuleHandle module) noexcept {
+    CExitCall* receiver = nullptr;
+    for (CExitCall* call = innermost; call != nullptr; call = call->outer_) {
+      if (call->module_ == module && !call->ownsModule_) receiver = call;
+    }
+    if (receiver == nullptr) return false;
+    receiver->ownsModule_ = true;
+    return true;
+  }
+
+ private:
+  CComponentAssembly& assembly_;
+  CExitCall* outer_ = nullptr;
+  ZrExitModuleFunction exit_ = nullptr;
+  ModuleHandle module_ = nullptr;
+  bool ownsModule_ = false;
+};
+
 void CComponentAssembly::Exit() {
   if (!started_.exchange(false, std::memory_order_acq_rel)) return;
-
-  // Notes the call for as long as it lasts; what was to be unloaded meanwhile is unloaded behind it.
-  class CExiting {
-   public:
-    explicit CExiting(CComponentAssembly& assembly) : assembly_(assembly) {
-      const CLockGuard hold(assembly_.stateMutex_);
-      ++assembly_.exiting_;
-      exit = assembly_.entryPoints_.exit;
-    }
-    CExiting(const CExiting&) = delete;
-    CExiting& operator=(const CExiting&) = delete;
-    ~CExiting() {
-      bool isUnloadDue = false;
-      {
-        const CLockGuard hold(assembly_.stateMutex_);
-        isUnloadDue = --assembly_.exiting_ == 0 && std::exchange(assembly_.isUnloadDue_, false);
-      }
-      if (isUnloadDue) assembly_.Unload();
-    }
-
-    ZrExitModuleFunction exit = nullptr;
-
-   private:
-    CComponentAssembly& assembly_;
-  };
-  const CExiting exiting(*this);
-  if (exiting.exit != nullptr) exiting.exit();
+  const CExitCall call(*this);
+  call.Run();
 }
 
 ModuleHandle CComponentAssembly::DetachModule() noexcept {
   const CLockGuard hold(stateMutex_);
-  if (exiting_ != 0) {
-    isUnloadDue_ = true;
-    return nullptr;
-  }
   if (!key_.path.empty()) entryPoints_ = {};
-  return std::exchange(module_, nullptr);
+  const ModuleHandle module = std::exchange(module_, nullptr);
+  return module == nullptr || CExitCall::HandOver(innermostExit_, module) ? nullptr : module;
 }
 
 void CComponentAssembly::Unload() noexcept { PlatformReleaseModule(DetachModule()); }
 
 void CComponentAssembly::Forget(const ZRUUID& classId) {
-  bool isLast = false;
   {
     const CLockGuard hold(stateMutex_);
     classes_.erase(classId);
     forgotten_.fetch_add(1, std::memory_order_release);
-    isLast = classes_.empty();
+    if (!classes_.empty()) return;
   }
-  if (!isLast) return;
-  Exit();
+  if (!started_.exchange(false, std::memory_order_acq_rel)) return Unload();
+  // Detached before ZrExitModule is called and released afterwards: what that call loads and starts anew stays loaded.
+  CExitCall call(*this);
   Unload();
+  call.Run();
 }

@@ -12,7 +12,10 @@
 //   1. startMutex_ is held while ZrInitModule runs, so all first creations wait for the one start. It is never taken
 //      under the management lock.
 //   2. stateMutex_ guards what the two sides share. It is a leaf: no foreign code runs and no lock is taken under it.
-//   3. No module is unloaded while its own ZrExitModule runs, though that may call back and end the assembly meanwhile.
+//   3. ZrExitModule may call back and end the assembly that it belongs to. The unload step then clears the handle and
+//   the
+//      entry points at once, so that a creation in the same call loads and starts the module anew. Only the release of
+//      the handle waits until ZrExitModule has returned, because its code must stay mapped until then.
 //   4. A module whose functions are being called may be unloaded by the removal of its discovery. That is the host's
 //      responsibility, and no lock here could take it over: objects outlive calls.
 
@@ -44,7 +47,8 @@ class CComponentAssembly {
   // Calls ZrExitModule if the assembly is started, which it then no longer is. Under the management lock.
   void Exit();
 
-  // Releases the module. Functions that came from it are forgotten, handed-over ones kept.
+  // Releases the module, at once or when its ZrExitModule has returned. Functions that came from it are forgotten,
+  // handed-over ones kept.
   void Unload() noexcept;
 
   // Strikes a class off the record; without any class left, exits and unloads. Under the management lock.
@@ -66,8 +70,12 @@ class CComponentAssembly {
   ZRRESULT Load();
   ZRRESULT Start();
 
-  // Forgets the module and the functions that came from it. The caller releases it, under no lock.
+  // Forgets the module and the functions that came from it. Returns the handle that the caller has to release, under no
+  // lock; null if there is none or if a call of ZrExitModule still needs it and releases it afterwards.
   [[nodiscard]] ModuleHandle DetachModule() noexcept;
+
+  // One call of ZrExitModule, for as long as it lasts.
+  class CExitCall;
 
   std::atomic<bool> started_{false};        // true from the moment ZrInitModule is about to be called
   std::atomic<bool> startReturned_{false};  // and it has come back since: nobody needs to wait for startMutex_
@@ -78,8 +86,7 @@ class CComponentAssembly {
   CMutex stateMutex_;
   ZrModuleEntryPoints entryPoints_ ZR_GUARDED_BY(stateMutex_);  // those in force
   ModuleHandle module_ ZR_GUARDED_BY(stateMutex_) = nullptr;
-  uint32_t exiting_ ZR_GUARDED_BY(stateMutex_) = 0;      // calls of ZrExitModule that have not returned
-  bool isUnloadDue_ ZR_GUARDED_BY(stateMutex_) = false;  // when they have
-  ClassMap classes_ ZR_GUARDED_BY(stateMutex_);          // those of which at least one object was made
-  std::atomic<uint32_t> forgotten_{0};                   // counts the classes struck off; written under stateMutex_
+  CExitCall* innermostExit_ ZR_GUARDED_BY(stateMutex_) = nullptr;  // calls nest, on the thread with the management lock
+  ClassMap classes_ ZR_GUARDED_BY(stateMutex_);                    // those of which at least one object was made
+  std::atomic<uint32_t> forgotten_{0};  // counts the classes struck off; written under stateMutex_
 };

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <utility>
 
 #include "components/component_assembly.h"
 
@@ -13,18 +14,23 @@ class CComponent {
  public:
   CComponent(uint32_t cookie, const ZRUUID& classId, ZRSTR modulePath, const ZrModuleEntryPoints& entryPoints)
       : cookie_(cookie), classId_(classId), assemblyKey_{ModulePathFrom(modulePath), entryPoints} {}
+  CComponent(const CComponent&) = delete;
+  CComponent& operator=(const CComponent&) = delete;
   virtual ~CComponent() = default;
 
   uint32_t Cookie() const noexcept { return cookie_; }  // of the discovery that reported the class
   const ZRUUID& ClassId() const noexcept { return classId_; }
   const CAssemblyKey& AssemblyKey() const noexcept { return assemblyKey_; }
 
-  std::shared_ptr<CComponentAssembly> assembly;  // empty until bound; under the management lock
+  // Empty until bound. Both under the management lock.
+  const std::shared_ptr<CComponentAssembly>& Assembly() const noexcept { return assembly_; }
+  void Bind(std::shared_ptr<CComponentAssembly> assembly) noexcept { assembly_ = std::move(assembly); }
 
  private:
   const uint32_t cookie_;
   const ZRUUID classId_;
   const CAssemblyKey assemblyKey_;
+  std::shared_ptr<CComponentAssembly> assembly_;
 };
 
 using CComponentMap = std::map<ZRUUID, std::shared_ptr<CComponent>, CByteWiseLess>;
@@ -51,6 +57,8 @@ class CComponentDiscovery {
   [[nodiscard]] ZRRESULT QueryClassId(ZRSTR className, ZRUUID* classId);
   [[nodiscard]] ZRRESULT QueryClassName(const ZRUUID& classId, ZRSTR* className);
 
+  // Those that the object reported. The registry may have one of them no longer, or another in its place.
+  const CComponentMap& Components() const noexcept { return components_; }
   void ForgetComponents() noexcept;
 
  private:

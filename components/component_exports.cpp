@@ -19,8 +19,9 @@ ZRRESULT ZrAddComponentDiscovery(IZrComponentDiscovery* discovery, uint32_t* coo
 
 ZRRESULT ZrRemoveComponentDiscovery(uint32_t cookie) {
   if (!IsLibraryInitialized()) return ZR_R_NO_INIT;
-  const ZRRESULT result = ComponentRegistry().RemoveDiscovery(cookie);
-  if (!Failed(result)) AllocatorSettings().DiscoveryRemoved();
+  bool isRemoved = false;
+  const ZRRESULT result = ComponentRegistry().RemoveDiscovery(cookie, &isRemoved);
+  if (isRemoved && !Failed(result)) AllocatorSettings().DiscoveryRemoved();
   return result;
 }
 

@@ -7,15 +7,15 @@
 
 #include "frame/result.h"
 
-// Visits the entries in ascending order until `visit` answers true; whether it did. `visit` may change the map: it gets
-// a shared pointer of its own, and the walk goes on behind the key that it had reached.
+// Visits the entries in ascending order until `visit` returns true; returns whether it did. `visit` may change the map:
+// it gets a shared pointer of its own. So may the object that goes with this pointer, hence the next entry is looked
+// for last, after the key that the walk has reached.
 template <class Map, class Visit>
 static bool Walk(const Map& map, Visit&& visit) {
   static_assert(std::is_trivially_copyable_v<typename Map::key_type>, "a walk must not fail for want of memory");
   for (auto at = map.begin(); at != map.end();) {
     const auto key = at->first;
-    const auto entry = at->second;
-    if (visit(key, entry)) return true;
+    if (const auto entry = at->second; visit(key, entry)) return true;
     at = map.upper_bound(key);
   }
   return false;
@@ -59,27 +59,37 @@ ZRRESULT CComponentManagement::AddDiscovery(IZrComponentDiscovery* discovery, ui
   });
 }
 
-ZRRESULT CComponentManagement::RemoveDiscovery(uint32_t cookie) noexcept {
+ZRRESULT CComponentManagement::RemoveDiscovery(uint32_t cookie, bool* isRemoved) noexcept {
+  *isRemoved = false;
   return Guarded(ZR_R_UNEXPECTED, [&]() -> ZRRESULT {
     const CLockGuard hold(lock_);
     const auto found = discoveries_.find(cookie);
     if (found == discoveries_.end()) return ZR_R_UNKNOWN_IDENTIFIER;
     const std::shared_ptr<CComponentDiscovery> discovery = found->second;
 
+    // The classes of this cookie, in order. Each is among the components that its discovery reported, so the cost
+    // depends on those alone. The reverse need not hold: a lookup that came in between may have replaced a class by
+    // that of another discovery.
+    const auto walkClasses = [this, cookie, &reported = discovery->Components()](auto step) {
+      Walk(reported, [this, cookie, &step](const ZRUUID& classId, const std::shared_ptr<CComponent>&) {
+        lock_.AssertHeld();
+        const auto known = components_.find(classId);
+        if (known != components_.end() && known->second->Cookie() == cookie) step(known->second);
+        return false;
+      });
+    };
     // All exits come before the first unloading, here too.
-    Walk(components_, [cookie](const ZRUUID&, const std::shared_ptr<CComponent>& component) {
-      if (component->Cookie() == cookie && component->assembly) component->assembly->Exit();
-      return false;
+    walkClasses([](const std::shared_ptr<CComponent>& component) {
+      if (const auto assembly = component->Assembly()) assembly->Exit();
     });
-    Walk(components_, [this, cookie](const ZRUUID& classId, const std::shared_ptr<CComponent>& component) {
+    walkClasses([this](std::shared_ptr<CComponent> component) {
       lock_.AssertHeld();
-      if (component->Cookie() != cookie) return false;
-      if (component->assembly) component->assembly->Forget(classId);
-      components_.erase(classId);
-      return false;
+      if (component->Assembly()) component->Assembly()->Forget(component->ClassId());
+      components_.erase(component->ClassId());
     });
     discovery->ForgetComponents();
-    discoveries_.erase(cookie);
+    // A module's ZrExitModule may have removed the same discovery: then that removal counts, and this one is over.
+    *isRemoved = discoveries_.erase(cookie) != 0;
     // Released here, where what it throws has a result to become; unless a lookup further up this thread's stack is
     // still asking the object. The last pointer does it then.
     if (discovery.use_count() == 1) discovery->Detach();
@@ -119,20 +129,12 @@ bool CComponentManagement::AskDiscoveries(Ask&& ask) {
   });
 }
 
-CComponent* CComponentManagement::FindComponent(const ZRUUID& classId,
-                                                std::shared_ptr<CComponentDiscovery>* discovery) {
-  if (const auto known = components_.find(classId); known != components_.end()) {
-    CComponent* component = known->second.get();
-    if (discovery != nullptr) {
-      const auto reporter = discoveries_.find(component->Cookie());
-      if (reporter != discoveries_.end()) *discovery = reporter->second;
-    }
-    return component;
-  }
+CComponent* CComponentManagement::FindComponent(const ZRUUID& classId, std::shared_ptr<CComponentDiscovery>& reporter) {
+  if (const auto known = components_.find(classId); known != components_.end()) return known->second.get();
   std::shared_ptr<CComponent> component;
   const bool isKnown = AskDiscoveries([&](const std::shared_ptr<CComponentDiscovery>& asked) {
     const ZRRESULT result = asked->QueryComponent(classId, component);
-    if (discovery != nullptr && !Failed(result)) *discovery = asked;
+    if (!Failed(result)) reporter = asked;
     return result;
   });
   if (!isKnown) return nullptr;
@@ -140,14 +142,14 @@ CComponent* CComponentManagement::FindComponent(const ZRUUID& classId,
 }
 
 const std::shared_ptr<CComponentAssembly>& CComponentManagement::Bind(CComponent& component) {
-  if (component.assembly) return component.assembly;
+  if (component.Assembly()) return component.Assembly();
   auto known = assemblies_.find(component.AssemblyKey());
   if (known == assemblies_.end()) {
     auto made = std::make_shared<CComponentAssembly>(component.AssemblyKey());
     known = assemblies_.emplace(component.AssemblyKey(), std::move(made)).first;
   }
-  component.assembly = known->second;
-  return component.assembly;
+  component.Bind(known->second);
+  return component.Assembly();
 }
 
 ZRRESULT CComponentManagement::CreateInstance(ZRUUID classId, uint64_t argument1, ZRUUID interfaceId,
@@ -156,7 +158,10 @@ ZRRESULT CComponentManagement::CreateInstance(ZRUUID classId, uint64_t argument1
     std::shared_ptr<CComponentAssembly> assembly;
     {
       const CLockGuard hold(lock_);
-      CComponent* component = FindComponent(classId);
+      // Given up last under the lock: if the discovery removed itself while it was asked, its Release runs there and
+      // must find the class known and bound.
+      std::shared_ptr<CComponentDiscovery> reporter;
+      CComponent* component = FindComponent(classId, reporter);
       if (component == nullptr) return ZR_R_CLASS_NOT_REGISTERED;
       const ZRRESULT result = Guarded(ZR_R_UNEXPECTED, [&] {
         lock_.AssertHeld();
@@ -174,8 +179,13 @@ ZRRESULT CComponentManagement::QueryConfiguration(ZRUUID classId, ZRSTR name,
   return Guarded(ZR_R_FAILED, [&]() -> ZRRESULT {
     const CLockGuard hold(lock_);
     std::shared_ptr<CComponentDiscovery> discovery;  // alive through the call, which may remove it
-    if (FindComponent(classId, &discovery) == nullptr) return ZR_R_CLASS_NOT_REGISTERED;
-    if (!discovery) return ZR_R_UNEXPECTED;
+    const CComponent* component = FindComponent(classId, discovery);
+    if (component == nullptr) return ZR_R_CLASS_NOT_REGISTERED;
+    if (!discovery) {  // the class was known before
+      const auto known = discoveries_.find(component->Cookie());
+      if (known == discoveries_.end()) return ZR_R_UNEXPECTED;
+      discovery = known->second;
+    }
     *configuration = nullptr;  // again: a discovery has been asked since the export did it
     return discovery->QueryConfiguration(classId, name, configuration);
   });

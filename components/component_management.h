@@ -27,7 +27,9 @@ class CComponentManagement {
 
   // What the exports do behind their checks. Exceptions have become codes.
   [[nodiscard]] ZRRESULT AddDiscovery(IZrComponentDiscovery* discovery, uint32_t* cookie) noexcept;
-  [[nodiscard]] ZRRESULT RemoveDiscovery(uint32_t cookie) noexcept;
+  // `isRemoved` receives whether this call took the discovery out. A success without it means that a module, which the
+  // removal stopped, has removed the same discovery meanwhile.
+  [[nodiscard]] ZRRESULT RemoveDiscovery(uint32_t cookie, bool* isRemoved) noexcept;
   // (Identifiers by value: foreign code that is called may change the caller's records.)
   [[nodiscard]] ZRRESULT CreateInstance(ZRUUID classId, uint64_t argument1, ZRUUID interfaceId, uint64_t argument2,
                                         void** object) noexcept;
@@ -67,10 +69,10 @@ class CComponentManagement {
     if (++lastCookie_ == 0) ++lastCookie_;  // 0 is no cookie
   }
 
-  // Null if no discovery knows the class. The registry's own: valid until the lock is left or foreign code runs.
-  // Who wants it gets the discovery that reported the class too: empty if that has been removed since.
-  CComponent* FindComponent(const ZRUUID& classId, std::shared_ptr<CComponentDiscovery>* discovery = nullptr)
-      ZR_REQUIRES(lock_);
+  // Returns the component of a class, null if no discovery knows the class. The component belongs to the registry and
+  // is valid until the lock is left or foreign code runs. If discoveries had to be asked, `reporter` receives the one
+  // that knew the class: the caller drops it, which may run foreign code, when it no longer needs the component.
+  CComponent* FindComponent(const ZRUUID& classId, std::shared_ptr<CComponentDiscovery>& reporter) ZR_REQUIRES(lock_);
   const std::shared_ptr<CComponentAssembly>& Bind(CComponent& component) ZR_REQUIRES(lock_);
 
   // Asks the discoveries in ascending cookie order until one answers zero or above; whether one did.

@@ -207,3 +207,70 @@ TEST_F(ComponentTest, DiscoveriesAndModulesMayCallBack) {
   EXPECT_EQ(TakeModuleLog(), "reentering.exit reentering.closed reentering.unload");
   EXPECT_EQ(ZrInitialize(), ZR_R_OK);
 }
+
+// The module ends and comes back by another discovery, all in its own ZrExitModule.
+TEST_F(ComponentTest, AModuleThatComesBackDuringItsExitIsStartedAnew) {
+  for (const bool isUsedAgain : {false, true}) {
+    SCOPED_TRACE(isUsedAgain ? "restarted before its class goes" : "removed in its exit");
+    FakeDiscovery &first = New({{1, ModulePath("good")}}), &second = New({{2, ModulePath("good")}});
+    const uint32_t cookie = first.Add();
+    uint32_t secondCookie = 0;
+    EXPECT_EQ(Create(1).first, ZR_R_OK);
+    const auto comeBack = [&] {
+      EXPECT_EQ(ZrRemoveComponentDiscovery(isUsedAgain ? 0 : cookie), isUsedAgain ? ZR_R_UNKNOWN_IDENTIFIER : ZR_R_OK);
+      secondCookie = second.Add();
+      EXPECT_EQ(CreateObject(2), ZR_R_OK);
+    };
+    SetNextExit([&] {
+      if (!isUsedAgain) return comeBack();
+      SetNextExit(comeBack);  // in the exit by which the class is forgotten, since this makes the module start again
+      EXPECT_EQ(CreateObject(1), ZR_R_OK);
+    });
+    const std::string restarted = isUsedAgain ? "good.exit good.init good.create " : "";
+    EXPECT_EQ(Remove(cookie), Done(ZR_R_OK, restarted + "good.exit good.init good.create"));
+    EXPECT_EQ(first.references, 0u);
+    EXPECT_EQ(Create(2), Done(ZR_R_OK, "good.create")) << "it is still loaded and started";
+    EXPECT_EQ(Remove(secondCookie), Done(ZR_R_OK, "good.exit good.unload"));
+  }
+}
+
+// A discovery may remove itself while it is asked. It is released when the class is known and bound, or before the next
+// discovery is asked.
+TEST_F(ComponentTest, ADiscoveryIsReleasedWhenItsAnswerIsKept) {
+  FakeDiscovery &leaving = New({{1, {}, kFunction}}), &next = New({{2, {}, kFunction}}), &last = New({});
+  const uint32_t cookie = leaving.Add(), nextCookie = next.Add();
+  last.Add();
+  ZRRESULT created = ZR_R_TIMEOUT;
+  leaving.onCall = [&](const std::string& operation) {
+    EXPECT_TRUE(operation != "QueryComponent" || ZrRemoveComponentDiscovery(cookie) == ZR_R_OK);
+    if (operation == "Release") created = Create(1).first;
+  };
+  EXPECT_EQ(Create(1), Done(ZR_R_OK, "function.create"));
+  EXPECT_EQ(created, ZR_R_OK);
+  EXPECT_EQ(leaving.asked + next.asked, 1u) << "the class was known when Release ran";
+
+  leaving.onCall = nullptr;
+  next.onCall = [&](const std::string& operation) {
+    EXPECT_TRUE(operation != "QueryComponent" || ZrRemoveComponentDiscovery(nextCookie) == ZR_R_OK);
+    EXPECT_TRUE(operation != "Release" || ZrRemoveComponentDiscovery(nextCookie + 1) == ZR_R_OK);
+  };
+  EXPECT_EQ(Create(9), Done(ZR_R_CLASS_NOT_REGISTERED, ""));
+  EXPECT_TRUE(next.asked == 1 && last.asked == 0) << "it was gone when the walk came to it";
+}
+
+// What a discovery reported in a lookup inside another one is not its own once that other one has its answer.
+TEST_F(ComponentTest, AReplacedClassStaysWhenItsFirstReporterIsRemoved) {
+  FakeDiscovery &first = New({{1, {}, kFunction}}), &second = New({{1, ModulePath("good")}});
+  first.Add();
+  const uint32_t secondCookie = second.Add();
+  first.onCall = [&](const std::string& operation) {
+    if (operation != "QueryComponent" || first.isRefusing) return;
+    first.isRefusing = true;
+    EXPECT_EQ(Create(1), Done(ZR_R_OK, "good.load good.init good.create"));
+    first.isRefusing = false;
+  };
+  EXPECT_EQ(Create(1), Done(ZR_R_OK, "function.create"));
+  EXPECT_EQ(Remove(secondCookie), Done(ZR_R_OK, "")) << "the module has no class of this discovery any more";
+  EXPECT_EQ(Create(1), Done(ZR_R_OK, "function.create"));
+  EXPECT_EQ(first.asked, 2u);
+}

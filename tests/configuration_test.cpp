@@ -179,3 +179,17 @@ TEST_F(ConfigurationTest, AClassIsConfiguredByTheDiscoveryThatReportedIt) {
   EXPECT_EQ(first.references, 0u);
   EXPECT_EQ(ZrRemoveComponentDiscovery(secondCookie), ZR_R_OK);
 }
+
+// A removal stops a module, which removes the same discovery.
+TEST_F(ConfigurationTest, ADiscoveryThatIsRemovedInsideItsRemovalCountsOnce) {
+  static uint32_t cookie = 0;
+  static constexpr auto kExit = [] { EXPECT_EQ(ZrRemoveComponentDiscovery(cookie), ZR_R_OK); };
+  FakeDiscovery leaving({{1, {}, {MakeObject, nullptr, kExit}}});
+  Host next({Number(ZR_VT_UI4, 6)});
+  cookie = leaving.Add();
+  EXPECT_EQ(CreateObject(1), ZR_R_OK);
+  EXPECT_EQ(ZrRemoveComponentDiscovery(cookie), ZR_R_OK);
+  EXPECT_EQ(leaving.references, 0u);
+  EXPECT_EQ(next.Add(), "on 0/6 0/6") << "it is the first";
+  EXPECT_EQ(next.Remove(), kNothing);
+}

@@ -19,6 +19,7 @@ ZRRESULT ZrInitModule() {
 
 void ZrExitModule() {
   WriteModuleLog(MODULE_NAME, "exit");
+  RunNextExit();
 #ifdef REENTERING  // under the registry's lock, on its thread
   void* object = nullptr;
   const ZRUUID nil = {};

@@ -41,6 +41,7 @@ class FakeDiscovery final : public IZrComponentDiscovery {
 
   std::atomic<uint32_t> references{0}, asked{0};      // asked for components, class identifiers and names
   std::function<void(const char* operation)> onCall;  // ahead of any answer; may throw
+  bool isRefusing = false;                            // knows nothing, as long as it is set
   std::function<ZRRESULT(const ZRUUID& classId, ZRSTR name, IZrConfiguration** given)> configure;
 
   // Adds it to the library; answers the cookie.
@@ -87,7 +88,7 @@ class FakeDiscovery final : public IZrComponentDiscovery {
     ++asked;
     Called(operation);
     const auto found = std::find_if(entries_.begin(), entries_.end(), claim);
-    return found != entries_.end() ? &*found : nullptr;
+    return found != entries_.end() && !isRefusing ? &*found : nullptr;
   }
 
   const std::vector<Entry> entries_;  // strings made beforehand, so that answering allocates nothing

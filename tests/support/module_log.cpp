@@ -19,6 +19,14 @@ std::string TakeModuleLog() {
   return std::exchange(g_log, {});
 }
 
+static std::function<void()> g_nextExit;
+
+void SetNextExit(std::function<void()> action) { g_nextExit = std::move(action); }
+
+void RunNextExit() {
+  if (const auto action = std::exchange(g_nextExit, nullptr)) action();
+}
+
 // What a module needs to be whole, but in a library that it needs: there it doesn't count.
 ZRRESULT ZrInitModule() { return ZR_R_OK; }
 void ZrExitModule() {}
