@@ -120,6 +120,11 @@ void CZrSafeArrayElement::Compare(const CZrSafeArrayElement& other, uint8_t* equ
   *equal = 1;
   if (this == &other || bounds_ == nullptr || other.bounds_ == nullptr || accessor_ == nullptr) return;
   if (descriptor_->vartype != other.descriptor_->vartype) return;  // of one shape and of different types: equal
-  if (other.accessor_ == nullptr || *accessor_->AccessorType() != *other.accessor_->AccessorType()) return;
+  if (other.accessor_ == nullptr) return;
+  // Under one tag the elements are of two types: one array was changed while it had none. They can't be compared.
+  if (*accessor_->AccessorType() != *other.accessor_->AccessorType()) {
+    *equal = 0;
+    return;
+  }
   (void)accessor_->CompareData(descriptor_, other.descriptor_, bounds_, equal);
 }
