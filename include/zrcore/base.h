@@ -1,15 +1,82 @@
-// ZrCore: what every other header stands on: the code unit, the result code and its table, the export macro.
+// ZrCore: the conventions of all headers, the code unit, the result codes and the export macro.
 //
-// A ZRRESULT tells success from failure by its sign alone. Zero is ZR_R_OK, and successes above zero exist: 1 from some
-// functions for arrays and references, for nothing done or not all of it, and what modules answer, such as
-// ZR_R_SAME_VALUE. Test with ZR_SUCCEEDED or ZR_FAILED, never with == ZR_R_OK. A code that a module or a host's object
-// answers travels to the caller unchanged.
+// This page holds for every header. A family's header, and a function's comment, state only what differs. The headers
+// compile as C11 and as C++17 or later, alone and in any order.
 //
-// Text crosses the boundary as 16-bit code units (WCHAR) on every system, never as narrow characters, except where a
-// function's name or comment says otherwise. Memory that crosses the boundary comes from one heap, that of the C
-// runtime which library and callers share.
+// ## Ownership
 //
-// These headers compile as C11 and as C++17 or later, alone and in any order.
+//     gives     The caller now owns one reference or one object, and must release it with the function that is named.
+//     lends     The lender stays the owner. The pointer is valid up to the moment that is named, else during the call.
+//     takes     The function now owns the argument: always, or only on success where the comment says so.
+//     reads     The function uses the memory during the call only. An argument without any of these words is read.
+//     receives  The function stores a result in the caller's variable and doesn't release what the variable held.
+//
+// Memory that crosses the boundary comes from the C runtime's malloc, which library and callers must share.
+//
+// ## Null
+// A null handle is no object; where a ZRSTR is read, null is an empty string. Each family names the result code of a
+// null argument that it refuses. A null pointer that no comment allows or refuses is undefined behaviour.
+//
+// ## Threads
+//
+//     any thread, any time                     Calls may overlap with any other call.
+//     any thread, one at a time for an object  Two calls for one object that overlap are a data race.
+//     under the management lock                Such calls never overlap in the process, see component.h.
+//
+// Only the functions of component.h and configuration.h need ZrInitialize. The others work before it and without it.
+//
+// ## Results
+// A negative ZRRESULT is a failure; zero and above is a success. ZR_R_OK is zero. Positive successes exist: some array
+// and reference functions return 1 if nothing or not all was done, and modules return others, such as ZR_R_SAME_VALUE.
+// Test with ZR_SUCCEEDED or ZR_FAILED, never with == ZR_R_OK. A code that a module or a host's object returns travels
+// to the caller unchanged.
+//
+// ## Text
+// Text is in 16-bit code units (WCHAR) on every system, nominally UTF-16 and never checked. 8-bit text occurs only in
+// the functions that have UTF8 in their names, and as ASCII in ZrUUIDFromString.
+//
+// ## Exceptions
+// A function that is declared ZR_NOEXCEPT throws nothing. This is what the other 43 throw:
+//
+//     blob.h        ZrCreateBlob, ZrCopyBlob               std::bad_alloc: out of memory for the handle
+//                   the seven that detach                  std::bad_alloc: out of memory for detaching or growing
+//     array.h       Create, Copy, Redim, ChangeType,       std::bad_alloc: out of memory
+//                   GetElement and PutElement
+//     variant.h     Copy, CopyInd and ChangeType           std::bad_alloc: out of memory
+//     uuid.h, reference.h   the nine that make a record    std::bad_alloc: out of memory
+//     lock.h        ZrInitializeCriticalSection            std::bad_alloc: out of memory
+//     unicode.h     the four range converters              std::bad_alloc: out of memory
+//     error_info.h  all three                              std::bad_alloc: out of memory for the table or a new row;
+//                                                          std::system_error: the mutex can't be locked
+//     datetime.h    ZrDateTimeToTimeT                      CZrException: years 1900 to 1969, and moments that are not
+//                                                          within 1970 to 3000
+//     component.h   ZrAddComponentDiscovery                what configuration objects throw; std::bad_alloc while
+//                                                          their values are read
+//                   both discovery functions               std::system_error: a mutex can't be locked
+//     lifecycle.h   ZrUninitialize                         what ZrExitModule throws; std::system_error as above
+//     array.h, variant.h    Destroy, Clear and Compare     nothing
+//
+// Out of memory terminates the process inside the constructors of blobs and arrays, which can't throw: for the bytes of
+// a new or a detached blob, and for a new array or the copy of an array with its elements, except the array's first,
+// small object. It does so too in a function that makes a blob or copies an array on the way, such as ZrVariantCopy.
+// Before a function throws std::bad_alloc or terminates, it calls the C++ new-handler, if one is set, and tries again.
+// Functions that only make a string or a memory block return null or ZR_R_NO_MEMORY instead, and component functions
+// the codes that they name. A function that is declared ZR_NOEXCEPT terminates the process if it can't lock a mutex and
+// has no code for that.
+//
+// A caller in C or another language can't catch. An exception that leaves an export into such a frame terminates the
+// process; if a C++ function further up the stack catches it, the behaviour is undefined. So out of memory terminates
+// such a program wherever the table says std::bad_alloc, unless it calls through a C++ function of its own that
+// catches. It must pass only years below 1900 and from 1971 to 2999 to ZrDateTimeToTimeT.
+//
+// In any language, AddRef and Release of every object, all operations of configuration objects, and ZrExitModule must
+// not throw: the exception passes through the export, terminates the process, becomes a code or is lost. What other
+// operations of discoveries and modules throw becomes a code, except from QueryConfiguration when
+// ZrAddComponentDiscovery calls it.
+//
+// ## Binary compatibility
+// What was built with these headers runs with every later library of the same major version: no export, record, result
+// code or place in a table of operations changes or goes within it.
 
 #ifndef ZRCORE_BASE_H
 #define ZRCORE_BASE_H
@@ -22,8 +89,7 @@
 #include <uchar.h>
 #endif
 
-// The version of these headers. What was built with them runs with every later library of the same major version: no
-// export, record or place in a table of operations changes or goes within it.
+// The version of these headers; "Binary compatibility" above says what a major version promises.
 #define ZRCORE_VERSION_MAJOR 1
 #define ZRCORE_VERSION_MINOR 0
 #define ZRCORE_VERSION_PATCH 0
@@ -69,16 +135,16 @@ typedef int32_t ZRRESULT;
 #define ZR_SUCCEEDED(result) ((result) >= 0)
 #define ZR_FAILED(result) ((result) < 0)
 
-// The codes. Those marked (module) are the family's vocabulary: no path of this library produces them, modules and
-// hosts may. The numbers 0x8000001E and 0x8000001F are unassigned and stay so.
+// The codes. This library never returns those marked (module) by itself; modules and hosts may.
+// 0x8000001E and 0x8000001F are unassigned and stay so.
 // clang-format off
 #define ZR_R_OK                         ZR_RESULT_CODE(0)            ///< success
 #define ZR_R_SAME_VALUE                 ZR_RESULT_CODE(0x000000CA)   ///< success: the value was this one already (module)
-#define ZR_R_FAILED                     ZR_RESULT_CODE(0x80000000u)  ///< failure without a nearer name
+#define ZR_R_FAILED                     ZR_RESULT_CODE(0x80000000u)  ///< failure without a more specific code
 #define ZR_R_NOT_SUPPORTED              ZR_RESULT_CODE(0x80000001u)  ///< no such operation or conversion
 #define ZR_R_CANCELLED                  ZR_RESULT_CODE(0x80000002u)  ///< (module)
 #define ZR_R_TIMEOUT                    ZR_RESULT_CODE(0x80000003u)  ///< (module)
-#define ZR_R_INVALID_ARGUMENTS          ZR_RESULT_CODE(0x80000004u)  ///< an argument is null, out of its range, or a text that doesn't read
+#define ZR_R_INVALID_ARGUMENTS          ZR_RESULT_CODE(0x80000004u)  ///< an argument is null, out of its range, or a text that can't be parsed
 #define ZR_R_ACCESS_DENIED              ZR_RESULT_CODE(0x80000005u)  ///< (module)
 #define ZR_R_INVALID_POINTER            ZR_RESULT_CODE(0x80000006u)  ///< a null variant or array, or a null blob to destroy
 #define ZR_R_FILE_NOT_FOUND             ZR_RESULT_CODE(0x80000007u)  ///< a module file could not be loaded, for any reason
@@ -89,7 +155,7 @@ typedef int32_t ZRRESULT;
 #define ZR_R_EXISTS                     ZR_RESULT_CODE(0x8000000Cu)  ///< (module)
 #define ZR_R_ABANDONED                  ZR_RESULT_CODE(0x8000000Du)  ///< (module)
 #define ZR_R_REQUEST_ABORTED            ZR_RESULT_CODE(0x8000000Eu)  ///< an exception ended a lookup
-#define ZR_R_UNKNOWN_IDENTIFIER         ZR_RESULT_CODE(0x8000000Fu)  ///< no entry bears this identifier
+#define ZR_R_UNKNOWN_IDENTIFIER         ZR_RESULT_CODE(0x8000000Fu)  ///< no entry has this identifier
 #define ZR_R_INCONSISTENT_CONFIGURATION ZR_RESULT_CODE(0x80000010u)  ///< (module)
 #define ZR_R_REQUEST_REJECTED           ZR_RESULT_CODE(0x80000011u)  ///< (module)
 #define ZR_R_SUBSCRIPTION_LOST          ZR_RESULT_CODE(0x80000012u)  ///< (module)
@@ -103,8 +169,8 @@ typedef int32_t ZRRESULT;
 #define ZR_R_INVALID_OTYPE              ZR_RESULT_CODE(0x8000001Au)  ///< (module)
 #define ZR_R_INVALID_LANGUAGE           ZR_RESULT_CODE(0x8000001Bu)  ///< (module)
 #define ZR_R_NOT_EXISTING               ZR_RESULT_CODE(0x8000001Cu)  ///< nothing is known under this code, or no byte is left to read
-#define ZR_R_NO_MEMORY                  ZR_RESULT_CODE(0x8000001Du)  ///< the heap is exhausted
-#define ZR_R_ALREADY_REGISTERED         ZR_RESULT_CODE(0x80000020u)  ///< the code has its text already
+#define ZR_R_NO_MEMORY                  ZR_RESULT_CODE(0x8000001Du)  ///< out of memory
+#define ZR_R_ALREADY_REGISTERED         ZR_RESULT_CODE(0x80000020u)  ///< the code already has a text
 #define ZR_R_CLASS_NOT_REGISTERED       ZR_RESULT_CODE(0x80000021u)  ///< no discovery knows the class
 // clang-format on
 
