@@ -194,6 +194,10 @@ struct IZrComponentDiscovery {
 /// @return ZR_R_OK; looked for in this order: ZR_R_INVALID_ARGUMENTS if `cookie` is null, ZR_R_NO_INIT,
 ///         ZR_R_INVALID_ARGUMENTS if `discovery` is null, ZR_R_FAILED if 0xFFFFFFFF discoveries are registered,
 ///         ZR_R_UNEXPECTED for anything thrown before the configuration is read.
+/// @throws std::bad_alloc if there is no memory to convert a value of the configuration; see "Exceptions" in base.h. An
+///         exception of QueryConfiguration or of the configuration's objects passes through too. The discovery is
+///         registered in all these cases, as described above.
+/// @throws std::system_error if the mutex of the item caches' settings can't be locked.
 ZR_API ZRRESULT ZrAddComponentDiscovery(IZrComponentDiscovery* discovery, uint32_t* cookie);
 
 /// ZrRemoveComponentDiscovery forgets a discovery and the classes that it reported.
@@ -208,6 +212,8 @@ ZR_API ZRRESULT ZrAddComponentDiscovery(IZrComponentDiscovery* discovery, uint32
 ///
 /// @return ZR_R_OK; ZR_R_NO_INIT; ZR_R_UNKNOWN_IDENTIFIER if no discovery has this cookie; ZR_R_UNEXPECTED for anything
 ///         thrown, with what had been removed by then staying removed.
+/// @throws std::system_error if the mutex of the item caches' settings can't be locked; see "Exceptions" in base.h. The
+///         discovery has been removed then, but isn't counted as removed.
 ZR_API ZRRESULT ZrRemoveComponentDiscovery(uint32_t cookie);
 
 /// ZrCreateInstance makes an object of a class.

@@ -60,8 +60,9 @@ typedef struct IZrConfigurationValue IZrConfigurationValue;
 // by the library. In C++ they have an answer (ZR_R_NOT_IMPLEMENTED) and needn't be overridden; in C they may be null.
 // Operations of a host's own belong behind the last one, in an interface that derives from these.
 //
-// While ZrAddComponentDiscovery reads "ZrCore" the operations are called without any lock of the library's, and what
-// they throw passes through it to its caller; each object that was given has been released by then.
+// While ZrAddComponentDiscovery reads "ZrCore", it calls the operations without holding any lock of the library. The
+// operations must not throw: an exception passes through ZrAddComponentDiscovery to its caller (see "Exceptions" in
+// base.h). Each object that was given has been released by then.
 
 #ifdef __cplusplus
 

@@ -103,7 +103,7 @@ ZR_API ZRRESULT ZrDateTimeFromTimeT(int64_t timeT, ZRDATETIME* value) ZR_NOEXCEP
 ///         rest, if `timeT` is null.
 /// @throws CZrException with ZR_RAISED_NO_TIME_T for the years 1900 to 1969, with ZR_RAISED_INVALID_TIME for a moment
 ///         before 1970-01-01 00:00:00 or after 3000-12-31 23:59:59 universal time, and on Windows for a local time of
-///         3001 that is none yet in universal time. `*timeT` is unchanged then.
+///         3001 that is none yet in universal time. `*timeT` is unchanged then. See "Exceptions" in base.h.
 ZR_API ZRRESULT ZrDateTimeToTimeT(ZRDATETIME value, int64_t* timeT);
 
 #define ZR_RAISED_NO_TIME_T ZR_RESULT_CODE(0x80004005u)

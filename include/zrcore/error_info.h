@@ -1,14 +1,23 @@
 // ZrCore: texts of result codes.
 //
-// The registry maps a code to two strings: its text, which is its symbolic name, and a description for people. The
-// codes of base.h are in it from the start, all but ZR_R_OK; modules register their own. A row is never replaced and
-// never removed: it outlives the module that registered it and every ZrUninitialize.
+// The registry is a table with one row per code. A row holds two strings: a text, which is the code's symbolic name,
+// and a description for people. The table has a row for every code of base.h except ZR_R_OK; modules register their own
+// codes. A row is never replaced and never removed: it outlives the module that registered it, and every
+// ZrUninitialize.
 //
-// Codes are unsigned here: a ZRRESULT converts, with a cast where the compiler minds the sign. A null pointer gives
-// ZR_R_INVALID_ARGUMENTS, except for a description.
+// Codes are unsigned here: cast a ZRRESULT to uint32_t. A null pointer gives ZR_R_INVALID_ARGUMENTS, except for the
+// description of ZrErrorInfoRegister.
 //
-// Any thread, any time, before ZrInitialize too, under one mutex. A mutex that fails raises std::system_error. Each
-// call is a search among the rows; the first of all sets the registry up.
+// All three functions may throw, see "Exceptions" in base.h, unless they return ZR_R_INVALID_ARGUMENTS. In this order:
+//
+//     std::system_error    any call: the mutex can't be locked
+//     std::bad_alloc       any call until the table is complete: out of memory while the library's own rows are added
+//     std::bad_alloc       ZrErrorInfoRegister: out of memory for the two strings or the row
+//
+// The first call adds the library's own rows. If that runs out of memory, the rows added so far stay, and the next call
+// adds the others. Once the table is complete, the two getters never run out of memory.
+//
+// Any thread, any time, under one mutex. Logarithmic in the number of rows.
 
 #ifndef ZRCORE_ERROR_INFO_H
 #define ZRCORE_ERROR_INFO_H
@@ -16,25 +25,40 @@
 #include "zrcore/base.h"
 #include "zrcore/string.h"
 
-/// ZrErrorInfoRegister adds a code. The texts are copied.
+/// ZrErrorInfoRegister adds a row. The strings are copied.
 ///
-/// @param code         any that has no row yet.
+/// @param code         any code that has no row yet.
 /// @param text         zero-terminated; may be empty.
-/// @param description  zero-terminated, or null for none, which reads as an empty string.
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `text` is null; ZR_R_ALREADY_REGISTERED if the code has a row: the row
-///         stays as it was.
-/// @throws std::bad_alloc when memory is exhausted; nothing is registered then.
+/// @param description  zero-terminated, or null for none, which ZrErrorInfoGetDescription returns as an empty string.
+/// @return
+///   - ZR_R_OK                  the row was added.
+///   - ZR_R_INVALID_ARGUMENTS   `text` is null.
+///   - ZR_R_ALREADY_REGISTERED  the code has a row, which stays as it was.
+/// @throws std::system_error if the mutex can't be locked; the code has no row then. See "Exceptions" in base.h.
+/// @throws std::bad_alloc if there is no memory for the table or the row; the code has no row then.
 ZR_API ZRRESULT ZrErrorInfoRegister(uint32_t code, const WCHAR* text, const WCHAR* description);
 
 /// ZrErrorInfoGetText gives the text of a code, such as "ZR_R_FAILED".
 ///
-/// @param text  receives one more reference of the registry's string, which the caller destroys; unchanged on failure.
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `text` is null; ZR_R_NOT_EXISTING if the code has no row.
-/// @throws std::bad_alloc when memory is exhausted while the first call of all sets the registry up.
+/// @param text  gives one more reference on the registry's string (ZrDestroyString). Unchanged after a failure or an
+///              exception.
+/// @return
+///   - ZR_R_OK                 `*text` was written.
+///   - ZR_R_INVALID_ARGUMENTS  `text` is null.
+///   - ZR_R_NOT_EXISTING       the code has no row.
+/// @throws std::system_error if the mutex can't be locked; see "Exceptions" in base.h.
+/// @throws std::bad_alloc if the table isn't complete and there is no memory for its rows.
 ZR_API ZRRESULT ZrErrorInfoGetText(uint32_t code, ZRSTR* text);
 
-/// ZrErrorInfoGetDescription gives the description of a code, like ZrErrorInfoGetText. A row without one gives an
-/// empty string.
+/// ZrErrorInfoGetDescription gives the description of a code. For a row without one it gives an empty string.
+///
+/// @param description  gives a reference on a string (ZrDestroyString). Unchanged after a failure or an exception.
+/// @return
+///   - ZR_R_OK                 `*description` was written.
+///   - ZR_R_INVALID_ARGUMENTS  `description` is null.
+///   - ZR_R_NOT_EXISTING       the code has no row.
+/// @throws std::system_error if the mutex can't be locked; see "Exceptions" in base.h.
+/// @throws std::bad_alloc if the table isn't complete and there is no memory for its rows.
 ZR_API ZRRESULT ZrErrorInfoGetDescription(uint32_t code, ZRSTR* description);
 
 #endif

@@ -37,8 +37,12 @@ ZR_API ZRRESULT ZrInitialize(void) ZR_NOEXCEPT;
 /// modules first, and have no creation running: they are not tracked, and their code goes. A call at count 0 changes
 /// nothing.
 ///
-/// @return ZR_R_OK, always. The first exception of a module's ZrExitModule passes through, when the registry has been
-///         emptied and both locks left.
+/// ZrExitModule must not throw. The first exception of any of them passes through to the caller; by then every module
+/// has been unloaded, the registry is empty, the count is 0, and both locks are free.
+///
+/// @return ZR_R_OK, always.
+/// @throws std::system_error if one of the two locks can't be locked; nothing has changed then. See "Exceptions" in
+///         base.h.
 ///
 /// Any thread, any time.
 ZR_API ZRRESULT ZrUninitialize(void);

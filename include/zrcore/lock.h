@@ -27,7 +27,8 @@ typedef struct tagZRCRITICALSECTION* ZRCRITICALSECTION;
 ///
 /// @param lock  receives the lock, which ZrDeleteCriticalSection frees. An old value is overwritten unseen.
 /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `lock` is null.
-/// @throws std::bad_alloc when memory is exhausted; the variable is unchanged then.
+/// @throws std::bad_alloc if there is no memory for the lock; the variable is unchanged then. See "Exceptions" in
+///         base.h.
 ZR_API ZRRESULT ZrInitializeCriticalSection(ZRCRITICALSECTION* lock);
 
 /// ZrDeleteCriticalSection frees the lock and sets the variable to null.

@@ -13,8 +13,9 @@
 // and ZrDestroySREF; they are overwritten with zeros then.
 //
 // In this family a null argument gives ZR_R_INVALID_ARGUMENTS, except for the operands of comparisons, where null
-// counts as nil. The functions that make a record throw std::bad_alloc when memory is exhausted; out-values are
-// unchanged then. Any thread, any time, before ZrInitialize too; records have no lock.
+// counts as nil. The functions that make a record throw std::bad_alloc if there is no memory for it; out-values are
+// unchanged then, and nothing leaks. See "Exceptions" in base.h. Any thread, any time, before ZrInitialize too; records
+// have no lock.
 
 #ifndef ZRCORE_REFERENCE_H
 #define ZRCORE_REFERENCE_H
@@ -44,27 +45,35 @@ ZR_STATIC_ASSERT(sizeof(ZRSREF) == 16 && offsetof(ZRSREF, text) == 8, "a ZRSREF 
 
 // ---- Records -------------------------------------------------------------------------------------------------------
 
-/// ZrCreateREF gives a new nil record. @throws std::bad_alloc
+/// ZrCreateREF makes a nil record.
+///
+/// @return gives a record (ZrDestroyREF); never null.
+/// @throws std::bad_alloc if there is no memory for the record; see "Exceptions" in base.h.
 ZR_API ZRREF* ZrCreateREF(void);
 
-/// ZrCreateSREF gives a new record with neither ref nor text. @throws std::bad_alloc
+/// ZrCreateSREF makes a record with neither ref nor text.
+///
+/// @return gives a record (ZrDestroySREF); never null.
+/// @throws std::bad_alloc if there is no memory for the record; see "Exceptions" in base.h.
 ZR_API ZRSREF* ZrCreateSREF(void);
 
-/// ZrCopyREF gives a new record with the words of `source`.
+/// ZrCopyREF makes a record with the words of `source`.
 ///
-/// @param copy  receives the record.
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS, with `*copy` unchanged, if an argument is null.
-/// @throws std::bad_alloc
+/// @param copy  gives the record (ZrDestroyREF). Unchanged after a failure or an exception.
+/// @return
+///   - ZR_R_OK                 `*copy` was written.
+///   - ZR_R_INVALID_ARGUMENTS  an argument is null.
+/// @throws std::bad_alloc if there is no memory for the record; see "Exceptions" in base.h.
 ZR_API ZRRESULT ZrCopyREF(const ZRREF* source, ZRREF** copy);
 
-/// ZrCopySREF gives a new record with a copy of the source's ref and one more reference on its text.
+/// ZrCopySREF makes a record with a copy of the source's ref and one more reference on its text.
 ///
-/// A source with neither has no copy, and that is a success of its own.
-///
-/// @param copy  receives the record; null for a source with neither ref nor text.
-/// @return ZR_R_OK; 1, which is no failure, with `*copy` null, if the source has neither ref nor text;
-///         ZR_R_INVALID_ARGUMENTS, with `*copy` unchanged, if an argument is null.
-/// @throws std::bad_alloc
+/// @param copy  gives the record (ZrDestroySREF). Unchanged after a failure or an exception.
+/// @return
+///   - ZR_R_OK                 `*copy` was written.
+///   - 1                       a success: the source has neither ref nor text, and `*copy` is null.
+///   - ZR_R_INVALID_ARGUMENTS  an argument is null.
+/// @throws std::bad_alloc if there is no memory for the record or for its ref; see "Exceptions" in base.h.
 ZR_API ZRRESULT ZrCopySREF(const ZRSREF* source, ZRSREF** copy);
 
 /// ZrDestroyREF takes a record, overwrites it with zeros and releases it. Null is ignored.
@@ -102,7 +111,7 @@ ZR_API ZRRESULT ZrSREFToString(const ZRSREF* sref, ZRSTR* string) ZR_NOEXCEPT;
 /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS otherwise. `*ref` is unchanged then if an argument is null, if the text
 ///         hasn't exactly five dots or if there is nothing at all in front of, between or behind two of them; it is
 ///         null if there are six fields but not in the form above.
-/// @throws std::bad_alloc
+/// @throws std::bad_alloc if there is no memory for the record; `*ref` is unchanged then. See "Exceptions" in base.h.
 ///
 /// Linear; no allocation but the record.
 ZR_API ZRRESULT ZrStringToREF(ZRSTR string, ZRREF** ref);
@@ -113,7 +122,8 @@ ZR_API ZRRESULT ZrStringToREF(ZRSTR string, ZRREF** ref);
 /// @param sref  receives a new record with either ref or text.
 /// @return ZR_R_OK for every string, an empty one too; ZR_R_INVALID_ARGUMENTS, with `*sref` unchanged, if an argument
 ///         is null.
-/// @throws std::bad_alloc
+/// @throws std::bad_alloc if there is no memory for the record or for its ref; `*sref` is unchanged then. See
+///         "Exceptions" in base.h.
 ZR_API ZRRESULT ZrStringToSREF(ZRSTR string, ZRSREF** sref);
 
 /// ZrSplitRefName reads a text as ZrStringToREF does, into six numbers of the caller's.

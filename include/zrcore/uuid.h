@@ -10,7 +10,8 @@
 // released by ZrDestroyUUID.
 //
 // In this family a null argument gives ZR_R_INVALID_ARGUMENTS. The functions that make a heap record throw
-// std::bad_alloc when memory is exhausted. Any thread, any time, before ZrInitialize too; records have no lock.
+// std::bad_alloc if there is no memory for it; see "Exceptions" in base.h. Any thread, any time, before ZrInitialize
+// too; records have no lock.
 
 #ifndef ZRCORE_UUID_H
 #define ZRCORE_UUID_H
@@ -36,20 +37,26 @@ ZR_STATIC_ASSERT(sizeof(ZRUUID) == 16, "a ZRUUID is sixteen bytes");
 ZR_STATIC_ASSERT(offsetof(ZRUUID, data2) == 4 && offsetof(ZRUUID, data3) == 6 && offsetof(ZRUUID, data4) == 8,
                  "a ZRUUID has no gaps");
 
-/// ZrCreateUUID gives a new nil record. @throws std::bad_alloc
+/// ZrCreateUUID makes a nil record.
+///
+/// @return gives a record (ZrDestroyUUID); never null.
+/// @throws std::bad_alloc if there is no memory for the record; see "Exceptions" in base.h.
 ZR_API ZRUUID* ZrCreateUUID(void);
 
-/// ZrGenerateUUID gives a new record with a random value (version 4 of RFC 9562) from the system's generator.
+/// ZrGenerateUUID makes a record with a random value (version 4 of RFC 9562) from the system's generator.
 ///
-/// @return gives a record; should the system's generator fail, it holds nil and no error is reported.
-/// @throws std::bad_alloc
+/// @return gives a record (ZrDestroyUUID); never null. If the system's generator fails, the record is nil, and no error
+///         is reported.
+/// @throws std::bad_alloc if there is no memory for the record; see "Exceptions" in base.h.
 ZR_API ZRUUID* ZrGenerateUUID(void);
 
-/// ZrCopyUUID gives a new record with the value of `source`.
+/// ZrCopyUUID makes a record with the value of `source`.
 ///
-/// @param copy  receives the record.
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS, with `*copy` unchanged, if an argument is null.
-/// @throws std::bad_alloc; `*copy` is unchanged then.
+/// @param copy  gives the record (ZrDestroyUUID). Unchanged after a failure or an exception.
+/// @return
+///   - ZR_R_OK                 `*copy` was written.
+///   - ZR_R_INVALID_ARGUMENTS  an argument is null.
+/// @throws std::bad_alloc if there is no memory for the record; see "Exceptions" in base.h.
 ZR_API ZRRESULT ZrCopyUUID(const ZRUUID* source, ZRUUID** copy);
 
 /// ZrDestroyUUID overwrites a heap record with zeros and frees it. Null is ignored.
