@@ -21,11 +21,20 @@
 // In this family a null handle or a null pointer that is needed gives ZR_R_INVALID_POINTER. An array without what an
 // operation needs, made as above, gives ZR_R_FAILED.
 //
-// When memory is exhausted, ZrSafeArrayCreate and ZrSafeArrayCopy end the process, or throw std::bad_alloc where
-// nothing has been made yet, and so does all that copies an array which an element holds, or converts elements to
-// ZR_VT_BLOB. Other functions throw it, with the array as it was but for the element of a put, which may have lost its
-// value. Texts that elements should become are null then, and those of ZR_VT_UUID count as not converted. AddRef and
-// Release of objects in elements must not throw: what they throw may pass through or end the process.
+// Out of memory (see "Exceptions" in base.h):
+//
+//     a new array, a copy     its object      throws std::bad_alloc
+//                             all the rest    terminates the process, the copies of elements included
+//     shape, type, get, put   all             throws std::bad_alloc
+//     any                     new text        a null element; for the text of a UUID the element didn't convert
+//     any                     new blob        throws or terminates the process as ZrCreateBlob does
+//
+// Copying an element that is a variant with an array copies that array, and may terminate the process like any copy of
+// an array. After an exception of ZrSafeArrayRedim or ZrSafeArrayChangeType the array is as before; after one of a put
+// the element may be null.
+//
+// AddRef and Release of objects in elements must not throw. What they throw passes through the function that called
+// them, which may leave the array unusable, or terminates the process.
 //
 // Threads: before ZrInitialize too. An array has a flag that is taken and left at once, never waited for: by
 // ZrSafeArrayLock, by ZrSafeArrayAccessData, and for its duration by each get and put, which fail while it is taken,
@@ -57,13 +66,21 @@ ZR_STATIC_ASSERT(sizeof(ZrSafeArrayBound) == 8 && offsetof(ZrSafeArrayBound, low
 /// @param dimensions  any number.
 /// @param bounds      reads one record for each dimension, and the first of them even for 0.
 /// @return gives an array (ZrSafeArrayDestroy, or a variant that owns it); null if `bounds` is null.
+/// @throws std::bad_alloc if there is no memory for the array's object; see "Exceptions" in base.h. No memory for
+///         anything else terminates the process.
 ///
 /// Five allocations, one of them for the elements.
 ZR_API ZRSAFEARRAY ZrSafeArrayCreate(uint16_t tag, uint32_t dimensions, const ZrSafeArrayBound* bounds);
 
 /// ZrSafeArrayDestroy releases the elements and the array, whatever its flag.
 ///
-/// @return ZR_R_OK; ZR_R_INVALID_POINTER if `array` is null.
+/// @param array  takes the array.
+/// @return
+///   - ZR_R_OK               the array was released.
+///   - ZR_R_INVALID_POINTER  `array` is null.
+///
+/// Throws nothing, and needs no memory; see "Exceptions" in base.h. An exception from Release of an object in an
+/// element terminates the process.
 ZR_API ZRRESULT ZrSafeArrayDestroy(ZRSAFEARRAY array);
 
 /// ZrSafeArrayCopy makes an array with copies of the elements, its flag free. Strings and blobs are shared, interface
@@ -71,9 +88,13 @@ ZR_API ZRRESULT ZrSafeArrayDestroy(ZRSAFEARRAY array);
 /// neither ref nor text becomes null.
 ///
 /// @param copy  an array in it is destroyed first, so it must be null or a handle other than `source`; receives the new
-///              array, or null if `source` has no dimensions. Untouched if `source` is null.
-/// @return ZR_R_OK; ZR_R_INVALID_POINTER if an argument is null; ZR_R_INVALID_OBJECT_STATE if `source` has
-///         no dimensions.
+///              array, or null if `source` has no dimensions. Unchanged if `source` is null.
+/// @return
+///   - ZR_R_OK                    `*copy` gives the new array.
+///   - ZR_R_INVALID_POINTER       an argument is null.
+///   - ZR_R_INVALID_OBJECT_STATE  `source` has no dimensions.
+/// @throws std::bad_alloc if there is no memory for the new array's object; `*copy` is null then. No memory for
+///         anything else, the copies of elements included, terminates the process. See "Exceptions" in base.h.
 ZR_API ZRRESULT ZrSafeArrayCopy(ZRSAFEARRAY source, ZRSAFEARRAY* copy);
 
 /// ZrSafeArrayRedim gives the array another shape. Elements keep their place in the block, not their indices: as many
@@ -86,6 +107,8 @@ ZR_API ZRRESULT ZrSafeArrayCopy(ZRSAFEARRAY source, ZRSAFEARRAY* copy);
 /// @return ZR_R_OK; ZR_R_INVALID_POINTER if `array` is null; ZR_R_INVALID_OBJECT_STATE if it has no dimensions;
 ///         ZR_R_INVALID_ARGUMENTS if `bounds` is null or `dimensions` is 0; ZR_R_FAILED if it can't have elements.
 ///         Nothing has changed after a failure.
+/// @throws std::bad_alloc if there is no memory for the bounds, the elements or their copies; the array is as before.
+///         See "Exceptions" in base.h.
 ZR_API ZRRESULT ZrSafeArrayRedim(ZRSAFEARRAY array, uint32_t dimensions, const ZrSafeArrayBound* bounds);
 
 // ---- Elements ------------------------------------------------------------------------------------------------------
@@ -98,7 +121,10 @@ ZR_API ZRRESULT ZrSafeArrayRedim(ZRSAFEARRAY array, uint32_t dimensions, const Z
 ///                 is released before the element is read; it must not be the one that owns this array.
 /// @return ZR_R_OK; 1, a success without a value, if the array has no elements; ZR_R_INVALID_POINTER if an argument is
 ///         null; ZR_R_INVALID_OBJECT_STATE if the flag is taken; ZR_R_INVALID_ARGUMENTS, or ZR_R_FAILED for variants,
-///         if the offset is negative; ZR_R_FAILED as for the family; what ZrVariantCopy answers.
+///         if the offset is negative; ZR_R_FAILED as for the family; the codes of ZrVariantCopy for variants.
+/// @throws std::bad_alloc if there is no memory for the copy of a blob's handle, a REF, an SREF or what a variant
+///         holds. The variable is unchanged then; a variant was released, and has the element's tag word and a null
+///         Value. No other element needs memory. See "Exceptions" in base.h.
 ///
 /// Two atomic exchanges.
 ZR_API ZRRESULT ZrSafeArrayGetElement(ZRSAFEARRAY array, const uint32_t* indices, void* value);
@@ -111,6 +137,9 @@ ZR_API ZRRESULT ZrSafeArrayGetElement(ZRSAFEARRAY array, const uint32_t* indices
 /// @return as ZrSafeArrayGetElement, but ZR_R_INVALID_ARGUMENTS for negative offsets of variants too. For a REF or
 ///         SREF also what ZrCopyREF or ZrCopySREF answers if it isn't ZR_R_OK, with the element null then:
 ///         ZR_R_INVALID_ARGUMENTS for a null one, 1 for an SREF with neither ref nor text.
+/// @throws std::bad_alloc if there is no memory for the copy of a blob's handle, a REF, an SREF or what a variant
+///         holds. The old element was released then: the element is null, or a variant with the value's tag word and a
+///         null Value. No other element needs memory. See "Exceptions" in base.h.
 ///
 /// Where a put of a pointer has no place, by its offset or for want of elements, the copy that was made for it stays
 /// behind unowned.
@@ -209,6 +238,9 @@ ZR_API ZRRESULT ZrSafeArrayGetUBound(ZRSAFEARRAY array, uint32_t dimension, uint
 ///         they were: ZR_R_INVALID_POINTER if `array` is null; ZR_R_FAILED if elements can't have the tag, or the array
 ///         has none to convert. In the latter case, if it has dimensions, ZrSafeArrayGetVartype still tells the old
 ///         type, but elements that ZrSafeArrayRedim may bring are of the new one.
+/// @throws std::bad_alloc if there is no memory for the small object that knows the new type, for the new block or, as
+///         for ZrVariantChangeType, for a new element; the array is as before. Elements that become ZR_VT_BLOB may
+///         terminate the process as ZrCreateBlob does. See "Exceptions" in base.h.
 ///
 /// Between numbers nothing is allocated but the new block and a small object that knows the new type.
 ZR_API ZRRESULT ZrSafeArrayChangeType(ZRSAFEARRAY array, uint32_t flags, uint16_t tag);
@@ -225,6 +257,8 @@ ZR_API ZRRESULT ZrSafeArrayChangeType(ZRSAFEARRAY array, uint32_t flags, uint16_
 /// @param equal  receives 1 or 0. Left as it was for arrays of different shapes, lower bounds included: set it to
 ///               0 before.
 /// @return ZR_R_OK; ZR_R_INVALID_POINTER if an argument is null.
+///
+/// Throws nothing, and needs no memory; see "Exceptions" in base.h.
 ZR_API ZRRESULT ZrSafeArrayCompare(ZRSAFEARRAY left, ZRSAFEARRAY right, uint8_t* equal);
 
 #endif

@@ -14,20 +14,36 @@
 // A by-reference record owns nothing, is never released, and must not outlive what it points at. The bits 0x1000 and
 // 0x8000 mean nothing; they count where whole tag words are compared.
 //
-// A record starts from ZrVariantInit, from ZR_VARIANT_INIT or from 16 zero bytes; every function but ZrVariantInit
-// releases what its destination seems to hold, and most do so before they look at the source: the source, and what it
-// refers to, must not lie in what the destination owns, as an element of its array does. A chain of records that refer
-// to each other must end. The three marker words are set by ZrVariantInit and by every function that writes a new
-// value, and are zero after ZrVariantClear. Nothing tests them, but a comparison by value of numbers sees them:
-// ZrVariantCompare tells more. A number narrower than 64 bits lies in the first bytes of Value; what the functions here
-// store has zeros behind it.
+// A record starts from ZrVariantInit, from ZR_VARIANT_INIT or from 16 zero bytes. Every function that writes a
+// destination, except ZrVariantInit, releases what the destination holds by its tag word, so the record must have been
+// initialised. When the destination is released differs:
 //
-// In this family a null record gives ZR_R_INVALID_POINTER. When memory is exhausted, std::bad_alloc is thrown, except
-// for texts, which become null (those of ZR_VT_UUID and ZR_VT_CHAR32 answer ZR_R_NO_MEMORY); making a blob and copying
-// an array may end the process instead, as ZrCreateBlob and ZrSafeArrayCopy do. A destination holds then nothing, or
-// its tag with a null Value; a value that was to be converted in place is back in its place, and a conversion of an
-// array leaves the destination alone. AddRef and Release of objects in values must not throw: what they throw may pass
-// through or end the process.
+//   - ZrVariantCopy and ZrVariantCopyInd release the destination first and read the source's Value afterwards.
+//     ZrVariantChangeType does so too if the source has the target's tag already. The source record, and what it
+//     refers to, must not lie in what the destination owns, such as in an element of the destination's array.
+//   - ZrVariantChangeType to another type reads the source first and then releases what the destination owned. The
+//     source may lie in it.
+//
+// A chain of records that refer to each other must end. The three marker words are set by ZrVariantInit and by every
+// function that writes a new value, and are zero after ZrVariantClear. Nothing tests them, but a comparison by value of
+// numbers sees them: ZrVariantCompare tells more. A number narrower than 64 bits lies in the first bytes of Value; what
+// the functions here store has zeros behind it.
+//
+// In this family a null record gives ZR_R_INVALID_POINTER.
+//
+// Out of memory (see "Exceptions" in base.h): ZrVariantCopy, ZrVariantCopyInd and ZrVariantChangeType throw
+// std::bad_alloc, with two exceptions. A new text is null, and the result is ZR_R_OK, or ZR_R_NO_MEMORY for the text of
+// a ZR_VT_UUID or ZR_VT_CHAR32. The bytes of a new blob and the parts of a copied array terminate the process, as in
+// ZrCreateBlob and ZrSafeArrayCopy. Copying a string needs no memory. When one of the three throws, the destination
+//
+//     of a copy                                was released; has the tag of the value and a null Value
+//     of ZrVariantChangeType to the same tag   the same
+//     of a scalar converted to another record  was released and is empty
+//     of a scalar converted in place           holds its value as before, or as ZrVariantCopy would have copied it
+//     of a converted array                     holds its value as before
+//
+// AddRef and Release of objects in values must not throw. What they throw passes through the function that called them
+// or terminates the process.
 //
 // Any thread, before ZrInitialize too; a record has no lock, so one at a time for a record, or any number that only
 // read it. Strings and blobs behind records may be shared between threads.
@@ -162,21 +178,32 @@ ZR_API ZRRESULT ZrVariantInit(ZRVARIANT* variant) ZR_NOEXCEPT;
 ///
 /// A record whose tag word is 0 is left as it is, its Value and marker words too.
 ///
-/// @return ZR_R_OK; ZR_R_INVALID_POINTER if `variant` is null; ZR_R_INVALID_ARGUMENTS for a tag word that is not 0 with
-///         tag 0, a tag that is not assigned or one above 53, with or without ZR_VT_BYREF; the result of
-///         ZrSafeArrayDestroy for an array. Whatever the answer, a tag word that is not 0 leaves 16 zero bytes.
+/// @return A record whose tag word was not 0 is 16 zero bytes afterwards, whatever the result.
+///   - ZR_R_OK                 the record is empty.
+///   - ZR_R_INVALID_POINTER    `variant` is null, or the record owned an array and its handle was null.
+///   - ZR_R_INVALID_ARGUMENTS  the tag word is not 0, has no ZR_VT_ARRAY, and its tag is 0, not assigned or above 53,
+///                             with or without ZR_VT_BYREF.
+///
+/// Throws nothing of its own, and needs no memory; see "Exceptions" in base.h. An exception from Release of an object
+/// in the record passes through; the record is 16 zero bytes then.
 ZR_API ZRRESULT ZrVariantClear(ZRVARIANT* variant);
 
-/// ZrVariantCopy releases the destination and makes it a copy of the source.
+/// ZrVariantCopy releases the destination, then makes it a copy of the source.
 ///
 /// Strings and blobs are shared, interface pointers get one more reference, records and arrays are copied. A
 /// by-reference record becomes another one with the same address. A null string becomes an empty one, and a ZRSREF with
 /// neither ref nor text becomes null; other nulls stay.
 ///
-/// @param destination  released without a word, whatever its tag. Being the source itself, it ends empty.
-/// @return ZR_R_OK; ZR_R_INVALID_POINTER, with nothing changed, if an argument is null; with the tag word and a null
-///         Value in the destination: ZR_R_INVALID_ARGUMENTS for tags that are not assigned or above 53, and what
-///         ZrSafeArrayCopy answers if it isn't ZR_R_OK.
+/// @param destination  released before the source is read, whatever its tag; errors of the release are ignored. If it
+///                     is the source itself, it is empty afterwards.
+/// @return After a failure the destination was released and has the source's tag word and a null Value, unless an
+///         argument is null.
+///   - ZR_R_OK                 the destination is a copy.
+///   - ZR_R_INVALID_POINTER    an argument is null: nothing changed. Or the source owns an array whose handle is null.
+///   - ZR_R_INVALID_ARGUMENTS  the source's tag is not assigned or above 53.
+///   - other codes             of ZrSafeArrayCopy, for an array that the source owns.
+/// @throws std::bad_alloc if there is no memory for a record, a blob's handle or an array's object; the destination was
+///         released and has the source's tag word and a null Value. See "Exceptions" in base.h.
 ZR_API ZRRESULT ZrVariantCopy(ZRVARIANT* destination, const ZRVARIANT* source);
 
 /// ZrVariantCopyInd is ZrVariantCopy, but of a by-reference source the destination gets a value of its own.
@@ -186,12 +213,20 @@ ZR_API ZRRESULT ZrVariantCopy(ZRVARIANT* destination, const ZRVARIANT* source);
 /// record, a string as an empty one, and a variant as ZR_VT_VARIANT with a null Value. A null handle that an existing
 /// address points at stays null, but a string's.
 ///
-/// @param destination  released without a word, whatever its tag. Being the source itself, it ends empty.
-/// @return ZR_R_OK; ZR_R_INVALID_POINTER if an argument is null, with nothing changed, or, with the destination
-///         released, if the source's array address is; ZR_R_INVALID_ARGUMENTS for a tag that is 0 (under ZR_VT_BYREF),
-///         not assigned or above 53: the destination then has this tag (with its flags, unless it stood under
-///         ZR_VT_BYREF) and a null Value; the same code for a by-reference record as both arguments; what
-///         ZrSafeArrayCopy answers if it isn't ZR_R_OK, with the array's tag and a null Value.
+/// @param destination  released before the source's Value is read, whatever its tag; errors of the release are ignored.
+///                     If it is the source itself, it is empty afterwards.
+/// @return
+///   - ZR_R_OK                 the destination has a value of its own.
+///   - ZR_R_INVALID_POINTER    an argument is null: nothing changed. Or the address of an array is null: the
+///                             destination was released and is empty. Or an array's handle is null: the destination
+///                             was released and has the array's tag and a null Value.
+///   - ZR_R_INVALID_ARGUMENTS  the tag is not assigned, above 53, or 0 in a by-reference record: the destination was
+///                             released and has this tag and a null Value. The tag has no flags if it was found in a
+///                             by-reference record. The same code if a by-reference record is both arguments.
+///   - other codes             of ZrSafeArrayCopy: the destination was released and has the array's tag and a null
+///                             Value.
+/// @throws std::bad_alloc as ZrVariantCopy; the destination was released and has the tag of the value and a null Value.
+///         See "Exceptions" in base.h.
 ZR_API ZRRESULT ZrVariantCopyInd(ZRVARIANT* destination, const ZRVARIANT* source);
 
 /// ZrVariantIsContentEmpty tells whether a value has no content. It has no way to fail.
@@ -250,25 +285,36 @@ ZR_API uint8_t ZrVariantIsContentEmpty(const ZRVARIANT* variant) ZR_NOEXCEPT;
 /// and hexadecimal fractions behind a sign; "%f" rounds the exact value, to the even digit in the middle of two, and
 /// writes "inf", "-inf", "nan" and "-nan".
 ///
-/// @param destination  released first, in all cases but those marked below. May be the source itself.
+/// @param destination  may be the source itself. Another record's old value is released after the source was converted,
+///                     but before the source is read if that has the target's tag already.
 /// @param flags        no effect; pass 0.
 /// @param target       a tag without flags.
-/// @return ZR_R_OK, or, looked for in this order, but behind a source that has the target's tag already:
-///         ZR_R_INVALID_POINTER (*) if an argument is null;
-///         ZR_R_NOT_SUPPORTED (*) if the source is by reference;
-///         ZR_R_FAILED (*) if an element of an array doesn't convert, if the array has none, or if arrays can't have
-///         elements of the target;
-///         ZR_R_INVALID_ARGUMENTS if the target is ZR_VT_EMPTY, not assigned or has flags, and for ZR_VT_VARIANT by
-///         value to a time, a currency, a text, a blob, a UUID, a REF or an SREF;
-///         ZR_R_NOT_SUPPORTED if the types don't convert;
-///         ZR_R_INVALID_ARGUMENTS for a number out of range, a null record behind the source's tag, an SREF with
-///         neither ref nor text, and a text that is no date, time, UUID or REF;
-///         ZR_R_FAILED for a text that is no number, for one out of a range of up to 32 bits or below 0 as an unsigned
-///         one, and for a blob without bytes as a ZR_VT_UUID;
-///         ZR_R_NO_MEMORY for the text of a ZR_VT_UUID or ZR_VT_CHAR32.
-///         (*) leave the destination as it was. After the others it is empty, and its Value may hold remains that no
-///         longer belong to anybody, such as the nearest number of a text out of range; in place, the value stands as
-///         it was, or as ZrVariantCopy would have copied it where the two differ.
+/// @return The first code that applies; but a source that has the target's tag already is ZR_R_OK, unless an argument
+///         is null. After the codes with (*) the destination is as it was. After other failures a destination that is
+///         another record was released and is empty; a value that was to be converted in place is as before, or as
+///         ZrVariantCopy would have copied it where the two differ.
+///   - ZR_R_OK                   the destination has the target's type.
+///   - ZR_R_INVALID_POINTER (*)  an argument is null.
+///   - ZR_R_NOT_SUPPORTED (*)    the source is by reference.
+///   - ZR_R_FAILED (*)           an element of an array doesn't convert, the array is null or has no elements, or
+///                               arrays can't have elements of the target.
+///   - ZR_R_INVALID_ARGUMENTS    the target is ZR_VT_EMPTY, not assigned or has flags; or the source is a ZR_VT_VARIANT
+///                               by value and the target a time, a currency, a text, a blob, a UUID, a REF or an SREF.
+///   - ZR_R_NOT_SUPPORTED        the types don't convert.
+///   - ZR_R_INVALID_ARGUMENTS    a number is out of range, the source's record is null, an SREF has neither ref nor
+///                               text, or a text is not a valid date, time, UUID or REF.
+///   - ZR_R_FAILED               a text is not a number; it is out of a range of up to 32 bits, or below 0 for an
+///                               unsigned target; or a blob has no bytes for a ZR_VT_UUID.
+///   - ZR_R_NO_MEMORY            out of memory for the text of a ZR_VT_UUID or ZR_VT_CHAR32.
+/// @throws std::bad_alloc if there is no memory for a record, a blob's handle, an array's object or its new elements;
+///         or to parse certain texts: for ZR_VT_UUID those of 64 units or more, or with units beyond ASCII; for
+///         ZR_VT_R4 and ZR_VT_R8, and with a minus sign for ZR_VT_UI8 and ZR_VT_QWORD, those that are not plain decimal
+///         numbers of ordinary length. The destination is then as the top of this header says. See "Exceptions" in
+///         base.h.
+///
+/// Leak: if the conversion of a null ZR_VT_REF to a ZR_VT_SREF in another record fails, Value.sref is a new record that
+/// nothing releases. Other failures may leave in Value what needs no release, such as the nearest number for a text out
+/// of range.
 ///
 /// Between numbers nothing is allocated.
 ZR_API ZRRESULT ZrVariantChangeType(ZRVARIANT* destination, const ZRVARIANT* source, uint32_t flags, uint16_t target);
@@ -292,6 +338,8 @@ ZR_API ZRRESULT ZrVariantChangeType(ZRVARIANT* destination, const ZRVARIANT* sou
 ///         of an array is null; ZR_R_NOT_SUPPORTED for interface pointers, and ZR_VT_OPAQUE by reference;
 ///         ZR_R_INVALID_ARGUMENTS for a null ZR_VT_UUID, a null blob, ZR_VT_VARIANT by value, ZR_VT_EMPTY by reference,
 ///         and tags that are not assigned or above 53.
+///
+/// Throws nothing, and needs no memory; see "Exceptions" in base.h.
 ZR_API ZRRESULT ZrVariantCompare(const ZRVARIANT* left, const ZRVARIANT* right, uint8_t* equal);
 
 #endif
