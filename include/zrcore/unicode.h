@@ -14,7 +14,7 @@
 //
 // Lengths are signed, in code units of the form that is named, and -1 means that the text runs to its terminator. In
 // this family a null argument gives ZR_R_INVALID_ARGUMENTS unless it is said otherwise. Only the range converters
-// throw: std::bad_alloc.
+// throw: std::bad_alloc (see "Exceptions" in base.h).
 //
 // Any thread, any time, before ZrInitialize too: all work is on the arguments alone. All is linear in the length.
 
@@ -39,7 +39,8 @@
 /// @param length  in code points; -1 means all up to the first zero.
 /// @param string  receives the string: the shared empty string for a length of 0; null when memory is exhausted.
 /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS, with `*string` untouched, if an argument is null, `length` is below -1 or
-///         the string would have more than 0x7FFFFFFF units; ZR_R_NO_MEMORY.
+///         the string would have more than 0x7FFFFFFF units; ZR_R_NO_MEMORY. A string of exactly 0x7FFFFFFF units is
+///         made, but its byteLen wraps to 0, so it can only be destroyed (string.h).
 ///
 /// One allocation, none for a length of 0.
 ZR_API ZRRESULT ZrCreateZRSTRfromUTF32(const char32_t* text, int32_t length, ZRSTR* string) ZR_NOEXCEPT;
@@ -57,7 +58,8 @@ ZR_API ZRRESULT ZrCreateZRSTRfromUTF32(const char32_t* text, int32_t length, ZRS
 /// @param length  in bytes; -1 means all up to the first zero byte.
 /// @param string  receives the string: the shared empty string for a length of 0; null when memory is exhausted.
 /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS, with `*string` untouched, if an argument is null, `length` is below -1 or
-///         the string would have more than 0x7FFFFFFF units; ZR_R_NO_MEMORY; ZR_R_FAILED if the text yielded fewer
+///         the string would have more than 0x7FFFFFFF units (exactly as many are accepted, as by
+///         ZrCreateZRSTRfromUTF32); ZR_R_NO_MEMORY; ZR_R_FAILED if the text yielded fewer
 ///         units than its lead bytes promised, because its last sequence lacks more than one byte or a sequence of four
 ///         bytes is overlong. The string is given then all the same, zero units in the places that are left:
 ///         destroy it.
@@ -72,19 +74,24 @@ ZR_API ZRRESULT ZrUTF8toZRSTR(const char* text, int32_t length, ZRSTR* string) Z
 // ---- Writing into the caller's buffer ------------------------------------------------------------------------------
 //
 // `*capacity` is -1 to ask for the size, else the units of the target form that `buffer` has room for. Asking stores
-// the units needed, terminator included, and answers ZR_R_OK; writing leaves `*capacity` as it was. A buffer of exactly
-// the size asked for is the only one that all of the writers accept.
+// the units needed, terminator included, and returns ZR_R_OK; each writer says what happens to a size that doesn't fit
+// 31 bits. Writing leaves `*capacity` as it was. A buffer of exactly the stored size is the only one that all of the
+// writers accept.
 //
-// All of them answer ZR_R_INVALID_ARGUMENTS, with nothing written, if `source` or `capacity` is null, `length` is 0 or
-// below -1, `*capacity` is below -1, or `buffer` is null when it is not the size that is asked for. A `length` of -1
+// All of them return ZR_R_INVALID_ARGUMENTS, with nothing written, if `source` or `capacity` is null, `length` is 0 or
+// below -1, `*capacity` is below -1, or `buffer` is null and `*capacity` is not -1. A `length` of -1
 // means ZrStringLen(source), which may be 0; any other is taken as given and never compared with the string's own.
 
 /// ZrCreateWCHARfromZRSTR copies a string's units.
 ///
-/// The smaller of `length` and the capacity is copied and zero units fill the rest of the buffer. If there is no rest,
-/// the text is cut without a sign and has no terminator.
+/// Asked for the size, it stores the length and one more; that is at most 0x7FFFFFFF and never wraps.
 ///
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS as above, and for a `length` of 0x7FFFFFFF.
+/// Writing, it copies the smaller of the length and the capacity, and fills the rest of the buffer with zero units. If
+/// there is no rest, the text has no terminator and may be cut, and the result is ZR_R_OK all the same.
+///
+/// @return
+///   - ZR_R_OK                 the size was stored, or the buffer was filled.
+///   - ZR_R_INVALID_ARGUMENTS  as above, or `length` is 0x7FFFFFFF, in either use.
 ZR_API ZRRESULT ZrCreateWCHARfromZRSTR(ZRSTR source, int32_t length, WCHAR* buffer, int32_t* capacity) ZR_NOEXCEPT;
 
 /// ZrCreateUTF16fromZRSTR is ZrCreateWCHARfromZRSTR under a second name.
@@ -92,9 +99,13 @@ ZR_API ZRRESULT ZrCreateUTF16fromZRSTR(ZRSTR source, int32_t length, WCHAR* buff
 
 /// ZrCreateUTF32fomZRSTR writes a string as code points. (The name is spelt so.)
 ///
-/// It converts one unit more than `length`: the terminator, or whatever stands there. Asked for the size, it counts a
-/// true pair as one and a lone surrogate as nothing, and stores 0 if a lone surrogate is the very last unit. Writing, a
-/// lone surrogate stores nothing but takes the unit behind it along and counts as a step.
+/// It converts one unit more than `length`: the terminator, or whatever stands there.
+///
+/// Asked for the size, it counts a true pair as one and a lone surrogate as nothing, and stores 0 if the very last unit
+/// is a surrogate outside a pair. A count of 0x80000000, which only a `length` of 0x7FFFFFFF without surrogates
+/// reaches, wraps: it is stored as -2147483648, with ZR_R_OK. Every smaller count is stored as it is.
+///
+/// Writing, a lone surrogate stores nothing, but the unit after it is skipped with it, and both count as one step.
 ///
 /// Writing ends when the steps reach the capacity or the units are used up. Beware of a capacity of 0: no count of
 /// steps is ever 0, so all units are written, into a buffer that must have room for them.
@@ -107,9 +118,11 @@ ZR_API ZRRESULT ZrCreateUTF32fomZRSTR(ZRSTR source, int32_t length, char32_t* bu
 /// ZrCreateUTF8fromZRSTR writes a string as UTF-8 and a zero byte.
 ///
 /// Asked for the size, it counts four bytes for a true pair and none for a lone surrogate, and stores 1 if a lone
-/// surrogate is the last unit; a size beyond 31 bits is stored wrapped. Writing, any surrogate is merged with the unit
-/// behind it, and one in the last place ends the text as if nothing had been written. Of a merged value above 0x1FFFFF,
-/// which four bytes don't hold, the low 21 bits are written.
+/// surrogate is the last unit. A size of more than 0x7FFFFFFF wraps: its low 32 bits are stored as a signed number,
+/// with ZR_R_OK, and the number may be negative or too small. A text of up to 715827882 units never wraps.
+///
+/// Writing, any surrogate is merged with the unit after it, and one in the last place ends the text as if nothing had
+/// been written. Of a merged value above 0x1FFFFF, which four bytes don't hold, the low 21 bits are written.
 ///
 /// A buffer that is too small cuts the text, even inside a character, and succeeds; one that is too large fails.
 ///
@@ -128,19 +141,21 @@ ZR_API ZRRESULT ZrCreateUTF8fromZRSTR(ZRSTR source, int32_t length, char* buffer
 //
 // All answer ZR_R_OK; ZR_R_INVALID_ARGUMENTS, with `*buffer` untouched, if `buffer` is null, `begin` is behind `end` or
 // `begin` alone is null; ZR_R_INVALID_ARGUMENTS too for what each refuses: `*buffer` is given then all the same, with
-// what was converted so far. They throw std::bad_alloc, with `*buffer` untouched, when the new-handler can't help.
-// One allocation.
+// what was converted so far. They throw std::bad_alloc, with `*buffer` unchanged, if there is no memory for the
+// buffer. One allocation.
 
 /// ZrUTF16toUTF32 merges every surrogate with the unit behind it, pair or not, and takes other units as they are.
 ///
 /// @param buffer  receives `end - begin + 1` code points.
 /// @return as above; refuses a surrogate in the last place.
+/// @throws std::bad_alloc as above; see "Exceptions" in base.h.
 ZR_API ZRRESULT ZrUTF16toUTF32(const WCHAR* begin, const WCHAR* end, uint8_t stopAtZero, char32_t** buffer);
 
 /// ZrUTF32toUTF16 makes one unit of each code point below 0xFFFF and a pair of each from 0x10000 to 0x10FFFE.
 ///
 /// @param buffer  receives `(end - begin) * 2 + 1` units.
 /// @return as above; refuses 0xFFFF itself and every value above 0x10FFFE.
+/// @throws std::bad_alloc as above; see "Exceptions" in base.h.
 ZR_API ZRRESULT ZrUTF32toUTF16(const char32_t* begin, const char32_t* end, uint8_t stopAtZero, WCHAR** buffer);
 
 /// ZrUTF32toUTF8 makes one byte below 0x7F, two below 0x7FF, three below 0xFFFF and four below 0x1FFFFF. The limits
@@ -148,13 +163,15 @@ ZR_API ZRRESULT ZrUTF32toUTF16(const char32_t* begin, const char32_t* end, uint8
 ///
 /// @param buffer  receives `(end - begin) * 4 + 1` bytes.
 /// @return as above; refuses 0x1FFFFF and above.
+/// @throws std::bad_alloc as above; see "Exceptions" in base.h.
 ZR_API ZRRESULT ZrUTF32toUTF8(const char32_t* begin, const char32_t* end, uint8_t stopAtZero, char** buffer);
 
 /// ZrUTF8toUTF32 makes a code point of every lead byte from 0xC0 up and the one to three bytes behind it, whatever they
 /// are, and takes other bytes as they are, those from 0x80 to 0xBF too.
 ///
 /// @param buffer  receives `end - begin + 1` code points.
-/// @return as above; refuses a range that ends inside a sequence. Nothing behind `end` is read.
+/// @return as above; refuses a range that ends inside a sequence. Nothing past `end` is read.
+/// @throws std::bad_alloc as above; see "Exceptions" in base.h.
 ZR_API ZRRESULT ZrUTF8toUTF32(const char* begin, const char* end, uint8_t stopAtZero, char32_t** buffer);
 
 // ---- UTF-8 with replacement, raw copies ----------------------------------------------------------------------------
@@ -162,12 +179,17 @@ ZR_API ZRRESULT ZrUTF8toUTF32(const char* begin, const char* end, uint8_t stopAt
 /// ZrZRSTRtoUTF8 writes a string up to its first zero unit as well-formed UTF-8, and a zero byte. A lone surrogate
 /// becomes the replacement character, EF BF BD.
 ///
+/// With a `size` of 0 it writes nothing and returns the bytes that are needed, zero byte included. `buffer` is not used
+/// then: it may be null, the string itself or anything else.
+///
 /// @param string  a string; any zero-terminated text will do.
-/// @param buffer  may be null if `size` is 0.
-/// @param size    of the buffer, in bytes; 0 asks for the size needed.
-/// @return the bytes written, zero byte included; the bytes needed, if `size` is 0; 0 if `string` is null, `size` is
-///         negative, `buffer` is null or `string` itself while `size` is not 0, the answer doesn't fit 31 bits, or the
-///         buffer is too small. In the last case it holds the characters that found room, without a zero byte.
+/// @param buffer  receives the text and a zero byte; not used if `size` is 0.
+/// @param size    of the buffer, in bytes; 0 asks for the size.
+/// @return the bytes written, or needed if `size` is 0, zero byte included. It is 0 after a failure:
+///   - `string` is null or `size` is negative;
+///   - `size` is 0 and more than 0x7FFFFFFF bytes are needed;
+///   - `size` is not 0, and `buffer` is null or has the address of `string`: nothing was written;
+///   - `size` is not 0 and too small: the buffer holds the characters that had room, without a zero byte.
 ZR_API int32_t ZrZRSTRtoUTF8(ZRSTR string, char* buffer, int32_t size) ZR_NOEXCEPT;
 
 /// ZrCopyZRSTR2WCHAR copies `count` units as they are, and no more: no terminator, no look at the source's length.
