@@ -18,9 +18,9 @@ class ComponentTest : public testing::Test {
  protected:
   ComponentTest() {
     (void)TakeModuleLog();
-    EXPECT_EQ(ZrInitialize(), ZR_R_OK);
+    EXPECT_RESULT(ZrInitialize(), ZR_R_OK);
   }
-  ~ComponentTest() override { EXPECT_EQ(ZrUninitialize(), ZR_R_OK); }
+  ~ComponentTest() override { EXPECT_RESULT(ZrUninitialize(), ZR_R_OK); }
 
   FakeDiscovery& New(const std::vector<FakeDiscovery::Entry>& entries) { return discoveries_.emplace_back(entries); }
   uint32_t Add(const std::vector<FakeDiscovery::Entry>& entries) { return New(entries).Add(); }
@@ -70,9 +70,9 @@ TEST_F(ComponentTest, DiscoveriesAreAskedInTheOrderOfTheirCookies) {
   EXPECT_EQ(Remove(cookie), Done(ZR_R_OK, "good.exit good.unload"));
   EXPECT_EQ(Remove(cookie), Done(ZR_R_UNKNOWN_IDENTIFIER, ""));
   EXPECT_EQ(Create(1), Done(ZR_R_OK, "function.create"));
-  EXPECT_EQ(ZrUninitialize(), ZR_R_OK);
+  EXPECT_RESULT(ZrUninitialize(), ZR_R_OK);
   EXPECT_EQ(first.references + second.references, 0u) << "the last call releases what was never removed";
-  EXPECT_EQ(ZrInitialize(), ZR_R_OK);
+  EXPECT_RESULT(ZrInitialize(), ZR_R_OK);
   EXPECT_EQ(first.Add(), cookie + 3) << "a cookie isn't used again, and a new cycle goes on counting";
 }
 
@@ -154,16 +154,16 @@ TEST_F(ComponentTest, NamesAreLearntOnceAndKept) {
   ZRSTR none = known;
   for (const ZRRESULT removal : {ZR_R_OK, ZR_R_UNKNOWN_IDENTIFIER}) {
     Owned name;
-    EXPECT_EQ(ZrCLSIDFromClassName(known, &classId), ZR_R_OK);
-    EXPECT_EQ(ZrClassNameFromCLSID(&ids[0], &name.string), ZR_R_OK);
-    EXPECT_EQ(ZrClassNameFromCLSID(&ids[1], &none), ZR_R_OK);
+    EXPECT_RESULT(ZrCLSIDFromClassName(known, &classId), ZR_R_OK);
+    EXPECT_RESULT(ZrClassNameFromCLSID(&ids[0], &name.string), ZR_R_OK);
+    EXPECT_RESULT(ZrClassNameFromCLSID(&ids[1], &none), ZR_R_OK);
     EXPECT_TRUE(classId == ids[0] && ContentOf(name) == W("Learnt.Once") && none == nullptr);
     EXPECT_EQ(discovery.asked, 3u);
     EXPECT_EQ(Remove(cookie).first, removal);
   }
   none = known;
-  EXPECT_EQ(ZrCLSIDFromClassName(unknown, &classId), ZR_R_FAILED) << "exact, case too";
-  EXPECT_EQ(ZrClassNameFromCLSID(&ids[2], &none), ZR_R_FAILED);
+  EXPECT_RESULT(ZrCLSIDFromClassName(unknown, &classId), ZR_R_FAILED) << "exact, case too";
+  EXPECT_RESULT(ZrClassNameFromCLSID(&ids[2], &none), ZR_R_FAILED);
   EXPECT_TRUE(classId == ids[0] && none == known.string) << "not cleared";
 }
 
@@ -174,16 +174,16 @@ TEST_F(ComponentTest, ExceptionsOfDiscoveriesBecomeCodes) {
     if (operation == thrower) throw std::runtime_error("thrown");
   };
   uint32_t cookie = 0;
-  EXPECT_EQ(ZrAddComponentDiscovery(&discovery, &cookie), ZR_R_UNEXPECTED);
-  EXPECT_EQ(Remove(cookie).first, ZR_R_UNKNOWN_IDENTIFIER);
-  EXPECT_EQ(Create(31).first, ZR_R_CLASS_NOT_REGISTERED) << "without a reference it isn't asked";
+  EXPECT_RESULT(ZrAddComponentDiscovery(&discovery, &cookie), ZR_R_UNEXPECTED);
+  EXPECT_RESULT(Remove(cookie).first, ZR_R_UNKNOWN_IDENTIFIER);
+  EXPECT_RESULT(Create(31).first, ZR_R_CLASS_NOT_REGISTERED) << "without a reference it isn't asked";
   thrower = "QueryComponent";
   cookie = discovery.Add();
-  EXPECT_EQ(Create(31).first, ZR_R_REQUEST_ABORTED);
+  EXPECT_RESULT(Create(31).first, ZR_R_REQUEST_ABORTED);
   thrower = "Release";
-  EXPECT_EQ(Create(31).first, ZR_R_OK) << "nothing is half done";
-  EXPECT_EQ(Remove(cookie).first, ZR_R_UNEXPECTED);
-  EXPECT_EQ(Remove(cookie).first, ZR_R_UNKNOWN_IDENTIFIER) << "what was handled stays removed";
+  EXPECT_RESULT(Create(31).first, ZR_R_OK) << "nothing is half done";
+  EXPECT_RESULT(Remove(cookie).first, ZR_R_UNEXPECTED);
+  EXPECT_RESULT(Remove(cookie).first, ZR_R_UNKNOWN_IDENTIFIER) << "what was handled stays removed";
 }
 
 TEST_F(ComponentTest, DiscoveriesAndModulesMayCallBack) {
@@ -194,7 +194,7 @@ TEST_F(ComponentTest, DiscoveriesAndModulesMayCallBack) {
   leaving.onCall = [cookie](const std::string& operation) {
     EXPECT_TRUE(operation != "QueryComponent" || Remove(cookie).first == ZR_R_OK);
   };
-  EXPECT_EQ(Create(9).first, ZR_R_CLASS_NOT_REGISTERED);
+  EXPECT_RESULT(Create(9).first, ZR_R_CLASS_NOT_REGISTERED);
   EXPECT_EQ(other.asked, 1u);
   EXPECT_EQ(leaving.references, 0u);
   leaving.onCall = nullptr;
@@ -203,9 +203,9 @@ TEST_F(ComponentTest, DiscoveriesAndModulesMayCallBack) {
   leaving.Add();
   EXPECT_EQ(Create(1).second, "reentering.load reentering.init reentering.create good.load good.init good.create");
   EXPECT_EQ(Remove(otherCookie), Done(ZR_R_OK, "good.exit good.unload"));
-  EXPECT_EQ(ZrUninitialize(), ZR_R_OK);
+  EXPECT_RESULT(ZrUninitialize(), ZR_R_OK);
   EXPECT_EQ(TakeModuleLog(), "reentering.exit reentering.closed reentering.unload");
-  EXPECT_EQ(ZrInitialize(), ZR_R_OK);
+  EXPECT_RESULT(ZrInitialize(), ZR_R_OK);
 }
 
 // The module ends and comes back by another discovery, all in its own ZrExitModule.
@@ -240,7 +240,7 @@ TEST_F(ComponentTest, ADiscoveryIsReleasedWhenItsAnswerIsKept) {
   FakeDiscovery &leaving = New({{1, {}, kFunction}}), &next = New({{2, {}, kFunction}}), &last = New({});
   const uint32_t cookie = leaving.Add(), nextCookie = next.Add();
   last.Add();
-  ZRRESULT created = ZR_R_TIMEOUT;
+  Result created = ZR_R_TIMEOUT;
   leaving.onCall = [&](const std::string& operation) {
     EXPECT_TRUE(operation != "QueryComponent" || ZrRemoveComponentDiscovery(cookie) == ZR_R_OK);
     if (operation == "Release") created = Create(1).first;

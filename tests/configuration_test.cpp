@@ -50,7 +50,7 @@ struct Host {
     return InForce();
   }
   std::string Remove() {
-    EXPECT_EQ(ZrRemoveComponentDiscovery(cookie), ZR_R_OK);
+    EXPECT_RESULT(ZrRemoveComponentDiscovery(cookie), ZR_R_OK);
     return InForce();
   }
 
@@ -119,7 +119,7 @@ TEST_F(ConfigurationTest, TheFirstDiscoveryDecidesUntilTheLastIsRemoved) {
   ZrDestroyREF(ZrCreateREF());
   EXPECT_EQ(large.Add(), "on 1/5 0/5");
   EXPECT_EQ(small.Remove(), "on 1/5 0/5");
-  EXPECT_EQ(ZrRemoveComponentDiscovery(small.cookie), ZR_R_UNKNOWN_IDENTIFIER);
+  EXPECT_RESULT(ZrRemoveComponentDiscovery(small.cookie), ZR_R_UNKNOWN_IDENTIFIER);
 
   // The shutdown of the registry leaves the other one in the count.
   ZrUninitialize();
@@ -157,7 +157,7 @@ TEST_F(ConfigurationTest, AClassIsConfiguredByTheDiscoveryThatReportedIt) {
   const Owned wanted(Units(W("Wanted")));
   const uint32_t firstCookie = first.Add(), secondCookie = second.Add();
   first.configure = [&](const ZRUUID&, ZRSTR, IZrConfiguration** given) {
-    EXPECT_EQ(ZrRemoveComponentDiscovery(firstCookie), ZR_R_OK) << "it may go while it is asked";
+    EXPECT_RESULT(ZrRemoveComponentDiscovery(firstCookie), ZR_R_OK) << "it may go while it is asked";
     return *given = &ofFirst, ZR_R_ACCESS_DENIED;
   };
   second.configure = [&](const ZRUUID& classId, ZRSTR name, IZrConfiguration** given) {
@@ -177,7 +177,7 @@ TEST_F(ConfigurationTest, AClassIsConfiguredByTheDiscoveryThatReportedIt) {
   EXPECT_EQ(query(3), Answer(ZR_R_FAILED, &ofSecond));
   EXPECT_EQ(query(4), Answer(ZR_R_CLASS_NOT_REGISTERED, nullptr));
   EXPECT_EQ(first.references, 0u);
-  EXPECT_EQ(ZrRemoveComponentDiscovery(secondCookie), ZR_R_OK);
+  EXPECT_RESULT(ZrRemoveComponentDiscovery(secondCookie), ZR_R_OK);
 }
 
 // A removal stops a module, which removes the same discovery.

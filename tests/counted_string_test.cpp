@@ -16,7 +16,7 @@ TEST(CountedString, CreatorsFollowTheirRules) {
       if (length >= 0) expected.resize(static_cast<std::size_t>(length));
       for (const auto create : {ZrCreateZRSTRfromWCHAR, ZrCreateZRSTRfromUTF16, ZrCreateStringLen_2}) {
         ZRSTR string = before;
-        EXPECT_EQ(create(text, length, &string), isRefused ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK);
+        EXPECT_RESULT(create(text, length, &string), isRefused ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK);
         EXPECT_EQ(string == before.string, isRefused) << "a refusal leaves the variable";
         if (isRefused) continue;
         EXPECT_EQ(string == shared.string, isShared);
@@ -28,7 +28,7 @@ TEST(CountedString, CreatorsFollowTheirRules) {
       EXPECT_EQ(ContentOf(exact), expected);
     }
   }
-  EXPECT_EQ(ZrCreateZRSTRfromWCHAR(W("a"), 1, nullptr), ZR_R_INVALID_ARGUMENTS);
+  EXPECT_RESULT(ZrCreateZRSTRfromWCHAR(W("a"), 1, nullptr), ZR_R_INVALID_ARGUMENTS);
   EXPECT_EQ(ZrCreateString(nullptr), nullptr);
 }
 
@@ -102,11 +102,11 @@ TEST(CountedString, Compares) {
     for (const Units& right : kTexts) {
       SCOPED_TRACE(testing::Message() << &left - kTexts << ", " << &right - kTexts);
       const Owned leftString(left.empty() ? Owned() : Owned(left)), rightString(right);
-      EXPECT_EQ(ZrCompareString(leftString, rightString, &order), ZR_R_OK);
+      EXPECT_RESULT(ZrCompareString(leftString, rightString, &order), ZR_R_OK);
       EXPECT_EQ(SignOf(order), SignOf(bytesOf(left).compare(bytesOf(right))));
       // A string that begins with a zero unit is not empty, though it ends there.
       const Units rightText = right.c_str();
-      EXPECT_EQ(ZrCompareStringW(leftString, right.empty() ? nullptr : right.c_str(), &order), ZR_R_OK);
+      EXPECT_RESULT(ZrCompareStringW(leftString, right.empty() ? nullptr : right.c_str(), &order), ZR_R_OK);
       EXPECT_EQ(order, !left.empty() && rightText.empty() ? 1 : SignOf(Units(left.c_str()).compare(rightText)));
     }
   }

@@ -8,9 +8,9 @@
 
 static void CheckRow(uint32_t code, const Units& text, const Units& description) {
   Owned given, again, described;
-  EXPECT_EQ(ZrErrorInfoGetText(code, &given.string), ZR_R_OK) << code;
-  EXPECT_EQ(ZrErrorInfoGetText(code, &again.string), ZR_R_OK);
-  EXPECT_EQ(ZrErrorInfoGetDescription(code, &described.string), ZR_R_OK);
+  EXPECT_RESULT(ZrErrorInfoGetText(code, &given.string), ZR_R_OK) << code;
+  EXPECT_RESULT(ZrErrorInfoGetText(code, &again.string), ZR_R_OK);
+  EXPECT_RESULT(ZrErrorInfoGetDescription(code, &described.string), ZR_R_OK);
   EXPECT_EQ(ContentOf(given), text);
   EXPECT_EQ(ContentOf(described), description);
   EXPECT_TRUE(given.string == again.string && ZrStringRefCount(given) == 3) << "references of the registry's string";
@@ -18,7 +18,7 @@ static void CheckRow(uint32_t code, const Units& text, const Units& description)
 
 // Where ctest runs each test in a process of its own, the first registration is the very first call.
 TEST(ErrorInfo, NamesEveryCodeOfTheHeaderAndTakesOthersOnce) {
-  EXPECT_EQ(ZrErrorInfoRegister(0x80000000, W("mine"), nullptr), ZR_R_ALREADY_REGISTERED);
+  EXPECT_RESULT(ZrErrorInfoRegister(0x80000000, W("mine"), nullptr), ZR_R_ALREADY_REGISTERED);
   std::ifstream file(BASE_HEADER);
   const std::string header(std::istreambuf_iterator<char>(file), {});
   const std::regex definition("#define (ZR_R_\\w+) +ZR_RESULT_CODE\\((0x\\w+)\\)");  // all but ZR_R_OK
@@ -29,14 +29,14 @@ TEST(ErrorInfo, NamesEveryCodeOfTheHeaderAndTakesOthersOnce) {
   }
   EXPECT_EQ(codes, 33);
 
-  EXPECT_EQ(ZrErrorInfoRegister(0x8000001E, W("text"), W("description")), ZR_R_OK);
-  EXPECT_EQ(ZrErrorInfoRegister(0x8000001E, W("other"), nullptr), ZR_R_ALREADY_REGISTERED);
+  EXPECT_RESULT(ZrErrorInfoRegister(0x8000001E, W("text"), W("description")), ZR_R_OK);
+  EXPECT_RESULT(ZrErrorInfoRegister(0x8000001E, W("other"), nullptr), ZR_R_ALREADY_REGISTERED);
   CheckRow(0x8000001E, W("text"), W("description"));
-  EXPECT_EQ(ZrErrorInfoRegister(7, W("no more"), nullptr), ZR_R_OK);
+  EXPECT_RESULT(ZrErrorInfoRegister(7, W("no more"), nullptr), ZR_R_OK);
   CheckRow(7, W("no more"), {});
   ZRSTR text = nullptr;
-  EXPECT_EQ(ZrErrorInfoGetText(ZR_R_OK, &text), ZR_R_NOT_EXISTING);
-  EXPECT_EQ(ZrErrorInfoGetDescription(0x8000001F, &text), ZR_R_NOT_EXISTING);
+  EXPECT_RESULT(ZrErrorInfoGetText(ZR_R_OK, &text), ZR_R_NOT_EXISTING);
+  EXPECT_RESULT(ZrErrorInfoGetDescription(0x8000001F, &text), ZR_R_NOT_EXISTING);
   EXPECT_EQ(text, nullptr) << "unchanged";
   ExpectRefused(
       {ZrErrorInfoRegister(9, nullptr, W("d")), ZrErrorInfoGetText(7, nullptr), ZrErrorInfoGetDescription(7, nullptr)});

@@ -47,7 +47,7 @@ static int Exhaust(const Operation& operation, const Action& check = Nothing, co
     } catch (const std::bad_alloc&) {
     }
     if (!AllocationFailed()) return n - 1;
-    EXPECT_EQ(result, operation.onFailure) << "allocation " << n;
+    EXPECT_RESULT(result, operation.onFailure) << "allocation " << n;
     check();
   }
 }
@@ -130,7 +130,7 @@ TEST(ExhaustedMemory, TheErrorRegistryThrowsAndGoesOn) {
   EXPECT_GE(Exhaust({kThrows, [&] { return ZrErrorInfoGetText(0xCA, &text); }}), 3);
   EXPECT_EQ(ContentOf(Owned(text)), W("ZR_R_SAME_VALUE"));
   EXPECT_EQ(Exhaust({kThrows, [&] { return ZrErrorInfoRegister(0x1234, W("text"), W("description")); }}), 3);
-  EXPECT_EQ(ZrErrorInfoRegister(0x1234, W("text"), W("description")), ZR_R_ALREADY_REGISTERED);
+  EXPECT_RESULT(ZrErrorInfoRegister(0x1234, W("text"), W("description")), ZR_R_ALREADY_REGISTERED);
 }
 
 // Handles, elements and the growth of a buffer throw; the insides of a new one end the process.
@@ -275,7 +275,7 @@ TEST(ExhaustedMemory, ArraysThrowAndAreAsBefore) {
     };
     const auto check = [&] {
       EXPECT_EQ(ShowArray(array.get()), before);
-      EXPECT_EQ(ZrSafeArrayUnlock(array.get()), ZR_R_INVALID_OBJECT_STATE) << "the flag is free";
+      EXPECT_RESULT(ZrSafeArrayUnlock(array.get()), ZR_R_INVALID_OBJECT_STATE) << "the flag is free";
     };
     const auto redim = [&] { return ZrSafeArrayRedim(array.get(), 2, bounds); };
     EXPECT_GE(Exhaust({kThrows, redim}, check, prepare), 2);

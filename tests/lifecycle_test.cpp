@@ -30,9 +30,9 @@ TEST(Lifecycle, TheGuardComesAfterTheResultsThatAreClearedFirst) {
                  ZrQueryComponentConfiguration(&classId, nullptr, nullptr), ZrCLSIDFromClassName(nullptr, nullptr),
                  ZrClassNameFromCLSID(&classId, nullptr)});
   EXPECT_EQ(cookie, 0u);
-  EXPECT_EQ(ZrUninitialize(), ZR_R_OK);
-  EXPECT_EQ(ZrRemoveComponentDiscovery(1), ZR_R_NO_INIT);
-  EXPECT_EQ(ZrAddComponentDiscovery(nullptr, nullptr), ZR_R_INVALID_ARGUMENTS) << "looked for ahead of the guard";
+  EXPECT_RESULT(ZrUninitialize(), ZR_R_OK);
+  EXPECT_RESULT(ZrRemoveComponentDiscovery(1), ZR_R_NO_INIT);
+  EXPECT_RESULT(ZrAddComponentDiscovery(nullptr, nullptr), ZR_R_INVALID_ARGUMENTS) << "looked for ahead of the guard";
 }
 
 static const std::string kDiscoveries = "Not all Component-Discoveries removed while destroying CGlobalData";
@@ -73,10 +73,10 @@ TEST(Lifecycle, UnloadingIsTheSameTeardown) {
 #define FIND(name) reinterpret_cast<decltype(&name)>(FindInLibrary(library, #name))
   FakeDiscovery discovery;
   uint32_t cookie = 0;
-  EXPECT_EQ(FIND(ZrInitialize)(), ZR_R_OK);
-  EXPECT_EQ(FIND(ZrAddComponentDiscovery)(&discovery, &cookie), ZR_R_OK);
+  EXPECT_RESULT(FIND(ZrInitialize)(), ZR_R_OK);
+  EXPECT_RESULT(FIND(ZrAddComponentDiscovery)(&discovery, &cookie), ZR_R_OK);
   EXPECT_EQ(FIND(ZrWCHARCompareNoCase)(W("Text"), W("TEXT")), 0);  // this and the next allocate what they keep
-  EXPECT_EQ(FIND(ZrErrorInfoRegister)(1, W("mine"), nullptr), ZR_R_OK);
+  EXPECT_RESULT(FIND(ZrErrorInfoRegister)(1, W("mine"), nullptr), ZR_R_OK);
   std::ostringstream told;
   std::streambuf* const before = std::cout.rdbuf(told.rdbuf());
   CloseLibrary(library);

@@ -7,27 +7,27 @@
 
 TEST(Lock, IsRecursiveAndExcludesOtherThreads) {
   ZRCRITICALSECTION lock = nullptr;
-  ASSERT_EQ(ZrInitializeCriticalSection(&lock), ZR_R_OK);
+  ASSERT_RESULT(ZrInitializeCriticalSection(&lock), ZR_R_OK);
   uint8_t acquired = 9;
   const auto tryFromAnotherThread = [&] {
     std::thread([&] {
-      EXPECT_EQ(ZrTryEnterCriticalSection(&lock, &acquired), ZR_R_OK);
+      EXPECT_RESULT(ZrTryEnterCriticalSection(&lock, &acquired), ZR_R_OK);
       EXPECT_TRUE(acquired != 1 || ZrLeaveCriticalSection(&lock) == ZR_R_OK);
     }).join();
     return acquired;
   };
-  EXPECT_EQ(ZrEnterCriticalSection(&lock), ZR_R_OK);
+  EXPECT_RESULT(ZrEnterCriticalSection(&lock), ZR_R_OK);
   EXPECT_TRUE(ZrTryEnterCriticalSection(&lock, &acquired) == ZR_R_OK && acquired == 1) << "the owner may enter again";
   for (int entries = 2; entries > 0; --entries) {
     EXPECT_EQ(tryFromAnotherThread(), 0);
-    EXPECT_EQ(ZrLeaveCriticalSection(&lock), ZR_R_OK);
+    EXPECT_RESULT(ZrLeaveCriticalSection(&lock), ZR_R_OK);
   }
   EXPECT_TRUE(tryFromAnotherThread() == 1 && tryFromAnotherThread() == 1) << "it leaves again";
 
   ExpectRefused({ZrInitializeCriticalSection(nullptr), ZrEnterCriticalSection(nullptr), ZrLeaveCriticalSection(nullptr),
                  ZrDeleteCriticalSection(nullptr), ZrTryEnterCriticalSection(nullptr, &acquired),
                  ZrTryEnterCriticalSection(&lock, nullptr)});
-  EXPECT_EQ(ZrDeleteCriticalSection(&lock), ZR_R_OK);
+  EXPECT_RESULT(ZrDeleteCriticalSection(&lock), ZR_R_OK);
   // A deleted lock reads as none.
   ExpectEach(ZR_R_INVALID_OBJECT_STATE, {ZrEnterCriticalSection(&lock), ZrLeaveCriticalSection(&lock),
                                          ZrDeleteCriticalSection(&lock), ZrTryEnterCriticalSection(&lock, &acquired)});

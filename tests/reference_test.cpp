@@ -9,7 +9,7 @@
 template <auto write = ZrREFToString>
 static std::string Written(const auto& record) {
   Owned string;
-  EXPECT_EQ(write(&record, &string.string), ZR_R_OK);
+  EXPECT_RESULT(write(&record, &string.string), ZR_R_OK);
   EXPECT_NE(string.string, nullptr);
   return DescribeText(string);
 }
@@ -27,10 +27,10 @@ static std::string Read(const std::string& bytes) {
   const bool isRead = result == ZR_R_OK;
   EXPECT_TRUE(isRead || result == ZR_R_INVALID_ARGUMENTS);
   uint32_t* w = split.words;
-  EXPECT_EQ(ZrSplitRefName(text, w, w + 1, w + 2, w + 3, w + 4, w + 5), result);
+  EXPECT_RESULT(ZrSplitRefName(text, w, w + 1, w + 2, w + 3, w + 4, w + 5), result);
   EXPECT_EQ(Describe(split), isRead ? left : kUntouched);
   ZRSREF* sref = nullptr;
-  EXPECT_EQ(ZrStringToSREF(text, &sref), ZR_R_OK);
+  EXPECT_RESULT(ZrStringToSREF(text, &sref), ZR_R_OK);
   EXPECT_EQ(sref->text, isRead ? nullptr : text.string) << "the same block";
   EXPECT_EQ(Written<ZrSREFToString>(*sref), isRead ? left : bytes);
   ZrDestroySREF(sref);
@@ -66,7 +66,8 @@ TEST(Reference, NullArguments) {
                  ZrCompareREF(&value, &value, nullptr), ZrCompareREF_ThreeWay(&value, &value, nullptr),
                  ZrCompareSREF(&source, &source, nullptr), ZrCompareSREF_ThreeWay(&source, &source, nullptr)});
   EXPECT_TRUE(ref == nullptr && sref == nullptr && string == nullptr && value.words[0] == 1);
-  EXPECT_EQ(ZrSplitRefName(text, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), ZR_R_OK) << "none is wanted";
+  EXPECT_RESULT(ZrSplitRefName(text, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), ZR_R_OK)
+      << "none is wanted";
   ZrDestroySREF(nullptr);
 }
 
@@ -76,7 +77,7 @@ TEST(Reference, CopiesWhatItHolds) {
     OwnedVariant copy = Value("SREF null");
     copy.Value.sref = source.Value.sref;
     const bool isNothing = held == "neither";
-    EXPECT_EQ(ZrCopySREF(source.Value.sref, &copy.Value.sref), isNothing ? 1 : ZR_R_OK);
+    EXPECT_RESULT(ZrCopySREF(source.Value.sref, &copy.Value.sref), isNothing ? 1 : ZR_R_OK);
     EXPECT_EQ(Describe(copy), isNothing ? "SREF null" : Describe(source));
     ZRSTR text = source.Value.sref->text;
     EXPECT_EQ(ZrStringRefCount(text), text != nullptr ? 2u : 0u) << "one more reference";
@@ -88,8 +89,8 @@ template <auto compareThreeWay, auto compare, auto isGreater, auto isLess, class
 static int32_t OrderOf(const Record* left, const Record* right, ZRRESULT result) {
   int32_t order = 9;
   uint8_t equal = 9;
-  EXPECT_EQ(compareThreeWay(left, right, &order), result);
-  EXPECT_EQ(compare(left, right, &equal), result);
+  EXPECT_RESULT(compareThreeWay(left, right, &order), result);
+  EXPECT_RESULT(compare(left, right, &equal), result);
   EXPECT_EQ(equal, order == 0);
   EXPECT_EQ(isGreater(left, right) - isLess(left, right), SignOf(order));
   return order;

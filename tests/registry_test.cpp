@@ -18,7 +18,7 @@ TEST(Registry, CookiesWrapPastZeroAndThoseInUse) {
   for (const auto& [last, next] : kRows) {
     CRegistryTestPeer::SetLastCookie(registry, last);
     uint32_t cookie = 0;
-    EXPECT_EQ(registry.AddDiscovery(&discovery, &cookie), ZR_R_OK);
+    EXPECT_RESULT(registry.AddDiscovery(&discovery, &cookie), ZR_R_OK);
     EXPECT_EQ(cookie, next);
   }
 }

@@ -43,7 +43,7 @@ TEST(Threads, ReadTheLocaleOnce) {
 
 TEST(Threads, LocksAndAtomicsLoseNothing) {
   ZRCRITICALSECTION lock = nullptr;
-  ASSERT_EQ(ZrInitializeCriticalSection(&lock), ZR_R_OK);
+  ASSERT_RESULT(ZrInitializeCriticalSection(&lock), ZR_R_OK);
   int64_t atomic = 0, locked = 0;
   Race(5000, [&](int) {
     ZrInterlockedIncrement64(&atomic);
@@ -53,7 +53,7 @@ TEST(Threads, LocksAndAtomicsLoseNothing) {
   });
   EXPECT_EQ(atomic, 5000 * kThreads);
   EXPECT_EQ(locked, 5000 * kThreads);
-  EXPECT_EQ(ZrDeleteCriticalSection(&lock), ZR_R_OK);
+  EXPECT_RESULT(ZrDeleteCriticalSection(&lock), ZR_R_OK);
 }
 
 // The library is open, with this discovery, to the end of the scope.
@@ -97,15 +97,15 @@ TEST(Threads, AddRemoveAndCreateAtOnce) {
     const Session session(lasting);
     Race(300, [&](int) {
       const uint32_t cookie = passing.Add();
-      EXPECT_EQ(CreateObject(1), ZR_R_OK);
-      EXPECT_EQ(CreateObject(2), ZR_R_OK);
+      EXPECT_RESULT(CreateObject(1), ZR_R_OK);
+      EXPECT_RESULT(CreateObject(2), ZR_R_OK);
       ZRUUID classId;
       ZRSTR name = nullptr;
       IZrConfiguration* configuration = nullptr;
-      EXPECT_EQ(ZrCLSIDFromClassName(unknown, &classId), ZR_R_FAILED);
-      EXPECT_EQ(ZrClassNameFromCLSID(&unknownId, &name), ZR_R_FAILED);
-      EXPECT_EQ(ZrQueryComponentConfiguration(&lastingId, unknown, &configuration), ZR_R_NOT_IMPLEMENTED);
-      EXPECT_EQ(ZrRemoveComponentDiscovery(cookie), ZR_R_OK);
+      EXPECT_RESULT(ZrCLSIDFromClassName(unknown, &classId), ZR_R_FAILED);
+      EXPECT_RESULT(ZrClassNameFromCLSID(&unknownId, &name), ZR_R_FAILED);
+      EXPECT_RESULT(ZrQueryComponentConfiguration(&lastingId, unknown, &configuration), ZR_R_NOT_IMPLEMENTED);
+      EXPECT_RESULT(ZrRemoveComponentDiscovery(cookie), ZR_R_OK);
     });
   }
   EXPECT_EQ(g_started, 0);
@@ -126,7 +126,7 @@ TEST(Threads, TakeTurnsAtAnArray) {
     if (!happens(ZrSafeArrayAccessData(numbers.get(), &data))) return;
     ++*static_cast<int64_t*>(data);
     ++done;
-    EXPECT_EQ(ZrSafeArrayUnaccessData(numbers.get()), ZR_R_OK);
+    EXPECT_RESULT(ZrSafeArrayUnaccessData(numbers.get()), ZR_R_OK);
   });
   Race(5000, [&](int thread) {
     const Owned text(Widened(std::to_string(thread)));
@@ -135,7 +135,7 @@ TEST(Threads, TakeTurnsAtAnArray) {
     EXPECT_TRUE(!happens(ZrSafeArrayGetElement(strings.get(), &kFirst, &got.string)) || ZrStringLen(got) <= 1);
   });
   int64_t counted = 0;
-  EXPECT_EQ(ZrSafeArrayGetElement(numbers.get(), &kFirst, &counted), ZR_R_OK);
+  EXPECT_RESULT(ZrSafeArrayGetElement(numbers.get(), &kFirst, &counted), ZR_R_OK);
   EXPECT_EQ(counted, done);
 }
 
@@ -190,7 +190,7 @@ TEST(Threads, BuildTheErrorRegistryOnceAndRegisterOnce) {
     for (uint32_t code = 1001; code <= 3000; ++code) {  // which no other test registers
       Owned text;
       registered += ZrErrorInfoRegister(code, W("text"), nullptr) == ZR_R_OK;
-      EXPECT_EQ(ZrErrorInfoGetText(code % 2 ? code : 0x80000000, &text.string), ZR_R_OK);
+      EXPECT_RESULT(ZrErrorInfoGetText(code % 2 ? code : 0x80000000, &text.string), ZR_R_OK);
     }
   });
   EXPECT_EQ(registered, 2000);

@@ -14,7 +14,7 @@ static const ZRUUID kValue = {0x01234567, 0x89AB, 0xCDEF, {0x01, 0x23, 0x45, 0x6
 TEST(Uuid, HeapRecords) {
   ZRUUID *nil = ZrCreateUUID(), *copy = nullptr;
   EXPECT_EQ(*nil, kNil);
-  EXPECT_EQ(ZrCopyUUID(&kValue, &copy), ZR_R_OK);
+  EXPECT_RESULT(ZrCopyUUID(&kValue, &copy), ZR_R_OK);
   EXPECT_EQ(*copy, kValue);
   ExpectRefused({ZrCopyUUID(&kValue, nullptr)});
   for (int round = 0; round < 100; ++round) {
@@ -49,14 +49,14 @@ static ZRUUID Read(const std::string& text) {
   const std::vector<char> exact(text.c_str(), text.c_str() + text.size() + 1);
   ZRUUID uuid = kUnchanged;
   const ZRRESULT result = ZrUUIDFromString(exact.data(), &uuid);
-  EXPECT_EQ(result, uuid == kUnchanged || uuid == kNil ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK) << text;
+  EXPECT_RESULT(result, uuid == kUnchanged || uuid == kNil ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK) << text;
   return uuid;
 }
 
 TEST(Uuid, WritesAndReadsText) {
   const std::string plain = "01234567-89AB-CDEF-0123-456789ABCDEF", cut = plain.substr(0, 35);
   ZRSTR written = nullptr;
-  EXPECT_EQ(ZrStringFromUUID(&kValue, &written), ZR_R_OK);
+  EXPECT_RESULT(ZrStringFromUUID(&kValue, &written), ZR_R_OK);
   EXPECT_EQ(ContentOf(Owned(written)), Widened("{" + plain + "}"));
   for (const char* front : {"", "{", "\"", "\"{"}) EXPECT_EQ(Read(front + plain + "}\" and more"), kValue);
   EXPECT_EQ(Read("01234567 89ab?cdef\3720123G456789abcdef"), kValue) << "separators may be anything";

@@ -75,7 +75,7 @@ static void CheckPair(const std::string& pair, const Answer& answer) {
   const bool areSame = Describe(left) == Describe(right);
   const bool isByBytes = IsReal(tag) || answer == kUnsupported;
   uint8_t equal = 9;
-  EXPECT_EQ(ZrSafeArrayCompare(ArrayOf(tag, &left, 1).get(), ArrayOf(tag, &right, 1).get(), &equal), ZR_R_OK);
+  EXPECT_RESULT(ZrSafeArrayCompare(ArrayOf(tag, &left, 1).get(), ArrayOf(tag, &right, 1).get(), &equal), ZR_R_OK);
   EXPECT_EQ(equal, isByBytes ? areSame : answer == kEqual);
 }
 

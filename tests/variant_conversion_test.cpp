@@ -154,7 +154,7 @@ static void CheckConversion(const std::string& text, uint16_t target, const Outc
   const Outcome expected = claim != nullptr ? *claim : Model(letter, copy, target);
   for (OwnedVariant* apart : {&owner, &number}) {
     const std::string left = isRefused ? Describe(*apart) : expected.left;
-    ASSERT_EQ(ZrVariantChangeType(apart, &source, 0x12345678, target), expected.result);
+    ASSERT_RESULT(ZrVariantChangeType(apart, &source, 0x12345678, target), expected.result);
     // This failure leaves a record behind, which by contract nobody owns: somebody has to.
     const bool hasRemains = tag == ZR_VT_REF && target == ZR_VT_SREF && expected.result == kRefused;
     if (hasRemains) ZrDestroySREF(std::exchange(apart->Value.sref, nullptr));
@@ -166,7 +166,7 @@ static void CheckConversion(const std::string& text, uint16_t target, const Outc
   const std::string inPlace = tag == target || isRefused   ? before
                               : ZR_FAILED(expected.result) ? Describe(copy)
                                                            : expected.left;
-  ASSERT_EQ(ZrVariantChangeType(&source, &source, 0, target), expected.result);
+  ASSERT_RESULT(ZrVariantChangeType(&source, &source, 0, target), expected.result);
   EXPECT_EQ(Describe(source), inPlace);
 }
 
@@ -219,9 +219,9 @@ static void CheckRealText(uint16_t tag, double real) {
   OwnedVariant number;
   number.Type = tag;
   number.Value.ui8 = WordOf(tag, real);
-  ASSERT_EQ(ZrVariantChangeType(&number, &number, 0, ZR_VT_STR), ZR_R_OK);
+  ASSERT_RESULT(ZrVariantChangeType(&number, &number, 0, ZR_VT_STR), ZR_R_OK);
   ASSERT_EQ(ContentOf(number.Value.string), expected) << printed;
-  ASSERT_EQ(ZrVariantChangeType(&number, &number, 0, ZR_VT_R8), ZR_R_OK) << printed;
+  ASSERT_RESULT(ZrVariantChangeType(&number, &number, 0, ZR_VT_R8), ZR_R_OK) << printed;
   ASSERT_EQ(number.Value.ui8, WordOf(ZR_VT_R8, std::strtod(printed.c_str(), nullptr))) << printed;
 }
 
@@ -256,7 +256,7 @@ TEST(VariantConversion, RealsInOtherLocales) {
     EXPECT_NE(std::setlocale(LC_ALL, name.c_str()), nullptr);
     CheckReals();
     OwnedVariant source = Value("STR 1.5"), number;
-    EXPECT_EQ(ZrVariantChangeType(&number, &source, 0, ZR_VT_R8), ZR_R_FAILED) << "a point that isn't the locale's";
+    EXPECT_RESULT(ZrVariantChangeType(&number, &source, 0, ZR_VT_R8), ZR_R_FAILED) << "a point that isn't the locale's";
     EXPECT_EQ(number.Value.r8, 1.0);
     std::_Exit(HasFailure() ? 1 : 0);
   };

@@ -38,18 +38,18 @@ static void CheckLife(const std::string& text) {
                  {ZrVariantCopyInd, &toLink, behind},  {ZrVariantCopy, &reference, Describe(reference)}};
   for (const auto& [copy, from, left] : kCopies) {
     OwnedVariant destination = Before();
-    EXPECT_EQ(copy(&destination, from), ZR_R_OK);
+    EXPECT_RESULT(copy(&destination, from), ZR_R_OK);
     EXPECT_EQ(Describe(destination), left);
     EXPECT_EQ(ZrStringRefCount(g_before), 1u);
     const bool isOwner = isCounted && (destination.Type & ZR_VT_BYREF) == 0;
     EXPECT_EQ(Owners(), owners + (isOwner ? 1 : 0));
-    EXPECT_EQ(ZrVariantClear(&destination), ZR_R_OK);
+    EXPECT_RESULT(ZrVariantClear(&destination), ZR_R_OK);
     EXPECT_TRUE(IsZero(destination));
     EXPECT_EQ(Owners(), owners);
   }
   // One record as both arguments is released first, and then there is nothing to copy.
-  EXPECT_EQ(ZrVariantCopyInd(&reference, &reference), ZR_R_INVALID_ARGUMENTS);
-  EXPECT_EQ(ZrVariantCopy(&source, &source), ZR_R_OK);
+  EXPECT_RESULT(ZrVariantCopyInd(&reference, &reference), ZR_R_INVALID_ARGUMENTS);
+  EXPECT_RESULT(ZrVariantCopy(&source, &source), ZR_R_OK);
   EXPECT_EQ(Describe(reference) + Describe(source), "EMPTYEMPTY");
   EXPECT_EQ(Owners(), owners - (isCounted ? 1 : 0));
 }
@@ -76,13 +76,13 @@ TEST(VariantRecord, EveryBadTagWord) {
       const ZRVARIANT reference = ByRef(ZR_VT_VARIANT, &source);
       EXPECT_EQ(ZrVariantIsContentEmpty(&source), 1);
       EXPECT_EQ(ZrVariantIsContentEmpty(&reference), 1);
-      EXPECT_EQ(ZrVariantCopy(&copy, &source), tag != 0 ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK);
+      EXPECT_RESULT(ZrVariantCopy(&copy, &source), tag != 0 ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK);
       EXPECT_EQ(Describe(copy), alone);
-      EXPECT_EQ(ZrVariantCopyInd(&copy, &reference), tag != 0 || isByRef ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK);
+      EXPECT_RESULT(ZrVariantCopyInd(&copy, &reference), tag != 0 || isByRef ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK);
       EXPECT_EQ(Describe(copy), isByRef ? alone.substr(0, alone.find('+')) : alone);
-      EXPECT_EQ(ZrVariantClear(&source), isEmpty ? ZR_R_OK : ZR_R_INVALID_ARGUMENTS);
+      EXPECT_RESULT(ZrVariantClear(&source), isEmpty ? ZR_R_OK : ZR_R_INVALID_ARGUMENTS);
       EXPECT_TRUE(isEmpty ? Describe(source) == whole : IsZero(source)) << "an empty record is left as it is";
-      EXPECT_EQ(ZrVariantCopy(&destination, &number), ZR_R_OK) << "a bad destination reports nothing";
+      EXPECT_RESULT(ZrVariantCopy(&destination, &number), ZR_R_OK) << "a bad destination reports nothing";
       EXPECT_EQ(Describe(destination), "I4 7");
     }
   }
@@ -92,7 +92,7 @@ TEST(VariantRecord, EveryBadTagWord) {
 static void CheckNothing(const std::string& nothing, bool isEmpty) {
   const ZRVARIANT null = ByRef(Value(nothing).Type, nullptr);
   OwnedVariant destination = Before();
-  EXPECT_EQ(ZrVariantCopyInd(&destination, &null), ZR_R_OK);
+  EXPECT_RESULT(ZrVariantCopyInd(&destination, &null), ZR_R_OK);
   EXPECT_EQ(Describe(destination), nothing);
   EXPECT_EQ(ZrVariantIsContentEmpty(&null), isEmpty) << nothing;
 }
@@ -110,16 +110,16 @@ TEST(VariantRecord, ThroughAddresses) {
   // The address of an array is copied like any other, and a reference to the destination itself finds it released.
   OwnedVariant end = Value("STR text"), copy;
   const ZRVARIANT source = ByRef(ZR_VT_VARIANT, &end), array = ByRef(ZR_VT_STR | ZR_VT_ARRAY, &end);
-  EXPECT_EQ(ZrVariantCopy(&copy, &array), ZR_R_OK);
+  EXPECT_RESULT(ZrVariantCopy(&copy, &array), ZR_R_OK);
   EXPECT_EQ(Describe(copy), Describe(array));
-  EXPECT_EQ(ZrVariantCopyInd(&end, &source), ZR_R_OK);
+  EXPECT_RESULT(ZrVariantCopyInd(&end, &source), ZR_R_OK);
   EXPECT_EQ(Describe(end), "EMPTY");
 }
 
 TEST(VariantRecord, InitLooksAtNothingAndNullIsRefused) {
   OwnedVariant held = Value("STR text");
   ZRVARIANT variant = held;
-  EXPECT_EQ(ZrVariantInit(&variant), ZR_R_OK);
+  EXPECT_RESULT(ZrVariantInit(&variant), ZR_R_OK);
   EXPECT_EQ(Describe(variant), "EMPTY");
   uint8_t equal = 9;
   ExpectEach(ZR_R_INVALID_POINTER,

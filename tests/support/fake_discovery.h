@@ -47,7 +47,7 @@ class FakeDiscovery final : public IZrComponentDiscovery {
   // Adds it to the library; answers the cookie.
   uint32_t Add() {
     uint32_t cookie = 0;
-    EXPECT_EQ(ZrAddComponentDiscovery(this, &cookie), ZR_R_OK);
+    EXPECT_RESULT(ZrAddComponentDiscovery(this, &cookie), ZR_R_OK);
     return cookie;
   }
 

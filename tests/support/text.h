@@ -6,7 +6,9 @@
 
 #include <initializer_list>
 #include <ostream>
+#include <string>
 
+#include "tests/support/result_names.h"
 #include "tests/support/units.h"
 #include "zrcore/zrcore.h"
 
@@ -17,10 +19,32 @@ inline Units ContentOf(ZRSTR string) {
 
 inline int SignOf(int32_t order) { return (order > 0) - (order < 0); }
 
-inline void ExpectEach(ZRRESULT expected, std::initializer_list<ZRRESULT> answers) {
-  for (const ZRRESULT& answer : answers) EXPECT_EQ(answer, expected) << "call " << &answer - answers.begin();
+// Claims that a call returns a result; the message shows the call, and both results by name.
+#define EXPECT_RESULT(call, expected) EXPECT_PRED_FORMAT2(IsResult, call, expected)
+#define ASSERT_RESULT(call, expected) ASSERT_PRED_FORMAT2(IsResult, call, expected)
+
+inline testing::AssertionResult IsResult(const char* call, const char*, Result result, Result expected) {
+  if (result == expected) return testing::AssertionSuccess();
+  return testing::AssertionFailure() << call << "\n  returned " << result << "\n  expected " << expected;
 }
-inline void ExpectRefused(std::initializer_list<ZRRESULT> answers) { ExpectEach(ZR_R_INVALID_ARGUMENTS, answers); }
+
+// The same claim about each of the calls between a pair of braces.
+#define ExpectEach(expected, ...) ExpectEachOf(__FILE__, __LINE__, #__VA_ARGS__, expected, __VA_ARGS__)
+#define ExpectRefused(...) ExpectEachOf(__FILE__, __LINE__, #__VA_ARGS__, ZR_R_INVALID_ARGUMENTS, __VA_ARGS__)
+
+inline void ExpectEachOf(const char* file, int line, const std::string& calls, Result expected,
+                         std::initializer_list<ZRRESULT> results) {
+  std::size_t begin = 1, end = 1;
+  for (const Result result : results) {
+    for (int depth = 0; end + 1 < calls.size() && (depth > 0 || calls[end] != ','); ++end) {
+      depth += (calls[end] == '(') - (calls[end] == ')');  // the comma after a call is outside all parentheses
+    }
+    const testing::AssertionResult claim = IsResult(calls.substr(begin, end - begin).c_str(), "", result, expected);
+    if (!claim) ADD_FAILURE_AT(file, line) << claim.message();
+    end += 2;
+    begin = end;
+  }
+}
 
 inline bool operator==(const ZRUUID& left, const ZRUUID& right) {
   uint8_t equal = 0;
