@@ -10,27 +10,28 @@
 
 #include "variants/variant_tags.h"
 
+// The letters are upper case. The tests' table of conversions uses the same letters with the same meanings.
 enum class Rule : char {
-  NotSupported = 'X',
-  Invalid = 'A',       // a variant by value, where it is refused as an argument
-  Range = 'N',         // checked against the target's range, then stored
-  RawByte = 'Y',       // the byte of a boolean as it is
-  FirstBytes = 'L',    // of a blob, as many as the target has
-  Parse = 'P',         // the number that a text begins with, or a word for it
-  ParseDecimal = 'D',  // the same without words, in base 10 alone
-  FirstCodePoint = 'C',
-  ParseTime = 'T',
-  Word = 'W',        // the 64 bits as they are
-  WordBehind = 'I',  // the 64 bits at the address that the payload is taken for
-  Truncate = 'Q',    // towards zero, without a check
-  Text = 'S',
-  Bytes = 'E',
-  Uuid = 'U',
-  Ref = 'F',
-  Sref = 'G',
-  Same = '.',  // equal tags
+  NotSupported = 'X',    // refused with ZR_R_NOT_SUPPORTED
+  Invalid = 'A',         // refused with ZR_R_INVALID_ARGUMENTS: the source is a variant by value
+  Range = 'N',           // the number if it is in the target's range
+  RawByte = 'Y',         // the byte of a boolean, unchanged
+  FirstBytes = 'L',      // the first bytes of a blob, as many as the target has
+  Parse = 'P',           // the number at the beginning of a text, or a word for a number
+  ParseDecimal = 'D',    // the same in base 10, without words
+  FirstCodePoint = 'C',  // of a text
+  ParseTime = 'T',       // the date and time in a text
+  Word = 'W',            // the 64 bits, unchanged
+  WordBehind = 'I',      // the 64 bits at the address that the payload is taken for
+  Truncate = 'Q',        // the number, truncated towards zero without a range check
+  Text = 'S',            // the value as text
+  Bytes = 'E',           // a new blob of the value's bytes
+  Uuid = 'U',            // read from a text, or made of a blob's first bytes
+  Ref = 'F',             // read from a text, or the REF of an SREF
+  Sref = 'G',            // made of a text or of a REF
+  Same = '=',            // source and target have the same tag: no conversion
 };
-inline constexpr std::string_view kRuleLetters = "XANYLPDCTWIQSEUFG.";
+inline constexpr std::string_view kRuleLetters = "XANYLPDCTWIQSEUFG=";
 
 // Narrow is up to 32 bits, booleans among them.
 enum Column : uint8_t {
@@ -68,21 +69,21 @@ inline constexpr CRuleRow kRuleRows[] = {
   {ZR_VT_BYTE,     "N     N      N  N   N     X  X    X        S   E    X    X   X"},
   {ZR_VT_WORD,     "N     N      N  N   N     X  X    X        S   E    X    X   X"},
   {ZR_VT_DWORD,    "N     N      N  N   N     X  X    X        S   E    X    X   X"},
-  {ZR_VT_CHAR32,   "N     .      N  N   N     X  X    X        S   E    X    X   X"},
-  {ZR_VT_I8,       "N     N      .  N   N     W  W    W        S   E    X    X   X"},
+  {ZR_VT_CHAR32,   "N     =      N  N   N     X  X    X        S   E    X    X   X"},
+  {ZR_VT_I8,       "N     N      =  N   N     W  W    W        S   E    X    X   X"},
   {ZR_VT_UI8,      "N     N      N  N   N     W  W    W        S   E    X    X   X"},
   {ZR_VT_QWORD,    "N     N      N  N   N     W  W    I        S   E    X    X   X"},
-  {ZR_VT_CY,       "N     N      N  N   N     .  W    W        S   E    X    X   X"},
-  {ZR_VT_TIME,     "N     N      N  N   N     W  .    W        S   E    X    X   X"},
-  {ZR_VT_DATETIME, "N     N      N  N   N     W  W    .        S   E    X    X   X"},
+  {ZR_VT_CY,       "N     N      N  N   N     =  W    W        S   E    X    X   X"},
+  {ZR_VT_TIME,     "N     N      N  N   N     W  =    W        S   E    X    X   X"},
+  {ZR_VT_DATETIME, "N     N      N  N   N     W  W    =        S   E    X    X   X"},
   {ZR_VT_R4,       "N     N      N  N   N     X  X    X        S   E    X    X   X"},
   {ZR_VT_R8,       "N     N      N  N   N     Q  Q    Q        S   E    X    X   X"},
-  {ZR_VT_BLOB,     "L     L      L  L   L     X  X    X        S   .    U    X   X"},
+  {ZR_VT_BLOB,     "L     L      L  L   L     X  X    X        S   =    U    X   X"},
   {ZR_VT_VARIANT,  "X     X      X  X   X     A  A    A        A   A    A    A   A"},
-  {ZR_VT_UUID,     "X     X      X  X   X     X  X    X        S   E    .    X   X"},
-  {ZR_VT_STR,      "P     C      P  P   P     D  T    T        .   E    U    F   G"},
-  {ZR_VT_REF,      "X     X      X  X   X     X  X    X        S   E    X    .   G"},
-  {ZR_VT_SREF,     "X     X      X  X   X     X  X    X        S   E    X    F   ."},
+  {ZR_VT_UUID,     "X     X      X  X   X     X  X    X        S   E    =    X   X"},
+  {ZR_VT_STR,      "P     C      P  P   P     D  T    T        =   E    U    F   G"},
+  {ZR_VT_REF,      "X     X      X  X   X     X  X    X        S   E    X    =   G"},
+  {ZR_VT_SREF,     "X     X      X  X   X     X  X    X        S   E    X    F   ="},
 };
 // clang-format on
 

@@ -4,8 +4,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
+#include "tests/support/units.h"
 #include "zrcore/zrcore.h"
 
 // Values at the edges, in the tests' text form. Integers are cut to the width of their type.
@@ -19,11 +21,19 @@ inline constexpr const char* kReals =
     "-0x1.0000000000001p63|0x1p64|0x1.fffffffffffffp63|0x1.0000000000001p64|0x1.fffffep127|-0x1.fffffep127|"
     "0x1.fffffe0000001p127|-0x1.fffffe0000001p127|inf|-inf|nan";
 
+// A kind is the types that convert, compare and are owned alike. Its letter is lower case:
+//
+//     e  nothing                     c  a code point                  l  a blob
+//     o  opaque                      f  a 32-bit floating point       u  a UUID
+//     b  a boolean                   d  a 64-bit floating point       s  a string
+//     n  an integer up to 32 bits    y  a currency                    r  a REF
+//     q  a 64-bit integer            t  a time, or a date and time    g  an SREF
+//     v  a variant                                                    i  an interface
 struct TagName {
   uint16_t tag;
   const char* name;
   std::size_t width;
-  char kind;  // one letter for those that convert, compare and are owned alike
+  char kind;
   bool isSigned = false;
   const char* texts = kIntegers;
 };
@@ -54,6 +64,17 @@ inline const TagName* NameOf(unsigned tag) {
     if (row.tag == tag) return &row;
   }
   return nullptr;
+}
+
+// A tag word with its flags as a program spells it: "ZR_VT_I4 | ZR_VT_ARRAY". Hexadecimal for what has no name.
+inline std::string TagWordName(unsigned word) {
+  const TagName* row = NameOf(word & ZR_VT_TYPEMASK);
+  std::string name = row != nullptr ? std::string("ZR_VT_") + row->name : Format("0x%X", word & ZR_VT_TYPEMASK);
+  if ((word & ZR_VT_ARRAY) != 0) name += " | ZR_VT_ARRAY";
+  if ((word & ZR_VT_BYREF) != 0) name += " | ZR_VT_BYREF";
+  constexpr unsigned kNamed = ZR_VT_TYPEMASK | ZR_VT_ARRAY | ZR_VT_BYREF;
+  const unsigned others = word & ~kNamed;
+  return others != 0 ? name + Format(" | 0x%X", others) : name;
 }
 
 inline bool IsOfKind(uint16_t tag, std::string_view kinds) {
