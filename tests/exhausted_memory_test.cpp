@@ -15,23 +15,30 @@
 #include "tests/support/failing_heap.h"
 #include "tests/support/fake_discovery.h"
 
-// What operations answer that have thrown std::bad_alloc, and those that answer what they made, or null.
+// The result of an operation that threw std::bad_alloc, and of one that returned null for what it makes.
 static constexpr ZRRESULT kThrows = 1, kNull = ZR_R_NO_MEMORY;
 static ZRRESULT Told(const void* made) { return made != nullptr ? ZR_R_OK : kNull; }
 
+// The first `failures` allocations make the operation fail if they fail; each of the next `deaths` ends the process.
 struct Operation {
   ZRRESULT onFailure;
+  std::string call;
   std::function<ZRRESULT()> run;
-  int failures = 1, deaths = 0;  // so many allocations make it fail, so many behind them end the process
+  int failures = 1, deaths = 0;
 };
+#define RUN(...) #__VA_ARGS__, [&] { return __VA_ARGS__; }
+
 using Action = std::function<void()>;
 using Memory = std::unique_ptr<void, void (*)(void*)>;
 
 static void Nothing() {}
 
-// Answers how many allocations had to succeed. `check` runs behind each failure, `prepare` ahead of each try.
+static std::string Shown(ZRRESULT result) { return result == kThrows ? "std::bad_alloc" : ResultName(result); }
+
+// Returns how many allocations had to succeed. `check` runs after each failure, `prepare` before each try.
 static int Exhaust(const Operation& operation, const Action& check = Nothing, const Action& prepare = Nothing) {
   for (int n = 1;; ++n) {
+    SCOPED_TRACE(testing::Message() << operation.call << " while allocation " << n << " fails");
     prepare();
     ZRRESULT result = kThrows;
     const auto attempt = [&] {
@@ -39,7 +46,7 @@ static int Exhaust(const Operation& operation, const Action& check = Nothing, co
       result = operation.run();
     };
     if (operation.failures < n && n <= operation.failures + operation.deaths) {
-      EXPECT_DEATH(attempt(), "") << "allocation " << n;
+      EXPECT_DEATH(attempt(), "");
       continue;
     }
     try {
@@ -47,9 +54,18 @@ static int Exhaust(const Operation& operation, const Action& check = Nothing, co
     } catch (const std::bad_alloc&) {
     }
     if (!AllocationFailed()) return n - 1;
-    EXPECT_RESULT(result, operation.onFailure) << "allocation " << n;
+    if (result != operation.onFailure) {
+      ADD_FAILURE() << "returned or threw " << Shown(result) << "\n        expected " << Shown(operation.onFailure);
+    }
     check();
   }
+}
+
+// Claims how many allocations an operation needs.
+static void ExpectAllocations(const Operation& operation, const Action& check = Nothing,
+                              const Action& prepare = Nothing) {
+  EXPECT_EQ(Exhaust(operation, check, prepare), operation.failures + operation.deaths)
+      << "allocations that have to succeed for " << operation.call;
 }
 
 TEST(ExhaustedMemory, NothingIsGivenAndNothingLost) {
@@ -74,45 +90,44 @@ TEST(ExhaustedMemory, NothingIsGivenAndNothingLost) {
     uint16_t tag;
     Operation operation;
   } kRows[] = {
-      {ZR_VT_STR, {kNull, [&] { return Told(out.string = ZrCreateString(W("a"))); }}},
-      {ZR_VT_STR, {kNull, [&] { return Told(out.string = ZrCreateStringLen(W("a"), 3)); }}},
-      {ZR_VT_STR, {kNull, [&] { return Told(out.string = ZrCreateStringByteLen("abc", 3)); }}},
-      {ZR_VT_STR, {kNull, [&] { return Told(out.string = ZrDeepCopyString(text)); }}},
-      {ZR_VT_STR, {kNull, [&] { return Told(out.string = ZrDeepCopyString(nullptr)); }}},
-      {ZR_VT_STR, {kNull, [&] { return Told(out.string = ZrAppendStrings(text, text)); }}},
-      {ZR_VT_STR, {kNull, [&] { return Told(out.string = ZrDateTimeStructToDateString(&record)); }}},
-      {ZR_VT_STR, {kNull, [&] { return Told(out.string = ZrDateTimeStructToDateTimeString(&record, 1)); }}},
-      {ZR_VT_STR, {kNull, [&] { return Told(out.string = ZrDateTimeStructToTimeString(&record)); }}},
-      {ZR_VT_STR, {kNull, [&] { return Told(out.string = ZrTimeSpanToTimeSpanString(1)); }}},
-      {ZR_VT_STR, {kNull, [&] { return ZrStringFromUUID(&id, string()); }}},
-      {ZR_VT_STR, {kNull, [&] { return ZrCreateZRSTRfromWCHAR(W("a"), 2, string()); }}},
-      {ZR_VT_STR, {kNull, [&] { return ZrCreateZRSTRfromUTF8("a", 1, string()); }}},
-      {ZR_VT_STR, {kNull, [&] { return ZrUTF8toZRSTR("\x80", 1, string()); }}},
-      {ZR_VT_STR, {kNull, [&] { return ZrCreateZRSTRfromUTF32(&point, 1, string()); }}},
-      {ZR_VT_STR, {kNull, [&] { return ZrReCreateString(copy(), W("a")) ? ZR_R_OK : kNull; }}},
-      {ZR_VT_STR, {kNull, [&] { return ZrReCreateStringLen(copy(), W("a"), 1) ? ZR_R_OK : kNull; }}},
-      {ZR_VT_STR, {kNull, [&] { return ZrSREFToString(&both, string()), Told(out.string); }}},  // no code tells
-      {ZR_VT_EMPTY, {kNull, [&] { return Told(Memory(ZrCreateMemory(1), ZrDestroyMemory).get()); }}},
-      {ZR_VT_REF, {kThrows, [&] { return Told(out.ref = ZrCreateREF()); }}},
-      {ZR_VT_REF, {kThrows, [&] { return ZrCopyREF(&value, &out.ref); }}},
-      {ZR_VT_REF, {kThrows, [&] { return ZrStringToREF(numbers, &out.ref); }}},
-      {ZR_VT_SREF, {kThrows, [&] { return Told(out.sref = ZrCreateSREF()); }}},
-      {ZR_VT_SREF, {kThrows, [&] { return ZrCopySREF(&both, &out.sref); }, 2}},
-      {ZR_VT_SREF, {kThrows, [&] { return ZrStringToSREF(numbers, &out.sref); }, 2}},
-      {ZR_VT_SREF, {kThrows, [&] { return ZrStringToSREF(text, &out.sref); }}},
-      {ZR_VT_UUID, {kThrows, [&] { return Told(out.uuid = ZrCreateUUID()); }}},
-      {ZR_VT_UUID, {kThrows, [&] { return Told(out.uuid = ZrGenerateUUID()); }}},
-      {ZR_VT_UUID, {kThrows, [&] { return ZrCopyUUID(&id, &out.uuid); }}},
-      {ZR_VT_EMPTY, {kThrows, [&] { return ZrInitializeCriticalSection(&lock), ZrDeleteCriticalSection(&lock); }}},
-      {ZR_VT_EMPTY, {kThrows, convert}},
+      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrCreateString(W("a"))))}},
+      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrCreateStringLen(W("a"), 3)))}},
+      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrCreateStringByteLen("abc", 3)))}},
+      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrDeepCopyString(text)))}},
+      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrDeepCopyString(nullptr)))}},
+      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrAppendStrings(text, text)))}},
+      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrDateTimeStructToDateString(&record)))}},
+      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrDateTimeStructToDateTimeString(&record, 1)))}},
+      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrDateTimeStructToTimeString(&record)))}},
+      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrTimeSpanToTimeSpanString(1)))}},
+      {ZR_VT_STR, {kNull, RUN(ZrStringFromUUID(&id, string()))}},
+      {ZR_VT_STR, {kNull, RUN(ZrCreateZRSTRfromWCHAR(W("a"), 2, string()))}},
+      {ZR_VT_STR, {kNull, RUN(ZrCreateZRSTRfromUTF8("a", 1, string()))}},
+      {ZR_VT_STR, {kNull, RUN(ZrUTF8toZRSTR("\x80", 1, string()))}},
+      {ZR_VT_STR, {kNull, RUN(ZrCreateZRSTRfromUTF32(&point, 1, string()))}},
+      {ZR_VT_STR, {kNull, RUN(ZrReCreateString(copy(), W("a")) ? ZR_R_OK : kNull)}},
+      {ZR_VT_STR, {kNull, RUN(ZrReCreateStringLen(copy(), W("a"), 1) ? ZR_R_OK : kNull)}},
+      {ZR_VT_STR, {kNull, RUN(ZrSREFToString(&both, string()), Told(out.string))}},  // no code tells
+      {ZR_VT_EMPTY, {kNull, RUN(Told(Memory(ZrCreateMemory(1), ZrDestroyMemory).get()))}},
+      {ZR_VT_REF, {kThrows, RUN(Told(out.ref = ZrCreateREF()))}},
+      {ZR_VT_REF, {kThrows, RUN(ZrCopyREF(&value, &out.ref))}},
+      {ZR_VT_REF, {kThrows, RUN(ZrStringToREF(numbers, &out.ref))}},
+      {ZR_VT_SREF, {kThrows, RUN(Told(out.sref = ZrCreateSREF()))}},
+      {ZR_VT_SREF, {kThrows, RUN(ZrCopySREF(&both, &out.sref)), 2}},
+      {ZR_VT_SREF, {kThrows, RUN(ZrStringToSREF(numbers, &out.sref)), 2}},
+      {ZR_VT_SREF, {kThrows, RUN(ZrStringToSREF(text, &out.sref))}},
+      {ZR_VT_UUID, {kThrows, RUN(Told(out.uuid = ZrCreateUUID()))}},
+      {ZR_VT_UUID, {kThrows, RUN(Told(out.uuid = ZrGenerateUUID()))}},
+      {ZR_VT_UUID, {kThrows, RUN(ZrCopyUUID(&id, &out.uuid))}},
+      {ZR_VT_EMPTY, {kThrows, RUN(ZrInitializeCriticalSection(&lock), ZrDeleteCriticalSection(&lock))}},
+      {ZR_VT_EMPTY, {kThrows, RUN(convert())}},
   };
   const auto check = [&] { EXPECT_FALSE(out.address || lock || bytes); };
   for (const auto& row : kRows) {
-    SCOPED_TRACE(&row - kRows);
     owner = OwnedVariant();
     owner.Type = row.tag;
-    EXPECT_EQ(Exhaust(row.operation, check), row.operation.failures);
-    EXPECT_EQ(out.address != nullptr, row.tag != ZR_VT_EMPTY);
+    ExpectAllocations(row.operation, check);
+    EXPECT_EQ(out.address != nullptr, row.tag != ZR_VT_EMPTY) << row.operation.call;
   }
   EXPECT_EQ(ZrStringRefCount(text), 1u);
   const auto recreate = [&] {
@@ -120,16 +135,16 @@ TEST(ExhaustedMemory, NothingIsGivenAndNothingLost) {
     if (moved != nullptr) block = static_cast<char*>(moved);
     return Told(moved);
   };
-  EXPECT_EQ(Exhaust({kNull, recreate}, [&] { EXPECT_EQ(*block, 'x'); }), 1);
+  ExpectAllocations({kNull, RUN(recreate())}, [&] { EXPECT_EQ(*block, 'x'); });
   ZrDestroyMemory(block);
 }
 
 // Two strings and a row for each code; what the failure interrupts is finished by the next call.
 TEST(ExhaustedMemory, TheErrorRegistryThrowsAndGoesOn) {
   ZRSTR text = nullptr;
-  EXPECT_GE(Exhaust({kThrows, [&] { return ZrErrorInfoGetText(0xCA, &text); }}), 3);
+  EXPECT_GE(Exhaust({kThrows, RUN(ZrErrorInfoGetText(0xCA, &text))}), 3);
   EXPECT_EQ(ContentOf(Owned(text)), W("ZR_R_SAME_VALUE"));
-  EXPECT_EQ(Exhaust({kThrows, [&] { return ZrErrorInfoRegister(0x1234, W("text"), W("description")); }}), 3);
+  ExpectAllocations({kThrows, RUN(ZrErrorInfoRegister(0x1234, W("text"), W("description"))), 3});
   EXPECT_RESULT(ZrErrorInfoRegister(0x1234, W("text"), W("description")), ZR_R_ALREADY_REGISTERED);
 }
 
@@ -145,75 +160,109 @@ TEST(ExhaustedMemory, BlobsAndNewArraysThrowOrEndTheProcess) {
     return BytesOf(of) + std::to_string(position);
   };
   const Operation kOperations[] = {
-      {kThrows, [&] { return ZrDestroyBlob(ZrCreateBlob(1, "x")); }, 2, 2},
-      {kThrows, [&] { return ZrDestroyBlob(ZrCopyBlob(blob)); }, 2},
-      {kThrows, [&] { return ZrWriteBlob(copy, bytes.data(), 1); }, 1, 2},
-      {kThrows, [&] { return ZrWriteBlob(copy, bytes.data(), 1000); }},  // no longer shared: growth
-      {kThrows, [&] { return ZrInsertBlob(copy, 0, bytes.data(), 1000); }},
-      {kThrows, [&] { return ZrAppendBlobData(copy, bytes.data(), 1000); }},
-      {kThrows, [&] { return ZrAppendBlob(copy, copy); }},
-      {kThrows, [&] { return ZrSafeArrayDestroy(ZrSafeArrayCreate(ZR_VT_VARIANT, 2, bounds)); }, 1, 4},
-      {kThrows, [&] { return CopyOf(array.get()) ? ZR_R_OK : ZR_R_FAILED; }, 1, 4},
+      {kThrows, RUN(ZrDestroyBlob(ZrCreateBlob(1, "x"))), 2, 2},
+      {kThrows, RUN(ZrDestroyBlob(ZrCopyBlob(blob))), 2},
+      {kThrows, RUN(ZrWriteBlob(copy, bytes.data(), 1)), 1, 2},
+      {kThrows, RUN(ZrWriteBlob(copy, bytes.data(), 1000))},  // no longer shared: growth
+      {kThrows, RUN(ZrInsertBlob(copy, 0, bytes.data(), 1000))},
+      {kThrows, RUN(ZrAppendBlobData(copy, bytes.data(), 1000))},
+      {kThrows, RUN(ZrAppendBlob(copy, copy))},
+      {kThrows, RUN(ZrSafeArrayDestroy(ZrSafeArrayCreate(ZR_VT_VARIANT, 2, bounds))), 1, 4},
+      {kThrows, RUN(CopyOf(array.get()) ? ZR_R_OK : ZR_R_FAILED), 1, 4},
   };
   for (const Operation& operation : kOperations) {
-    SCOPED_TRACE(&operation - kOperations);
     const std::string before = show(copy);
-    EXPECT_EQ(Exhaust(operation, [&] { EXPECT_EQ(show(copy), before); }), operation.failures + operation.deaths);
+    ExpectAllocations(operation, [&] { EXPECT_EQ(show(copy), before); });
   }
   EXPECT_EQ(show(blob), bytes + "1000");
   (void)ZrDestroyBlob(blob);
   (void)ZrDestroyBlob(copy);
 }
 
-// Copies and conversions throw as often as the row tells for each; but a text becomes null, for two kinds with a code
-// (n, c), and the insides of a new blob end the process (d). In place the value is back.
+// What failed allocations do to a copy or a conversion of a variant, by the source's value.
+struct Exhausted {
+  ZRRESULT onFailure = kThrows;  // in place the value is restored; after ZR_R_OK it is a null text
+  int failures = 0, deaths = 0;
+};
+static constexpr Exhausted kThrowsOnce{kThrows, 1}, kThrowsTwice{kThrows, 2}, kEndsTheProcess{kThrows, 2, 2},
+    kTextIsNull{ZR_R_OK, 1}, kTextIsRefused{ZR_R_NO_MEMORY, 1};
+
+struct ExhaustedVariant {
+  const char* source;
+  Exhausted copy{}, copyInd{}, copyIndOfNull{}, toR8{}, toUuid{}, toRef{}, toSref{}, toBlob{}, toStr{};
+};
+// clang-format off
+static constexpr ExhaustedVariant kExhaustedVariants[] = {
+    {.source = "UUID {00000000-0000-0000-0000-000000000001}",
+     .copy = kThrowsOnce, .copyInd = kThrowsOnce, .copyIndOfNull = kThrowsOnce, .toUuid = kThrowsOnce,
+     .toBlob = kEndsTheProcess, .toStr = kTextIsRefused},
+    {.source = "REF 1.2.3.4.5.6",
+     .copy = kThrowsOnce, .copyInd = kThrowsOnce, .copyIndOfNull = kThrowsOnce, .toRef = kThrowsOnce,
+     .toSref = kThrowsTwice, .toBlob = kEndsTheProcess, .toStr = kTextIsNull},
+    {.source = "SREF 1.2.3.4.5.6 text name",
+     .copy = kThrowsTwice, .copyInd = kThrowsTwice, .copyIndOfNull = kThrowsOnce, .toRef = kThrowsOnce,
+     .toSref = kThrowsTwice, .toBlob = kEndsTheProcess, .toStr = kTextIsNull},
+    {.source = "SREF text 1.2.3.4.5.6",
+     .copy = kThrowsOnce, .copyInd = kThrowsOnce, .copyIndOfNull = kThrowsOnce, .toRef = kThrowsOnce,
+     .toSref = kThrowsOnce, .toBlob = kEndsTheProcess},
+    {.source = "BLOB 0102",
+     .copy = kThrowsTwice, .copyInd = kThrowsTwice, .toUuid = kThrowsOnce, .toBlob = kThrowsTwice,
+     .toStr = kTextIsNull},
+    {.source = "STR 1.2.3.4.5.6", .toRef = kThrowsOnce, .toSref = kThrowsTwice, .toBlob = kEndsTheProcess},
+    {.source = "STR 01234567-89ab-cdef-0123-456789abcdef",
+     .toR8 = kThrowsTwice, .toUuid = kThrowsOnce, .toSref = kThrowsOnce, .toBlob = kEndsTheProcess},
+    {.source = "I4 5", .toBlob = kEndsTheProcess, .toStr = kTextIsNull},
+    {.source = "R8 1.5", .toBlob = kEndsTheProcess, .toStr = kTextIsNull},
+    {.source = "DATETIME 1", .toBlob = kEndsTheProcess, .toStr = kTextIsNull},
+    {.source = "CHAR32 65", .toBlob = kEndsTheProcess, .toStr = kTextIsRefused},
+};
+// clang-format on
+
 TEST(ExhaustedMemory, VariantsThrowOrTheirTextIsNull) {
-  enum : uint16_t { kCopy = 0x100, kCopyBehind, kCopyBehindNull };
-  static constexpr uint16_t kOperations[] = {kCopy,     kCopyBehind, kCopyBehindNull, ZR_VT_R8, ZR_VT_UUID,
-                                             ZR_VT_REF, ZR_VT_SREF,  ZR_VT_BLOB,      ZR_VT_STR};
-  const struct {
-    const char *source, *outcomes;
-  } kRows[] = {
-      {"UUID {00000000-0000-0000-0000-000000000001}", "1110100dc"},
-      {"REF 1.2.3.4.5.6", "1110012dn"},
-      {"SREF 1.2.3.4.5.6 text name", "2210012dn"},
-      {"SREF text 1.2.3.4.5.6", "1110011d0"},
-      {"BLOB 0102", "22001002n"},
-      {"STR 1.2.3.4.5.6", "0000012d0"},
-      {"STR 01234567-89ab-cdef-0123-456789abcdef", "0002101d0"},
-      {"I4 5", "0000000dn"},
-      {"R8 1.5", "0000000dn"},
-      {"DATETIME 1", "0000000dn"},
-      {"CHAR32 65", "0000000dc"},
+  enum : uint16_t { kCopy = 0x100, kCopyInd, kCopyIndOfNull };
+  static constexpr struct {
+    uint16_t target;
+    const char* call;
+    Exhausted ExhaustedVariant::*exhausted;
+  } kOperations[] = {
+      {kCopy, "ZrVariantCopy", &ExhaustedVariant::copy},
+      {kCopyInd, "ZrVariantCopyInd", &ExhaustedVariant::copyInd},
+      {kCopyIndOfNull, "ZrVariantCopyInd of a null address", &ExhaustedVariant::copyIndOfNull},
+      {ZR_VT_R8, "to ZR_VT_R8", &ExhaustedVariant::toR8},
+      {ZR_VT_UUID, "to ZR_VT_UUID", &ExhaustedVariant::toUuid},
+      {ZR_VT_REF, "to ZR_VT_REF", &ExhaustedVariant::toRef},
+      {ZR_VT_SREF, "to ZR_VT_SREF", &ExhaustedVariant::toSref},
+      {ZR_VT_BLOB, "to ZR_VT_BLOB", &ExhaustedVariant::toBlob},
+      {ZR_VT_STR, "to ZR_VT_STR", &ExhaustedVariant::toStr},
   };
-  for (const auto& row : kRows) {
+  for (const ExhaustedVariant& row : kExhaustedVariants) {
     const std::string before = Describe(Value(row.source)), name = before.substr(0, before.find(' '));
     for (std::size_t at = 0; at < 2 * std::size(kOperations); ++at) {
-      const uint16_t operation = kOperations[at / 2];
-      const bool isInPlace = at % 2 != 0, isCopy = operation >= kCopy || operation == Value(row.source).Type;
-      const char outcome = row.outcomes[at / 2];
+      const auto& [target, call, member] = kOperations[at / 2];
+      const auto& [onFailure, failures, deaths] = row.*member;
+      const bool isInPlace = at % 2 != 0, isCopy = target >= kCopy || target == Value(row.source).Type;
       if (isCopy && isInPlace) continue;
-      SCOPED_TRACE(before + " to " + std::to_string(operation) + (isInPlace ? " in place" : ""));
       OwnedVariant source, apart;
       ZRVARIANT& destination = isInPlace ? source : apart;
       const auto prepare = [&] {
         source = Value(row.source);
         apart = Before();
       };
-      const auto run = [&] {
+      const auto run = [&, operation = target] {
         if (operation == kCopy) return ZrVariantCopy(&destination, &source);
         if (operation < kCopy) return ZrVariantChangeType(&destination, &source, 0, operation);
-        const ZRVARIANT reference = operation == kCopyBehind ? ByRef(source) : ByRef(source.Type, nullptr);
+        const ZRVARIANT reference = operation == kCopyInd ? ByRef(source) : ByRef(source.Type, nullptr);
         return ZrVariantCopyInd(&destination, &reference);
       };
-      const auto check = [&] {
-        EXPECT_TRUE(isInPlace || Describe(source) == before);
+      const auto check = [&, onFailure = onFailure] {
+        if (!isInPlace) {
+          EXPECT_EQ(Describe(source), before);
+        }
         const std::string restored = isInPlace ? before : "EMPTY";
-        EXPECT_EQ(Describe(destination), isCopy ? name + " null" : outcome == 'n' ? "STR null" : restored);
+        EXPECT_EQ(Describe(destination), isCopy ? name + " null" : onFailure == ZR_R_OK ? "STR null" : restored);
       };
-      const int failures = outcome == 'd' ? 2 : outcome > '9' ? 1 : outcome - '0', deaths = outcome == 'd' ? 2 : 0;
-      const ZRRESULT onFailure = outcome == 'n' ? ZR_R_OK : outcome == 'c' ? ZR_R_NO_MEMORY : kThrows;
-      EXPECT_EQ(Exhaust({onFailure, run, failures, deaths}, check, prepare), failures + deaths);
+      const std::string operation = before + ": " + call + (isInPlace ? " in place" : "");
+      ExpectAllocations({onFailure, operation, run, failures, deaths}, check, prepare);
     }
   }
 }
@@ -225,7 +274,7 @@ TEST(ExhaustedMemory, ComponentOperationsAnswerTheirCodes) {
     if (operation == "AddRef") FailAllocation(0);  // what is read behind it can't fail the addition
   };
   uint32_t cookie = 0;
-  EXPECT_GE(Exhaust({ZR_R_UNEXPECTED, [&] { return ZrAddComponentDiscovery(&discovery, &cookie); }}), 2);
+  EXPECT_GE(Exhaust({ZR_R_UNEXPECTED, RUN(ZrAddComponentDiscovery(&discovery, &cookie))}), 2);
   discovery.onCall = nullptr;
   EXPECT_EQ(discovery.references, 1u);
 
@@ -233,28 +282,30 @@ TEST(ExhaustedMemory, ComponentOperationsAnswerTheirCodes) {
   // (A diagnostic that can't be put together is lost and changes no result.)
   for (uint32_t number : {1u, 2u}) {
     const ZRUUID classId = ClassId(number);
-    std::set<ZRRESULT> results;
+    std::set<Result> results;
     bool hasFailed = true;
     for (int n = 1; hasFailed; ++n) {
       void* object = &object;
       FailAllocation(n);
       const ZRRESULT result = ZrCreateInstance(&classId, 0, &classId, 0, &object);
       hasFailed = AllocationFailed();
+      SCOPED_TRACE(testing::Message() << "an object of class " << number << " while allocation " << n << " fails");
       EXPECT_EQ(object != nullptr, ZR_SUCCEEDED(result)) << "no object is made and then lost";
-      EXPECT_FALSE(number == 1 && hasFailed && ZR_SUCCEEDED(result));
+      EXPECT_FALSE(number == 1 && hasFailed && ZR_SUCCEEDED(result)) << Result(result);
       results.insert(result);
     }
     const ZRRESULT last = number == 1 ? ZR_R_OK : ZR_R_FILE_NOT_FOUND;
-    EXPECT_EQ(results, (std::set<ZRRESULT>{ZR_R_REQUEST_ABORTED, ZR_R_UNEXPECTED, last}));
+    EXPECT_EQ(results, (std::set<Result>{ZR_R_REQUEST_ABORTED, ZR_R_UNEXPECTED, last}));
   }
 
   Owned name(Units(W("Name"))), learnt;
   ZRUUID classId = ClassId(1);
   const auto check = [&] { EXPECT_EQ(learnt, nullptr) << "no string is given and then lost"; };
-  EXPECT_GE(Exhaust({ZR_R_FAILED, [&] { return ZrCLSIDFromClassName(name, &classId); }}), 1);
-  EXPECT_GE(Exhaust({ZR_R_FAILED, [&] { return ZrClassNameFromCLSID(&classId, &learnt.string); }}, check), 1);
-  EXPECT_EQ(Exhaust({ZR_R_UNEXPECTED, [&] { return ZrRemoveComponentDiscovery(cookie); }}), 0);
-  EXPECT_EQ(Exhaust({ZR_R_UNEXPECTED, [&] { return ZrUninitialize(); }}), 0) << "the end needs no memory";
+  EXPECT_GE(Exhaust({ZR_R_FAILED, RUN(ZrCLSIDFromClassName(name, &classId))}), 1);
+  EXPECT_GE(Exhaust({ZR_R_FAILED, RUN(ZrClassNameFromCLSID(&classId, &learnt.string))}, check), 1);
+  // The end needs no memory.
+  ExpectAllocations({ZR_R_UNEXPECTED, RUN(ZrRemoveComponentDiscovery(cookie)), 0});
+  ExpectAllocations({ZR_R_UNEXPECTED, RUN(ZrUninitialize()), 0});
   EXPECT_EQ(discovery.references, 0u);
 }
 
@@ -264,7 +315,7 @@ TEST(ExhaustedMemory, ArraysThrowAndAreAsBefore) {
   using Tags = std::initializer_list<uint16_t>;
   const uint32_t kFirst = 0;
   for (const uint16_t tag : Tags{ZR_VT_R8, ZR_VT_BLOB, ZR_VT_VARIANT, ZR_VT_STR, ZR_VT_REF, ZR_VT_SREF}) {
-    SCOPED_TRACE(NameOf(tag)->name);
+    SCOPED_TRACE("an array of " + TagWordName(tag));
     std::vector<OwnedVariant> values = ValuesOf(tag != ZR_VT_VARIANT ? tag : ZR_VT_SREF);
     const Array sample = ArrayOf(tag, values.data(), values.size());
     const std::string before = ShowArray(CopyOf(sample.get()).get());
@@ -277,26 +328,24 @@ TEST(ExhaustedMemory, ArraysThrowAndAreAsBefore) {
       EXPECT_EQ(ShowArray(array.get()), before);
       EXPECT_RESULT(ZrSafeArrayUnlock(array.get()), ZR_R_INVALID_OBJECT_STATE) << "the flag is free";
     };
-    const auto redim = [&] { return ZrSafeArrayRedim(array.get(), 2, bounds); };
-    EXPECT_GE(Exhaust({kThrows, redim}, check, prepare), 2);
+    EXPECT_GE(Exhaust({kThrows, RUN(ZrSafeArrayRedim(array.get(), 2, bounds))}, check, prepare), 2);
     for (const uint16_t target : Tags{ZR_VT_R8, ZR_VT_VARIANT, ZR_VT_UUID, ZR_VT_REF, ZR_VT_SREF}) {
-      const auto change = [&] { return ZrSafeArrayChangeType(array.get(), 0, target); };
-      EXPECT_GE(Exhaust({kThrows, change}, check, prepare), 2) << target;
+      SCOPED_TRACE("to " + TagWordName(target));
+      EXPECT_GE(Exhaust({kThrows, RUN(ZrSafeArrayChangeType(array.get(), 0, target))}, check, prepare), 2);
     }
     uint8_t equal = 9;
-    EXPECT_EQ(Exhaust({kThrows, [&] { return ZrSafeArrayCompare(array.get(), sample.get(), &equal); }}), 0);
+    ExpectAllocations({kThrows, RUN(ZrSafeArrayCompare(array.get(), sample.get(), &equal)), 0});
     int puts = 0, gets = 0;
     for (uint32_t index = 0; index < values.size() && tag != ZR_VT_VARIANT; ++index) {
-      const auto element = [&](const Array& of) { return ContentOf(of.get()).data; };
-      const auto put = [&] {
-        return ZrSafeArrayPutElement(other.get(), &kFirst, element(array) + index * WidthOf(tag));
-      };
+      SCOPED_TRACE(ShowElement(tag, ContentOf(sample.get()).data + index * WidthOf(tag)));
       const uint32_t place = index - 5;  // the lower bound of samples
-      const auto get = [&] { return ZrSafeArrayGetElement(array.get(), &place, element(other)); };
-      puts += Exhaust({kThrows, put}, check, prepare);
-      gets += Exhaust({kThrows, get}, check, prepare);
+      const auto first = [&] { return ContentOf(other.get()).data; };
+      const auto element = [&] { return ContentOf(array.get()).data + index * WidthOf(tag); };
+      puts += Exhaust({kThrows, RUN(ZrSafeArrayPutElement(other.get(), &kFirst, element()))}, check, prepare);
+      gets += Exhaust({kThrows, RUN(ZrSafeArrayGetElement(array.get(), &place, first()))}, check, prepare);
     }
     const bool isCopied = tag == ZR_VT_BLOB || tag == ZR_VT_REF || tag == ZR_VT_SREF;
-    EXPECT_TRUE((puts > 0) == isCopied && (gets > 0) == isCopied);
+    EXPECT_EQ(puts > 0, isCopied) << puts << " allocations";
+    EXPECT_EQ(gets > 0, isCopied) << gets << " allocations";
   }
 }
