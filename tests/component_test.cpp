@@ -11,7 +11,7 @@
 #include "tests/support/system.h"
 
 // A result, and what came of it; for most calls what modules were called for.
-using Done = std::pair<ZRRESULT, std::string>;
+using Done = std::pair<Result, std::string>;
 
 // One cycle of the library with discoveries that outlive the registry's hold on them.
 class ComponentTest : public testing::Test {
@@ -36,13 +36,14 @@ class ComponentTest : public testing::Test {
     void* object = &object;
     const uint64_t argument = static_cast<uint32_t>(wanted);
     const ZRRESULT result = ZrCreateInstance(&classId, argument, &interfaceId, kArgument2, &object);
-    EXPECT_EQ(reinterpret_cast<uintptr_t>(object), ZR_SUCCEEDED(result) ? number : 0);
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(object), ZR_SUCCEEDED(result) ? number : 0) << Result(result);
     return {result, TakeModuleLog()};
   }
   static ZRRESULT CreateByFunction(const ZRUUID* classId, uint64_t wanted, const ZRUUID* interfaceId,
                                    uint64_t argument2, void** object) {
     WriteModuleLog("function", "create");
-    EXPECT_TRUE(*interfaceId == ClassId(99) && argument2 == kArgument2);
+    EXPECT_EQ(*interfaceId, ClassId(99));
+    EXPECT_EQ(argument2, kArgument2);
     const auto result = static_cast<ZRRESULT>(wanted);
     if (result == ZR_R_UNEXPECTED) throw std::runtime_error("thrown");
     if (ZR_SUCCEEDED(result)) *object = reinterpret_cast<void*>(uintptr_t{classId->data1});
@@ -89,8 +90,9 @@ TEST_F(ComponentTest, WhatIsNoModuleIsToldEachTimeInOneLine) {
     const Done unloaded(ZR_R_INVALID_SYSTEM, module + ".load " + module + ".unload"), missing(ZR_R_FILE_NOT_FOUND, "");
     Add({{++number, ModulePath(module.c_str())}});
     for (int time = 1; time <= 2; ++time) {
+      SCOPED_TRACE(module + ", attempt " + std::to_string(time));
       const std::string said = DebugOutputOf([&] { EXPECT_EQ(Create(number), isLoaded ? unloaded : missing); });
-      EXPECT_EQ(said.rfind(told, 0), 0u) << said;
+      EXPECT_EQ(said.substr(0, told.size()), told);
       EXPECT_TRUE(said.size() > told.size() + 10 || said == told) << said;
       EXPECT_EQ(said.find("\r\n"), said.size() - 2) << said;
     }
@@ -157,14 +159,17 @@ TEST_F(ComponentTest, NamesAreLearntOnceAndKept) {
     EXPECT_RESULT(ZrCLSIDFromClassName(known, &classId), ZR_R_OK);
     EXPECT_RESULT(ZrClassNameFromCLSID(&ids[0], &name.string), ZR_R_OK);
     EXPECT_RESULT(ZrClassNameFromCLSID(&ids[1], &none), ZR_R_OK);
-    EXPECT_TRUE(classId == ids[0] && ContentOf(name) == W("Learnt.Once") && none == nullptr);
+    EXPECT_EQ(classId, ids[0]);
+    EXPECT_EQ(ContentOf(name), W("Learnt.Once"));
+    EXPECT_EQ(none, nullptr);
     EXPECT_EQ(discovery.asked, 3u);
     EXPECT_EQ(Remove(cookie).first, removal);
   }
   none = known;
   EXPECT_RESULT(ZrCLSIDFromClassName(unknown, &classId), ZR_R_FAILED) << "exact, case too";
   EXPECT_RESULT(ZrClassNameFromCLSID(&ids[2], &none), ZR_R_FAILED);
-  EXPECT_TRUE(classId == ids[0] && none == known.string) << "not cleared";
+  EXPECT_EQ(classId, ids[0]) << "not cleared";
+  EXPECT_EQ(none, known.string) << "not cleared";
 }
 
 TEST_F(ComponentTest, ExceptionsOfDiscoveriesBecomeCodes) {

@@ -34,7 +34,9 @@ struct Host {
   explicit Host(std::map<Units, FakeConfiguration::Value> values) {
     configuration.values = std::move(values);
     discovery.configure = [this](const ZRUUID& classId, ZRSTR name, IZrConfiguration** given) {
-      EXPECT_TRUE(classId == ZRUUID{} && ContentOf(name) == W("ZrCore") && !*given && !IsUnderManagementLock());
+      EXPECT_EQ(classId, ZRUUID{});
+      EXPECT_EQ(ContentOf(name), W("ZrCore"));
+      EXPECT_TRUE(!*given && !IsUnderManagementLock());
       *given = configuration.Given();
       return configuration.onCall(), ZR_R_FAILED;
     };
@@ -73,24 +75,26 @@ TEST_F(ConfigurationTest, ValuesOfAnyTypeAreReadAndWhatIsMissingIsNothing) {
   const uintptr_t madeUpHandle = 1;
   const ZRVARIANT text = At(ZR_VT_STR, truth.string), byRef = At(ZR_VT_UI4 | ZR_VT_BYREF, &seven);
   struct {
+    const char* what;
     Host host;
     std::string inForce = kNothing;
   } rows[] = {
-      {Host({Number(ZR_VT_BOOL, 1), ZR_R_SAME_VALUE}), "on 0/1 0/1"},
-      {Host({Number(ZR_VT_BOOL, 1), ZR_R_CANCELLED})},
-      {Host({Number(ZR_VT_BOOL, 2)}), "off 0/2 0/2"},  // exactly 1 is true
-      {Host({Number(ZR_VT_I4, 0xFFFFFFFF)})},          // out of range
-      {Host({Number(ZR_VT_I8, 256)}), "off 0/256 0/256"},
-      {Host({text}), "on 0/1 0/1"},
-      {Host({byRef}), "on 0/7 0/7"},
-      {Host({At(ZR_VT_VARIANT | ZR_VT_BYREF, &byRef)}), "on 0/7 0/7"},
-      {Host({At(ZR_VT_BOOL | ZR_VT_BYREF, nullptr)})},
-      {Host({{W("ZR_VT_SREF"), {At(ZR_VT_UI4 | ZR_VT_ARRAY | ZR_VT_BYREF, &madeUpHandle)}}}), "off 0/1024 0/1"},
-      {Host({{W("EnableAllocator"), {text}}, {W("ZR_VT_SREF"), {byRef}}}), "on 0/1024 0/7"},
-      {Host(std::map<Units, FakeConfiguration::Value>{})},  // no section
+      {"BOOL 1 with ZR_R_SAME_VALUE", Host({Number(ZR_VT_BOOL, 1), ZR_R_SAME_VALUE}), "on 0/1 0/1"},
+      {"BOOL 1 with ZR_R_CANCELLED", Host({Number(ZR_VT_BOOL, 1), ZR_R_CANCELLED})},
+      {"BOOL 2: exactly 1 is true", Host({Number(ZR_VT_BOOL, 2)}), "off 0/2 0/2"},
+      {"I4 -1: out of range", Host({Number(ZR_VT_I4, 0xFFFFFFFF)})},
+      {"I8 256", Host({Number(ZR_VT_I8, 256)}), "off 0/256 0/256"},
+      {"STR ZR_TRUE", Host({text}), "on 0/1 0/1"},
+      {"a reference to UI4 7", Host({byRef}), "on 0/7 0/7"},
+      {"a reference to a variant", Host({At(ZR_VT_VARIANT | ZR_VT_BYREF, &byRef)}), "on 0/7 0/7"},
+      {"a null reference", Host({At(ZR_VT_BOOL | ZR_VT_BYREF, nullptr)})},
+      {"a reference to an array, for SREFs only",
+       Host({{W("ZR_VT_SREF"), {At(ZR_VT_UI4 | ZR_VT_ARRAY | ZR_VT_BYREF, &madeUpHandle)}}}), "off 0/1024 0/1"},
+      {"nothing for REFs", Host({{W("EnableAllocator"), {text}}, {W("ZR_VT_SREF"), {byRef}}}), "on 0/1024 0/7"},
+      {"no section", Host(std::map<Units, FakeConfiguration::Value>{})},
   };
   for (auto& row : rows) {
-    SCOPED_TRACE(&row - rows);
+    SCOPED_TRACE(row.what);
     EXPECT_EQ(row.host.Add(), row.inForce);
     EXPECT_EQ(row.host.Remove(), kNothing);
   }
@@ -133,7 +137,7 @@ TEST_F(ConfigurationTest, TheFirstDiscoveryDecidesUntilTheLastIsRemoved) {
 TEST_F(ConfigurationTest, WhatAnyCallThrowsPassesThroughTheAddition) {
   // Two questions, five calls for each value, since it is an object that is released twice more, and two releases.
   for (int n = 1; n <= 19; ++n) {
-    SCOPED_TRACE(n);
+    SCOPED_TRACE(testing::Message() << "call " << n << " throws");
     Host host({Number(ZR_VT_UNKNOWN, 0)}), next({Number(ZR_VT_UI4, 6)});
     const IZrConfiguration* object = &host.configuration;
     for (auto& [name, value] : host.configuration.values) value.variant = At(ZR_VT_UNKNOWN, object);
@@ -151,7 +155,7 @@ TEST_F(ConfigurationTest, WhatAnyCallThrowsPassesThroughTheAddition) {
 }
 
 TEST_F(ConfigurationTest, AClassIsConfiguredByTheDiscoveryThatReportedIt) {
-  using Answer = std::pair<ZRRESULT, const IZrConfiguration*>;
+  using Answer = std::pair<Result, std::string>;  // and whose configuration is given
   FakeDiscovery first({{1, Units()}}), second({{1, Units()}, {2, Units()}, {3, Units()}});
   FakeConfiguration ofFirst, ofSecond;
   const Owned wanted(Units(W("Wanted")));
@@ -169,13 +173,13 @@ TEST_F(ConfigurationTest, AClassIsConfiguredByTheDiscoveryThatReportedIt) {
     const ZRUUID classId = ClassId(number);
     IZrConfiguration* given = &ofFirst;
     const ZRRESULT result = ZrQueryComponentConfiguration(&classId, wanted, &given);
-    return Answer(result, given);
+    return Answer(result, !given ? "none" : given == &ofFirst ? "first" : given == &ofSecond ? "second" : "another");
   };
-  EXPECT_EQ(query(2), Answer(ZR_R_SAME_VALUE, &ofSecond));
-  EXPECT_EQ(query(1), Answer(ZR_R_ACCESS_DENIED, &ofFirst));
-  EXPECT_EQ(query(1), Answer(ZR_R_SAME_VALUE, &ofSecond));
-  EXPECT_EQ(query(3), Answer(ZR_R_FAILED, &ofSecond));
-  EXPECT_EQ(query(4), Answer(ZR_R_CLASS_NOT_REGISTERED, nullptr));
+  EXPECT_EQ(query(2), Answer(ZR_R_SAME_VALUE, "second"));
+  EXPECT_EQ(query(1), Answer(ZR_R_ACCESS_DENIED, "first"));
+  EXPECT_EQ(query(1), Answer(ZR_R_SAME_VALUE, "second"));
+  EXPECT_EQ(query(3), Answer(ZR_R_FAILED, "second"));
+  EXPECT_EQ(query(4), Answer(ZR_R_CLASS_NOT_REGISTERED, "none"));
   EXPECT_EQ(first.references, 0u);
   EXPECT_RESULT(ZrRemoveComponentDiscovery(secondCookie), ZR_R_OK);
 }

@@ -7,14 +7,21 @@
 
 TEST(CountedString, CreatorsFollowTheirRules) {
   const Owned shared(ZrCopyString(nullptr)), before(Units(W("before")));
+  const struct {
+    const char* name;
+    ZRRESULT (*create)(const WCHAR*, int32_t, ZRSTR*);
+  } kCreators[] = {{"ZrCreateZRSTRfromWCHAR", ZrCreateZRSTRfromWCHAR},
+                   {"ZrCreateZRSTRfromUTF16", ZrCreateZRSTRfromUTF16},
+                   {"ZrCreateStringLen_2", ZrCreateStringLen_2}};
   for (const WCHAR* text : {static_cast<const WCHAR*>(nullptr), W(""), W("abc")}) {
     for (const int32_t length : {INT32_MIN, -2, -1, 0, 1, 3, 40}) {
       Units expected = text != nullptr ? text : Units();
       const bool isShared = text != nullptr && (expected.empty() || length == 0);
       const bool isRefused = length < -1 || (text == nullptr && length == -1);
-      SCOPED_TRACE(testing::Message() << "text of " << expected.size() << ", length " << length);
+      SCOPED_TRACE(testing::Message() << (text ? testing::PrintToString(expected) : "null") << ", length " << length);
       if (length >= 0) expected.resize(static_cast<std::size_t>(length));
-      for (const auto create : {ZrCreateZRSTRfromWCHAR, ZrCreateZRSTRfromUTF16, ZrCreateStringLen_2}) {
+      for (const auto& [name, create] : kCreators) {
+        SCOPED_TRACE(name);
         ZRSTR string = before;
         EXPECT_RESULT(create(text, length, &string), isRefused ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK);
         EXPECT_EQ(string == before.string, isRefused) << "a refusal leaves the variable";
@@ -35,7 +42,8 @@ TEST(CountedString, CreatorsFollowTheirRules) {
 TEST(CountedString, HoldsAnyBytes) {
   const std::string bytes("a\0\0bc", 5), terminator(2, '\0');
   const Owned odd(ZrCreateStringByteLen(bytes.data(), 5)), zeros(ZrCreateStringByteLen(nullptr, 4));
-  EXPECT_TRUE(ZrStringByteLen(odd) == 5 && ZrStringLen(odd) == 2) << "rounded down";
+  EXPECT_EQ(ZrStringByteLen(odd), 5u);
+  EXPECT_EQ(ZrStringLen(odd), 2u) << "rounded down";
   EXPECT_EQ(std::string(reinterpret_cast<const char*>(odd.string), 7), bytes + terminator);
   EXPECT_EQ(ContentOf(zeros), Units(2, WCHAR{0}));
   EXPECT_NE(Owned(ZrCreateStringByteLen("", 0)).string, Owned(ZrCopyString(nullptr)).string) << "one of its own";
@@ -48,7 +56,8 @@ TEST(CountedString, FindsTheTerminatorWhereverTheTextLies) {
   for (std::size_t length = 1; length < 40; ++length) {
     const Units text(length, WCHAR{0x100});  // a unit with a zero byte is no end
     for (std::size_t behind = 0; behind < 8; ++behind) {
-      EXPECT_EQ(ContentOf(Owned(ZrCreateString(page.Put(text + Units(behind, WCHAR{0}))))), text);
+      EXPECT_EQ(ContentOf(Owned(ZrCreateString(page.Put(text + Units(behind, WCHAR{0}))))), text)
+          << behind << " units after it";
     }
   }
 }
@@ -100,7 +109,7 @@ TEST(CountedString, Compares) {
   int32_t order = 99;
   for (const Units& left : kTexts) {
     for (const Units& right : kTexts) {
-      SCOPED_TRACE(testing::Message() << &left - kTexts << ", " << &right - kTexts);
+      SCOPED_TRACE(testing::PrintToString(left) + " and " + testing::PrintToString(right));
       const Owned leftString(left.empty() ? Owned() : Owned(left)), rightString(right);
       EXPECT_RESULT(ZrCompareString(leftString, rightString, &order), ZR_R_OK);
       EXPECT_EQ(SignOf(order), SignOf(bytesOf(left).compare(bytesOf(right))));

@@ -9,6 +9,14 @@
 #include "tests/support/text.h"
 #include "tests/support/time_models.h"
 
+static bool operator==(const ZRDATETIMESTRUCT& left, const ZRDATETIMESTRUCT& right) {
+  return std::memcmp(&left, &right, sizeof left) == 0;
+}
+static std::ostream& operator<<(std::ostream& out, const ZRDATETIMESTRUCT& r) {
+  return out << Format("%d-%d-%d (day %d of the week) %d:%d:%d, ms %d, us %d, fraction %d", r.year, r.month, r.day,
+                       r.dayOfWeek, r.hour, r.minute, r.second, r.millisecond, r.microsecond, r.fraction);
+}
+
 static ZRDATETIME ValueOf(const ZRDATETIMESTRUCT& record) {
   ZRDATETIME value = 0;
   ZrDateTimeFromStruct(&record, &value);
@@ -46,9 +54,10 @@ TEST(DateTime, FollowsTheCalendarAtAnyValue) {
     Set(expected.millisecond, value / 10000 % 1000);
     Set(expected.microsecond, value / 10 % 1000);
     Set(expected.fraction, value % ZR_TICKS_PER_SECOND);
-    const ZRDATETIMESTRUCT record = RecordOf(value);
-    ASSERT_EQ(std::memcmp(&record, &expected, sizeof record), 0) << value;
-    ASSERT_TRUE(value < 0 || ValueOf(expected) == value) << value;
+    ASSERT_EQ(RecordOf(value), expected) << value;
+    if (value >= 0) {
+      ASSERT_EQ(ValueOf(expected), value) << expected;
+    }
   }
   ZrDateTimeToStruct(0, nullptr);
   ZrDateTimeFromStruct(nullptr, nullptr);
@@ -63,7 +72,7 @@ TEST(DateTime, WritesAsPrintfDoesAndReckonsAnyRecord) {
     const auto any = [&] { return random() % 2 ? kEdges[random() % std::size(kEdges)] : static_cast<int>(random()); };
     const auto disturb = [&](auto&... fields) { ((random() % 4 == 0 ? Set(fields, any()) : void()), ...); };
     disturb(r.year, r.month, r.day, r.hour, r.minute, r.second, r.millisecond, r.fraction);
-    ASSERT_EQ(ValueOf(r), ModelValue(r));
+    ASSERT_EQ(ValueOf(r), ModelValue(r)) << r;
     const std::string date = Format("%4d-%02d-%02d", r.year, r.month, r.day);
     const std::string time = Format("%02d:%02d:%02d", r.hour, r.minute, r.second);
     const std::string ticks = Format(".%07d", r.fraction), milliseconds = Format(".%03d", r.millisecond);
@@ -72,8 +81,9 @@ TEST(DateTime, WritesAsPrintfDoesAndReckonsAnyRecord) {
     ASSERT_EQ(ContentOf(Owned(ZrDateTimeStructToDateTimeString(&r, 1))), Widened(date + ' ' + time + ticks));
     ASSERT_EQ(ContentOf(Owned(ZrDateTimeStructToDateTimeString(&r, 0))), Widened(date + ' ' + time + milliseconds));
   }
-  EXPECT_TRUE(!ZrDateTimeStructToDateString(nullptr) && !ZrDateTimeStructToDateTimeString(nullptr, 1) &&
-              !ZrDateTimeStructToTimeString(nullptr));
+  EXPECT_EQ(ZrDateTimeStructToDateString(nullptr), nullptr);
+  EXPECT_EQ(ZrDateTimeStructToDateTimeString(nullptr, 1), nullptr);
+  EXPECT_EQ(ZrDateTimeStructToTimeString(nullptr), nullptr);
 }
 
 // Each part with the sign of the span.
@@ -82,6 +92,17 @@ static std::string PrintedSpan(ZRTIMESPAN span) {
   const auto days = static_cast<int>(span / ZR_TICKS_PER_DAY);
   return (days != 0 ? Format("%4d.", days) : "") +
          Format("%02d:%02d:%02d.%07d", parts.hour, parts.minute, parts.second, parts.fraction);
+}
+
+// Reads a text into `result` and claims that its model reads the same.
+template <class Read>
+static void CheckReading(uint8_t (*read)(ZRSTR, Read*), bool (*model)(const std::string&, Read&),
+                         const std::string& text, Read& result) {
+  if (ReadsAsModelled(read, model, Widened(text), result)) return;
+  Read expected;
+  const bool isRead = model(text, expected);
+  FAIL() << testing::PrintToString(text) << "\n  read as  " << result << "\n  expected " << expected
+         << (isRead ? "" : ", and 0 returned");
 }
 
 // Texts cut at every length, then with any unit anywhere.
@@ -102,16 +123,20 @@ TEST(DateTime, ReadsWhatItCanAndWritesSpans) {
     for (unsigned changes = random() % 4; changes > 0 && !odd.empty(); --changes) {
       odd[random() % odd.size()] = kStrange[random() % (sizeof kStrange - 1)];
     }
-    ASSERT_TRUE(ReadsAsModelled(ZrDateTimeStringToDateTimeStruct, ModelReadDateTime, Widened(odd), record)) << odd;
-    ASSERT_TRUE(ReadsAsModelled(ZrTimeStringToDateTimeStruct, ModelReadTime, Widened(odd), record)) << odd;
-    ASSERT_TRUE(ReadsAsModelled(ZrTimeSpanStringToTimeSpan, ModelReadSpan, Widened(odd), span)) << odd;
+    ASSERT_NO_FATAL_FAILURE(CheckReading(ZrDateTimeStringToDateTimeStruct, ModelReadDateTime, odd, record));
+    ASSERT_NO_FATAL_FAILURE(CheckReading(ZrTimeStringToDateTimeStruct, ModelReadTime, odd, record));
+    ASSERT_NO_FATAL_FAILURE(CheckReading(ZrTimeSpanStringToTimeSpan, ModelReadSpan, odd, span));
     ASSERT_EQ(ContentOf(Owned(ZrTimeSpanToTimeSpanString(span))), Widened(PrintedSpan(span))) << odd;
   }
   const Owned text(Units(W("2012-03-04 05:06:07.1234567")));
   for (auto read : {&ZrDateTimeStringToDateTimeStruct, &ZrTimeStringToDateTimeStruct}) {
-    EXPECT_TRUE(read(text, &record) == 1 && read(text, nullptr) == 0);
-    EXPECT_TRUE(read(nullptr, &record) == 0 && record.minute == 0) << "cleared";
+    EXPECT_EQ(read(text, &record), 1);
+    EXPECT_EQ(read(text, nullptr), 0);
+    EXPECT_EQ(read(nullptr, &record), 0);
+    EXPECT_EQ(record.minute, 0) << "cleared";
   }
-  EXPECT_TRUE(ZrTimeSpanStringToTimeSpan(text, &span) == 1 && ZrTimeSpanStringToTimeSpan(text, nullptr) == 0);
-  EXPECT_TRUE(ZrTimeSpanStringToTimeSpan(nullptr, &span) == 0 && span == 0);
+  EXPECT_EQ(ZrTimeSpanStringToTimeSpan(text, &span), 1);
+  EXPECT_EQ(ZrTimeSpanStringToTimeSpan(text, nullptr), 0);
+  EXPECT_EQ(ZrTimeSpanStringToTimeSpan(nullptr, &span), 0);
+  EXPECT_EQ(span, 0) << "cleared";
 }

@@ -7,13 +7,15 @@
 #include "tests/support/text.h"
 
 static void CheckRow(uint32_t code, const Units& text, const Units& description) {
+  SCOPED_TRACE(Format("code 0x%08X", code));
   Owned given, again, described;
-  EXPECT_RESULT(ZrErrorInfoGetText(code, &given.string), ZR_R_OK) << code;
+  EXPECT_RESULT(ZrErrorInfoGetText(code, &given.string), ZR_R_OK);
   EXPECT_RESULT(ZrErrorInfoGetText(code, &again.string), ZR_R_OK);
   EXPECT_RESULT(ZrErrorInfoGetDescription(code, &described.string), ZR_R_OK);
   EXPECT_EQ(ContentOf(given), text);
   EXPECT_EQ(ContentOf(described), description);
-  EXPECT_TRUE(given.string == again.string && ZrStringRefCount(given) == 3) << "references of the registry's string";
+  EXPECT_EQ(given.string, again.string);
+  EXPECT_EQ(ZrStringRefCount(given), 3u) << "references of the registry's string";
 }
 
 // Where ctest runs each test in a process of its own, the first registration is the very first call.

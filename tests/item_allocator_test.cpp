@@ -13,6 +13,7 @@
 #include "identifiers/reference_records.h"
 #include "platform/scheduling.h"
 #include "tests/support/race.h"
+#include "tests/support/units.h"
 #include "zrcore/reference.h"
 
 struct CItemAllocatorProbe {
@@ -47,8 +48,11 @@ TEST_F(ItemAllocatorTest, ServesTheLastItemFirstAndOnlyItsSize) {
   items_.Give(first);
   items_.Give(second, 7);
   items_.Give(nullptr);
-  EXPECT_TRUE(items_.Take(kSize - 1) == nullptr && items_.Take(kSize + 1) == nullptr);
-  EXPECT_TRUE(items_.Allocate(kSize) == second && items_.Take(kSize) == first && items_.Take(kSize) == nullptr);
+  EXPECT_EQ(items_.Take(kSize - 1), nullptr);
+  EXPECT_EQ(items_.Take(kSize + 1), nullptr);
+  EXPECT_EQ(items_.Allocate(kSize), second);
+  EXPECT_EQ(items_.Take(kSize), first);
+  EXPECT_EQ(items_.Take(kSize), nullptr);
 
   // Switched off, what is cached stays where it is.
   items_.Give(first);
@@ -73,7 +77,7 @@ TEST_F(ItemAllocatorTest, CapsAndTheirTrimming) {
       {2000, 50, 50, 50, 50},    {2000, 50, 50, 49, 48}, {2000, 1, 1, 0, 0}, {2000, 50, 50, 1, 0}, {10, 50, 10, 20, 10},
   };
   for (const auto& row : kRows) {
-    SCOPED_TRACE(&row - kRows);
+    SCOPED_TRACE(Format("cap %u, %u given, then cap %u", row.before, row.given, row.after));
     CItemAllocator items("row", true, kSize, row.before);
     EXPECT_EQ(Give(items, row.given), row.cached);
     items.SetCap(row.after);

@@ -20,8 +20,11 @@ TEST(Lifecycle, TheGuardComesAfterTheResultsThatAreClearedFirst) {
                             ZrCreateInstance(&classId, 0, &classId, 0, &object),
                             ZrQueryComponentConfiguration(&classId, nullptr, &configuration),
                             ZrCLSIDFromClassName(nullptr, &untouched), ZrClassNameFromCLSID(&classId, &name)});
-  EXPECT_TRUE(cookie == 0 && object == nullptr && configuration == nullptr);
-  EXPECT_TRUE(untouched == classId && name == reinterpret_cast<ZRSTR>(&name));
+  EXPECT_EQ(cookie, 0u);
+  EXPECT_EQ(object, nullptr);
+  EXPECT_EQ(configuration, nullptr);
+  EXPECT_EQ(untouched, classId);
+  EXPECT_EQ(name, reinterpret_cast<ZRSTR>(&name));
 
   // A surplus call is harmless, the others are counted.
   ExpectEach(ZR_R_OK, {ZrUninitialize(), ZrInitialize(), ZrInitialize(), ZrUninitialize()});

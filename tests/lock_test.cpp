@@ -12,17 +12,18 @@ TEST(Lock, IsRecursiveAndExcludesOtherThreads) {
   const auto tryFromAnotherThread = [&] {
     std::thread([&] {
       EXPECT_RESULT(ZrTryEnterCriticalSection(&lock, &acquired), ZR_R_OK);
-      EXPECT_TRUE(acquired != 1 || ZrLeaveCriticalSection(&lock) == ZR_R_OK);
+      EXPECT_RESULT(acquired == 1 ? ZrLeaveCriticalSection(&lock) : ZR_R_OK, ZR_R_OK);
     }).join();
     return acquired;
   };
   EXPECT_RESULT(ZrEnterCriticalSection(&lock), ZR_R_OK);
-  EXPECT_TRUE(ZrTryEnterCriticalSection(&lock, &acquired) == ZR_R_OK && acquired == 1) << "the owner may enter again";
+  EXPECT_RESULT(ZrTryEnterCriticalSection(&lock, &acquired), ZR_R_OK);
+  EXPECT_EQ(acquired, 1) << "the owner may enter again";
   for (int entries = 2; entries > 0; --entries) {
     EXPECT_EQ(tryFromAnotherThread(), 0);
     EXPECT_RESULT(ZrLeaveCriticalSection(&lock), ZR_R_OK);
   }
-  EXPECT_TRUE(tryFromAnotherThread() == 1 && tryFromAnotherThread() == 1) << "it leaves again";
+  for (int entry = 1; entry <= 2; ++entry) EXPECT_EQ(tryFromAnotherThread(), 1) << "entry " << entry;
 
   ExpectRefused({ZrInitializeCriticalSection(nullptr), ZrEnterCriticalSection(nullptr), ZrLeaveCriticalSection(nullptr),
                  ZrDeleteCriticalSection(nullptr), ZrTryEnterCriticalSection(nullptr, &acquired),
@@ -37,12 +38,16 @@ template <class Integer>
 static void Check(Integer (*increment)(Integer*), Integer (*decrement)(Integer*),
                   Integer (*exchange)(Integer*, const Integer*)) {
   constexpr Integer kMin = std::numeric_limits<Integer>::min(), kMax = std::numeric_limits<Integer>::max();
+  SCOPED_TRACE(Format("%s integers of %d bytes", kMin < 0 ? "signed" : "unsigned", static_cast<int>(sizeof(Integer))));
   Integer word = kMax;
   const Integer next = 5;
   EXPECT_EQ(increment(&word), kMin) << "wraps";
   EXPECT_EQ(decrement(&word), kMax);
   EXPECT_EQ(exchange(&word, &next), kMax);
-  EXPECT_EQ(exchange(&word, nullptr) | exchange(nullptr, &next) | increment(nullptr) | decrement(nullptr), Integer{0});
+  EXPECT_EQ(exchange(&word, nullptr), Integer{0});
+  EXPECT_EQ(exchange(nullptr, &next), Integer{0});
+  EXPECT_EQ(increment(nullptr), Integer{0});
+  EXPECT_EQ(decrement(nullptr), Integer{0});
   EXPECT_EQ(word, next);
 }
 

@@ -32,5 +32,5 @@ TEST(PosixSeam, DebugOutputSurvivesAReaderThatWentAway) {
     PlatformDebugOutput(W("nobody reads this"));
   });
   pthread_sigmask(SIG_BLOCK, nullptr, &held);
-  for (int each = 1; each < SIGRTMIN; ++each) EXPECT_EQ(sigismember(&held, each), each == SIGUSR1) << each;
+  for (int each = 1; each < SIGRTMIN; ++each) EXPECT_EQ(sigismember(&held, each), each == SIGUSR1) << "signal " << each;
 }

@@ -18,14 +18,15 @@ static constexpr char kUntouched[] = "9.9.9.9.9.9";  // an out-value as it was b
 
 // What a text reads as: its numbers, written again; or what a refusal leaves. All readers agree.
 static std::string Read(const std::string& bytes) {
+  SCOPED_TRACE(testing::PrintToString(bytes));
   const Owned text = StringOf(bytes);
   ZRREF before = {{9, 9, 9, 9, 9, 9}}, split = before, *ref = &before;
   const ZRRESULT result = ZrStringToREF(text, &ref);
   const std::string left = ref != nullptr ? Describe(*ref) : "null";
-  EXPECT_TRUE(ref == nullptr || left == Written(*ref));
+  EXPECT_EQ(ref != nullptr ? Written(*ref) : "null", left);
   ZrDestroyREF(ref != &before ? ref : nullptr);
   const bool isRead = result == ZR_R_OK;
-  EXPECT_TRUE(isRead || result == ZR_R_INVALID_ARGUMENTS);
+  EXPECT_RESULT(result, isRead ? ZR_R_OK : ZR_R_INVALID_ARGUMENTS);
   uint32_t* w = split.words;
   EXPECT_RESULT(ZrSplitRefName(text, w, w + 1, w + 2, w + 3, w + 4, w + 5), result);
   EXPECT_EQ(Describe(split), isRead ? left : kUntouched);
@@ -73,6 +74,7 @@ TEST(Reference, NullArguments) {
 
 TEST(Reference, CopiesWhatItHolds) {
   for (const std::string held : {"1.2.3.4.5.6", "text name", "1.2.3.4.5.6 text name", "neither"}) {
+    SCOPED_TRACE(held);
     const OwnedVariant source = Value("SREF " + held);
     OwnedVariant copy = Value("SREF null");
     copy.Value.sref = source.Value.sref;
@@ -84,9 +86,12 @@ TEST(Reference, CopiesWhatItHolds) {
   }
 }
 
+static std::string Shown(const auto* record) { return record != nullptr ? Describe(*record) : "null"; }
+
 // The order that the four functions of a family agree on.
 template <auto compareThreeWay, auto compare, auto isGreater, auto isLess, class Record>
 static int32_t OrderOf(const Record* left, const Record* right, ZRRESULT result) {
+  SCOPED_TRACE((std::is_same_v<Record, ZRREF> ? "REF " : "SREF ") + Shown(left) + " and " + Shown(right));
   int32_t order = 9;
   uint8_t equal = 9;
   EXPECT_RESULT(compareThreeWay(left, right, &order), result);

@@ -19,7 +19,7 @@ TEST(Registry, CookiesWrapPastZeroAndThoseInUse) {
     CRegistryTestPeer::SetLastCookie(registry, last);
     uint32_t cookie = 0;
     EXPECT_RESULT(registry.AddDiscovery(&discovery, &cookie), ZR_R_OK);
-    EXPECT_EQ(cookie, next);
+    EXPECT_EQ(cookie, next) << "after " << last;
   }
 }
 
@@ -28,6 +28,6 @@ TEST(Registry, EachByteTellsClassesApart) {
     const ZRUUID nil = {};
     ZRUUID other = {};
     reinterpret_cast<unsigned char*>(&other)[at] = 0x80;
-    EXPECT_TRUE(CByteWiseLess()(nil, other) && !CByteWiseLess()(other, nil)) << at;
+    EXPECT_TRUE(CByteWiseLess()(nil, other) && !CByteWiseLess()(other, nil)) << "byte " << at;
   }
 }

@@ -16,18 +16,23 @@ TEST(Seam, TellsWhyAModuleCantBeLoaded) {
       Units(1, WCHAR{0xDC00}),
   };
   for (const Units& path : kPaths) {
+    SCOPED_TRACE(testing::PrintToString(path.substr(0, 80)));
     Units reason;
     EXPECT_EQ(PlatformLoadModule(path.c_str(), reason), nullptr);
     EXPECT_EQ(reason.find(W("nowhere/")), Units::npos) << "the caller tells the path";
-    EXPECT_TRUE(reason.size() > 10 && reason.size() <= kModuleReasonUnits) << reason.size();
-    for (WCHAR unit : reason) EXPECT_TRUE(unit >= 0x20 && unit != 0x7F && unit != 0x2028);
+    EXPECT_TRUE(reason.size() > 10 && reason.size() <= kModuleReasonUnits) << testing::PrintToString(reason);
+    for (WCHAR unit : reason) {
+      EXPECT_TRUE(unit >= 0x20 && unit != 0x7F && unit != 0x2028) << testing::PrintToString(reason);
+    }
   }
 }
 
 TEST(Seam, WithoutALocaleOnlyAsciiLettersHaveCase) {
   for (int unit = 0; unit <= 0xFFFF; ++unit) {
-    EXPECT_EQ(PlatformToLower(nullptr, static_cast<WCHAR>(unit)), unit < 0x80 ? std::tolower(unit) : unit);
-    EXPECT_EQ(PlatformToUpper(nullptr, static_cast<WCHAR>(unit)), unit < 0x80 ? std::toupper(unit) : unit);
+    EXPECT_EQ(PlatformToLower(nullptr, static_cast<WCHAR>(unit)), unit < 0x80 ? std::tolower(unit) : unit)
+        << "unit " << unit;
+    EXPECT_EQ(PlatformToUpper(nullptr, static_cast<WCHAR>(unit)), unit < 0x80 ? std::toupper(unit) : unit)
+        << "unit " << unit;
   }
 }
 

@@ -77,7 +77,7 @@ TEST(Threads, FirstCreationsAtOnceStartAModuleOnce) {
       const Session session(discovery);
       Race(1, [&](int thread) { made += CreateObject(thread % 2) == ZR_R_OK; });
     }
-    EXPECT_EQ(made == kThreads, isGood);
+    EXPECT_EQ(made == kThreads, isGood) << made << " objects of " << (isGood ? "good" : "refusing");
     EXPECT_EQ(isGood ? TakeModuleLog() : kLog, kLog);
   }
 }
@@ -118,7 +118,7 @@ TEST(Threads, TakeTurnsAtAnArray) {
   const uint32_t kFirst = 0;
   std::atomic<int64_t> done = 0;
   const auto happens = [](ZRRESULT result) {
-    EXPECT_TRUE(result == ZR_R_OK || result == ZR_R_INVALID_OBJECT_STATE);
+    EXPECT_TRUE(result == ZR_R_OK || result == ZR_R_INVALID_OBJECT_STATE) << Result(result);
     return result == ZR_R_OK;
   };
   Race(50000, [&](int) {

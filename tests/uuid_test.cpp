@@ -38,9 +38,11 @@ TEST(Uuid, OrdersAsItsText) {
     const int order = testing::PrintToString(kValue).compare(testing::PrintToString(right));
     EXPECT_EQ(ZRUUIDLess(&kValue, &right), order < 0) << right;
     EXPECT_EQ(ZRUUIDGreater(&kValue, &right), order > 0) << right;
-    EXPECT_TRUE(ZrCompareUUID(&kValue, &right, &equal) == ZR_R_OK && equal == (order == 0)) << right;
+    EXPECT_RESULT(ZrCompareUUID(&kValue, &right, &equal), ZR_R_OK) << right;
+    EXPECT_EQ(equal, order == 0) << right;
   }
-  EXPECT_FALSE(ZRUUIDLess(nullptr, &kValue) || ZRUUIDGreater(&kValue, nullptr));
+  EXPECT_EQ(ZRUUIDLess(nullptr, &kValue), 0);
+  EXPECT_EQ(ZRUUIDGreater(&kValue, nullptr), 0);
   ExpectRefused({ZrCompareUUID(nullptr, &kValue, &equal), ZrCompareUUID(&kValue, &kValue, nullptr)});
 }
 
@@ -58,7 +60,8 @@ TEST(Uuid, WritesAndReadsText) {
   ZRSTR written = nullptr;
   EXPECT_RESULT(ZrStringFromUUID(&kValue, &written), ZR_R_OK);
   EXPECT_EQ(ContentOf(Owned(written)), Widened("{" + plain + "}"));
-  for (const char* front : {"", "{", "\"", "\"{"}) EXPECT_EQ(Read(front + plain + "}\" and more"), kValue);
+  for (const char* front : {"", "{", "\"", "\"{"})
+    EXPECT_EQ(Read(front + plain + "}\" and more"), kValue) << "after " << front;
   EXPECT_EQ(Read("01234567 89ab?cdef\3720123G456789abcdef"), kValue) << "separators may be anything";
   EXPECT_EQ(Read(cut), kUnchanged);
   EXPECT_EQ(Read("\"" + cut), kNil) << "the last digit's place lies behind the terminator";
@@ -67,7 +70,7 @@ TEST(Uuid, WritesAndReadsText) {
     const char digit[] = {static_cast<char>(unit), 0};
     ZRUUID expected = kValue;
     expected.data4[7] = static_cast<uint8_t>(0xE0 + std::strtoul(digit, nullptr, 16));
-    EXPECT_EQ(Read(cut + digit), std::isxdigit(unit) ? expected : kNil);
+    EXPECT_EQ(Read(cut + digit), std::isxdigit(unit) ? expected : kNil) << "digit " << unit;
   }
   ExpectRefused({ZrStringFromUUID(&kValue, nullptr), ZrUUIDFromString(plain.c_str(), nullptr)});
 }

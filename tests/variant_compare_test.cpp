@@ -5,15 +5,26 @@
 
 #include "tests/support/array_samples.h"
 
-// What is written, and a code.
-using Answer = std::pair<char, ZRRESULT>;
-static constexpr Answer kEqual{'=', ZR_R_OK}, kDiffer{'!', ZR_R_OK}, kUnwritten{'-', ZR_R_OK},
-    kRefused{'-', ZR_R_INVALID_ARGUMENTS}, kUnsupported{'-', ZR_R_NOT_SUPPORTED};
+// The result, and the byte that is written: 9 if none is.
+struct Answer {
+  uint8_t equal;
+  Result result;
+  bool operator==(const Answer&) const = default;
+  friend std::ostream& operator<<(std::ostream& out, const Answer& answer) {
+    return out << (answer.equal == 1   ? "equal"
+                   : answer.equal == 0 ? "different"
+                                       : "unwritten")
+               << ", " << answer.result;
+  }
+};
+static constexpr uint8_t kNoByte = 9;
+static constexpr Answer kEqual{1, ZR_R_OK}, kDiffer{0, ZR_R_OK}, kUnwritten{kNoByte, ZR_R_OK},
+    kRefused{kNoByte, ZR_R_INVALID_ARGUMENTS}, kUnsupported{kNoByte, ZR_R_NOT_SUPPORTED};
 
 static Answer Compared(const ZRVARIANT& left, const ZRVARIANT& right) {
-  uint8_t equal = 9;
-  const ZRRESULT result = ZrVariantCompare(&left, &right, &equal);
-  return {equal == 1 ? '=' : equal == 0 ? '!' : '-', result};
+  Answer answer = kUnwritten;
+  answer.result = ZrVariantCompare(&left, &right, &answer.equal);
+  return answer;
 }
 
 // Pairs with the same answer, be they compared by value or behind references. Reals are within an epsilon, absolute up
@@ -35,8 +46,8 @@ static constexpr std::pair<Answer, const char*> kRows[] = {
     {kRefused, "BLOB null & BLOB 01|BLOB null & BLOB null|14 5 & 14 5|54 5 & 54 5|"
                "UUID null & UUID {00000000-0000-0000-0000-000000000001}"},
     {kUnsupported, "UNKNOWN object & UNKNOWN object|DISPATCH null & DISPATCH null|UNKNOWN object & UNKNOWN null"},
-    {{'=', ZR_R_INVALID_ARGUMENTS}, "SREF text -1.2.3.4.5.6 & SREF 4294967295.2.3.4.5.6"},
-    {{'!', ZR_R_INVALID_ARGUMENTS}, "SREF text name & SREF 1.2.3.4.5.6"},
+    {{1, ZR_R_INVALID_ARGUMENTS}, "SREF text -1.2.3.4.5.6 & SREF 4294967295.2.3.4.5.6"},
+    {{0, ZR_R_INVALID_ARGUMENTS}, "SREF text name & SREF 1.2.3.4.5.6"},
     // clang-format on
 };
 
@@ -76,7 +87,7 @@ static void CheckPair(const std::string& pair, const Answer& answer) {
   const bool isByBytes = IsReal(tag) || answer == kUnsupported;
   uint8_t equal = 9;
   EXPECT_RESULT(ZrSafeArrayCompare(ArrayOf(tag, &left, 1).get(), ArrayOf(tag, &right, 1).get(), &equal), ZR_R_OK);
-  EXPECT_EQ(equal, isByBytes ? areSame : answer == kEqual);
+  EXPECT_EQ(equal, isByBytes ? areSame : answer == kEqual) << "as elements of arrays";
 }
 
 TEST(VariantCompare, ValuesAndReferencesToThem) {

@@ -23,20 +23,25 @@ static void CheckLife(const std::string& text) {
   ZRVARIANT reference = ByRef(source), link = ByRef(ZR_VT_VARIANT, &reference);
   const ZRVARIANT toRecord = ByRef(ZR_VT_VARIANT, &source), toLink = ByRef(ZR_VT_VARIANT | 0x9000, &link);
   for (const ZRVARIANT* way : std::initializer_list<const ZRVARIANT*>{&source, &reference, &toRecord, &toLink}) {
-    EXPECT_EQ(ZrVariantIsContentEmpty(way), std::count(kEmpty.begin(), kEmpty.end(), text));
+    EXPECT_EQ(ZrVariantIsContentEmpty(way), std::count(kEmpty.begin(), kEmpty.end(), text)) << Describe(*way);
   }
   const uint32_t owners = Owners();
   const bool isCounted = text.find("common") != std::string::npos || text.find("object") != std::string::npos;
   const std::string whole = IsOwned(source.Type) ? copied : Describe(source);
   const std::string behind = isNumber ? copied : whole;  // of a variant by value, the address is that of its record
   const struct {
+    const char* name;
     ZRRESULT (*copy)(ZRVARIANT*, const ZRVARIANT*);
     const ZRVARIANT* from;
     std::string left;
-  } kCopies[] = {{ZrVariantCopy, &source, whole},      {ZrVariantCopyInd, &source, whole},
-                 {ZrVariantCopyInd, &toRecord, whole}, {ZrVariantCopyInd, &reference, behind},
-                 {ZrVariantCopyInd, &toLink, behind},  {ZrVariantCopy, &reference, Describe(reference)}};
-  for (const auto& [copy, from, left] : kCopies) {
+  } kCopies[] = {{"ZrVariantCopy", ZrVariantCopy, &source, whole},
+                 {"ZrVariantCopyInd", ZrVariantCopyInd, &source, whole},
+                 {"ZrVariantCopyInd", ZrVariantCopyInd, &toRecord, whole},
+                 {"ZrVariantCopyInd", ZrVariantCopyInd, &reference, behind},
+                 {"ZrVariantCopyInd", ZrVariantCopyInd, &toLink, behind},
+                 {"ZrVariantCopy", ZrVariantCopy, &reference, Describe(reference)}};
+  for (const auto& [name, copy, from, left] : kCopies) {
+    SCOPED_TRACE(name + (" of " + testing::PrintToString(Describe(*from))));
     OwnedVariant destination = Before();
     EXPECT_RESULT(copy(&destination, from), ZR_R_OK);
     EXPECT_EQ(Describe(destination), left);
@@ -44,7 +49,7 @@ static void CheckLife(const std::string& text) {
     const bool isOwner = isCounted && (destination.Type & ZR_VT_BYREF) == 0;
     EXPECT_EQ(Owners(), owners + (isOwner ? 1 : 0));
     EXPECT_RESULT(ZrVariantClear(&destination), ZR_R_OK);
-    EXPECT_TRUE(IsZero(destination));
+    EXPECT_TRUE(IsZero(destination)) << Describe(destination);
     EXPECT_EQ(Owners(), owners);
   }
   // One record as both arguments is released first, and then there is nothing to copy.
@@ -81,7 +86,8 @@ TEST(VariantRecord, EveryBadTagWord) {
       EXPECT_RESULT(ZrVariantCopyInd(&copy, &reference), tag != 0 || isByRef ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK);
       EXPECT_EQ(Describe(copy), isByRef ? alone.substr(0, alone.find('+')) : alone);
       EXPECT_RESULT(ZrVariantClear(&source), isEmpty ? ZR_R_OK : ZR_R_INVALID_ARGUMENTS);
-      EXPECT_TRUE(isEmpty ? Describe(source) == whole : IsZero(source)) << "an empty record is left as it is";
+      EXPECT_TRUE(isEmpty ? Describe(source) == whole : IsZero(source))
+          << Describe(source) << ": an empty record is left as it is";
       EXPECT_RESULT(ZrVariantCopy(&destination, &number), ZR_R_OK) << "a bad destination reports nothing";
       EXPECT_EQ(Describe(destination), "I4 7");
     }
@@ -90,11 +96,12 @@ TEST(VariantRecord, EveryBadTagWord) {
 
 // What a null address reads as.
 static void CheckNothing(const std::string& nothing, bool isEmpty) {
+  SCOPED_TRACE("a null address that reads as " + nothing);
   const ZRVARIANT null = ByRef(Value(nothing).Type, nullptr);
   OwnedVariant destination = Before();
   EXPECT_RESULT(ZrVariantCopyInd(&destination, &null), ZR_R_OK);
   EXPECT_EQ(Describe(destination), nothing);
-  EXPECT_EQ(ZrVariantIsContentEmpty(&null), isEmpty) << nothing;
+  EXPECT_EQ(ZrVariantIsContentEmpty(&null), isEmpty);
 }
 
 TEST(VariantRecord, ThroughAddresses) {
