@@ -163,7 +163,7 @@ TEST_F(ComponentTest, NamesAreLearntOnceAndKept) {
     EXPECT_EQ(ContentOf(name), W("Learnt.Once"));
     EXPECT_EQ(none, nullptr);
     EXPECT_EQ(discovery.asked, 3u);
-    EXPECT_EQ(Remove(cookie).first, removal);
+    EXPECT_RESULT(Remove(cookie).first, removal);
   }
   none = known;
   EXPECT_RESULT(ZrCLSIDFromClassName(unknown, &classId), ZR_R_FAILED) << "exact, case too";

@@ -79,10 +79,10 @@ TEST_F(ItemAllocatorTest, CapsAndTheirTrimming) {
   for (const auto& row : kRows) {
     SCOPED_TRACE(Format("cap %u, %u given, then cap %u", row.before, row.given, row.after));
     CItemAllocator items("row", true, kSize, row.before);
-    EXPECT_EQ(Give(items, row.given), row.cached);
+    EXPECT_EQ(Give(items, row.given), row.cached) << "items cached at first";
     items.SetCap(row.after);
-    EXPECT_EQ(Give(items, 0), row.left);
-    EXPECT_EQ(Give(items, 1100), row.after != 0 ? std::max(row.after, row.left) : 1024);
+    EXPECT_EQ(Give(items, 0), row.left) << "items left by the new cap";
+    EXPECT_EQ(Give(items, 1100), row.after != 0 ? std::max(row.after, row.left) : 1024) << "items cached of 1100 more";
     items.Teardown();
   }
   CItemAllocator::SetDefaultCap(3);

@@ -26,9 +26,10 @@ static std::string Read(const std::string& bytes) {
   EXPECT_EQ(ref != nullptr ? Written(*ref) : "null", left);
   ZrDestroyREF(ref != &before ? ref : nullptr);
   const bool isRead = result == ZR_R_OK;
-  EXPECT_RESULT(result, isRead ? ZR_R_OK : ZR_R_INVALID_ARGUMENTS);
+  const ZRRESULT expected = isRead ? ZR_R_OK : ZR_R_INVALID_ARGUMENTS;
+  EXPECT_RESULT(result, expected) << "\n  from ZrStringToREF";
   uint32_t* w = split.words;
-  EXPECT_RESULT(ZrSplitRefName(text, w, w + 1, w + 2, w + 3, w + 4, w + 5), result);
+  EXPECT_RESULT(ZrSplitRefName(text, w, w + 1, w + 2, w + 3, w + 4, w + 5), expected);
   EXPECT_EQ(Describe(split), isRead ? left : kUntouched);
   ZRSREF* sref = nullptr;
   EXPECT_RESULT(ZrStringToSREF(text, &sref), ZR_R_OK);

@@ -51,7 +51,8 @@ static ZRUUID Read(const std::string& text) {
   const std::vector<char> exact(text.c_str(), text.c_str() + text.size() + 1);
   ZRUUID uuid = kUnchanged;
   const ZRRESULT result = ZrUUIDFromString(exact.data(), &uuid);
-  EXPECT_RESULT(result, uuid == kUnchanged || uuid == kNil ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK) << text;
+  EXPECT_RESULT(result, uuid == kUnchanged || uuid == kNil ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK)
+      << "\n  from ZrUUIDFromString of " << testing::PrintToString(text);
   return uuid;
 }
 

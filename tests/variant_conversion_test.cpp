@@ -157,7 +157,7 @@ static void CheckConversion(const std::string& text, uint16_t target, const Outc
   if (claim == nullptr && (text.size() + target) % 3 == 0) source.Type |= 0x9000;
   (void)ZrVariantCopy(&copy, &source);
   const std::string before = Describe(source);
-  SCOPED_TRACE(testing::PrintToString(before) + " to " + TagWordName(target));
+  SCOPED_TRACE(testing::PrintToString(text) + " (" + TagWordName(source.Type) + ") to " + TagWordName(target));
   const Outcome expected = claim != nullptr ? *claim : Model(letter, copy, target);
   for (OwnedVariant* apart : {&owner, &number}) {
     const std::string held = Describe(*apart), left = isRefused ? held : expected.left;
@@ -190,6 +190,8 @@ TEST(VariantConversion, EverySourceAndTarget) {
   const uint32_t empties = ZrStringRefCount(empty), objects = g_object.references;
   for (const std::string& text : sources) {
     for (const uint16_t target : targets) CheckConversion(text, target);
+    EXPECT_EQ(g_object.references, objects) << "references to the object after " << text;
+    EXPECT_EQ(ZrStringRefCount(empty), empties) << "references to the empty string after " << text;
     if (HasFailure()) return;
   }
   for (const auto& row : kClaims) {
