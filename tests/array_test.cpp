@@ -27,6 +27,10 @@ TEST(Array, RefusesNulls) {
              {ZrSafeArrayGetBounds(handle, nullptr, &bounds), ZrSafeArrayGetElementCount(handle, nullptr, nullptr),
               ZrSafeArrayGetLBound(handle, 0, &word), ZrSafeArrayGetUBound(handle, 2, &word)});
   EXPECT_TRUE(equal == 9 && word == 7 && bounds == &bound) << "nothing is written";
+  EXPECT_EQ(ZrSafeArrayLock(handle), ZR_R_OK);
+  ExpectEach(ZR_R_INVALID_POINTER,
+             {ZrSafeArrayGetElement(handle, nullptr, &word), ZrSafeArrayGetElement(handle, &word, nullptr),
+              ZrSafeArrayPutElement(handle, nullptr, &word), ZrSafeArrayPutElement(handle, &word, nullptr)});
   for (const uint16_t kind : std::initializer_list<uint16_t>{ZR_VT_STR, ZR_VT_BLOB, ZR_VT_REF, ZR_VT_SREF}) {
     const void* variable = &word;
     EXPECT_EQ(ZrSafeArrayGetElement(MakeArray(kind, {{1, 0}}).get(), &first, &variable), ZR_R_OK);

@@ -222,14 +222,15 @@ TEST_F(ComponentTest, AModuleThatComesBackDuringItsExitIsStartedAnew) {
     uint32_t secondCookie = 0;
     EXPECT_EQ(Create(1).first, ZR_R_OK);
     const auto comeBack = [&] {
-      EXPECT_EQ(ZrRemoveComponentDiscovery(isUsedAgain ? 0 : cookie), isUsedAgain ? ZR_R_UNKNOWN_IDENTIFIER : ZR_R_OK);
+      EXPECT_RESULT(ZrRemoveComponentDiscovery(isUsedAgain ? 0 : cookie),
+                    isUsedAgain ? ZR_R_UNKNOWN_IDENTIFIER : ZR_R_OK);
       secondCookie = second.Add();
-      EXPECT_EQ(CreateObject(2), ZR_R_OK);
+      EXPECT_RESULT(CreateObject(2), ZR_R_OK);
     };
     SetNextExit([&] {
       if (!isUsedAgain) return comeBack();
       SetNextExit(comeBack);  // in the exit by which the class is forgotten, since this makes the module start again
-      EXPECT_EQ(CreateObject(1), ZR_R_OK);
+      EXPECT_RESULT(CreateObject(1), ZR_R_OK);
     });
     const std::string restarted = isUsedAgain ? "good.exit good.init good.create " : "";
     EXPECT_EQ(Remove(cookie), Done(ZR_R_OK, restarted + "good.exit good.init good.create"));
@@ -251,7 +252,7 @@ TEST_F(ComponentTest, ADiscoveryIsReleasedWhenItsAnswerIsKept) {
     if (operation == "Release") created = Create(1).first;
   };
   EXPECT_EQ(Create(1), Done(ZR_R_OK, "function.create"));
-  EXPECT_EQ(created, ZR_R_OK);
+  EXPECT_RESULT(created, ZR_R_OK);
   EXPECT_EQ(leaving.asked + next.asked, 1u) << "the class was known when Release ran";
 
   leaving.onCall = nullptr;

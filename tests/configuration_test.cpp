@@ -181,18 +181,30 @@ TEST_F(ConfigurationTest, AClassIsConfiguredByTheDiscoveryThatReportedIt) {
   EXPECT_EQ(query(3), Answer(ZR_R_FAILED, "second"));
   EXPECT_EQ(query(4), Answer(ZR_R_CLASS_NOT_REGISTERED, "none"));
   EXPECT_EQ(first.references, 0u);
+
+  // A discovery that removes itself while it is asked for a class is asked for its configuration in the same call.
+  // Later calls find the class, but no discovery any more.
+  FakeDiscovery leaving({{5, Units()}});
+  const uint32_t leavingCookie = leaving.Add();
+  leaving.onCall = [&](const std::string& operation) {
+    if (operation == "QueryComponent") ZrRemoveComponentDiscovery(leavingCookie);
+  };
+  leaving.configure = [&](const ZRUUID&, ZRSTR, IZrConfiguration** given) { return *given = &ofFirst, ZR_R_OK; };
+  EXPECT_EQ(query(5), Answer(ZR_R_OK, "first"));
+  EXPECT_EQ(query(5), Answer(ZR_R_UNEXPECTED, "none"));
+  EXPECT_EQ(leaving.references, 0u);
   EXPECT_RESULT(ZrRemoveComponentDiscovery(secondCookie), ZR_R_OK);
 }
 
 // A removal stops a module, which removes the same discovery.
 TEST_F(ConfigurationTest, ADiscoveryThatIsRemovedInsideItsRemovalCountsOnce) {
   static uint32_t cookie = 0;
-  static constexpr auto kExit = [] { EXPECT_EQ(ZrRemoveComponentDiscovery(cookie), ZR_R_OK); };
+  static constexpr auto kExit = [] { EXPECT_RESULT(ZrRemoveComponentDiscovery(cookie), ZR_R_OK); };
   FakeDiscovery leaving({{1, {}, {MakeObject, nullptr, kExit}}});
   Host next({Number(ZR_VT_UI4, 6)});
   cookie = leaving.Add();
-  EXPECT_EQ(CreateObject(1), ZR_R_OK);
-  EXPECT_EQ(ZrRemoveComponentDiscovery(cookie), ZR_R_OK);
+  EXPECT_RESULT(CreateObject(1), ZR_R_OK);
+  EXPECT_RESULT(ZrRemoveComponentDiscovery(cookie), ZR_R_OK);
   EXPECT_EQ(leaving.references, 0u);
   EXPECT_EQ(next.Add(), "on 0/6 0/6") << "it is the first";
   EXPECT_EQ(next.Remove(), kNothing);
