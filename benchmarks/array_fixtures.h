@@ -149,7 +149,7 @@ inline GVariantHolder HoldGVariant(const GVariantType* type, const void* data, g
 // that of the result. Of the small ones some are made at once, so that stopping the clock doesn't show.
 template <class Make, class Use>
 void ApartRow(const std::string& operation, const std::string& library, uint32_t count, Make make, Use use) {
-  benchmark::RegisterBenchmark((operation + "/" + library).c_str(), [=](benchmark::State& state) {
+  RegisterRow(operation, library, [=](benchmark::State& state) {
     const auto original = make();
     const uint32_t atOnce = count <= kFew ? 16 : 1;
     std::vector<std::remove_const_t<decltype(original)>> copies;

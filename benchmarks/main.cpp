@@ -1,5 +1,14 @@
+// Runs the rows. Google Benchmark's options apply, and one of our own:
+//
+//   --progress=RUNS   shows progress on file descriptor 3. RUNS is the number of rows times the number of repetitions.
+//
+// Google Benchmark's own output can't serve as progress: it reports a row after the last repetition of that row, and in
+// random order those all come near the end.
+
 #include <benchmark/benchmark.h>
 
+#include <cstdlib>
+#include <cstring>
 #include <future>
 #include <thread>
 
@@ -25,6 +34,11 @@ class CCompany {
 int main(int argc, char** argv) {
   CCompany company;
   benchmark::Initialize(&argc, argv);
+  const char progress[] = "--progress=";
+  if (argc == 2 && std::strncmp(argv[1], progress, sizeof progress - 1) == 0) {
+    ShowProgress(std::strtoull(argv[1] + sizeof progress - 1, nullptr, 10));
+    argc = 1;
+  }
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
 
   for (auto addRows : {CallRows, StringRows, UnicodeRows, UuidRows, ReferenceRows, TimeRows, ResultCodeRows, BlobRows,

@@ -20,6 +20,8 @@
 #include <string>
 #include <utility>
 
+#include "progress.h"
+
 void ArrayConversionRows();
 void ArrayRows();
 void BlobRows();
@@ -50,12 +52,21 @@ inline void Require(bool claim, const char* text) {
   std::exit(2);
 }
 
+// Registers a row whose `measure` iterates over the state itself. Most rows need only Row.
+template <class Measure>
+benchmark::internal::Benchmark* RegisterRow(const std::string& operation, const std::string& library, Measure measure) {
+  return benchmark::RegisterBenchmark((operation + "/" + library).c_str(),
+                                      [measure = std::move(measure), runs = CRunCounter()](auto& state) mutable {
+                                        std::as_const(measure)(state);
+                                        runs.Count(state);
+                                      });
+}
+
 template <class Operation>
 benchmark::internal::Benchmark* Row(const std::string& operation, const std::string& library, Operation run) {
-  return benchmark::RegisterBenchmark((operation + "/" + library).c_str(),
-                                      [run = std::move(run)](benchmark::State& state) {
-                                        for (auto _ : state) run();
-                                      });
+  return RegisterRow(operation, library, [run = std::move(run)](benchmark::State& state) {
+    for (auto _ : state) run();
+  });
 }
 
 // Wall time: the time that a thread waits for the other one is what these rows are about.
