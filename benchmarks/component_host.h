@@ -1,16 +1,33 @@
-// The side of the host that the component rows share: a discovery that knows some widgets of one module file, and a
-// module file opened by hand for those that do without a component system.
+// The side of the host that the component rows share: a discovery that knows some widgets of one module file, a module
+// file opened by hand for those that do without a component system, and what their maps compare identifiers by.
 
 #pragma once
 
 #include <dlfcn.h>
 
+#include <cstring>
 #include <memory>
 #include <string>
 
 #include "modules/widget.h"
 #include "row.h"
 #include "zrcore/zrcore.h"
+
+struct ByteLess {
+  bool operator()(const ZRUUID& left, const ZRUUID& right) const { return std::memcmp(&left, &right, sizeof left) < 0; }
+};
+struct UuidEqual {
+  bool operator()(const ZRUUID& left, const ZRUUID& right) const {
+    return std::memcmp(&left, &right, sizeof left) == 0;
+  }
+};
+struct UuidHash {
+  std::size_t operator()(const ZRUUID& uuid) const {
+    std::size_t words[2];
+    std::memcpy(words, &uuid, sizeof words);
+    return words[0] ^ words[1];
+  }
+};
 
 using ZrString = std::unique_ptr<WCHAR, decltype(&ZrDestroyString)>;
 
@@ -53,22 +70,18 @@ class CModuleDiscovery final : public IZrComponentDiscovery {
   uint32_t first_, count_;
 };
 
-// The component system, open for as long as a row lives.
+// Keeps the component system open. There is one per process, so only one host may exist at a time: each row opens the
+// system for its own run, and the next row finds it empty.
 class CHost {
  public:
   CHost() { Require(ZR_SUCCEEDED(ZrInitialize()), "the component system opens"); }
   ~CHost() {
-    if (cookie_ != 0) (void)ZrRemoveComponentDiscovery(cookie_);
     (void)ZrUninitialize();
+    uint32_t cookie = 0;
+    Require(ZrAddComponentDiscovery(nullptr, &cookie) == ZR_R_NO_INIT, "only one host is open");
   }
   CHost(const CHost&) = delete;
   CHost& operator=(const CHost&) = delete;
-
-  // Also lets the system meet every class and name once, so that it finds the measured one among them.
-  void Register(IZrComponentDiscovery* discovery);
-
- private:
-  uint32_t cookie_ = 0;
 };
 
 // The three functions of a component module, found by whoever loaded the file.

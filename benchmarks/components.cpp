@@ -30,35 +30,31 @@
 #include <glib-object.h>
 #endif
 
-void CHost::Register(IZrComponentDiscovery* discovery) {
-  Require(ZR_SUCCEEDED(ZrAddComponentDiscovery(discovery, &cookie_)), "a discovery is added");
-  for (uint32_t i = 0; i < kClassCount; ++i) {
-    const ZRUUID classId = WidgetClass(i);
-    void* object = nullptr;
-    Require(ZR_SUCCEEDED(ZrCreateInstance(&classId, 0, &kWidgetInterface, 0, &object)), "a class makes an object");
-    static_cast<IZrUnknown*>(object)->Release();
+// A host that has used every class and every name once, so that the registry finds the measured one among all of them.
+class CWidgetHost {
+ public:
+  CWidgetHost() {
+    Require(ZR_SUCCEEDED(ZrAddComponentDiscovery(&discovery_, &cookie_)), "a discovery is added");
+    for (uint32_t i = 0; i < kClassCount; ++i) {
+      const ZRUUID classId = WidgetClass(i);
+      void* object = nullptr;
+      Require(ZR_SUCCEEDED(ZrCreateInstance(&classId, 0, &kWidgetInterface, 0, &object)), "a class makes an object");
+      static_cast<IZrUnknown*>(object)->Release();
 
-    ZRUUID found{};
-    uint8_t equal = 0;
-    Require(ZR_SUCCEEDED(ZrCLSIDFromClassName(MakeZrString(WidgetName(i)).get(), &found)), "a class name is known");
-    Require(ZR_SUCCEEDED(ZrCompareUUID(&classId, &found, &equal)) && equal == 1, "a class name names its class");
+      ZRUUID found{};
+      uint8_t equal = 0;
+      Require(ZR_SUCCEEDED(ZrCLSIDFromClassName(MakeZrString(WidgetName(i)).get(), &found)), "a class name is known");
+      Require(ZR_SUCCEEDED(ZrCompareUUID(&classId, &found, &equal)) && equal == 1, "a class name names its class");
+    }
   }
-}
+  ~CWidgetHost() { (void)ZrRemoveComponentDiscovery(cookie_); }
+  CWidgetHost(const CWidgetHost&) = delete;
+  CWidgetHost& operator=(const CWidgetHost&) = delete;
 
-struct ByteLess {
-  bool operator()(const ZRUUID& left, const ZRUUID& right) const { return std::memcmp(&left, &right, sizeof left) < 0; }
-};
-struct UuidEqual {
-  bool operator()(const ZRUUID& left, const ZRUUID& right) const {
-    return std::memcmp(&left, &right, sizeof left) == 0;
-  }
-};
-struct UuidHash {
-  std::size_t operator()(const ZRUUID& uuid) const {
-    std::size_t words[2];
-    std::memcpy(words, &uuid, sizeof words);
-    return words[0] ^ words[1];
-  }
+ private:
+  CHost host_;
+  CModuleDiscovery discovery_{BENCH_WARM_MODULE, 0, kClassCount};
+  uint32_t cookie_ = 0;
 };
 
 // ---- Class names ----------------------------------------------------------------------------------------------------
@@ -88,11 +84,11 @@ struct TextLess {
   }
 };
 
-static void NameRows(const std::shared_ptr<CHost>& host) {
+static void NameRows() {
   const std::string operation = "class name to identifier, cached";
   std::shared_ptr<WCHAR> name = MakeZrString(WidgetName(kMeasuredClass));
 
-  Row(operation, "ZrCore", [host, name] {
+  RowWithin<CWidgetHost>(operation, "ZrCore", [name] {
     ZRUUID found;
     Consume(ZrCLSIDFromClassName(name.get(), &found));
     Consume(found);
@@ -263,9 +259,9 @@ static void QtRows() {
 }
 #endif
 
-static void ObjectRows(const std::shared_ptr<CHost>& host) {
+static void ObjectRows() {
   const ZRUUID id = WidgetClass(kMeasuredClass);
-  Row(kObject, "ZrCore", [host, id] {
+  RowWithin<CWidgetHost>(kObject, "ZrCore", [id] {
     void* object = nullptr;
     Consume(ZrCreateInstance(&id, 0, &kWidgetInterface, 0, &object));
     static_cast<IZrUnknown*>(object)->Release();
@@ -288,9 +284,6 @@ static void ObjectRows(const std::shared_ptr<CHost>& host) {
 }
 
 void ComponentRows() {
-  static CModuleDiscovery discovery(BENCH_WARM_MODULE, 0, kClassCount);
-  auto host = std::make_shared<CHost>();
-  host->Register(&discovery);
-  NameRows(host);
-  ObjectRows(host);
+  NameRows();
+  ObjectRows();
 }

@@ -25,13 +25,18 @@ static bool IsLoaded(const char* path) {
   return module != nullptr;
 }
 
+struct CNoHost {};
+
 // Whoever keeps the file loaded behind the caller's back, or never loads it, would win easily. `run` calls what it is
 // given while it holds its object.
-template <class Operation>
+template <class Host = CNoHost, class Operation>
 static void ColdRow(const std::string& library, const char* path, const Operation& run) {
-  run([&] { Require(IsLoaded(path), (library + " loads the module").c_str()); });
+  {
+    [[maybe_unused]] Host host{};
+    run([&] { Require(IsLoaded(path), (library + " loads the module").c_str()); });
+  }
   Require(!IsLoaded(path), (library + " unloads the module").c_str());
-  Row("module load+unload, cold", library, [run] { run([] {}); });
+  RowWithin<Host>("module load+unload, cold", library, [run] { run([] {}); });
 }
 
 template <class Find, class Meanwhile>
@@ -46,7 +51,7 @@ static void UseEntryPoints(Find&& find, Meanwhile&& meanwhile) {
 
 void ModuleLoadingRows() {
   auto discovery = std::make_shared<CModuleDiscovery>(BENCH_COLD_MODULE, kColdClass, 1);
-  ColdRow("ZrCore", BENCH_COLD_MODULE, [host = std::make_shared<CHost>(), discovery](auto meanwhile) {
+  ColdRow<CHost>("ZrCore", BENCH_COLD_MODULE, [discovery](auto meanwhile) {
     uint32_t cookie = 0;
     Consume(ZrAddComponentDiscovery(discovery.get(), &cookie));
     IZrUnknown* object = Create(ZrCreateInstance, WidgetClass(kColdClass));

@@ -69,6 +69,16 @@ benchmark::internal::Benchmark* Row(const std::string& operation, const std::str
   });
 }
 
+// Each run constructs a `Scope` before the measured loop and destroys it afterwards. Use it for global state that the
+// next row must find clean.
+template <class Scope, class Operation>
+benchmark::internal::Benchmark* RowWithin(const std::string& operation, const std::string& library, Operation run) {
+  return RegisterRow(operation, library, [run = std::move(run)](benchmark::State& state) {
+    [[maybe_unused]] Scope scope{};
+    for (auto _ : state) run();
+  });
+}
+
 // Wall time: the time that a thread waits for the other one is what these rows are about.
 template <class Operation>
 void RowOnTwoThreads(const std::string& operation, const std::string& library, Operation run) {
