@@ -43,7 +43,7 @@ int main(int argc, char** argv) {
 
   for (auto addRows : {CallRows, StringRows, UnicodeRows, UuidRows, ReferenceRows, TimeRows, ResultCodeRows, BlobRows,
                        VariantRows, VariantConversionRows, ArrayRows, ArrayConversionRows, MemoryRows, LockRows,
-                       AtomicRows, ComponentRows, ModuleLoadingRows})
+                       AtomicRows, ComponentRows, ComponentGrowthRows, ModuleLoadingRows})
     addRows();
   const std::size_t count = benchmark::RunSpecifiedBenchmarks();
 

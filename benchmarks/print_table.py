@@ -18,7 +18,7 @@ def medians(run):
         if entry["run_type"] != "iteration":
             continue
         # The library appends how it measured: "/real_time/threads:2".
-        name = re.sub(r"(/real_time|/threads:\d+|/repeats:\d+|/min_time:[\d.]+)*$", "", entry["run_name"])
+        name = re.sub(r"(/real_time|/(threads|repeats|iterations):\d+|/min_time:[\d.]+)*$", "", entry["run_name"])
         operation, _, library = name.partition("/")
         threads = entry["threads"]
         # Threads: wall time as one of them sees it; the library reports it divided among them.

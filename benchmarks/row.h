@@ -38,6 +38,7 @@ void VariantRows();
 void LockRows();
 void AtomicRows();
 void ComponentRows();
+void ComponentGrowthRows();
 void ModuleLoadingRows();
 
 template <class Value>
