@@ -236,12 +236,12 @@ static void ElementRows(const std::array<ZrSafeArrayBound, dimensions>& bounds,
     Consume(indices);
     Consume(ZrSafeArrayPutElement(array->Get(), indices.data(), &written));
   });
-  Row(operation, "std::vector::at (inlined)", [numbers, at, written] {
+  Row(operation, "std::vector::at (inlined)", [numbers, at] {
     numbers->at(at) = written;
     Consume(numbers->data());
   });
 #if BENCH_QT
-  Row(operation, "QVariantList", [list, at, written] {
+  Row(operation, "QVariantList", [list, at] {
     (*list)[at] = written;
     Consume(list->data());
   });
@@ -252,7 +252,7 @@ static void ElementRows(const std::array<ZrSafeArrayBound, dimensions>& bounds,
     Consume(variables->data());
   });
 #endif
-  Row(operation, "floor by contract", [numbers, bounds, indices, flag, written] {
+  Row(operation, "floor by contract", [numbers, bounds, indices, flag] {
     if (flag->exchange(1) != 0) return;
     Consume(indices);
     (*numbers)[FloorOffset(bounds, indices.data())] = written;
