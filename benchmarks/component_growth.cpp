@@ -4,9 +4,8 @@
 // Times are per creation or per class, so the rows of different sizes compare directly.
 //   - A first creation asks the discoveries in ascending order of their cookies until one knows the class. The contract
 //     requires this, so the time grows linearly with the number of discoveries: on average half of them are asked.
-//   - A creation of a known class and a removal may grow by the logarithm of the number of classes. Growth beyond that
-//     is time in which the processor waits for memory, since many classes exceed its caches. The peers show how much
-//     that is.
+//   - A creation of a known class and a removal may grow by the logarithm of the number of classes. This bounds the
+//     work. The time grows faster, for the peers too, since many classes exceed the processor's caches.
 //
 // The peers are registries as a C++ user would write them: a map of factories for each plug-in, and one map of all
 // classes used so far.
