@@ -62,6 +62,7 @@ if(ZRCORE_SANITIZE)
   add_link_options(-fsanitize=${ZRCORE_SANITIZE})
 endif()
 if(ZRCORE_COVERAGE)
-  add_compile_options(--coverage -O0)
+  # Without atomic counters, threads that count at once lose counts and even make a branch look negative or untaken.
+  add_compile_options(--coverage -O0 -fprofile-update=atomic)
   add_link_options(--coverage)
 endif()
