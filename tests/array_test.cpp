@@ -38,6 +38,53 @@ TEST(Array, RefusesNulls) {
   }
 }
 
+TEST(Array, RefusesEachNull) {
+  const ZrSafeArrayBound bound = {1, 0};
+  const Array array = MakeArray(ZR_VT_I4, {bound}), bare(ZrSafeArrayCreate(ZR_VT_I4, 0, &bound));
+  ZRSAFEARRAY handle = array.get();
+  uint32_t word = 7, first = 0;
+  uint8_t equal = 9;
+  ExpectEach(ZR_R_INVALID_POINTER,
+             {ZrSafeArrayGetElement(handle, nullptr, &word), ZrSafeArrayGetElement(handle, &first, nullptr),
+              ZrSafeArrayPutElement(handle, nullptr, &word), ZrSafeArrayCopy(handle, nullptr),
+              ZrSafeArrayCompare(handle, nullptr, &equal), ZrSafeArrayCompare(handle, handle, nullptr)});
+  ExpectEach(ZR_R_OK, {ZrSafeArrayGetLBound(handle, 1, nullptr), ZrSafeArrayGetUBound(handle, 1, nullptr),
+                       ZrSafeArrayGetBounds(handle, &word, nullptr), ZrSafeArrayGetLBound(bare.get(), 1, &word)});
+  ExpectEach(ZR_R_FAILED,
+             {ZrSafeArrayGetElement(bare.get(), &first, &word), ZrSafeArrayPutElement(bare.get(), &first, &word),
+              ZrSafeArrayChangeType(bare.get(), 0, ZR_VT_I8)});
+  EXPECT_EQ(ZrSafeArrayRedim(handle, 0, &bound), ZR_R_INVALID_ARGUMENTS);
+  EXPECT_TRUE(word == 7 && equal == 9) << "nothing is written";
+}
+
+TEST(Array, OfVariantsIsComparedByTheirValues) {
+  for (const char* second : {"I4 2", "I4 3", "I8 2", "R8 0.5"}) {
+    OwnedVariant values[] = {Value("STR a"), Value("I4 2")}, others[] = {Value("STR a"), Value(second)};
+    const Array left = ArrayOf(ZR_VT_VARIANT, values, 2), right = ArrayOf(ZR_VT_VARIANT, others, 2);
+    uint8_t equal = 9;
+    EXPECT_EQ(ZrSafeArrayCompare(left.get(), right.get(), &equal), ZR_R_OK);
+    EXPECT_EQ(equal, std::string(second) == "I4 2") << second;
+  }
+}
+
+// A get of nothing takes the caller's own object for what it gives.
+TEST(Array, OfNoObjectsCountsTheOneInTheVariable) {
+  const Array array = MakeArray(ZR_VT_UNKNOWN, {{0, 0}});
+  const uint32_t first = 0, before = g_object.references;
+  IZrUnknown* variable = &g_object;
+  EXPECT_EQ(ZrSafeArrayGetElement(array.get(), &first, &variable), 1);
+  EXPECT_TRUE(variable == &g_object && g_object.references == before + 1);
+  g_object.Release();
+}
+
+TEST(Array, OfUuidsHasZerosForWhatWasNull) {
+  OwnedVariant values[] = {Value("I4 0")};
+  const Array array = ArrayOf(ZR_VT_VARIANT, values, 1);
+  reinterpret_cast<ZRVARIANT*>(ContentOf(array.get()).data)->Type = ZR_VT_UUID;
+  EXPECT_EQ(ZrSafeArrayChangeType(array.get(), 0, ZR_VT_UUID), ZR_R_OK);
+  EXPECT_EQ(*reinterpret_cast<ZRUUID*>(ContentOf(array.get()).data), ZRUUID{});
+}
+
 TEST(Array, OfNoTypeHasNoElements) {
   const ZrSafeArrayBound bound = {2, 0};
   for (const uint16_t tag : std::initializer_list<uint16_t>{0, 14, ZR_VT_OPAQUE, 54}) {
@@ -49,6 +96,8 @@ TEST(Array, OfNoTypeHasNoElements) {
     EXPECT_TRUE(count == 77 && ContentOf(array.get()).data == nullptr);
     EXPECT_EQ(ZrSafeArrayPutElement(array.get(), &count, &count), ZR_R_FAILED);
     EXPECT_EQ(ZrSafeArrayRedim(array.get(), 1, &bound), ZR_R_FAILED);
+    const Array bare = CopyOf(array.get());
+    EXPECT_TRUE(bare != nullptr && ContentOf(bare.get()).data == nullptr);
     EXPECT_EQ(ZrSafeArrayChangeType(numbers.get(), 0, tag), ZR_R_FAILED);
     // What it couldn't be converted to, new elements are, though it still tells the old type.
     EXPECT_EQ(ZrSafeArrayChangeType(array.get(), 0, ZR_VT_I1), ZR_R_FAILED);
@@ -59,6 +108,9 @@ TEST(Array, OfNoTypeHasNoElements) {
     ContentOf(array.get()).data[0] = 1;
     EXPECT_EQ(ZrSafeArrayCompare(array.get(), twin.get(), &equal), ZR_R_OK);
     EXPECT_EQ(equal, 0) << "elements of two types under one tag are different";
+    equal = 9;
+    EXPECT_EQ(ZrSafeArrayCompare(array.get(), bare.get(), &equal), ZR_R_OK);
+    EXPECT_EQ(equal, 1) << "elements beside none aren't looked at";
   }
 }
 
@@ -124,6 +176,7 @@ TEST(Array, MayBeMissingInAVariant) {
   EXPECT_EQ(ZrVariantChangeType(&to, &from, 0, ZR_VT_I4), ZR_R_OK) << "a copy that isn't told";
   EXPECT_EQ(ZrVariantCompare(&from, &to, &equal), ZR_R_INVALID_POINTER);
   EXPECT_EQ(ZrVariantCompare(&byRef, &toNothing, &equal), ZR_R_OK);
+  EXPECT_EQ(ZrVariantCompare(&toNothing, &byRef, &equal), ZR_R_OK);
   EXPECT_EQ(equal, 7);
   EXPECT_EQ(ZrVariantClear(&to), ZR_R_INVALID_POINTER) << "nothing to destroy";
 }

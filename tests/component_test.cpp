@@ -280,3 +280,27 @@ TEST_F(ComponentTest, AReplacedClassStaysWhenItsFirstReporterIsRemoved) {
   EXPECT_EQ(Create(1), Done(ZR_R_OK, "function.create"));
   EXPECT_EQ(first.asked, 2u);
 }
+
+// Everything is gone all the same, and the first of what was thrown reaches the host.
+TEST_F(ComponentTest, WhatModulesThrowAtTheEndPassesThrough) {
+  static int exits = 0;
+  constexpr auto kThrow = [] { throw ++exits; };
+  FakeDiscovery& discovery =
+      New({{1, {}, {CreateByFunction, Init, kThrow}}, {2, {}, {CreateByFunction, nullptr, kThrow}}});
+  discovery.Add();
+  EXPECT_EQ(Create(1).first, ZR_R_OK);
+  EXPECT_EQ(Create(2).first, ZR_R_OK);
+  discovery.onCall = [](const std::string& operation) {
+    if (operation == "Release") throw std::runtime_error("lost");
+  };
+  int thrown = 0;
+  try {
+    (void)ZrUninitialize();
+  } catch (int number) {
+    thrown = number;
+  }
+  EXPECT_TRUE(thrown == 1 && exits == 2) << thrown << " of " << exits;
+  discovery.onCall = nullptr;
+  EXPECT_EQ(ZrInitialize(), ZR_R_OK);
+  EXPECT_EQ(Create(1).first, ZR_R_CLASS_NOT_REGISTERED);
+}

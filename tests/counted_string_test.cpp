@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
+#include <vector>
 
 #include "tests/support/guarded_page.h"
 #include "tests/support/text.h"
@@ -60,6 +62,14 @@ TEST(CountedString, FindsTheTerminatorWhereverTheTextLies) {
           << behind << " units after it";
     }
   }
+}
+
+// As fields of packed records do. No test may read them as units itself.
+TEST(CountedString, IsMadeOfTextAtAnOddAddress) {
+  const Units text = W("odd");
+  std::vector<char> bytes(1 + (text.size() + 1) * sizeof(WCHAR));
+  std::memcpy(bytes.data() + 1, text.c_str(), (text.size() + 1) * sizeof(WCHAR));
+  EXPECT_EQ(ContentOf(Owned(ZrCreateString(reinterpret_cast<const WCHAR*>(bytes.data() + 1)))), text);
 }
 
 TEST(CountedString, CopiesAndReleasesByReference) {

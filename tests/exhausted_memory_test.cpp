@@ -11,9 +11,11 @@
 #include <string>
 #include <utility>
 
+#include "frame/heap.h"
 #include "tests/support/array_samples.h"
 #include "tests/support/failing_heap.h"
 #include "tests/support/fake_discovery.h"
+#include "text/real_text.h"
 
 // The result of an operation that threw std::bad_alloc, and of one that returned null for what it makes.
 static constexpr ZRRESULT kThrows = 1, kNull = ZR_R_NO_MEMORY;
@@ -351,5 +353,29 @@ TEST(ExhaustedMemory, ArraysThrowAndAreAsBefore) {
     const bool isCopied = tag == ZR_VT_BLOB || tag == ZR_VT_REF || tag == ZR_VT_SREF;
     EXPECT_EQ(puts > 0, isCopied) << puts << " allocations";
     EXPECT_EQ(gets > 0, isCopied) << gets << " allocations";
+  }
+}
+
+TEST(ExhaustedMemory, AHandlerThatMakesRoomIsAskedFirst) {
+  static int calls = 0;
+  std::set_new_handler([] { ++calls; });
+  void* block = nullptr;
+  for (const auto& allocate :
+       {Action([&] { block = AllocateOrThrow(0); }), Action([&] { block = ReallocateOrThrow(block, 8); }),
+        Action([&] { std::free(block), block = AllocateZeroedOrThrow(2, 4); })}) {
+    calls = 0;
+    FailAllocation(1);
+    allocate();
+    EXPECT_TRUE(AllocationFailed() && calls == 1 && block != nullptr);
+  }
+  std::free(block);
+  std::set_new_handler(nullptr);
+}
+
+TEST(ExhaustedMemory, ALongNumberHasNoText) {
+  for (const double number : {1.5, 1e300}) {
+    FailAllocation(1);
+    EXPECT_EQ(NewFixedText(number), nullptr);
+    EXPECT_TRUE(AllocationFailed());
   }
 }

@@ -62,6 +62,12 @@ TEST_F(ItemAllocatorTest, ServesTheLastItemFirstAndOnlyItsSize) {
   CItemAllocator::SetEnabled(true);
   EXPECT_EQ(Give(items_, 0), 1u);
 
+  EXPECT_EQ(items_.Take(kSize), first);
+  void* fresh = items_.AllocateWithoutThrow(kSize);  // nothing is cached
+  EXPECT_NE(fresh, nullptr);
+  items_.Give(fresh);
+  std::free(first);
+
   // Torn down, it serves from the heap and to the heap.
   items_.Teardown();
   EXPECT_EQ(Give(items_, 1), 0u);

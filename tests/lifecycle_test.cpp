@@ -67,6 +67,15 @@ TEST(LifecycleDeathTest, TeardownTellsWhatWasLeft) {
 
   EXPECT_EXIT(EndAfter([](uint32_t) { std::thread(HoldForever).join(); }), testing::ExitedWithCode(0),
               testing::Eq(kDiscoveries));
+
+  // A stream that throws loses the texts and ends nothing else.
+  EXPECT_EXIT(EndAfter([](uint32_t) {
+                static struct : std::streambuf {
+                } full;
+                std::cout.rdbuf(&full);
+                std::cout.exceptions(std::ios::badbit);
+              }),
+              testing::ExitedWithCode(0), testing::Eq(""));
 }
 
 // Of another copy of the library than the one that this program is made of.

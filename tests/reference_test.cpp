@@ -66,7 +66,9 @@ TEST(Reference, NullArguments) {
                  ZrSREFToString(nullptr, &string), ZrStringToREF(nullptr, &ref), ZrStringToSREF(nullptr, &sref),
                  ZrSplitRefName(nullptr, value.words, nullptr, nullptr, nullptr, nullptr, nullptr),
                  ZrCompareREF(&value, &value, nullptr), ZrCompareREF_ThreeWay(&value, &value, nullptr),
-                 ZrCompareSREF(&source, &source, nullptr), ZrCompareSREF_ThreeWay(&source, &source, nullptr)});
+                 ZrCompareSREF(&source, &source, nullptr), ZrCompareSREF_ThreeWay(&source, &source, nullptr),
+                 ZrCopyREF(&value, nullptr), ZrREFToString(&value, nullptr), ZrSREFToString(&source, nullptr),
+                 ZrStringToREF(text, nullptr), ZrStringToSREF(text, nullptr)});
   EXPECT_TRUE(ref == nullptr && sref == nullptr && string == nullptr && value.words[0] == 1);
   EXPECT_RESULT(ZrSplitRefName(text, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), ZR_R_OK)
       << "none is wanted";

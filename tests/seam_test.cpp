@@ -27,6 +27,15 @@ TEST(Seam, TellsWhyAModuleCantBeLoaded) {
   }
 }
 
+TEST(Seam, FindsOnlyFunctionsOfTheModule) {
+  Units reason;
+  const ModuleHandle module = PlatformLoadModule(Widened(TEST_DIRECTORY "/good" MODULE_SUFFIX).c_str(), reason);
+  ASSERT_NE(module, nullptr);
+  EXPECT_NE(PlatformFindFunction(module, "ZrInitModule"), nullptr);
+  EXPECT_EQ(PlatformFindFunction(module, "NobodyDefinesThis"), nullptr);
+  PlatformReleaseModule(module);
+}
+
 TEST(Seam, WithoutALocaleOnlyAsciiLettersHaveCase) {
   for (int unit = 0; unit <= 0xFFFF; ++unit) {
     EXPECT_EQ(PlatformToLower(nullptr, static_cast<WCHAR>(unit)), unit < 0x80 ? std::tolower(unit) : unit)

@@ -29,7 +29,9 @@ TEST(Unicode, LayersRefuse) {
                  ZrCreateZRSTRfromUTF32(nullptr, 0, &string), ZrCreateZRSTRfromUTF32(U"a", INT32_MIN, &string),
                  ZrUTF8toZRSTR("a", 0, &string), ZrCreateWCHARfromZRSTR(snow, INT32_MAX, units, &capacity),
                  ZrUTF16toUTF32(units + 1, units, 0, &points), ZrUTF16toUTF32(nullptr, units, 0, &points),
-                 ZrCopyZRSTR2WCHAR(snow, units, 0), ZrCopyWCHAR2ZRSTR(units, nullptr, 1)});
+                 ZrCopyZRSTR2WCHAR(snow, units, 0), ZrCopyWCHAR2ZRSTR(units, nullptr, 1),
+                 ZrCopyZRSTR2WCHAR(nullptr, units, 1), ZrCreateZRSTRfromUTF8("a", 1, nullptr),
+                 ZrCreateZRSTRfromUTF32(U"a", 1, nullptr), ZrUTF16toUTF32(units, units, 0, nullptr)});
   EXPECT_TRUE(string == snow.string && points == nullptr && capacity == -1);
   char bytes[8];
   EXPECT_EQ(ZrZRSTRtoUTF8(nullptr, bytes, 8) | ZrZRSTRtoUTF8(snow, nullptr, 8) | ZrZRSTRtoUTF8(snow, bytes, -1), 0);

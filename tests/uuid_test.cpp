@@ -16,7 +16,7 @@ TEST(Uuid, HeapRecords) {
   EXPECT_EQ(*nil, kNil);
   EXPECT_RESULT(ZrCopyUUID(&kValue, &copy), ZR_R_OK);
   EXPECT_EQ(*copy, kValue);
-  ExpectRefused({ZrCopyUUID(&kValue, nullptr)});
+  ExpectRefused({ZrCopyUUID(&kValue, nullptr), ZrCopyUUID(nullptr, &copy)});
   for (int round = 0; round < 100; ++round) {
     ZRUUID* random = ZrGenerateUUID();
     EXPECT_EQ(random->data3 >> 12, 4) << "version";
@@ -43,6 +43,8 @@ TEST(Uuid, OrdersAsItsText) {
   }
   EXPECT_EQ(ZRUUIDLess(nullptr, &kValue), 0);
   EXPECT_EQ(ZRUUIDGreater(&kValue, nullptr), 0);
+  EXPECT_EQ(ZRUUIDLess(&kValue, nullptr), 0);
+  EXPECT_EQ(ZRUUIDGreater(nullptr, &kValue), 0);
   ExpectRefused({ZrCompareUUID(nullptr, &kValue, &equal), ZrCompareUUID(&kValue, &kValue, nullptr)});
 }
 

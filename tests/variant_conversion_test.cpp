@@ -220,6 +220,7 @@ TEST(VariantConversion, TextsAsTheCLibraryReadsThem) {
     if (round % 16 == 1) text.insert(random() % (text.size() + 1), 300, '7');
     CheckConversion("STR " + text, kTagNames[random() % std::size(kTagNames)].tag);
   }
+  for (const char* word : {"zr_false", "ZR_True", "FALSe"}) CheckConversion(std::string("STR ") + word, ZR_VT_I2);
 }
 
 static void CheckRealText(uint16_t tag, double real) {
@@ -268,7 +269,7 @@ TEST(VariantConversion, RealsInOtherLocales) {
     OwnedVariant source = Value("STR 1.5"), number;
     EXPECT_RESULT(ZrVariantChangeType(&number, &source, 0, ZR_VT_R8), ZR_R_FAILED) << "a point that isn't the locale's";
     EXPECT_EQ(number.Value.r8, 1.0);
-    std::_Exit(HasFailure() ? 1 : 0);
+    std::exit(HasFailure() ? 1 : 0);
   };
   EXPECT_EXIT(check(), testing::ExitedWithCode(0), "");
   std::filesystem::remove_all(folder + name);
