@@ -179,6 +179,8 @@ TEST(Array, MayBeMissingInAVariant) {
   EXPECT_EQ(ZrVariantCompare(&toNothing, &byRef, &equal), ZR_R_OK);
   EXPECT_EQ(equal, 7);
   EXPECT_EQ(ZrVariantClear(&to), ZR_R_INVALID_POINTER) << "nothing to destroy";
+  ZRVARIANT bad = ByRef(14 | ZR_VT_ARRAY, nullptr);
+  EXPECT_EQ(ZrVariantClear(&bad), ZR_R_OK) << "an array elsewhere, of whatever";
 }
 
 // With what lies at the edges, as the rule that takes each element through variants has it.

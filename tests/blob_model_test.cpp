@@ -5,6 +5,7 @@
 
 #include <new>
 
+#include "blobs/blob_manager.h"
 #include "tests/support/blob_model.h"
 #include "tests/support/text.h"
 
@@ -62,4 +63,31 @@ TEST(BlobModel, ContentNeverOutgrows32Bits) {
   EXPECT_THROW((void)ZrInsertBlob(blob, 0, bytes.data(), 4), std::bad_alloc);
   EXPECT_THROW((void)ZrWriteBlob(blob, bytes.data(), 4), std::bad_alloc);
   EXPECT_THROW((void)ZrAppendBlob(blob, blob), std::bad_alloc);
+}
+
+TEST(Blob, WithoutABlockIsEmptyAndEqualsAny) {
+  const CBlobHolder whole = CBlobHolder::Adopt(ZrCreateBlob(4, "abcd")),
+                    bare = CBlobHolder::Adopt(HeapNew<tagZRBLOB>());
+  ZRBLOB blob = bare.Get(), copy = ZrCopyBlob(whole.Get());
+  uint8_t byte = 9, equal = 9;
+  uint32_t number = 9;
+  EXPECT_EQ(ZrCompareBlob(blob, whole.Get(), &equal), ZR_R_FAILED);
+  EXPECT_EQ(g_blobManager.CopyBlob(blob, &copy), ZR_R_OK) << "of the destruction";
+  EXPECT_EQ(copy, nullptr);
+  EXPECT_EQ(g_blobManager.CopyBlob(blob, &copy), ZR_R_FAILED);
+  EXPECT_EQ(g_blobManager.CopyBlob(blob, nullptr), ZR_R_FAILED);
+  ExpectRefused({g_blobManager.CreateBlob(0, "", &copy), g_blobManager.CreateBlob(1, "x", nullptr)});
+
+  blob->element = new CZrBlobElement();
+  ExpectEach(ZR_R_INVALID_OBJECT_STATE, {ZrReadBlobPos(blob, &byte, 0, 1), ZrBlobPosition(blob, &number)});
+  EXPECT_TRUE(byte == 9 && number == 9 && equal == 9);
+  EXPECT_TRUE(ZrBlobByteLen(blob, &number) == ZR_R_OK && number == 0);
+  EXPECT_TRUE(ZrBlobGetAt(blob, 0, &byte) == ZR_R_OK && byte == 0);
+  for (const auto& [left, right] : {std::pair(blob, whole.Get()), std::pair(whole.Get(), blob)}) {
+    equal = 9;
+    EXPECT_TRUE(ZrCompareBlob(left, right, &equal) == ZR_R_OK && equal == 1);
+  }
+  copy = ZrCopyBlob(blob);
+  EXPECT_TRUE(copy != nullptr && copy->element->Block() == nullptr);
+  (void)ZrDestroyBlob(copy);
 }

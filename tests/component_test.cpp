@@ -133,7 +133,7 @@ static void Exit() { WriteModuleLog("function", "exit"); }
 TEST_F(ComponentTest, EntryPointsServeWithoutAFile) {
   FakeDiscovery& discovery = New({{1, {}, kFunction},
                                   {2, {}, {CreateByFunction, Init, Exit}},
-                                  {3, {}, {CreateByFunction, Init, nullptr}},
+                                  {3, Units(), {CreateByFunction, Init, nullptr}},
                                   {4, {}, {nullptr, Init, Exit}}});
   const uint32_t cookie = discovery.Add();
   for (const ZRRESULT wanted : {ZR_R_OK, ZR_R_NO_AGGREGATION, ZR_R_SAME_VALUE, ZR_R_UNEXPECTED}) {
@@ -303,4 +303,21 @@ TEST_F(ComponentTest, WhatModulesThrowAtTheEndPassesThrough) {
   discovery.onCall = nullptr;
   EXPECT_EQ(ZrInitialize(), ZR_R_OK);
   EXPECT_EQ(Create(1).first, ZR_R_CLASS_NOT_REGISTERED);
+}
+
+// The class is struck off while its module makes the object: the object is given, the class is gone.
+TEST_F(ComponentTest, AModuleMayRemoveItsDiscoveryInTheMiddle) {
+  static uint32_t removed = 0;
+  constexpr auto kCreate = [](const ZRUUID*, uint64_t, const ZRUUID*, uint64_t, void** object) -> ZRRESULT {
+    EXPECT_TRUE(removed == 0 || ZrRemoveComponentDiscovery(removed) == ZR_R_OK);
+    return *object = object, ZR_R_OK;
+  };
+  FakeDiscovery& discovery = New({{1, {}, {kCreate, nullptr, Exit}}});
+  const uint32_t cookie = discovery.Add();
+  EXPECT_EQ(CreateObject(1), ZR_R_OK);
+  removed = cookie;
+  EXPECT_EQ(CreateObject(1), ZR_R_OK);
+  EXPECT_EQ(TakeModuleLog(), "function.exit");
+  EXPECT_EQ(discovery.references, 0u);
+  EXPECT_EQ(CreateObject(1), ZR_R_CLASS_NOT_REGISTERED);
 }

@@ -9,6 +9,7 @@
 #include "components/allocator_settings.h"
 #include "components/component_management.h"
 #include "frame/item_allocator.h"
+#include "tests/support/failing_heap.h"
 #include "tests/support/fake_configuration.h"
 #include "tests/support/fake_discovery.h"
 
@@ -208,4 +209,23 @@ TEST_F(ConfigurationTest, ADiscoveryThatIsRemovedInsideItsRemovalCountsOnce) {
   EXPECT_EQ(leaving.references, 0u);
   EXPECT_EQ(next.Add(), "on 0/6 0/6") << "it is the first";
   EXPECT_EQ(next.Remove(), kNothing);
+}
+
+TEST_F(ConfigurationTest, WithoutMemoryForANameNothingIsAskedForByIt) {
+  Host host({Number(ZR_VT_UI4, 5)});
+  host.discovery.onCall = [](const std::string& operation) {
+    if (operation == "AddRef") FailAllocation(1);  // of the name of the whole
+  };
+  EXPECT_EQ(host.Add(), kNothing);
+  EXPECT_TRUE(AllocationFailed());
+  EXPECT_EQ(host.Remove(), kNothing);
+
+  host.discovery.onCall = nullptr;
+  int calls = 0;
+  host.configuration.onCall = [&calls] {
+    if (++calls == 2) FailAllocation(1);  // of the first value's, which is the switch
+  };
+  EXPECT_EQ(host.Add(), "off 0/5 0/5");
+  EXPECT_TRUE(AllocationFailed());
+  EXPECT_EQ(host.Remove(), kNothing);
 }

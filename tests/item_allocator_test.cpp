@@ -66,6 +66,8 @@ TEST_F(ItemAllocatorTest, ServesTheLastItemFirstAndOnlyItsSize) {
   void* fresh = items_.AllocateWithoutThrow(kSize);  // nothing is cached
   EXPECT_NE(fresh, nullptr);
   items_.Give(fresh);
+  EXPECT_EQ(items_.AllocateWithoutThrow(kSize), fresh);
+  items_.Give(fresh);
   std::free(first);
 
   // Torn down, it serves from the heap and to the heap.

@@ -53,3 +53,19 @@ TEST(Utf8Vectors, AllLayersDoWhatTheModelDoesWithAndWithoutThem) {
     }
   }
 }
+
+// A sequence that is cut by ASCII characters, at each place around the end of a vector: blocks of them are counted
+// without a look at each.
+TEST(Utf8Vectors, SeeASequenceThatIsCutBeforeABlockOfAscii) {
+  const bool hadWide = g_hasWideVectors;
+  for (const bool isWide : {false, hadWide}) {
+    g_hasWideVectors = isWide;
+    for (const std::string cut : {"\xC3", "\xE2\x82", "\xF0\x9F\xAA"}) {
+      for (size_t place = 56; place < 72; ++place) {
+        std::vector<uint8_t> bytes(200, 'a');
+        std::copy(cut.begin(), cut.end(), bytes.begin() + static_cast<std::ptrdiff_t>(place));
+        EXPECT_EQ(CheckFromUtf8(bytes, 'b'), nullptr) << cut.size() << " at " << place << (isWide ? ", wide" : "");
+      }
+    }
+  }
+}

@@ -16,7 +16,7 @@ TEST(Uuid, HeapRecords) {
   EXPECT_EQ(*nil, kNil);
   EXPECT_RESULT(ZrCopyUUID(&kValue, &copy), ZR_R_OK);
   EXPECT_EQ(*copy, kValue);
-  ExpectRefused({ZrCopyUUID(&kValue, nullptr), ZrCopyUUID(nullptr, &copy)});
+  ExpectRefused({ZrCopyUUID(&kValue, nullptr), ZrCopyUUID(nullptr, &copy), ZrUUIDFromString(nullptr, nil)});
   for (int round = 0; round < 100; ++round) {
     ZRUUID* random = ZrGenerateUUID();
     EXPECT_EQ(random->data3 >> 12, 4) << "version";

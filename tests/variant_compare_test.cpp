@@ -108,5 +108,6 @@ TEST(VariantCompare, ValuesAndReferencesToThem) {
     const OwnedVariant variant = Value(text);
     EXPECT_EQ(Compared(variant, Value(text)), answer) << text;
     EXPECT_EQ(Compared(ByRef(variant.Type, &word), ByRef(variant.Type, nullptr)), behind) << text;
+    EXPECT_EQ(Compared(ByRef(variant.Type, nullptr), ByRef(variant.Type, &word)), behind) << text;
   }
 }

@@ -60,7 +60,7 @@ class FakeDiscovery final : public IZrComponentDiscovery {
     const Entry* entry = Ask("QueryComponent", [&](const Entry& e) { return ClassId(e.number) == *classId; });
     if (entry == nullptr) return ZR_R_CANCELLED;
     ZrDestroyString(*modulePath);
-    *modulePath = ZrCopyString(entry->path);
+    *modulePath = entry->path.string != nullptr ? ZrCopyString(entry->path) : nullptr;
     *entryPoints = entry->points;
     return ZR_R_OK;
   }
