@@ -65,6 +65,9 @@ TEST(Array, OfVariantsIsComparedByTheirValues) {
     EXPECT_EQ(ZrSafeArrayCompare(left.get(), right.get(), &equal), ZR_R_OK);
     EXPECT_EQ(equal, std::string(second) == "I4 2") << second;
   }
+  uint8_t equal = 9;
+  const Array empty = MakeArray(ZR_VT_VARIANT, {{0, 0}}), twin = MakeArray(ZR_VT_VARIANT, {{0, 0}});
+  EXPECT_TRUE(ZrSafeArrayCompare(empty.get(), twin.get(), &equal) == ZR_R_OK && equal == 1);
 }
 
 // A get of nothing takes the caller's own object for what it gives.
@@ -95,6 +98,7 @@ TEST(Array, OfNoTypeHasNoElements) {
     EXPECT_EQ(ZrSafeArrayGetElementCount(array.get(), &count, nullptr), ZR_R_OK);
     EXPECT_TRUE(count == 77 && ContentOf(array.get()).data == nullptr);
     EXPECT_EQ(ZrSafeArrayPutElement(array.get(), &count, &count), ZR_R_FAILED);
+    EXPECT_EQ(ZrSafeArrayGetElement(array.get(), &count, &count), ZR_R_FAILED);
     EXPECT_EQ(ZrSafeArrayRedim(array.get(), 1, &bound), ZR_R_FAILED);
     const Array bare = CopyOf(array.get());
     EXPECT_TRUE(bare != nullptr && ContentOf(bare.get()).data == nullptr);
@@ -108,9 +112,11 @@ TEST(Array, OfNoTypeHasNoElements) {
     ContentOf(array.get()).data[0] = 1;
     EXPECT_EQ(ZrSafeArrayCompare(array.get(), twin.get(), &equal), ZR_R_OK);
     EXPECT_EQ(equal, 0) << "elements of two types under one tag are different";
-    equal = 9;
-    EXPECT_EQ(ZrSafeArrayCompare(array.get(), bare.get(), &equal), ZR_R_OK);
-    EXPECT_EQ(equal, 1) << "elements beside none aren't looked at";
+    for (const auto& [left, right] : {std::pair(array.get(), bare.get()), std::pair(bare.get(), array.get())}) {
+      equal = 9;
+      EXPECT_EQ(ZrSafeArrayCompare(left, right, &equal), ZR_R_OK);
+      EXPECT_EQ(equal, 1) << "elements beside none aren't looked at";
+    }
   }
 }
 

@@ -229,3 +229,19 @@ TEST_F(ConfigurationTest, WithoutMemoryForANameNothingIsAskedForByIt) {
   EXPECT_TRUE(AllocationFailed());
   EXPECT_EQ(host.Remove(), kNothing);
 }
+
+// The class outlives its discovery then, and nobody can configure it any more.
+TEST_F(ConfigurationTest, ADiscoveryMayReportAClassAndRemoveItself) {
+  FakeDiscovery discovery({{1, Units()}});
+  const uint32_t cookie = discovery.Add();
+  discovery.onCall = [cookie](const std::string& operation) {
+    EXPECT_TRUE(operation != "QueryComponent" || ZrRemoveComponentDiscovery(cookie) == ZR_R_OK);
+  };
+  const ZRUUID classId = ClassId(1);
+  const Owned name(Units(W("Wanted")));
+  IZrConfiguration* configuration = nullptr;
+  EXPECT_EQ(ZrQueryComponentConfiguration(&classId, name, &configuration), ZR_R_NOT_IMPLEMENTED);
+  EXPECT_EQ(discovery.references, 0u);
+  EXPECT_EQ(ZrQueryComponentConfiguration(&classId, name, &configuration), ZR_R_UNEXPECTED);
+  EXPECT_EQ(discovery.asked, 1u);
+}
