@@ -1,4 +1,4 @@
-// What fuzz targets share: claims that end the run, and texts of exactly the input's size.
+// What fuzz targets share: claims that end the process, and texts of exactly the input's size.
 
 #pragma once
 
@@ -17,6 +17,13 @@
       std::abort();                                                    \
     }                                                                  \
   } while (false)
+
+// For a check that describes how the library differs from a model, or returns an empty string.
+inline void FuzzRequire(const std::string& difference) {
+  if (difference.empty()) return;
+  std::fprintf(stderr, "%s\n", difference.c_str());
+  std::abort();
+}
 
 // The input's bytes as 16-bit units; half a unit at the end is dropped.
 inline std::basic_string<WCHAR> FuzzUnits(const uint8_t* data, size_t size) {

@@ -1,4 +1,5 @@
-// Feeds every file of a folder to a fuzz target once: replays a corpus where no fuzzer is at hand.
+// Replays a corpus in builds without a fuzzer: feeds every file of a folder to a fuzz target once. The last name that
+// is printed is the input that failed.
 
 #include <cstdint>
 #include <cstdio>
@@ -14,7 +15,9 @@ int main(int, char** arguments) {
   for (const auto& entry : std::filesystem::directory_iterator(arguments[1])) {
     std::ifstream file(entry.path(), std::ios::binary);
     const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
-    // A block of exactly this size, so that a byte read behind it shows.
+    std::printf("%s\n", entry.path().filename().string().c_str());
+    (void)std::fflush(stdout);
+    // A block of exactly this size, so that the address sanitizer sees a read past the end.
     const std::vector<uint8_t> exact(bytes.begin(), bytes.end());
     (void)LLVMFuzzerTestOneInput(exact.data(), exact.size());
     ++files;

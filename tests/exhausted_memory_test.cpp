@@ -343,7 +343,7 @@ TEST(ExhaustedMemory, ArraysThrowAndAreAsBefore) {
     ExpectAllocations({kThrows, RUN(ZrSafeArrayCompare(array.get(), sample.get(), &equal)), 0});
     int puts = 0, gets = 0;
     for (uint32_t index = 0; index < values.size() && tag != ZR_VT_VARIANT; ++index) {
-      SCOPED_TRACE(ShowElement(tag, ContentOf(sample.get()).data + index * WidthOf(tag)));
+      SCOPED_TRACE("element " + ShowEach(tag, sample.get())[index]);
       const uint32_t place = index - 5;  // the lower bound of samples
       const auto first = [&] { return ContentOf(other.get()).data; };
       const auto element = [&] { return ContentOf(array.get()).data + index * WidthOf(tag); };

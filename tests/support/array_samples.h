@@ -60,15 +60,33 @@ inline uint16_t CanonicalTag(uint16_t tag) {
   return plain->tag;
 }
 
-// The element as a variant, which owns nothing.
-inline ZRVARIANT Lend(uint16_t tag, const char* element) {
-  ZRVARIANT lent = ZR_VARIANT_INIT;
-  lent.Type = IsOfKind(tag, "t") ? tag : CanonicalTag(tag);
-  if (tag == ZR_VT_VARIANT) std::memcpy(&lent, element, sizeof lent);
-  if (tag == ZR_VT_UUID) lent.Value.address = const_cast<char*>(element);
-  if (!IsOfKind(tag, "uv")) std::memcpy(&lent.Value, element, WidthOf(tag));
-  return lent;
-}
+// Lends elements of one type as variants, which own nothing.
+class Lender {
+ public:
+  explicit Lender(uint16_t tag)
+      : tag_(tag), width_(WidthOf(tag)), type_(IsOfKind(tag, "t") ? tag : CanonicalTag(tag)) {}
+
+  ZRVARIANT operator()(const char* element) const {
+    ZRVARIANT lent = ZR_VARIANT_INIT;
+    lent.Type = type_;
+    if (tag_ == ZR_VT_VARIANT) {
+      std::memcpy(&lent, element, sizeof lent);
+    } else if (tag_ == ZR_VT_UUID) {
+      lent.Value.address = const_cast<char*>(element);
+    } else {
+      std::memcpy(&lent.Value, element, width_);
+    }
+    return lent;
+  }
+  std::size_t Width() const { return width_; }
+
+ private:
+  uint16_t tag_;
+  std::size_t width_;
+  uint16_t type_;
+};
+
+inline ZRVARIANT Lend(uint16_t tag, const char* element) { return Lender(tag)(element); }
 
 // What a put of the value is given.
 inline const void* PayloadOf(uint16_t tag, const ZRVARIANT& value) {
@@ -92,13 +110,18 @@ inline Array ArrayOf(uint16_t tag, OwnedVariant* values, std::size_t count) {
 
 // ---- As text -------------------------------------------------------------------------------------------------------
 
-inline std::string ShowElement(uint16_t tag, const char* at) { return Describe(Lend(tag, at)); }
+// A tag as the headers spell it; a number for a tag that is not assigned.
+inline std::string TagText(uint16_t tag) {
+  const TagName* row = NameOf(tag);
+  return row != nullptr ? std::string("ZR_VT_") + row->name : std::to_string(tag);
+}
 
 inline std::vector<std::string> ShowEach(uint16_t tag, ZRSAFEARRAY array) {
   const Content content = ContentOf(array);
+  const Lender lend(tag);
   std::vector<std::string> shown;
   for (uint32_t index = 0; content.data != nullptr && index < content.count; ++index) {
-    shown.push_back(ShowElement(tag, content.data + index * WidthOf(tag)));
+    shown.push_back(Describe(lend(content.data + index * lend.Width())));
   }
   return shown;
 }
@@ -106,7 +129,7 @@ inline std::vector<std::string> ShowEach(uint16_t tag, ZRSAFEARRAY array) {
 inline std::string ShowArray(ZRSAFEARRAY array) {
   uint16_t tag = 0;
   (void)ZrSafeArrayGetVartype(array, &tag);
-  std::string text = Format("[%u:", tag);
+  std::string text = "[" + TagText(tag) + ":";
   for (const std::string& element : ShowEach(tag, array)) text += " " + element + ";";
   return text + "]";
 }

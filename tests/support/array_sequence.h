@@ -1,5 +1,5 @@
-// Any sequence of operations on a few arrays in variants, against arrays of texts: what each element is shown as. Who
-// holds the shared string and the object is counted in those texts, too.
+// Any sequence of operations on a few arrays in variants, against arrays of snapshots: what each element holds. The
+// owners of the shared string and of the object are counted in the snapshots, too.
 
 #pragma once
 
@@ -7,6 +7,16 @@
 
 #include "tests/support/array_model.h"
 #include "tests/support/sequence.h"
+#include "tests/support/value_snapshot.h"
+
+// The values that a put chooses from, in the tests' text form: one list per tag.
+inline const std::vector<std::vector<std::string>> g_putTexts = [] {
+  std::vector<std::vector<std::string>> lists(ZR_VT_TYPEMASK + 1);
+  for (const TagName& row : kElementTags) {
+    for (const std::string& text : TextsOf(row.tag)) lists[row.tag].push_back(row.name + (" " + text));
+  }
+  return lists;
+}();
 
 class CArraySequence : public CSequence<CArraySequence> {
   friend CSequence;
@@ -16,8 +26,9 @@ class CArraySequence : public CSequence<CArraySequence> {
   struct Slot {
     OwnedVariant variant = Value("I4 0");
     Shape shape = {{2, 0}};
-    std::vector<std::string> elements;
+    std::vector<Snapshot> elements;
     bool isTaken = false;
+    uint32_t strings = 0, objects = 0;  // how many elements hold the shared string, and the object
 
     uint16_t Tag() const { return variant.Type & ZR_VT_TYPEMASK; }
     ZRSAFEARRAY Array() const { return variant.Value.array; }
@@ -25,9 +36,10 @@ class CArraySequence : public CSequence<CArraySequence> {
 
   CArraySequence(const uint8_t* data, std::size_t size) : CSequence(data, size) {
     for (Slot& slot : slots_) Create(slot, slot);
+    for (Slot& slot : slots_) CountOwners(slot);
   }
 
-  // ---- What the bytes tell ----
+  // ---- What the bytes choose ----
 
   // Often what another slot has, so that there is something to compare.
   uint16_t NextTag() {
@@ -44,14 +56,57 @@ class CArraySequence : public CSequence<CArraySequence> {
     return shape;
   }
 
+  // ---- As text, for a failure ----
+
+  std::string NameOfSlot(const Slot& slot) const { return "array " + std::to_string(&slot - slots_); }
+
+  static std::string DescribeShape(const Shape& shape) {
+    std::string text;
+    for (const ZrSafeArrayBound& bound : shape) text += Format("[%u from %d]", bound.elementCount, bound.lowerBound);
+    return text;
+  }
+
+  std::string DescribeSlot(const Slot& slot) const {
+    std::string text = NameOfSlot(slot) + ", " + TagText(slot.Tag()) + " " + DescribeShape(slot.shape);
+    if (slot.isTaken) text += ", its flag taken";
+    const char* separator = ": ";
+    for (const Snapshot& element : slot.elements) text += std::exchange(separator, "; ") + Describe(element);
+    return text;
+  }
+
+  // The operation, with the arrays that it starts from.
+  template <class Text>
+  void NoteOperation(const Slot& slot, Text&& text) {
+    Note(text);
+    Note([&] { return "before: " + DescribeSlot(slot); });
+  }
+
   // ---- The model ----
 
-  static std::vector<std::string> Zeros(uint16_t tag, const Shape& shape) {
+  static std::vector<Snapshot> Zeros(uint16_t tag, const Shape& shape) {
     static constexpr ZRVARIANT kEmpty = ZR_VARIANT_INIT, kZero = {};
     uint32_t count = 1;
     for (const ZrSafeArrayBound& bound : shape) count *= bound.elementCount;
     const ZRVARIANT& element = tag == ZR_VT_VARIANT ? kEmpty : kZero;
-    return std::vector<std::string>(count, ShowElement(tag, reinterpret_cast<const char*>(&element)));
+    return std::vector<Snapshot>(count, SnapshotOf(tag, reinterpret_cast<const char*>(&element)));
+  }
+
+  static Snapshot SnapshotOf(uint16_t tag, const char* element) { return Snapshot(Lend(tag, element)); }
+  static Snapshot FirstOf(uint16_t tag, const Array& array) { return SnapshotOf(tag, ContentOf(array.get()).data); }
+
+  static void CountOwners(Slot& slot) {
+    static constexpr WCHAR kShared[] = W("common");
+    const std::string_view shared(reinterpret_cast<const char*>(kShared), sizeof kShared - sizeof(WCHAR));
+    slot.strings = slot.objects = 0;
+    for (const Snapshot& element : slot.elements) {
+      const bool mayBeObject = element.Type() == ZR_VT_UNKNOWN || element.Type() == ZR_VT_DISPATCH;
+      slot.strings += element.TextBytes() == shared;  // no element holds more than one
+      slot.objects += mayBeObject && !element.IsNull();
+    }
+  }
+
+  void CheckAll() {
+    for (Slot& slot : slots_) Check(slot);
   }
 
   void Check(Slot& slot) {
@@ -60,31 +115,61 @@ class CArraySequence : public CSequence<CArraySequence> {
     uint32_t dimensions = 0, count = 77, at = 0;
     uint64_t bytes = 77;
     const ZrSafeArrayBound* bounds = nullptr;
-    Claim(ZrSafeArrayGetVartype(array, &tag) == ZR_R_OK && tag == slot.Tag(), "type");
-    Claim(ZrSafeArrayGetBounds(array, &dimensions, &bounds) == ZR_R_OK && dimensions == slot.shape.size(), "shape");
-    const std::size_t size = dimensions * sizeof *bounds;
-    Claim(bounds != nullptr && std::memcmp(bounds, slot.shape.data(), size) == 0, "bounds");
+    ClaimResult("ZrSafeArrayGetVartype", ZrSafeArrayGetVartype(array, &tag), ZR_R_OK);
+    Claim(tag == slot.Tag(), [&] { return "the type is " + TagText(tag) + ", expected " + TagText(slot.Tag()); });
+    ClaimResult("ZrSafeArrayGetBounds", ZrSafeArrayGetBounds(array, &dimensions, &bounds), ZR_R_OK);
+    const bool hasShape = dimensions == slot.shape.size() && bounds != nullptr &&
+                          std::memcmp(bounds, slot.shape.data(), dimensions * sizeof *bounds) == 0;
+    Claim(hasShape, [&] {
+      const Shape found = bounds != nullptr ? Shape(bounds, bounds + dimensions) : Shape();
+      return "the bounds are " + DescribeShape(found) + ", the model expects " + DescribeShape(slot.shape);
+    });
     for (const ZrSafeArrayBound& bound : slot.shape) {
       const auto lowest = static_cast<uint32_t>(bound.lowerBound);
       uint32_t lower = 77, upper = 77;
-      Claim(ZrSafeArrayGetLBound(array, ++at, &lower) == ZR_R_OK && lower == lowest, "lower bound");
-      Claim(ZrSafeArrayGetUBound(array, at, &upper) == ZR_R_OK && upper == lowest + bound.elementCount - 1, "upper");
+      ClaimResult("ZrSafeArrayGetLBound", ZrSafeArrayGetLBound(array, ++at, &lower), ZR_R_OK);
+      ClaimResult("ZrSafeArrayGetUBound", ZrSafeArrayGetUBound(array, at, &upper), ZR_R_OK);
+      ClaimNumber("a lower bound", lower, lowest);
+      ClaimNumber("an upper bound", upper, lowest + bound.elementCount - 1);
     }
-    Claim(ZrSafeArrayGetElementCount(array, &count, &bytes) == ZR_R_OK && count == slot.elements.size(), "count");
-    Claim(bytes == uint64_t{count} * WidthOf(tag), "size");
+    ClaimResult("ZrSafeArrayGetElementCount", ZrSafeArrayGetElementCount(array, &count, &bytes), ZR_R_OK);
+    ClaimNumber("the count of elements", count, static_cast<uint32_t>(slot.elements.size()));
+    ClaimNumber("the size in bytes", bytes, uint64_t{count} * WidthOf(tag));
     const ZRVARIANT byRef = ByRef(slot.variant);
-    Claim(ZrVariantIsContentEmpty(&slot.variant) == slot.elements.empty(), "emptiness");
-    Claim(ZrVariantIsContentEmpty(&byRef) == slot.elements.empty(), "emptiness by reference");
-    Claim((ContentOf(array).data == nullptr) == slot.elements.empty(), "storage");
-    Claim(ShowEach(tag, array) == slot.elements, "elements");
-    uint32_t strings = strings_, objects = objects_;
-    for (const Slot& holder : slots_) {
-      for (const std::string& shown : holder.elements) {
-        strings += shown.find("common") != std::string::npos;  // no element holds more than one
-        objects += shown.find("object") != std::string::npos;
-      }
+    const uint8_t isEmpty = slot.elements.empty();
+    ClaimNumber("ZrVariantIsContentEmpty of the array", ZrVariantIsContentEmpty(&slot.variant), isEmpty);
+    ClaimNumber("ZrVariantIsContentEmpty of a reference to it", ZrVariantIsContentEmpty(&byRef), isEmpty);
+    CheckElements(slot);
+    CheckOwners(slot);
+  }
+
+  void CheckElements(const Slot& slot) {
+    const Content content = ContentOf(slot.Array());
+    Claim((content.data == nullptr) == slot.elements.empty(), [&] {
+      return NameOfSlot(slot) +
+             (content.data == nullptr ? " has elements and no storage" : " has storage and no elements");
+    });
+    ClaimNumber("the count of elements", content.count, static_cast<uint32_t>(slot.elements.size()));
+    if (content.data == nullptr || content.count != slot.elements.size()) return;
+    const Lender lend(slot.Tag());
+    for (uint32_t index = 0; index < content.count; ++index) {
+      found_.Take(lend(content.data + index * lend.Width()));
+      Claim(found_ == slot.elements[index], [&] {
+        return NameOfSlot(slot) + " has \"" + Describe(found_) + "\" at offset " + std::to_string(index) +
+               ", the model expects \"" + Describe(slot.elements[index]) + "\"";
+      });
     }
-    Claim(ZrStringRefCount(g_shared) == strings && g_object.references == objects, "owners");
+  }
+
+  void CheckOwners(Slot& changed) {
+    CountOwners(changed);
+    uint32_t strings = strings_, objects = objects_;
+    for (const Slot& slot : slots_) {
+      strings += slot.strings;
+      objects += slot.objects;
+    }
+    ClaimNumber("the reference count of the string \"common\"", ZrStringRefCount(g_shared), strings);
+    ClaimNumber("the reference count of the object", g_object.references, objects);
   }
 
   // ---- The operations ----
@@ -94,94 +179,148 @@ class CArraySequence : public CSequence<CArraySequence> {
     static constexpr void (Self::*kOperations[])(Slot&, Slot&) = {
         &Self::Create, &Self::Access, &Self::Access, &Self::Copy, &Self::Redim, &Self::ChangeType, &Self::Lock};
     Slot& slot = slots_[NextBelow(kSlots)];
-    (this->*kOperations[NextBelow(std::size(kOperations))])(slot, slots_[NextBelow(kSlots)]);
+    const uint32_t operation = NextBelow(std::size(kOperations));
+    (this->*kOperations[operation])(slot, slots_[NextBelow(kSlots)]);
     Check(slot);
   }
 
   void Create(Slot& slot, Slot& /*other*/) {
     const uint16_t tag = NextTag(), flags = ZR_VT_BYREF | ZR_VT_ARRAY;
     const Shape shape = NextShape();
+    NoteOperation(slot, [&] {
+      return "ZrSafeArrayCreate(" + TagText(tag) + " | ZR_VT_BYREF | ZR_VT_ARRAY, " + DescribeShape(shape) + ") as " +
+             NameOfSlot(slot);
+    });
     slot = {InVariant(tag, MakeArray(tag | flags, shape)), shape, Zeros(tag, shape)};
   }
 
   // A get, and a put in the same place: one around the bounds.
   void Access(Slot& slot, Slot& /*other*/) {
-    ZRSAFEARRAY array = slot.Array();
-    const uint16_t tag = slot.Tag();
     uint32_t indices[3], *index = indices, place = 0;
     for (const ZrSafeArrayBound& bound : slot.shape) {
       const uint32_t offset = NextBelow(7) - 1;
       *index++ = offset + static_cast<uint32_t>(bound.lowerBound);
       place = place * bound.elementCount + offset;
     }
-    if (slot.isTaken) {
-      void* data = this;
-      Claim(ZrSafeArrayPutElement(array, indices, this) == ZR_R_INVALID_OBJECT_STATE, "refused put");
-      Claim(ZrSafeArrayGetElement(array, indices, this) == ZR_R_INVALID_OBJECT_STATE, "refused get");
-      Claim(ZrSafeArrayAccessData(array, &data) == ZR_R_INVALID_OBJECT_STATE && data == this, "refused access");
-    } else if (place < slot.elements.size()) {
-      const Array got = MakeArray(tag, {{1, 0}}), copy = MakeArray(tag, {{1, 0}});
-      const ZRRESULT result = ZrSafeArrayGetElement(array, indices, ContentOf(got.get()).data);
-      Claim(result == (slot.elements[place] == "14" ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK), "get");
-      Claim(ShowEach(tag, got.get())[0] == slot.elements[place], "element that was got");
-      std::vector<OwnedVariant> values = ValuesOf(tag == ZR_VT_VARIANT ? kElementTags[NextBelow(27)].tag : tag);
-      if (tag == ZR_VT_VARIANT) values.push_back(Value("14 0"));  // of which a copy is made, and refused
-      const void* value = PayloadOf(tag, values[NextBelow(256) % values.size()]);
-      const ZRRESULT expected = CopySlowly(tag, static_cast<const char*>(value), ContentOf(copy.get()).data);
-      Claim(ZrSafeArrayPutElement(array, indices, value) == expected, "put");
-      slot.elements[place] = ShowEach(tag, copy.get())[0];
-    } else if (slot.elements.empty() || place > INT32_MAX) {
-      char nothing[16] = {};  // a copy that a put makes without a place would stay behind
-      const bool isBelow = place > INT32_MAX, isRefused = isBelow || IsOfKind(tag, "rg");
-      const ZRRESULT noGet = !isBelow ? 1 : tag == ZR_VT_VARIANT ? ZR_R_FAILED : ZR_R_INVALID_ARGUMENTS;
-      Claim(ZrSafeArrayGetElement(array, indices, nothing) == noGet, "get from no place");
-      Claim(ZrSafeArrayPutElement(array, indices, nothing) == (isRefused ? ZR_R_INVALID_ARGUMENTS : 1), "put in none");
-    }
+    NoteOperation(slot, [&] {
+      std::string text = "a get and a put in " + NameOfSlot(slot) + " at index";
+      for (const uint32_t* each = indices; each != index; ++each) text += Format(" %d", static_cast<int32_t>(*each));
+      return text + Format(", which is offset %d", static_cast<int32_t>(place));
+    });
+    if (slot.isTaken) return AccessTaken(slot, indices);
+    if (place < slot.elements.size()) return AccessElement(slot, indices, slot.elements[place]);
+    if (slot.elements.empty() || place > INT32_MAX) AccessNothing(slot, indices, place > INT32_MAX);
   }
 
-  // The array itself, in its variant, or behind a reference to it.
+  void AccessTaken(Slot& slot, const uint32_t* indices) {
+    const ZRRESULT refused = ZR_R_INVALID_OBJECT_STATE;
+    void* data = this;
+    ClaimResult("ZrSafeArrayPutElement", ZrSafeArrayPutElement(slot.Array(), indices, this), refused);
+    ClaimResult("ZrSafeArrayGetElement", ZrSafeArrayGetElement(slot.Array(), indices, this), refused);
+    ClaimResult("ZrSafeArrayAccessData", ZrSafeArrayAccessData(slot.Array(), &data), refused);
+    Claim(data == this, [] { return "ZrSafeArrayAccessData wrote to its argument, though the flag is taken"; });
+  }
+
+  void AccessElement(Slot& slot, const uint32_t* indices, Snapshot& element) {
+    const uint16_t tag = slot.Tag();
+    const Array got = MakeArray(tag, {{1, 0}}), copy = MakeArray(tag, {{1, 0}});
+    ClaimResult("ZrSafeArrayGetElement", ZrSafeArrayGetElement(slot.Array(), indices, ContentOf(got.get()).data),
+                element.Type() == 14 ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK);
+    found_ = FirstOf(tag, got);
+    Claim(found_ == element, [&] {
+      return "ZrSafeArrayGetElement gave \"" + Describe(found_) + "\", the model expects \"" + Describe(element) + "\"";
+    });
+    const bool isVariant = tag == ZR_VT_VARIANT;
+    const auto& texts = g_putTexts[isVariant ? kElementTags[NextBelow(27)].tag : tag];
+    const std::size_t chosen = NextBelow(256) % (texts.size() + (isVariant ? 1 : 0));
+    const std::string& text = chosen < texts.size() ? texts[chosen] : kRefusedText;
+    Note([&] { return "puts " + text; });
+    const OwnedVariant variant = Value(text);
+    const void* value = PayloadOf(tag, variant);
+    const ZRRESULT expected = CopySlowly(tag, static_cast<const char*>(value), ContentOf(copy.get()).data);
+    ClaimResult("ZrSafeArrayPutElement", ZrSafeArrayPutElement(slot.Array(), indices, value), expected);
+    element = FirstOf(tag, copy);
+  }
+
+  // Where nothing is. A put would make a copy and leak it, except of nothing.
+  void AccessNothing(Slot& slot, const uint32_t* indices, bool isBelow) {
+    const uint16_t tag = slot.Tag();
+    char nothing[16] = {};
+    const bool isRefused = isBelow || IsOfKind(tag, "rg");
+    const ZRRESULT noGet = !isBelow ? 1 : tag == ZR_VT_VARIANT ? ZR_R_FAILED : ZR_R_INVALID_ARGUMENTS;
+    ClaimResult("ZrSafeArrayGetElement", ZrSafeArrayGetElement(slot.Array(), indices, nothing), noGet);
+    ClaimResult("ZrSafeArrayPutElement", ZrSafeArrayPutElement(slot.Array(), indices, nothing),
+                isRefused ? ZR_R_INVALID_ARGUMENTS : 1);
+  }
+
+  // Of the array itself, of its variant, or of a reference to it.
   void Copy(Slot& to, Slot& from) {
     if (&to == &from) return;
+    static constexpr const char* kFunctions[] = {"ZrSafeArrayCopy", "ZrVariantCopy", "ZrVariantCopyInd"};
     const uint32_t way = NextBelow(3);
     const ZRVARIANT byRef = ByRef(from.variant);
+    NoteOperation(to, [&] { return kFunctions[way] + (" from " + NameOfSlot(from) + " to " + NameOfSlot(to)); });
+    Note([&] { return "        " + DescribeSlot(from); });
     const ZRRESULT result = way == 0   ? ZrSafeArrayCopy(from.Array(), &to.variant.Value.array)
                             : way == 1 ? ZrVariantCopy(&to.variant, &from.variant)
                                        : ZrVariantCopyInd(&to.variant, &byRef);
-    Claim(result == ZR_R_OK && (way == 0 || to.variant.Type == from.variant.Type), "copy");
+    ClaimResult(kFunctions[way], result, ZR_R_OK);
+    Claim(way == 0 || to.variant.Type == from.variant.Type, [&] {
+      return Format("the copy has the tag word 0x%04X, expected 0x%04X", to.variant.Type, from.variant.Type);
+    });
     to.variant.Type = from.variant.Type;
     to = {std::move(to.variant), from.shape, from.elements};
   }
 
   void Redim(Slot& slot, Slot& /*other*/) {
-    slot.shape = NextShape();
-    const auto dimensions = static_cast<uint32_t>(slot.shape.size());
-    Claim(ZrSafeArrayRedim(slot.Array(), dimensions, slot.shape.data()) == ZR_R_OK, "new shape");
-    std::vector<std::string> elements = Zeros(slot.Tag(), slot.shape);
+    const Shape shape = NextShape();
+    NoteOperation(slot, [&] { return "ZrSafeArrayRedim(" + NameOfSlot(slot) + ", " + DescribeShape(shape) + ")"; });
+    const auto dimensions = static_cast<uint32_t>(shape.size());
+    ClaimResult("ZrSafeArrayRedim", ZrSafeArrayRedim(slot.Array(), dimensions, shape.data()), ZR_R_OK);
+    std::vector<Snapshot> elements = Zeros(slot.Tag(), shape);
     for (std::size_t at = 0; at < std::min(elements.size(), slot.elements.size()); ++at) {
-      elements[at] = slot.elements[at] == "STR null" ? "STR " : slot.elements[at];
+      const bool isNullString = slot.elements[at].Type() == ZR_VT_STR && slot.elements[at].IsNull();
+      elements[at] = isNullString ? Snapshot(Value("STR ")) : std::move(slot.elements[at]);
     }
-    slot.elements = elements;
+    slot.shape = shape;
+    slot.elements = std::move(elements);
   }
 
   void ChangeType(Slot& slot, Slot& /*other*/) {
-    if (slot.elements.empty()) return;  // would get elements of another type than it tells
-    // The shared text, once it is bytes, comes back as another string that reads alike, and owners couldn't be counted.
-    if (ShowArray(slot.Array()).find("63006f006d006d006f006e00") != std::string::npos) return;
+    if (slot.elements.empty()) return;  // would get elements of another type than its tag says
+    // The shared text, once it is bytes, comes back as another string that reads alike. Owners couldn't be counted.
+    static constexpr std::string_view kSharedBytes("c\0o\0m\0m\0o\0n\0", 12);
+    for (const Snapshot& element : slot.elements) {
+      if (element.Type() == ZR_VT_BLOB && element.Bytes().find(kSharedBytes) != std::string_view::npos) return;
+    }
     const uint16_t target = NextTag();
+    const uint32_t flags = NextBelow(2);
+    NoteOperation(slot, [&] {
+      return "ZrSafeArrayChangeType(" + NameOfSlot(slot) + ", " + std::to_string(flags) + ", " + TagText(target) + ")";
+    });
     const auto [converted, all] = ConvertSlowly(slot.Tag(), slot.Array(), target);
-    Claim(ZrSafeArrayChangeType(slot.Array(), NextBelow(2), target) == (all ? ZR_R_OK : 1), "conversion");
+    ClaimResult("ZrSafeArrayChangeType", ZrSafeArrayChangeType(slot.Array(), flags, target), all ? ZR_R_OK : 1);
     slot.variant.Type = target | ZR_VT_ARRAY;
-    slot.elements = ShowEach(target, converted.get());
+    const char* element = ContentOf(converted.get()).data;
+    const Lender lend(target);
+    for (Snapshot& expected : slot.elements) {
+      expected.Take(lend(element));
+      element += lend.Width();
+    }
   }
 
   void Lock(Slot& slot, Slot& /*other*/) {
     const bool takes = NextBelow(2) != 0;
+    const char* function = takes ? "ZrSafeArrayLock" : "ZrSafeArrayUnlock";
+    NoteOperation(slot, [&] { return function + ("(" + NameOfSlot(slot) + ")"); });
     const ZRRESULT result = takes ? ZrSafeArrayLock(slot.Array()) : ZrSafeArrayUnlock(slot.Array());
-    Claim(result == (takes != slot.isTaken ? ZR_R_OK : ZR_R_INVALID_OBJECT_STATE), "the flag");
+    ClaimResult(function, result, takes != slot.isTaken ? ZR_R_OK : ZR_R_INVALID_OBJECT_STATE);
     slot.isTaken = takes;
   }
 
+  inline static const std::string kRefusedText = "14 0";  // a copy of which is refused
   static constexpr uint32_t kSlots = 3;
   const uint32_t strings_ = ZrStringRefCount(g_shared), objects_ = g_object.references;
+  Snapshot found_;
   Slot slots_[kSlots];
 };

@@ -1,13 +1,16 @@
-// Blobs as one would write them who needn't be fast, and a run of operations on both. After each step every handle is
-// compared with its model, down to the bytes behind the content and the count of those who share it.
+// A slow and obvious model of blobs, and sequences of operations on the library's blobs and on the model. After each
+// step every handle is compared with its model, down to the bytes after the content and the count of handles that share
+// it.
 
 #pragma once
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "blobs/blob_handle.h"
@@ -17,7 +20,7 @@
 using Bytes = std::vector<uint8_t>;
 
 struct ModelBlock {
-  Bytes bytes;  // as many as the capacity: the content, and what lies behind
+  Bytes bytes;  // as many as the capacity: the content, and what follows it
   uint32_t length = 0, position = 0;
 
   // Puts bytes in the place of up to `removed` old ones; the capacity follows when the content outgrows it.
@@ -66,7 +69,50 @@ class CBlobSequence : public CSequence<CBlobSequence> {
     }
   };
 
+  // The functions, with a letter for each argument: the blob, the other blob, bytes that are read, a buffer that is
+  // written, an offset, a count, and a count that may be far too large.
+  struct Function {
+    const char* name;
+    const char* arguments;
+  };
+  static constexpr Function kFunctions[] = {
+      {"ZrCreateBlob", "nr"},      {"ZrCopyBlob", "o"},    {"ZrDestroyBlob", "b"},  {"ZrReadBlob", "bwm"},
+      {"ZrReadBlobPos", "bwpm"},   {"ZrSeekBlob", "bp"},   {"ZrWriteBlob", "brn"},  {"ZrInsertBlob", "bprn"},
+      {"ZrAppendBlobData", "brn"}, {"ZrAppendBlob", "bo"}, {"ZrRemoveBlob", "bpm"}, {"ZrCompareBlob", "bow"}};
+
   using CSequence::CSequence;
+
+  // ---- As text, for a failure ----
+
+  std::string NameOfSlot(const Slot& slot) const { return "blob " + std::to_string(&slot - slots_.data()); }
+
+  std::string DescribeSlot(const Slot& slot) const {
+    if (!slot.model) return NameOfSlot(slot) + " is null";
+    const ModelBlock& model = *slot.model;
+    std::string text = NameOfSlot(slot) + Format(" has %u bytes, position %u, capacity %zu", model.length,
+                                                 model.position, model.bytes.size());
+    for (const Slot& each : slots_) {
+      if (&each != &slot && each.model == slot.model) text += ", shared with " + NameOfSlot(each);
+    }
+    return text + ": " + DescribeBytes(model.bytes.data(), model.length);
+  }
+
+  static std::string DescribeBytes(const uint8_t* bytes, std::size_t size) {
+    constexpr std::size_t kShown = 24;
+    std::string text;
+    for (std::size_t at = 0; at < std::min(size, kShown); ++at) text += Format(at == 0 ? "%02x" : " %02x", bytes[at]);
+    return text + (size > kShown ? " ..." : "");
+  }
+
+  // Where two runs of bytes differ first, if they do.
+  static std::string DescribeDifference(const uint8_t* found, std::size_t count, const Bytes& expected) {
+    const std::size_t common = std::min(count, expected.size());
+    const auto at = static_cast<std::size_t>(std::mismatch(found, found + common, expected.begin()).first - found);
+    if (at == common) return Format("%zu bytes, the model expects %zu", count, expected.size());
+    return Format("0x%02x at offset %zu, the model expects 0x%02x", found[at], at, expected[at]);
+  }
+
+  // ---- The operations ----
 
   uint32_t OneOf(const std::array<uint32_t, 8>& choices) { return choices[NextBelow(8)]; }
 
@@ -89,7 +135,25 @@ class CBlobSequence : public CSequence<CBlobSequence> {
     uint8_t* to = isGiven ? buffer.data() : nullptr;
     ZRRESULT result = ZR_R_INVALID_ARGUMENTS, expected = result;
 
-    const uint32_t operation = NextBelow(12);
+    const uint32_t operation = NextBelow(std::size(kFunctions));
+    const Function& function = kFunctions[operation];
+    const bool hasOther = std::strchr(function.arguments, 'o') != nullptr;
+    Note([&] {
+      std::string text = function.name;
+      const char* separator = "(";
+      for (const char* argument = function.arguments; *argument != 0; ++argument) {
+        text += std::exchange(separator, ", ");
+        text += *argument == 'b'   ? NameOfSlot(slot)
+                : *argument == 'o' ? NameOfSlot(other)
+                : *argument == 'r' ? (given != nullptr ? "{" + DescribeBytes(bytes.data(), count) + "}" : "null")
+                : *argument == 'w' ? (to != nullptr ? "buffer" : "null")
+                                   : std::to_string(*argument == 'p'   ? offset
+                                                    : *argument == 'n' ? count
+                                                                       : atMost);
+      }
+      return text + ")" + (operation <= 1 ? " as " + NameOfSlot(slot) : "");
+    });
+    Note([&] { return "before: " + DescribeSlot(slot) + (hasOther ? "\n          " + DescribeSlot(other) : ""); });
     switch (operation) {
       case 0:
         slot = {CBlobHolder::Adopt(ZrCreateBlob(count, given)), nullptr};
@@ -118,6 +182,7 @@ class CBlobSequence : public CSequence<CBlobSequence> {
       }
       case 5: {
         const uint8_t origin = static_cast<uint8_t>(NextBelow(4)), direction = static_cast<uint8_t>(NextBelow(3));
+        Note([&] { return Format("with origin %u and direction %u", unsigned{origin}, unsigned{direction}); });
         result = ZrSeekBlob(blob, offset, origin, direction);
         if (blob) expected = slot.Detached().Seek(offset, origin, direction);
         break;
@@ -149,25 +214,53 @@ class CBlobSequence : public CSequence<CBlobSequence> {
         expected = ZR_R_OK;
         read[0] = slot.model->At(0, UINT32_MAX) == other.model->At(0, UINT32_MAX) ? 1 : 0;
     }
-    Claim(result == expected, "result of operation " + std::to_string(operation));
-    Claim(buffer == read, "what was delivered");
+    ClaimResult(function.name, result, expected);
+    Claim(buffer == read, [&] {
+      return std::string(function.name) + " left in the buffer " +
+             DescribeDifference(buffer.data(), buffer.size(), read);
+    });
+    CheckAll();
+  }
+
+  void CheckAll() {
     for (const Slot& each : slots_) Check(each);
   }
 
   void Check(const Slot& slot) {
     ZRBLOB blob = slot.blob.Get();
-    if (blob == nullptr || !slot.model) return Claim(blob == nullptr && !slot.model, "whether there is a blob");
+    Claim((blob != nullptr) == (slot.model != nullptr), [&] {
+      return NameOfSlot(slot) + (blob != nullptr ? " is not null, the model expects null" : " is null unexpectedly");
+    });
+    if (blob == nullptr || !slot.model) return;
     const ModelBlock& model = *slot.model;
     const ZrBlobBlock& block = *blob->block;
     uint32_t length = 0, position = 0;
-    uint8_t behind = 9, beyond = 9;
-    Claim(ZrBlobByteLen(blob, &length) == ZR_R_OK && length == model.length, "length");
-    Claim(ZrBlobPosition(blob, &position) == ZR_R_OK && position == model.position, "position");
-    Claim(ZrBlobGetAt(blob, length, &behind) == ZR_R_OK && behind == block.bytes[length], "byte behind the content");
-    Claim(ZrBlobGetAt(blob, length + 1, &beyond) == ZR_R_OK && beyond == 0, "byte too far");
-    Claim(blob->element->Block() == &block && block.refCount == slot.model.use_count(), "who shares");
-    Claim(Bytes(block.bytes, block.bytes + block.capacity) == model.bytes, "content, or bytes behind");
-    Claim(block.bytes[block.capacity] == 0, "the byte more");
+    uint8_t after = 9, beyond = 9;
+    const bool hasAll = ZrBlobByteLen(blob, &length) == ZR_R_OK && ZrBlobPosition(blob, &position) == ZR_R_OK &&
+                        ZrBlobGetAt(blob, length, &after) == ZR_R_OK &&
+                        ZrBlobGetAt(blob, length + 1, &beyond) == ZR_R_OK;
+    Claim(hasAll, [&] { return "a question about " + NameOfSlot(slot) + " did not return ZR_R_OK"; });
+    ClaimFor(slot, "length", length, model.length);
+    ClaimFor(slot, "position", position, model.position);
+    ClaimFor(slot, "byte after the content", after, block.bytes[length]);
+    ClaimFor(slot, "byte past the end", beyond, 0);
+    Claim(blob->element->Block() == &block,
+          [&] { return NameOfSlot(slot) + " and its element have two different blocks"; });
+    ClaimFor(slot, "count of handles that share", block.refCount, slot.model.use_count());
+    ClaimFor(slot, "byte after the capacity", block.bytes[block.capacity], 0);
+    const bool hasBytes =
+        block.capacity == model.bytes.size() && std::memcmp(block.bytes, model.bytes.data(), model.bytes.size()) == 0;
+    Claim(hasBytes, [&] {
+      return NameOfSlot(slot) + " has, content and bytes after it, " +
+             DescribeDifference(block.bytes, block.capacity, model.bytes);
+    });
+  }
+
+  void ClaimFor(const Slot& slot, const char* what, int64_t found, int64_t expected) {
+    Claim(found == expected, [&] {
+      return "the " + std::string(what) + " of " + NameOfSlot(slot) + " is " + std::to_string(found) +
+             ", the model expects " + std::to_string(expected);
+    });
   }
 
   uint8_t pattern_ = 0;

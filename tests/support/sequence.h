@@ -1,31 +1,39 @@
-// A run of operations that bytes tell, on the library's objects and on a plain model of them: random bytes in the
-// tests, a fuzzer's in fuzz/. A sequence takes one step after the other, and claims on the way what has to hold.
+// A sequence of operations on the library's objects and on a plain model of them. Bytes choose the operations and their
+// arguments: random bytes in the tests, a fuzzer's bytes in fuzz/. Each step performs one operation and compares the
+// library with the model.
+//
+// Nothing is formatted while both agree. After a difference, the same bytes run once more up to the step that failed,
+// and that step describes its operation and the objects that it starts from.
 
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <random>
 #include <string>
-#include <string_view>
 #include <vector>
+
+#include "tests/support/random_seed.h"
+#include "tests/support/result_names.h"
 
 template <class Sequence>
 class CSequence {
  public:
-  // Steps until the bytes are used up; answers what differed from the model first, or nothing.
+  // Takes steps until the bytes are used up. Returns what differed from the model first, or an empty string.
   static std::string Run(const uint8_t* data, std::size_t size) {
     Sequence sequence(data, size);
-    while (sequence.difference_.empty() && sequence.at_ != sequence.end_) sequence.Step();
-    return sequence.difference_;
+    while (sequence.difference_.empty() && sequence.at_ != sequence.end_) sequence.TakeStep();
+    if (sequence.difference_.empty()) sequence.CheckAll();
+    return sequence.difference_.empty() ? std::string() : sequence.Explained(data, size);
   }
 
-  static std::string RunRandomly(int rounds, std::size_t size, uint32_t seed) {
-    std::mt19937 random(seed);
+  static std::string RunRandomly(uint32_t rounds, std::size_t size, uint32_t seed) {
     std::vector<uint8_t> bytes(size);
-    for (int round = 0; round < rounds; ++round) {
+    for (uint32_t round = 0; round < rounds; ++round) {
+      std::mt19937 random(seed + round);
       for (uint8_t& byte : bytes) byte = static_cast<uint8_t>(random());
       const std::string difference = Run(bytes.data(), size);
-      if (!difference.empty()) return difference + " in round " + std::to_string(round);
+      if (!difference.empty()) return DescribeRound(seed, round) + "\n" + difference;
     }
     return "";
   }
@@ -39,12 +47,54 @@ class CSequence {
     return next % limit;
   }
 
-  void Claim(bool claim, std::string_view what) {
-    if (!claim && difference_.empty()) difference_ = what;
+  // Notes what the step is about to do, in the run that explains a difference.
+  template <std::invocable Text>
+  void Note(Text&& text) {
+    if (isExplaining_) notes_ += "\n  " + text();
+  }
+
+  // Claims what must hold after the operation. Only a failed claim calls `difference`, for its text.
+  template <std::invocable Text>
+  void Claim(bool claim, Text&& difference) {
+    if (!claim && difference_.empty()) difference_ = difference();
+  }
+  void ClaimResult(const char* function, ZRRESULT returned, ZRRESULT expected) {
+    Claim(returned == expected, [&] {
+      return std::string(function) + " returned " + ResultName(returned) + ", the model expects " +
+             ResultName(expected);
+    });
+  }
+  template <std::integral Number>
+  void ClaimNumber(const char* what, Number found, std::type_identity_t<Number> expected) {
+    Claim(found == expected, [&] {
+      return std::string(what) + " is " + std::to_string(found) + ", the model expects " + std::to_string(expected);
+    });
   }
 
  private:
+  void TakeStep() {
+    ++steps_;
+    static_cast<Sequence*>(this)->Step();
+  }
+
+  std::string Explained(const uint8_t* data, std::size_t size) const {
+    Sequence again(data, size);
+    while (again.steps_ + 1 < steps_) again.TakeStep();
+    again.isExplaining_ = true;
+    if (steps_ != 0) again.TakeStep();
+    if (again.difference_.empty()) again.CheckAll();
+    std::string text = "step " + std::to_string(steps_) + " of a sequence of " + std::to_string(size) + " bytes:";
+    text += again.notes_ + "\n  " + difference_;
+    if (again.difference_ != difference_) {
+      text += "\n  a second run of the same bytes differs: ";
+      text += again.difference_.empty() ? "the library and the model agree" : again.difference_;
+    }
+    return text;
+  }
+
   const uint8_t* at_;
   const uint8_t* end_;
-  std::string difference_;
+  uint32_t steps_ = 0;
+  bool isExplaining_ = false;
+  std::string notes_, difference_;
 };

@@ -1,0 +1,22 @@
+// The seeds of tests with random input. A test draws the bytes of each round from a generator of its own, whose seed is
+// the test's seed plus the round's number. So the seed that a failure reports repeats the failing round as the first
+// one:
+//
+//     ZRCORE_TEST_SEED=20155 build/debug/tests/zrcore_tests --gtest_filter=Array.Sequences*
+
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+// The environment variable ZRCORE_TEST_SEED replaces the seed that a test is written with.
+inline uint32_t RandomSeed(uint32_t fixed) {
+  const char* text = std::getenv("ZRCORE_TEST_SEED");
+  return text != nullptr && *text != 0 ? static_cast<uint32_t>(std::strtoul(text, nullptr, 0)) : fixed;
+}
+
+inline std::string DescribeRound(uint32_t seed, uint32_t round) {
+  return "round " + std::to_string(round) + " with seed " + std::to_string(seed) +
+         "; to repeat it as the first round, set ZRCORE_TEST_SEED=" + std::to_string(seed + round);
+}
