@@ -4,12 +4,6 @@
 #include "fuzz/fuzz_support.h"
 #include "tests/support/unicode_check.h"
 
-static void Require(const char* claim) {
-  if (claim == nullptr) return;
-  std::fprintf(stderr, "%s\n", claim);
-  std::abort();
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size < 4) return 0;
   const uint8_t chosenLength = data[0], behind = data[1];
@@ -23,10 +17,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::vector<char32_t> points(size / sizeof(char32_t));
   if (!points.empty()) std::memcpy(points.data(), data, points.size() * sizeof(char32_t));
 
-  Require(CheckFromUtf8(bytes, behind));
-  Require(CheckFromUtf32(points));
+  FuzzRequire(CheckFromUtf8(bytes, behind));
+  FuzzRequire(CheckFromUtf32(points));
   const bool isPart = chosenLength != 0 && chosenLength <= units.size();
-  Require(CheckWriters(units, isPart ? chosenLength : -1, capacity));
-  Require(CheckRanges(std::vector<char>(bytes.begin(), bytes.end()), units, points));
+  FuzzRequire(CheckWriters(units, isPart ? chosenLength : -1, capacity));
+  FuzzRequire(CheckRanges(std::vector<char>(bytes.begin(), bytes.end()), units, points));
   return 0;
 }

@@ -1,6 +1,7 @@
-// The conversions of Unicode once more, slow and obvious: one character at a time, by division and whole vectors. Tests
-// and fuzz targets compare the library with them, on buffers of exactly the size that each contract names. Each check
-// answers null, or the claim that doesn't hold.
+// A slow and obvious model of the Unicode conversions: one character at a time, by division and with whole vectors.
+// Tests and fuzz targets compare the library with it, on buffers of exactly the size that each contract names. Each
+// check returns an empty string, or the call that differs from the model: its input, what came of it and what was
+// expected.
 
 #pragma once
 
@@ -9,8 +10,10 @@
 #include <cstdlib>
 #include <initializer_list>
 #include <string>
+#include <type_traits>
 #include <vector>
 
+#include "tests/support/result_names.h"
 #include "tests/support/units.h"
 #include "zrcore/zrcore.h"
 
@@ -23,7 +26,7 @@ template <class T>
 struct Outcome {
   ZRRESULT result = ZR_R_OK;
   String<T> units = {};
-  bool readsBehind = false;
+  bool readsPastEnd = false;
 };
 
 inline bool IsSurrogate(WCHAR unit) { return unit >= 0xD800 && unit <= 0xDFFF; }
@@ -63,7 +66,7 @@ inline std::string Sequence(uint32_t value, size_t size) {
   return bytes;
 }
 
-// ---- Creators: `size` units, and one behind ------------------------------------------------------------------------
+// ---- Creators: `size` units, and one after them ---------------------------------------------------------------------
 
 inline Outcome<WCHAR> StringFromUtf8(const std::vector<char>& bytes, size_t size) {
   Outcome<WCHAR> outcome;
@@ -76,7 +79,7 @@ inline Outcome<WCHAR> StringFromUtf8(const std::vector<char>& bytes, size_t size
   }
   for (size_t at = 0; at < size && at + Tails(bytes[at]) <= size; at += 1 + Tails(bytes[at])) {
     outcome.units += Units(Value(bytes, at));
-    outcome.readsBehind = at + Tails(bytes[at]) == size;
+    outcome.readsPastEnd = at + Tails(bytes[at]) == size;
   }
   if (outcome.units.size() != count) outcome.result = ZR_R_FAILED;
   outcome.units.resize(count);
@@ -164,111 +167,183 @@ inline ZRRESULT WriteUtf8(const std::vector<WCHAR>& text, size_t capacity, std::
 
 }  // namespace model
 
-// ---- The library beside the model, for one text in each form -------------------------------------------------------
+// ---- As text, for a failure ----------------------------------------------------------------------------------------
 
-#define UNICODE_CLAIM(claim) \
-  if (!(claim)) return #claim
-
-inline const char* FirstOf(std::initializer_list<const char*> claims) {
-  for (const char* claim : claims) {
-    if (claim != nullptr) return claim;
+// Printable ASCII as it is, all else escaped: \xE9 for a byte, \u00E9 for a 16-bit unit, \U000000E9 for a code point.
+template <class Text>
+std::string Escaped(const Text& text) {
+  std::string escaped = "\"";
+  for (const auto unit : text) {
+    const auto value = static_cast<uint32_t>(static_cast<std::make_unsigned_t<std::decay_t<decltype(unit)>>>(unit));
+    const bool isPlain = value >= 0x20 && value < 0x7F && value != '"' && value != '\\';
+    escaped += isPlain            ? std::string(1, static_cast<char>(value))
+               : sizeof unit == 1 ? Format("\\x%02X", value)
+               : sizeof unit == 2 ? Format("\\u%04X", value)
+                                  : Format("\\U%08X", value);
   }
-  return nullptr;
+  return escaped + "\"";
 }
 
-// The text by its length, and up to its first zero unit. The unit behind is there only if the contract reads it.
+template <class Found, class Expected>
+std::string DescribeDifference(const Found& found, const Expected& expected) {
+  const std::size_t common = std::min(std::size(found), std::size(expected));
+  const auto at = std::mismatch(found.begin(), found.begin() + static_cast<std::ptrdiff_t>(common), expected.begin());
+  return "made " + Escaped(found) + "\n  expected " + Escaped(expected) + "\n  they differ at unit " +
+         std::to_string(at.first - found.begin());
+}
+
+inline std::string DescribeResult(ZRRESULT returned, ZRRESULT expected) {
+  return "returned " + ResultName(returned) + ", expected " + ResultName(expected);
+}
+
+// ---- The library compared with the model, for one text in each form ------------------------------------------------
+
+// Returns the call and the difference from a check whose claim does not hold. Nothing is formatted otherwise.
+#define UNICODE_CLAIM(claim, call, difference) \
+  if (!(claim)) return (call) + "\n  " + (difference)
+
+inline std::string FirstOf(std::initializer_list<std::string> differences) {
+  for (const std::string& difference : differences) {
+    if (!difference.empty()) return difference;
+  }
+  return "";
+}
+
+// A function of the library after its name.
+#define NAMED(function) #function, function
+
+// The text by its length, and up to its first zero unit. The unit after it is there only if the contract reads it.
 template <class T>
-const char* CheckCreator(ZRRESULT (*create)(const T*, int32_t, ZRSTR*), const std::vector<T>& text, T behind,
-                         model::Outcome<WCHAR> (*expect)(const std::vector<T>&, size_t)) {
+std::string CheckCreator(const char* name, ZRRESULT (*create)(const T*, int32_t, ZRSTR*), const std::vector<T>& text,
+                         T after, model::Outcome<WCHAR> (*expect)(const std::vector<T>&, size_t)) {
   for (const bool isTerminated : {false, true}) {
     std::vector<T> given(text.begin(), isTerminated ? std::find(text.begin(), text.end(), T{}) : text.end());
     const auto length = static_cast<int32_t>(given.size());
     if (length == 0 && !isTerminated) continue;
-    given.push_back(isTerminated ? T{} : behind);
+    given.push_back(isTerminated ? T{} : after);
     const auto expected = expect(given, given.size() - 1);
-    if (!isTerminated && !expected.readsBehind) given = std::vector<T>(text);
+    if (!isTerminated && !expected.readsPastEnd) given = std::vector<T>(text);
+    const auto call = [&] {
+      return name + ("(" + Escaped(given)) + ", " + std::to_string(isTerminated ? -1 : length) + ")";
+    };
     Owned string;
-    UNICODE_CLAIM(create(given.data(), isTerminated ? -1 : length, &string.string) == expected.result);
-    UNICODE_CLAIM(model::String<WCHAR>(string, ZrStringLen(string) + 1) == expected.units + WCHAR{0});
-    UNICODE_CLAIM((ZrStringRefCount(string) == 1) == (length != 0));  // else it is the shared empty string
+    const ZRRESULT result = create(given.data(), isTerminated ? -1 : length, &string.string);
+    UNICODE_CLAIM(result == expected.result, call(), DescribeResult(result, expected.result));
+    UNICODE_CLAIM(string.string != nullptr, call(), "made no string");
+    const model::String<WCHAR> made(string, ZrStringLen(string) + 1), terminated = expected.units + WCHAR{0};
+    UNICODE_CLAIM(made == terminated, call(), DescribeDifference(made, terminated));
+    // An empty text makes the shared empty string.
+    const uint32_t owners = ZrStringRefCount(string);
+    UNICODE_CLAIM((owners == 1) == (length != 0), call(),
+                  "made a string with " + std::to_string(owners) + " references, expected " +
+                      (length != 0 ? "one" : "the shared empty string"));
   }
-  return nullptr;
+  return "";
 }
 
-inline const char* CheckFromUtf8(const std::vector<uint8_t>& bytes, uint8_t behind) {
+inline std::string CheckFromUtf8(const std::vector<uint8_t>& bytes, uint8_t after) {
   const std::vector<char> text(bytes.begin(), bytes.end());
-  return FirstOf({CheckCreator(ZrUTF8toZRSTR, text, static_cast<char>(behind), model::StringFromUtf8),
-                  CheckCreator(ZrCreateZRSTRfromUTF8, text, static_cast<char>(behind), model::StringFromUtf8)});
+  return FirstOf({CheckCreator(NAMED(ZrUTF8toZRSTR), text, static_cast<char>(after), model::StringFromUtf8),
+                  CheckCreator(NAMED(ZrCreateZRSTRfromUTF8), text, static_cast<char>(after), model::StringFromUtf8)});
 }
 
-inline const char* CheckFromUtf32(const std::vector<char32_t>& points) {
-  return CheckCreator(ZrCreateZRSTRfromUTF32, points, U'x', model::StringFromUtf32);
+inline std::string CheckFromUtf32(const std::vector<char32_t>& points) {
+  return CheckCreator(NAMED(ZrCreateZRSTRfromUTF32), points, U'x', model::StringFromUtf32);
 }
 
-// Asks for the size, then writes with a capacity near that or far from it. One unit behind has to stay as it is.
+// Asks for the size, then writes with a capacity near that or far from it. One unit past the end has to stay as it is.
 template <class T>
-const char* CheckWriter(ZRRESULT (*write)(ZRSTR, int32_t, T*, int32_t*), ZRSTR string, int32_t length, int32_t stray,
-                        const std::vector<WCHAR>& text, size_t size,
+std::string CheckWriter(const char* name, ZRRESULT (*write)(ZRSTR, int32_t, T*, int32_t*), ZRSTR string, int32_t length,
+                        int32_t stray, const std::vector<WCHAR>& text, size_t size,
                         ZRRESULT (*expect)(const std::vector<WCHAR>&, size_t, std::vector<T>&)) {
   const auto needed = static_cast<int32_t>(size);
+  const auto call = [&](const std::string& capacity) {
+    const model::String<WCHAR> whole(string, ZrStringLen(string));
+    return name + ("(" + Escaped(whole)) + ", " + std::to_string(length) + ", " + capacity + ")";
+  };
   int32_t asked = -1;
-  UNICODE_CLAIM(write(string, length, nullptr, &asked) == ZR_R_OK && asked == needed);
+  const ZRRESULT answer = write(string, length, nullptr, &asked);
+  UNICODE_CLAIM(answer == ZR_R_OK, call("null"), DescribeResult(answer, ZR_R_OK));
+  UNICODE_CLAIM(asked == needed, call("null"),
+                "asks for " + std::to_string(asked) + " units, expected " + std::to_string(needed));
   for (const int32_t capacity : {0, 1, needed - 1, needed, needed + 1, stray}) {
     if (capacity < 0) continue;
     const auto room = static_cast<size_t>(capacity);
     std::vector<T> buffer((room == 0 ? text.size() : room) + 1, T(0xA5)), expected = buffer;  // 0 may mean: all of it
-    const ZRRESULT result = expect(text, room, expected);
+    const ZRRESULT expectedResult = expect(text, room, expected);
     int32_t kept = capacity;
-    UNICODE_CLAIM(write(string, length, buffer.data(), &kept) == result && kept == capacity);
-    UNICODE_CLAIM(buffer == expected);
+    const ZRRESULT result = write(string, length, buffer.data(), &kept);
+    const auto withCapacity = [&] { return call("capacity " + std::to_string(capacity)); };
+    UNICODE_CLAIM(result == expectedResult, withCapacity(), DescribeResult(result, expectedResult));
+    UNICODE_CLAIM(kept == capacity, withCapacity(), "changed the capacity to " + std::to_string(kept));
+    UNICODE_CLAIM(buffer == expected, withCapacity(), DescribeDifference(buffer, expected));
   }
-  return nullptr;
+  return "";
+}
+
+inline std::string CheckWellFormedWriter(ZRSTR string, const std::vector<WCHAR>& terminated) {
+  const std::string expected = model::Encoded(model::Points(terminated, U"\xFFFD")) + '\0';
+  std::string buffer(expected.size(), 0);
+  const auto size = static_cast<int32_t>(buffer.size());
+  for (const int32_t capacity : {0, size - 1, size}) {
+    const bool asks = capacity == 0;
+    const int32_t expectedSize = asks || capacity == size ? size : 0;
+    const int32_t returned = ZrZRSTRtoUTF8(string, asks ? nullptr : buffer.data(), capacity);
+    const auto call = [&] {
+      return "ZrZRSTRtoUTF8(" + Escaped(terminated) + ", " + (asks ? "null, " : "buffer, ") + std::to_string(capacity) +
+             ")";
+    };
+    UNICODE_CLAIM(returned == expectedSize, call(),
+                  "returned " + std::to_string(returned) + ", expected " + std::to_string(expectedSize));
+    UNICODE_CLAIM(capacity != size || buffer == expected, call(), DescribeDifference(buffer, expected));
+  }
+  return "";
 }
 
 // All writers, over the first `length` units or, if that is -1, the whole.
-inline const char* CheckWriters(const std::vector<WCHAR>& text, int32_t length, int32_t stray) {
+inline std::string CheckWriters(const std::vector<WCHAR>& text, int32_t length, int32_t stray) {
   const Owned string(Units(text.begin(), text.end()));
   std::vector<WCHAR> longer = text, range;
   longer.push_back(0);
   if (length >= 0) longer.resize(static_cast<size_t>(length) + 1);
   range.assign(longer.begin(), longer.end() - 1);
-  const size_t size32 = model::CountedPoints(longer).size();
+  const size_t size16 = longer.size(), size32 = model::CountedPoints(longer).size();
   const size_t size8 = model::Encoded(model::CountedPoints(range)).size() + 1;
-  const char* claim = FirstOf(
-      {CheckWriter<WCHAR>(ZrCreateWCHARfromZRSTR, string, length, stray, range, longer.size(), model::WriteUtf16),
-       CheckWriter<WCHAR>(ZrCreateUTF16fromZRSTR, string, length, stray, range, longer.size(), model::WriteUtf16),
-       CheckWriter<char32_t>(ZrCreateUTF32fomZRSTR, string, length, stray, longer, size32, model::WriteUtf32),
-       CheckWriter<char>(ZrCreateUTF8fromZRSTR, string, length, stray, range, size8, model::WriteUtf8)});
-  longer.assign(text.begin(), std::find(text.begin(), text.end(), 0));
-  const std::string wellFormed = model::Encoded(model::Points(longer, U"\xFFFD")) + '\0';
-  std::vector<char> buffer(wellFormed.size());
-  const auto size = static_cast<int32_t>(buffer.size());
-  UNICODE_CLAIM(ZrZRSTRtoUTF8(string, nullptr, 0) == size);
-  UNICODE_CLAIM(size == 1 || ZrZRSTRtoUTF8(string, buffer.data(), size - 1) == 0);
-  UNICODE_CLAIM(ZrZRSTRtoUTF8(string, buffer.data(), size) == size &&
-                wellFormed == std::string(buffer.data(), buffer.size()));
-  return claim;
+  const std::vector<WCHAR> terminated(text.begin(), std::find(text.begin(), text.end(), 0));
+  return FirstOf(
+      {CheckWriter<WCHAR>(NAMED(ZrCreateWCHARfromZRSTR), string, length, stray, range, size16, model::WriteUtf16),
+       CheckWriter<WCHAR>(NAMED(ZrCreateUTF16fromZRSTR), string, length, stray, range, size16, model::WriteUtf16),
+       CheckWriter<char32_t>(NAMED(ZrCreateUTF32fomZRSTR), string, length, stray, longer, size32, model::WriteUtf32),
+       CheckWriter<char>(NAMED(ZrCreateUTF8fromZRSTR), string, length, stray, range, size8, model::WriteUtf8),
+       CheckWellFormedWriter(string, terminated)});
 }
 
 // The buffer has `most` units for each of the range, and the terminator.
 template <class From, class To>
-const char* CheckRange(ZRRESULT (*convert)(const From*, const From*, uint8_t, To**), const std::vector<From>& from,
-                       size_t most, model::String<To> (*step)(const std::vector<From>&, size_t)) {
+std::string CheckRange(const char* name, ZRRESULT (*convert)(const From*, const From*, uint8_t, To**),
+                       const std::vector<From>& from, size_t most,
+                       model::String<To> (*step)(const std::vector<From>&, size_t)) {
   for (const uint8_t stop : {uint8_t{0}, uint8_t{1}, uint8_t{0x80}}) {
-    To* buffer = nullptr;
     model::Outcome<To> expected = model::Range(from, stop != 0, step);
     expected.units.resize(from.size() * most + 1);
-    UNICODE_CLAIM(convert(from.data(), from.data() + from.size(), stop, &buffer) == expected.result);
-    UNICODE_CLAIM(std::equal(expected.units.begin(), expected.units.end(), buffer));
+    To* buffer = nullptr;
+    const ZRRESULT result = convert(from.data(), from.data() + from.size(), stop, &buffer);
+    const auto call = [&] { return name + ("(" + Escaped(from)) + ", stop " + std::to_string(stop) + ")"; };
+    UNICODE_CLAIM(result == expected.result, call(), DescribeResult(result, expected.result));
+    const bool isEqual = buffer != nullptr && std::equal(expected.units.begin(), expected.units.end(), buffer);
+    UNICODE_CLAIM(isEqual, call(),
+                  buffer == nullptr
+                      ? "made no buffer"
+                      : DescribeDifference(model::String<To>(buffer, expected.units.size()), expected.units));
     std::free(buffer);
   }
-  return nullptr;
+  return "";
 }
 
-inline const char* CheckRanges(const std::vector<char>& bytes, const std::vector<WCHAR>& units,
+inline std::string CheckRanges(const std::vector<char>& bytes, const std::vector<WCHAR>& units,
                                const std::vector<char32_t>& points) {
-  return FirstOf({CheckRange(ZrUTF8toUTF32, bytes, 1, model::ToPoint<char>),
-                  CheckRange(ZrUTF16toUTF32, units, 1, model::ToPoint<WCHAR>),
-                  CheckRange(ZrUTF32toUTF16, points, 2, model::ToUnits),
-                  CheckRange(ZrUTF32toUTF8, points, 4, model::ToSequence)});
+  return FirstOf({CheckRange(NAMED(ZrUTF8toUTF32), bytes, 1, model::ToPoint<char>),
+                  CheckRange(NAMED(ZrUTF16toUTF32), units, 1, model::ToPoint<WCHAR>),
+                  CheckRange(NAMED(ZrUTF32toUTF16), points, 2, model::ToUnits),
+                  CheckRange(NAMED(ZrUTF32toUTF8), points, 4, model::ToSequence)});
 }
