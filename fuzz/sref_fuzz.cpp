@@ -8,6 +8,7 @@
 
 #include "frame/item_allocator.h"
 #include "fuzz/fuzz_support.h"
+#include "tests/support/sequence.h"
 #include "zrcore/zrcore.h"
 
 using Numbers = std::array<uint32_t, 6>;
@@ -70,86 +71,120 @@ static Order Compare(const std::optional<Model>& left, const std::optional<Model
   return {left->ref ? order : -order, ZR_R_INVALID_ARGUMENTS};
 }
 
-static void CheckText(const Slot& slot) {
-  if (!slot.model) return;
-  ZRSTR text = nullptr;
-  FUZZ_CLAIM(ZrSREFToString(slot.sref, &text) == ZR_R_OK && text != nullptr);
-  const std::string written(text, text + ZrStringLen(text));
-  ZrDestroyString(text);
-  FUZZ_CLAIM(written == (slot.model->ref ? Plain(*slot.model->ref) : slot.model->text.value_or("")));
-}
+class CSrefSequence : public CSequence<CSrefSequence> {
+  friend CSequence;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static constexpr char kUnits[] = "0123456789....-+ x";
-  CItemAllocator::SetDefaultCap(2);
-  CItemAllocator::SetEnabled(true);
-  std::array<Slot, 4> slots;
-  std::size_t at = 0;
-  const auto next = [&]() -> unsigned { return at < size ? data[at++] : 0; };
-  while (at < size) {
-    const unsigned operation = next();
-    Slot& slot = slots[operation >> 3 & 3];
-    Slot& other = slots[operation >> 5 & 3];
-    std::string text;
-    if ((operation & 7) < 3) {
-      for (unsigned units = next() % 24; units > 0; --units) text += kUnits[next() % (sizeof kUnits - 1)];
-      ZrDestroySREF(slot.sref);
-      slot = {};
-    }
-    const std::basic_string<WCHAR> units(text.begin(), text.end());
-    ZRSTR string = ZrCreateStringByteLen(units.data(), static_cast<uint32_t>(units.size() * sizeof(WCHAR)));
+  using CSequence::CSequence;
+  ~CSrefSequence() {
+    for (Slot& slot : slots_) ZrDestroySREF(slot.sref);
+  }
+
+  std::string DescribeSlot(const Slot& slot) const {
+    std::string text = "SREF " + std::to_string(&slot - slots_.data()) + " is ";
+    if (!slot.model) return text + "null";
+    text += slot.model->ref ? Plain(*slot.model->ref) : "without numbers";
+    return text + (slot.model->text ? ", text \"" + *slot.model->text + "\"" : ", without a text");
+  }
+
+  void Step() {
+    const uint32_t operation = NextBelow(256);
+    Slot& slot = slots_[operation >> 3 & 3];
+    Slot& other = slots_[operation >> 5 & 3];
     switch (operation & 7) {
-      case 0:  // any text
-        FUZZ_CLAIM(ZrStringToSREF(string, &slot.sref) == ZR_R_OK);
-        slot.model = Parse(text) ? Model{Parse(text), {}} : Model{{}, text};
-        break;
-      case 1: {  // numbers, with or without a text of their own
-        Numbers numbers{};
-        for (uint32_t& word : numbers) word = next() * 0x01010101u;  // small and far apart
-        slot.sref = ZrCreateSREF();
-        slot.sref->ref = ZrCreateREF();
-        std::copy(numbers.begin(), numbers.end(), slot.sref->ref->words);
-        slot.model = Model{numbers, {}};
-        if (!text.empty()) {
-          slot.sref->text = ZrCopyString(string);
-          slot.model->text = text;
-        }
-        break;
-      }
-      case 2:  // neither, or a text that isn't asked whether it is numbers
-        slot.sref = ZrCreateSREF();
-        slot.model = Model{};
-        if (!text.empty()) {
-          slot.sref->text = ZrCopyString(string);
-          slot.model->text = text;
-        }
+      case 0:
+      case 1:
+      case 2:
+        Make(operation & 7, slot);
         break;
       case 3:
-      case 4: {  // copy, to a slot of its own or onto itself
-        if (!other.model) break;
-        ZRSREF* copy = nullptr;
-        const bool isNothing = !other.model->ref && !other.model->text;
-        FUZZ_CLAIM(ZrCopySREF(other.sref, &copy) == (isNothing ? 1 : ZR_R_OK) && (copy == nullptr) == isNothing);
-        const std::optional<Model> model = isNothing ? std::nullopt : other.model;
-        ZrDestroySREF(slot.sref);
-        slot = {copy, model};
+      case 4:
+        Note([&] { return "ZrCopySREF to " + DescribeSlot(slot) + "\n  from " + DescribeSlot(other); });
+        Copy(slot, other);
         break;
-      }
-      default: {
-        const Order expected = Compare(slot.model, other.model);
-        int32_t order = 9;
-        uint8_t equal = 9;
-        FUZZ_CLAIM(ZrCompareSREF_ThreeWay(slot.sref, other.sref, &order) == expected.result);
-        FUZZ_CLAIM((order > 0) == (expected.order > 0) && (order < 0) == (expected.order < 0));
-        FUZZ_CLAIM(ZrCompareSREF(slot.sref, other.sref, &equal) == expected.result && equal == (expected.order == 0));
-        FUZZ_CLAIM(ZRSREFGreater(slot.sref, other.sref) == (expected.order > 0));
-        FUZZ_CLAIM(ZRSREFLess(slot.sref, other.sref) == (expected.order < 0));
-      }
+      default:
+        Note([&] { return "a comparison of " + DescribeSlot(slot) + "\n  with " + DescribeSlot(other); });
+        CheckOrder(slot, other);
     }
     CheckText(slot);
-    ZrDestroyString(string);
   }
-  for (Slot& slot : slots) ZrDestroySREF(slot.sref);
+
+  void Make(uint32_t way, Slot& slot) {
+    static constexpr char kUnits[] = "0123456789....-+ x";
+    std::string text;
+    for (uint32_t units = NextBelow(24); units > 0; --units) text += kUnits[NextBelow(sizeof kUnits - 1)];
+    ZrDestroySREF(slot.sref);
+    slot = {};
+    const Owned string(Widened(text));
+    if (way == 0) {  // any text
+      Note([&] { return "ZrStringToSREF(\"" + text + "\")"; });
+      ClaimResult("ZrStringToSREF", ZrStringToSREF(string, &slot.sref), ZR_R_OK);
+      slot.model = Parse(text) ? Model{Parse(text), {}} : Model{{}, text};
+      return;
+    }
+    slot.sref = ZrCreateSREF();
+    slot.model = Model{};
+    if (way == 1) {  // numbers, small and far apart, with or without a text of their own
+      Numbers numbers{};
+      for (uint32_t& word : numbers) word = NextBelow(256) * 0x01010101u;
+      slot.sref->ref = ZrCreateREF();
+      std::copy(numbers.begin(), numbers.end(), slot.sref->ref->words);
+      slot.model->ref = numbers;
+    }
+    if (!text.empty()) {  // a text that nobody asks whether it is numbers
+      slot.sref->text = ZrCopyString(string);
+      slot.model->text = text;
+    }
+    Note([&] { return "made " + DescribeSlot(slot); });
+  }
+
+  // To a slot of its own or onto itself.
+  void Copy(Slot& slot, const Slot& other) {
+    if (!other.model) return;
+    ZRSREF* copy = nullptr;
+    const bool isNothing = !other.model->ref && !other.model->text;
+    ClaimResult("ZrCopySREF", ZrCopySREF(other.sref, &copy), isNothing ? 1 : ZR_R_OK);
+    Claim((copy == nullptr) == isNothing,
+          [&] { return copy == nullptr ? "the copy is null" : "the copy is not null"; });
+    const std::optional<Model> model = isNothing ? std::nullopt : other.model;
+    ZrDestroySREF(slot.sref);
+    slot = {copy, model};
+  }
+
+  void CheckOrder(const Slot& left, const Slot& right) {
+    const Order expected = Compare(left.model, right.model);
+    int32_t order = 9;
+    uint8_t equal = 9;
+    ClaimResult("ZrCompareSREF_ThreeWay", ZrCompareSREF_ThreeWay(left.sref, right.sref, &order), expected.result);
+    ClaimNumber("the sign of the order", (order > 0) - (order < 0), (expected.order > 0) - (expected.order < 0));
+    ClaimResult("ZrCompareSREF", ZrCompareSREF(left.sref, right.sref, &equal), expected.result);
+    ClaimNumber("the equality", equal, expected.order == 0);
+    ClaimNumber("ZRSREFGreater", ZRSREFGreater(left.sref, right.sref), expected.order > 0);
+    ClaimNumber("ZRSREFLess", ZRSREFLess(left.sref, right.sref), expected.order < 0);
+  }
+
+  void CheckText(const Slot& slot) {
+    if (!slot.model) return;
+    Owned text;
+    ClaimResult("ZrSREFToString", ZrSREFToString(slot.sref, &text.string), ZR_R_OK);
+    Claim(text.string != nullptr, [] { return "ZrSREFToString gave no string"; });
+    if (text.string == nullptr) return;
+    const std::string written(text.string, text.string + ZrStringLen(text));
+    const std::string expected = slot.model->ref ? Plain(*slot.model->ref) : slot.model->text.value_or("");
+    Claim(written == expected,
+          [&] { return "ZrSREFToString gave \"" + written + "\", the model expects \"" + expected + "\""; });
+  }
+
+  void CheckAll() {
+    for (const Slot& slot : slots_) CheckText(slot);
+  }
+
+  std::array<Slot, 4> slots_;
+};
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  CItemAllocator::SetDefaultCap(2);
+  CItemAllocator::SetEnabled(true);
+  FuzzRequire(CSrefSequence::Run(data, size));
   CItemAllocator::SetEnabled(false);
   return 0;
 }
