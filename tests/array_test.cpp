@@ -3,7 +3,7 @@
 #include "tests/support/array_sequence.h"
 
 TEST(Array, SequencesOfOperationsAreAsOnTheModel) {
-  const std::string difference = CArraySequence::RunRandomly(400, 600, RandomSeed(20121));
+  const std::string difference = CArraySequence::RunRandomly(1200, 600, RandomSeed(20121));
   EXPECT_TRUE(difference.empty()) << difference;
 }
 

@@ -1,5 +1,5 @@
-// Blobs with what the boundary hides: the bytes after the content, which handles share a block, and handles that lack an
-// element or a block.
+// Blobs with what the boundary hides: the bytes after the content, which handles share a block, and handles that lack
+// an element or a block.
 
 #include <gtest/gtest.h>
 

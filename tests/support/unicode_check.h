@@ -184,12 +184,22 @@ std::string Escaped(const Text& text) {
   return escaped + "\"";
 }
 
+// Where two texts differ first, with some units before and after it of both.
 template <class Found, class Expected>
 std::string DescribeDifference(const Found& found, const Expected& expected) {
-  const std::size_t common = std::min(std::size(found), std::size(expected));
-  const auto at = std::mismatch(found.begin(), found.begin() + static_cast<std::ptrdiff_t>(common), expected.begin());
-  return "made " + Escaped(found) + "\n  expected " + Escaped(expected) + "\n  they differ at unit " +
-         std::to_string(at.first - found.begin());
+  const std::size_t common = std::min(found.size(), expected.size());
+  const auto end = found.begin() + static_cast<std::ptrdiff_t>(common);
+  const auto at = static_cast<std::size_t>(std::mismatch(found.begin(), end, expected.begin()).first - found.begin());
+  const std::size_t first = at - std::min<std::size_t>(at, 8);
+  const auto around = [first, at](const auto& text) {
+    const auto from = text.begin() + static_cast<std::ptrdiff_t>(first);
+    const auto count = static_cast<std::ptrdiff_t>(std::min(text.size(), at + 8) - first);
+    return (first != 0 ? "..." : "") + Escaped(model::String<typename Found::value_type>(from, from + count)) +
+           (first + static_cast<std::size_t>(count) < text.size() ? "..." : "");
+  };
+  return "made     " + std::to_string(found.size()) + " units: " + around(found) + "\n  expected " +
+         std::to_string(expected.size()) + " units: " + around(expected) + "\n  first difference at unit " +
+         std::to_string(at);
 }
 
 inline std::string DescribeResult(ZRRESULT returned, ZRRESULT expected) {

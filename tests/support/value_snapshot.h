@@ -59,8 +59,8 @@ class Snapshot {
                                       : std::string_view();
   }
 
-  // Where a value is owned, its bytes are compared and not its address. A string of whole
-  // units without its terminator equals nothing.
+  // Where a value is owned, its bytes are compared and not its address. A string of whole units without its terminator
+  // equals nothing.
   friend bool operator==(const Snapshot& left, const Snapshot& right) {
     const ZRVARIANT &l = left.record_, &r = right.record_;
     if (l.Type != r.Type || !left.isTerminated_ || !right.isTerminated_) return false;
