@@ -190,7 +190,7 @@ class CVariantSequence : public CSequence<CVariantSequence> {
   }
 
   void CheckAll() {
-    uint32_t texts = 1, objects = objects_;
+    uint32_t texts = 1, objects = 0;
     const auto count = [&](const OwnedVariant& variant) {
       const ZRVARIANTVALUE& value = variant.Value;
       if (variant.Type == ZR_VT_STR) texts += value.string == shared_.string;
@@ -200,7 +200,7 @@ class CVariantSequence : public CSequence<CVariantSequence> {
     for (const OwnedVariant& variant : slots_) count(variant);
     for (const OwnedVariant& variant : behind_) count(variant);
     ClaimNumber("the reference count of the shared string", ZrStringRefCount(shared_), texts);
-    ClaimNumber("the reference count of the object", g_object.references, objects);
+    ClaimNumber("the count of references to the object", g_object.references - objects_, objects);
   }
 
   const Owned shared_{Units(W("shared"))};

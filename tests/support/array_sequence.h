@@ -163,13 +163,13 @@ class CArraySequence : public CSequence<CArraySequence> {
 
   void CheckOwners(Slot& changed) {
     CountOwners(changed);
-    uint32_t strings = strings_, objects = objects_;
+    uint32_t strings = 0, objects = 0;
     for (const Slot& slot : slots_) {
       strings += slot.strings;
       objects += slot.objects;
     }
-    ClaimNumber("the reference count of the string \"common\"", ZrStringRefCount(g_shared), strings);
-    ClaimNumber("the reference count of the object", g_object.references, objects);
+    ClaimNumber("the count of references to the string \"common\"", ZrStringRefCount(g_shared) - strings_, strings);
+    ClaimNumber("the count of references to the object", g_object.references - objects_, objects);
   }
 
   // ---- The operations ----
@@ -320,7 +320,7 @@ class CArraySequence : public CSequence<CArraySequence> {
 
   inline static const std::string kRefusedText = "14 0";  // a copy of which is refused
   static constexpr uint32_t kSlots = 3;
-  const uint32_t strings_ = ZrStringRefCount(g_shared), objects_ = g_object.references;
+  const uint32_t strings_ = ZrStringRefCount(g_shared), objects_ = g_object.references;  // before the first array
   Snapshot found_;
   Slot slots_[kSlots];
 };

@@ -89,8 +89,8 @@ class CBlobSequence : public CSequence<CBlobSequence> {
   std::string DescribeSlot(const Slot& slot) const {
     if (!slot.model) return NameOfSlot(slot) + " is null";
     const ModelBlock& model = *slot.model;
-    std::string text = NameOfSlot(slot) + Format(" has %u bytes, position %u, capacity %zu", model.length,
-                                                 model.position, model.bytes.size());
+    std::string text = NameOfSlot(slot) + Format(" has %u bytes, position %u, capacity %u", model.length,
+                                                 model.position, static_cast<uint32_t>(model.bytes.size()));
     for (const Slot& each : slots_) {
       if (&each != &slot && each.model == slot.model) text += ", shared with " + NameOfSlot(each);
     }
@@ -108,8 +108,11 @@ class CBlobSequence : public CSequence<CBlobSequence> {
   static std::string DescribeDifference(const uint8_t* found, std::size_t count, const Bytes& expected) {
     const std::size_t common = std::min(count, expected.size());
     const auto at = static_cast<std::size_t>(std::mismatch(found, found + common, expected.begin()).first - found);
-    if (at == common) return Format("%zu bytes, the model expects %zu", count, expected.size());
-    return Format("0x%02x at offset %zu, the model expects 0x%02x", found[at], at, expected[at]);
+    if (at == common) {
+      return std::to_string(count) + " bytes, the model expects " + std::to_string(expected.size());
+    }
+    return Format("0x%02x at offset ", found[at]) + std::to_string(at) +
+           Format(", the model expects 0x%02x", expected[at]);
   }
 
   // ---- The operations ----
