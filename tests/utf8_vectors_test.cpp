@@ -68,7 +68,7 @@ TEST(Utf8Vectors, SeeASequenceThatIsCutBeforeABlockOfAscii) {
       for (size_t place = 56; place < 72; ++place) {
         std::vector<uint8_t> bytes(200, 'a');
         std::copy(cut.begin(), cut.end(), bytes.begin() + static_cast<std::ptrdiff_t>(place));
-        EXPECT_EQ(CheckFromUtf8(bytes, 0x62), "") << cut.size() << " at " << place << (isWide ? ", wide" : "");
+        EXPECT_EQ(CheckFromUtf8(bytes, 'b'), "") << cut.size() << " at " << place << (isWide ? ", wide" : "");
       }
     }
   }
