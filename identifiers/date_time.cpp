@@ -47,10 +47,8 @@ void ZrDateTimeToStruct(ZRDATETIME value, ZRDATETIMESTRUCT* record) noexcept {
 // ---- Seconds since 1970 --------------------------------------------------------------------------------------------
 
 ZRRESULT ZrDateTimeFromTimeT(int64_t timeT, ZRDATETIME* value) noexcept {
-  CClockFields fields;  // no moment, no date: they stay zero then, and give 0
-  (void)PlatformLocalTime(timeT, fields);
   if (value == nullptr) return ZR_R_INVALID_ARGUMENTS;
-  *value = DateTimeOfFields(fields);
+  *value = DateTimeOfFields(PlatformLocalTime(timeT));
   return ZR_R_OK;
 }
 

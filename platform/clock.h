@@ -23,8 +23,8 @@ inline constexpr int64_t kLastMoment = 32535215999;  // 3000-12-31 23:59:59
 [[nodiscard]] CClockFields PlatformUniversalNow() noexcept;
 [[nodiscard]] CClockFields PlatformLocalNow() noexcept;
 
-// Fills `fields` with the local time of a moment. False, with `fields` unchanged, outside the moments above.
-[[nodiscard]] bool PlatformLocalTime(int64_t moment, CClockFields& fields) noexcept;
+// The local time of a moment. All zeros outside the moments above.
+[[nodiscard]] CClockFields PlatformLocalTime(int64_t moment) noexcept;
 
 // Fills `moment` with that of a local time, whose milliseconds are ignored. The result depends on the zone and the
 // local time alone, never on earlier calls:

@@ -379,3 +379,13 @@ TEST(ExhaustedMemory, ALongNumberHasNoText) {
     EXPECT_TRUE(AllocationFailed());
   }
 }
+
+// What was an identifier must not be found in freed memory.
+TEST(ExhaustedMemory, ADestroyedUuidIsWiped) {
+  static bool isWiped = false;
+  ZRUUID* uuid = ZrGenerateUUID();
+  g_onFree = [](const void* block) { isWiped = *static_cast<const ZRUUID*>(block) == ZRUUID{}; };
+  ZrDestroyUUID(uuid);
+  g_onFree = nullptr;
+  EXPECT_TRUE(isWiped);
+}

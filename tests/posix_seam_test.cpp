@@ -16,6 +16,7 @@
 #include "platform/clock.h"
 #include "platform/debug_output.h"
 #include "platform/locale_text.h"
+#include "platform/module.h"
 #include "platform/posix/utf8_text.h"
 #include "tests/support/system.h"
 #include "tests/support/text.h"
@@ -23,6 +24,7 @@
 // The linker sends the library's calls of these functions here. Without a wish of a test they are the system's.
 static const std::timespec* g_clock = nullptr;  // what the clock shows; a negative fraction makes it fail
 static int g_zoneReads = 0, g_randomFailures = 0, g_randomError = 0;
+static const char* g_loaderText = nullptr;
 
 extern "C" {
 int __real_clock_gettime(clockid_t id, std::timespec* now);
@@ -36,6 +38,12 @@ void __real_tzset();
 void __wrap_tzset() {
   ++g_zoneReads;
   __real_tzset();
+}
+
+char* __real_dlerror();
+char* __wrap_dlerror() {
+  char* text = __real_dlerror();
+  return g_loaderText == nullptr ? text : const_cast<char*>(g_loaderText);
 }
 
 ssize_t __real_getrandom(void* bytes, std::size_t size, unsigned flags);
@@ -52,6 +60,36 @@ TEST(PosixSeam, DebugOutputIsUtf8) {
   text += {WCHAR{0xD83E}, WCHAR{0xDE90}, WCHAR{0xD83E}, WCHAR{'.'}, WCHAR{0xDE90}};  // a pair, and two halves
   EXPECT_EQ(DebugOutputOf([&] { PlatformDebugOutput(text); }),
             "a\xC3\xA9\xE9\x9B\xAA\xF0\x9F\xAA\x90\xEF\xBF\xBD.\xEF\xBF\xBD");
+}
+
+// What the loader says of a file that is not there, put in its mouth.
+TEST(PosixSeam, TheReasonOfAFailedLoadIsOneLineWithoutThePath) {
+  const std::string path = "/nowhere/file", limit(kModuleReasonUnits - 1, 'x');
+  const struct {
+    std::string said;
+    Units reason;
+  } kRows[] = {
+      {path + ": not there", W("not there")},
+      {path + "2: not there", W("/nowhere/file2: not there")},
+      {path + " not there", W("/nowhere/file not there")},
+      {"/nowhere/: needed by " + path + ": not there", W("/nowhere/: needed by /nowhere/file: not there")},
+      {"a\x1F"
+       "b\x7F"
+       "c\xC2\x85"
+       "d\xE2\x80\xA8"
+       "e\xE2\x80\xA9"
+       "f \xC2\x84",
+       W("a b c d e f \x0084")},
+      {limit + "yz", Widened(limit + "y")},
+      {limit + "\xF0\x9F\xAA\x90", Widened(limit)},  // half a character is no text
+  };
+  for (const auto& [said, expected] : kRows) {
+    g_loaderText = said.c_str();
+    Units reason;
+    EXPECT_EQ(PlatformLoadModule(Widened(path).c_str(), reason), nullptr);
+    EXPECT_EQ(reason, expected) << said;
+  }
+  g_loaderText = nullptr;
 }
 
 TEST(PosixSeam, DebugOutputSurvivesAReaderThatWentAway) {

@@ -39,13 +39,12 @@ CClockFields PlatformLocalNow() noexcept {
   });
 }
 
-bool PlatformLocalTime(int64_t moment, CClockFields& fields) noexcept {
-  if (!IsKnown(moment)) return false;
+CClockFields PlatformLocalTime(int64_t moment) noexcept {
+  if (!IsKnown(moment)) return {};
   ReadZone(std::time(nullptr));
   std::tm time{};
-  if (localtime_r(&moment, &time) == nullptr) return false;
-  fields = FieldsOf(time);
-  return true;
+  if (localtime_r(&moment, &time) == nullptr) return {};
+  return FieldsOf(time);
 }
 
 // ---- From local time to a moment

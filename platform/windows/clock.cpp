@@ -23,11 +23,10 @@ CClockFields PlatformLocalNow() noexcept {
 }
 
 // The runtimes end a few hours apart.
-bool PlatformLocalTime(int64_t moment, CClockFields& fields) noexcept {
+CClockFields PlatformLocalTime(int64_t moment) noexcept {
   std::tm time{};
-  if (!IsKnown(moment) || _localtime64_s(&time, &moment) != 0) return false;
-  fields = FieldsOf(time);
-  return true;
+  if (!IsKnown(moment) || _localtime64_s(&time, &moment) != 0) return {};
+  return FieldsOf(time);
 }
 
 // The runtime decides whether daylight saving applies.

@@ -6,6 +6,7 @@
 
 static thread_local int g_countdown = 0;
 static thread_local bool g_failed = false;
+void (*g_onFree)(const void* block) = nullptr;
 
 void FailAllocation(int n) {
   g_countdown = n;
@@ -30,6 +31,12 @@ void* __wrap_malloc(std::size_t size) { return Fails() ? nullptr : __real_malloc
 
 void* __real_calloc(std::size_t count, std::size_t size);
 void* __wrap_calloc(std::size_t count, std::size_t size) { return Fails() ? nullptr : __real_calloc(count, size); }
+
+void __real_free(void* block);
+void __wrap_free(void* block) {
+  if (g_onFree != nullptr) g_onFree(block);
+  __real_free(block);
+}
 
 void* __real_realloc(void* block, std::size_t size);
 void* __wrap_realloc(void* block, std::size_t size) { return Fails() ? nullptr : __real_realloc(block, size); }

@@ -8,3 +8,6 @@ void FailAllocation(int n);
 
 // Ends that; whether the failure came about.
 bool AllocationFailed();
+
+// Sees each block that the library's objects free, before the heap gets it. Null for nobody.
+extern void (*g_onFree)(const void* block);
