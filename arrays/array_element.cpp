@@ -37,8 +37,7 @@ CZrSafeArrayElement::CZrSafeArrayElement(const CZrSafeArrayElement& source) noex
   if (from == nullptr || source.bounds_ == nullptr) return;
   MakeDescriptor(from->vartype, from->dimensions, from->elementCount, source.bounds_);
   // The storage was made by the source's accessor, whatever the tag says. Without storage the tag decides.
-  const bool hasStorage = from->data != nullptr && source.accessor_ != nullptr;
-  accessor_ = CreateAccessorForTag(hasStorage ? *source.accessor_->AccessorType() : from->vartype);
+  accessor_ = CreateAccessorForTag(from->data != nullptr ? *source.accessor_->AccessorType() : from->vartype);
   if (accessor_ == nullptr) return;
   (void)accessor_->CopyData(from->dimensions, bounds_, from->data, &descriptor_->data);
 }

@@ -240,6 +240,22 @@ TEST_F(ComponentTest, AModuleThatComesBackDuringItsExitIsStartedAnew) {
   }
 }
 
+// The module comes back in its own ZrExitModule, and goes again. It is unloaded when the first call of it returns.
+TEST_F(ComponentTest, AModuleThatComesAndGoesDuringItsExitStaysUntilItReturns) {
+  FakeDiscovery &first = New({{1, ModulePath("good")}}), &second = New({{2, ModulePath("good")}});
+  const uint32_t cookie = first.Add();
+  EXPECT_EQ(Create(1).first, ZR_R_OK);
+  SetNextExit([&] {
+    EXPECT_RESULT(ZrRemoveComponentDiscovery(cookie), ZR_R_OK);
+    const uint32_t secondCookie = second.Add();
+    EXPECT_RESULT(CreateObject(2), ZR_R_OK);
+    EXPECT_RESULT(ZrRemoveComponentDiscovery(secondCookie), ZR_R_OK);
+    WriteModuleLog("the first exit", "returns");
+  });
+  EXPECT_EQ(Remove(cookie),
+            Done(ZR_R_OK, "good.exit good.init good.create good.exit the first exit.returns good.unload"));
+}
+
 // A discovery may remove itself while it is asked. It is released when the class is known and bound, or before the next
 // discovery is asked.
 TEST_F(ComponentTest, ADiscoveryIsReleasedWhenItsAnswerIsKept) {

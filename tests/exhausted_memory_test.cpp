@@ -309,6 +309,19 @@ TEST(ExhaustedMemory, ComponentOperationsAnswerTheirCodes) {
   const auto check = [&] { EXPECT_EQ(learnt, nullptr) << "no string is given and then lost"; };
   ExpectAtLeast(1, {ZR_R_FAILED, RUN(ZrCLSIDFromClassName(name, &classId))});
   ExpectAtLeast(1, {ZR_R_FAILED, RUN(ZrClassNameFromCLSID(&classId, &learnt.string))}, check);
+
+  // A discovery is removed wherever a lookup of its class was cut short: it may know the class, and the registry not.
+  bool hasFailed = true;
+  for (int n = 1; hasFailed; ++n) {
+    FakeDiscovery leaving({{3, {}, {MakeObject, nullptr, nullptr}}});
+    const uint32_t leavingCookie = leaving.Add();
+    FailAllocation(n);
+    (void)CreateObject(3);
+    hasFailed = AllocationFailed();
+    EXPECT_RESULT(ZrRemoveComponentDiscovery(leavingCookie), ZR_R_OK) << "after allocation " << n << " failed";
+    EXPECT_EQ(leaving.references, 0u);
+  }
+
   // The end needs no memory.
   ExpectAllocations({ZR_R_UNEXPECTED, RUN(ZrRemoveComponentDiscovery(cookie)), 0});
   ExpectAllocations({ZR_R_UNEXPECTED, RUN(ZrUninitialize()), 0});

@@ -66,13 +66,12 @@ static int64_t SecondsOf(const CClockFields& fields) noexcept {
 struct COffset {
   int64_t seconds = 0;
   bool isDaylight = false;
-  bool isKnown = false;
 };
 
 static COffset OffsetAt(std::time_t moment) noexcept {
   std::tm time{};
-  if (localtime_r(&moment, &time) == nullptr) return {};
-  return {SecondsOf(FieldsOf(time)) - moment, time.tm_isdst > 0, true};
+  if (localtime_r(&moment, &time) == nullptr) return {};  // only for years that an int doesn't hold
+  return {SecondsOf(FieldsOf(time)) - moment, time.tm_isdst > 0};
 }
 
 bool PlatformMomentOf(const CClockFields& local, int64_t& moment) noexcept {
@@ -81,7 +80,6 @@ bool PlatformMomentOf(const CClockFields& local, int64_t& moment) noexcept {
   ReadZone(std::time(nullptr));
   const int64_t wanted = SecondsOf(local);
   const COffset before = OffsetAt(wanted - kReach), after = OffsetAt(wanted + kReach);
-  if (!before.isKnown || !after.isKnown) return false;
   int64_t found = wanted - after.seconds;
   if (before.seconds != after.seconds) {
     // The zone changes its offset nearby. The reading by an offset holds if the zone has that offset at the moment that
