@@ -71,7 +71,8 @@ class CComponentAssembly {
   ZRRESULT Start();
 
   // Forgets the module and the functions that came from it. Returns the handle that the caller has to release, under no
-  // lock; null if there is none or if a call of ZrExitModule still needs it and releases it afterwards.
+  // lock. Returns null if no module was loaded, or if a call of ZrExitModule still needs the module: it is released
+  // when that call has returned.
   [[nodiscard]] ModuleHandle DetachModule() noexcept;
 
   // One call of ZrExitModule, for as long as it lasts.

@@ -251,8 +251,8 @@ ZR_API ZRRESULT ZrSafeArrayChangeType(ZRSAFEARRAY array, uint32_t flags, uint16_
 /// pointers if they are the same, others as their families compare them; where those fail or give no answer, as for
 /// null blobs, the elements differ. An array equals itself, whatever it holds. Arrays of one shape count as equal if
 /// their element types differ, or if they can't have elements; one without dimensions on the left equals any. An array
-/// whose type was changed while it had no elements tells its old type, and has elements of the new one since: it
-/// differs from an array of that old type.
+/// whose type was changed while it had no elements keeps its old tag, although the elements that it gets later have the
+/// new type. It differs from an array of the old type.
 ///
 /// @param equal  receives 1 or 0. Left as it was for arrays of different shapes, lower bounds included: set it to
 ///               0 before.
