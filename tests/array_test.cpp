@@ -155,6 +155,7 @@ TEST(Array, WithoutDimensionsHasNoElements) {
   EXPECT_EQ(ZrSafeArrayRedim(array.get(), 1, &bound), ZR_R_INVALID_OBJECT_STATE);
   EXPECT_EQ(ZrSafeArrayCompare(array.get(), other.get(), &equal), ZR_R_OK);
   EXPECT_TRUE(dimensions == 77 && copy == nullptr && equal == 1);
+  EXPECT_EQ(ContentOf(array.get()).data, nullptr) << "it has no storage";
 }
 
 // Nothing is written for another shape; elements of another type count as equal; an array equals itself, whatever it

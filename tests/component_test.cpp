@@ -152,10 +152,12 @@ TEST_F(ComponentTest, NamesAreLearntOnceAndKept) {
   const uint32_t cookie = discovery.Add();
   const ZRUUID ids[] = {ClassId(1), ClassId(2), ClassId(3)};
   const Owned known(Units(W("Learnt.Once"))), unknown(Units(W("learnt.once")));
-  ZRUUID classId = ids[2];
-  ZRSTR none = known;
+  ZRUUID classId;
+  ZRSTR none;
   for (const ZRRESULT removal : {ZR_R_OK, ZR_R_UNKNOWN_IDENTIFIER}) {
     Owned name;
+    classId = ids[2];
+    none = known;
     EXPECT_RESULT(ZrCLSIDFromClassName(known, &classId), ZR_R_OK);
     EXPECT_RESULT(ZrClassNameFromCLSID(&ids[0], &name.string), ZR_R_OK);
     EXPECT_RESULT(ZrClassNameFromCLSID(&ids[1], &none), ZR_R_OK);

@@ -66,10 +66,11 @@ TEST(CountedString, FindsTheTerminatorWhereverTheTextLies) {
 
 // As fields of packed records do. No test may read them as units itself.
 TEST(CountedString, IsMadeOfTextAtAnOddAddress) {
-  const Units text = W("odd");
-  std::vector<char> bytes(1 + (text.size() + 1) * sizeof(WCHAR));
-  std::memcpy(bytes.data() + 1, text.c_str(), (text.size() + 1) * sizeof(WCHAR));
-  EXPECT_EQ(ContentOf(Owned(ZrCreateString(reinterpret_cast<const WCHAR*>(bytes.data() + 1)))), text);
+  for (const Units& text : {Units(W("")), Units(W("odd"))}) {
+    std::vector<char> bytes(1 + (text.size() + 1) * sizeof(WCHAR));
+    std::memcpy(bytes.data() + 1, text.c_str(), (text.size() + 1) * sizeof(WCHAR));
+    EXPECT_EQ(ContentOf(Owned(ZrCreateString(reinterpret_cast<const WCHAR*>(bytes.data() + 1)))), text);
+  }
 }
 
 TEST(CountedString, CopiesAndReleasesByReference) {

@@ -129,8 +129,9 @@ inline std::vector<std::string> ShowEach(uint16_t tag, ZRSAFEARRAY array) {
 inline std::string ShowArray(ZRSAFEARRAY array) {
   uint16_t tag = 0;
   (void)ZrSafeArrayGetVartype(array, &tag);
-  std::string text = "[" + TagText(tag) + ":";
-  for (const std::string& element : ShowEach(tag, array)) text += " " + element + ";";
+  std::string text = "[";
+  text.append(TagText(tag)).append(":");
+  for (const std::string& element : ShowEach(tag, array)) text.append(" ").append(element).append(";");
   return text + "]";
 }
 
