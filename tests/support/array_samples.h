@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <span>
 #include <utility>
@@ -96,8 +97,13 @@ inline const void* PayloadOf(uint16_t tag, const ZRVARIANT& value) {
 
 // Moves a value into an element.
 inline bool Take(OwnedVariant& from, uint16_t tag, char* element) {
-  if (const void* payload = PayloadOf(tag, from)) std::memcpy(element, payload, WidthOf(tag));
-  if (tag != ZR_VT_UUID) (void)ZrVariantInit(&from);
+  if (tag == ZR_VT_UUID) {  // which `from` keeps
+    if (from.Value.uuid != nullptr) std::memcpy(element, from.Value.uuid, sizeof *from.Value.uuid);
+    return true;
+  }
+  if (tag == ZR_VT_VARIANT) std::memcpy(element, static_cast<const ZRVARIANT*>(&from), sizeof(ZRVARIANT));
+  if (tag != ZR_VT_VARIANT) std::memcpy(element, &from.Value, std::min(WidthOf(tag), sizeof from.Value));
+  (void)ZrVariantInit(&from);
   return true;
 }
 

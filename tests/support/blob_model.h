@@ -148,15 +148,21 @@ class CBlobSequence : public CSequence<CBlobSequence> {
         text += std::exchange(separator, ", ");
         text += *argument == 'b'   ? NameOfSlot(slot)
                 : *argument == 'o' ? NameOfSlot(other)
-                : *argument == 'r' ? (given != nullptr ? "{" + DescribeBytes(bytes.data(), count) + "}" : "null")
+                : *argument == 'r'
+                    ? (given != nullptr ? Format("{%s}", DescribeBytes(bytes.data(), count).c_str()) : "null")
                 : *argument == 'w' ? (to != nullptr ? "buffer" : "null")
                                    : std::to_string(*argument == 'p'   ? offset
                                                     : *argument == 'n' ? count
                                                                        : atMost);
       }
-      return text + ")" + (operation <= 1 ? " as " + NameOfSlot(slot) : "");
+      text += ")";
+      return operation <= 1 ? text.append(" as ").append(NameOfSlot(slot)) : text;
     });
-    Note([&] { return "before: " + DescribeSlot(slot) + (hasOther ? "\n          " + DescribeSlot(other) : ""); });
+    Note([&] {
+      std::string text = "before: ";
+      text.append(DescribeSlot(slot));
+      return hasOther ? text.append("\n          ").append(DescribeSlot(other)) : text;
+    });
     switch (operation) {
       case 0:
         slot = {CBlobHolder::Adopt(ZrCreateBlob(count, given)), nullptr};
