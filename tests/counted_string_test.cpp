@@ -47,6 +47,7 @@ TEST(CountedString, HoldsAnyBytes) {
   EXPECT_EQ(ZrStringByteLen(odd), 5u);
   EXPECT_EQ(ZrStringLen(odd), 2u) << "rounded down";
   EXPECT_EQ(std::string(reinterpret_cast<const char*>(odd.string), 7), bytes + terminator);
+  EXPECT_EQ(ZrStringLen(Owned(ZrCreateString(odd.string))), 3u) << "a scan by units finds a terminator too";
   EXPECT_EQ(ContentOf(zeros), Units(2, WCHAR{0}));
   EXPECT_NE(Owned(ZrCreateStringByteLen("", 0)).string, Owned(ZrCopyString(nullptr)).string) << "one of its own";
 }
