@@ -73,18 +73,21 @@ static void UseValues() {
             "");
 }
 
-// A class of a module file and one of functions, known by name, configured by nobody.
+// A class of a module file and one of functions, known by name, configured by nobody. (Names are never forgotten, so no
+// other test uses these classes.)
 static void UseComponents() {
-  const ZRUUID classId = ClassId(1);
+  constexpr uint32_t kFirst = 7001;
+  const ZRUUID classId = ClassId(kFirst);
   const Owned name(Units(W("Soaked")));
   Owned learnt;
   ZRUUID found;
   IZrConfiguration* configuration = nullptr;
-  FakeDiscovery discovery({{1, ModulePath("good"), {}, Units(W("Soaked"))}, {2, {}, {MakeObject, nullptr, nullptr}}});
+  FakeDiscovery discovery(
+      {{kFirst, ModulePath("good"), {}, Units(W("Soaked"))}, {kFirst + 1, {}, {MakeObject, nullptr, nullptr}}});
   (void)ZrInitialize();
   const uint32_t cookie = discovery.Add();
   discovery.Add();
-  for (int number = 1; number <= 3; ++number) (void)CreateObject(number);
+  for (int number = 0; number <= 2; ++number) (void)CreateObject(int{kFirst} + number);
   (void)ZrCLSIDFromClassName(name, &found);
   (void)ZrClassNameFromCLSID(&classId, &learnt.string);
   (void)ZrQueryComponentConfiguration(&classId, name, &configuration);
