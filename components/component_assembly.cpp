@@ -132,12 +132,13 @@ ZRRESULT CComponentAssembly::Start() {
 
 // ---- Ending --------------------------------------------------------------------------------------------------------
 
-// Keeps the module of the call mapped: what is detached meanwhile is released when the call has returned.
+// Keeps the module of the call mapped: what is detached meanwhile is released when the call has returned. If it throws
+// instead, the exception may still need the module's code, so the module stays loaded and is the assembly's again.
 class CComponentAssembly::CExitCall {
  public:
   explicit CExitCall(CComponentAssembly& assembly) : assembly_(assembly) {
     const CLockGuard hold(assembly_.stateMutex_);
-    exit_ = assembly_.entryPoints_.exit;
+    entryPoints_ = assembly_.entryPoints_;
     module_ = assembly_.module_;
     outer_ = std::exchange(assembly_.innermostExit_, this);
   }
@@ -147,12 +148,17 @@ class CComponentAssembly::CExitCall {
     {
       const CLockGuard hold(assembly_.stateMutex_);
       assembly_.innermostExit_ = outer_;
+      if (ownsModule_ && !hasReturned_ && assembly_.module_ == nullptr) {
+        assembly_.module_ = module_;
+        assembly_.entryPoints_ = entryPoints_;
+      }
     }
-    if (ownsModule_) PlatformReleaseModule(module_);
+    if (ownsModule_ && hasReturned_) PlatformReleaseModule(module_);
   }
 
-  void Run() const {
-    if (exit_ != nullptr) exit_();
+  void Run() {
+    if (entryPoints_.exit != nullptr) entryPoints_.exit();
+    hasReturned_ = true;
   }
 
   // Under the state mutex: hands a reference on `module` to the outermost call of that module which has none yet, since
@@ -171,14 +177,15 @@ class CComponentAssembly::CExitCall {
  private:
   CComponentAssembly& assembly_;
   CExitCall* outer_ = nullptr;
-  ZrExitModuleFunction exit_ = nullptr;
+  ZrModuleEntryPoints entryPoints_{};
   ModuleHandle module_ = nullptr;
   bool ownsModule_ = false;
+  bool hasReturned_ = false;
 };
 
 void CComponentAssembly::Exit() {
   if (!started_.exchange(false, std::memory_order_acq_rel)) return;
-  const CExitCall call(*this);
+  CExitCall call(*this);
   call.Run();
 }
 

@@ -13,9 +13,8 @@
 //      under the management lock.
 //   2. stateMutex_ guards what the two sides share. It is a leaf: no foreign code runs and no lock is taken under it.
 //   3. ZrExitModule may call back and end the assembly that it belongs to. The unload step then clears the handle and
-//   the
-//      entry points at once, so that a creation in the same call loads and starts the module anew. Only the release of
-//      the handle waits until ZrExitModule has returned, because its code must stay mapped until then.
+//      the entry points at once, so that a creation in the same call loads and starts the module anew. Only the release
+//      of the handle waits until ZrExitModule has returned, because its code must stay mapped until then.
 //   4. A module whose functions are being called may be unloaded by the removal of its discovery. That is the host's
 //      responsibility, and no lock here could take it over: objects outlive calls.
 

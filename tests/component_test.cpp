@@ -258,6 +258,17 @@ TEST_F(ComponentTest, AModuleThatComesAndGoesDuringItsExitStaysUntilItReturns) {
             Done(ZR_R_OK, "good.exit good.init good.create good.exit the first exit.returns good.unload"));
 }
 
+// The exit by which a class is forgotten throws. The exception's own code is in the module, which has to stay for it.
+TEST_F(ComponentTest, AModuleThatThrowsInItsExitStaysLoaded) {
+  const uint32_t cookie = Add({{1, ModulePath("throwing")}});
+  EXPECT_EQ(Create(1).first, ZR_R_OK);
+  SetNextExit([] { EXPECT_RESULT(CreateObject(1), ZR_R_OK); });  // is started again, and so stopped again
+  EXPECT_EQ(Remove(cookie), Done(ZR_R_UNEXPECTED,
+                                 "throwing.exit throwing.init throwing.create throwing.exit "
+                                 "throwing.caught"));
+  EXPECT_EQ(Remove(cookie), Done(ZR_R_OK, "throwing.unload"));
+}
+
 // A discovery may remove itself while it is asked. It is released when the class is known and bound, or before the next
 // discovery is asked.
 TEST_F(ComponentTest, ADiscoveryIsReleasedWhenItsAnswerIsKept) {

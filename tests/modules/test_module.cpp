@@ -17,9 +17,20 @@ ZRRESULT ZrInitModule() {
   return std::string_view(MODULE_NAME) == "refusing" ? ZR_R_ACCESS_DENIED : ZR_R_OK;
 }
 
+#ifdef THROWING  // an exception whose code is the module's
+struct Trouble {
+  ~Trouble();
+};
+__attribute__((noinline)) Trouble::~Trouble() { WriteModuleLog(MODULE_NAME, "caught"); }
+static int g_exits = 0;
+#endif
+
 void ZrExitModule() {
   WriteModuleLog(MODULE_NAME, "exit");
   RunNextExit();
+#ifdef THROWING
+  if (++g_exits == 2) throw Trouble();
+#endif
 #ifdef REENTERING  // under the registry's lock, on its thread
   void* object = nullptr;
   const ZRUUID nil = {};
