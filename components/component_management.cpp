@@ -74,18 +74,20 @@ ZRRESULT CComponentManagement::RemoveDiscovery(uint32_t cookie, bool* isRemoved)
       Walk(reported, [this, cookie, &step](const ZRUUID& classId, const std::shared_ptr<CComponent>&) {
         lock_.AssertHeld();
         const auto known = components_.find(classId);
-        if (known != components_.end() && known->second->Cookie() == cookie) step(known->second);
+        if (known == components_.end() || known->second->Cookie() != cookie) return false;
+        const auto component = known->second;  // the map's own may go when foreign code calls back
+        step(*component);
         return false;
       });
     };
     // All exits come before the first unloading, here too.
-    walkClasses([](const std::shared_ptr<CComponent>& component) {
-      if (const auto assembly = component->Assembly()) assembly->Exit();
+    walkClasses([](const CComponent& component) {
+      if (component.Assembly()) component.Assembly()->Exit();
     });
-    walkClasses([this](std::shared_ptr<CComponent> component) {
+    walkClasses([this](const CComponent& component) {
       lock_.AssertHeld();
-      if (component->Assembly()) component->Assembly()->Forget(component->ClassId());
-      components_.erase(component->ClassId());
+      if (component.Assembly()) component.Assembly()->Forget(component.ClassId());
+      components_.erase(component.ClassId());
     });
     discovery->ForgetComponents();
     // A module's ZrExitModule may have removed the same discovery: then that removal counts, and this one is over.

@@ -41,7 +41,7 @@ static std::vector<Period> ReadZoneFile(const std::filesystem::path& path) {
   if (bytes.rfind("TZif", 0) != 0) return {};
   std::size_t at = 0;
   std::vector<std::size_t> counts;
-  for (const std::size_t timeSize : {4, 8}) {
+  for (const std::size_t timeSize : {4u, 8u}) {
     Reader header{bytes, at + 20};
     counts.clear();  // of universal flags, standard flags, leap seconds, times, types, characters
     for (int count = 0; count < 6; ++count) counts.push_back(static_cast<std::size_t>(header.Next(4)));

@@ -59,7 +59,8 @@ static int64_t SecondsOf(const CClockFields& fields) noexcept {
   using namespace std::chrono;
   const sys_days date =
       year(fields.year) / month(static_cast<unsigned>(fields.month)) / day(static_cast<unsigned>(fields.day));
-  return date.time_since_epoch().count() * int64_t{86400} + fields.hour * 3600 + fields.minute * 60 + fields.second;
+  return date.time_since_epoch().count() * int64_t{86400} + fields.hour * int64_t{3600} + fields.minute * int64_t{60} +
+         fields.second;
 }
 
 // What the zone adds to universal time at a moment. In a zone that counts leap seconds those are part of it.
@@ -76,7 +77,7 @@ static COffset OffsetAt(std::time_t moment) noexcept {
 
 bool PlatformMomentOf(const CClockFields& local, int64_t& moment) noexcept {
   // Further than any zone is off universal time, nearer than two changes of one zone are to each other.
-  constexpr int64_t kReach = 26 * 3600;
+  constexpr int64_t kReach = int64_t{26} * 3600;
   ReadZone(std::time(nullptr));
   const int64_t wanted = SecondsOf(local);
   const COffset before = OffsetAt(wanted - kReach), after = OffsetAt(wanted + kReach);
