@@ -86,14 +86,15 @@ TEST_F(ComponentTest, WhatIsNoModuleIsToldEachTimeInOneLine) {
     const std::string rest = isLoaded ? "One or more of the functions \"ZrInitModule\", \"ZrExitModule\", "
                                         "\"ZrCreateInstanceModule\" are not exported correctly.\r\n"
                                       : "Error message: \"";  // and the system's words
-    const std::string told = "ZrCore: " + head + ". Path: \"" TEST_DIRECTORY "/" + module + MODULE_SUFFIX "\". " + rest;
+    const std::string expected =
+        "ZrCore: " + head + ". Path: \"" TEST_DIRECTORY "/" + module + MODULE_SUFFIX "\". " + rest;
     const Done unloaded(ZR_R_INVALID_SYSTEM, module + ".load " + module + ".unload"), missing(ZR_R_FILE_NOT_FOUND, "");
     Add({{++number, ModulePath(module.c_str())}});
     for (int time = 1; time <= 2; ++time) {
       SCOPED_TRACE(module + ", attempt " + std::to_string(time));
       const std::string said = DebugOutputOf([&] { EXPECT_EQ(Create(number), isLoaded ? unloaded : missing); });
-      EXPECT_EQ(said.substr(0, told.size()), told);
-      EXPECT_TRUE(said.size() > told.size() + 10 || said == told) << said;
+      EXPECT_EQ(said.substr(0, expected.size()), expected);
+      EXPECT_TRUE(said.size() > expected.size() + 10 || said == expected) << said;
       EXPECT_EQ(said.find("\r\n"), said.size() - 2) << said;
     }
   }

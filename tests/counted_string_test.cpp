@@ -58,9 +58,9 @@ TEST(CountedString, FindsTheTerminatorWhereverTheTextLies) {
   const GuardedPage page;
   for (std::size_t length = 1; length < 40; ++length) {
     const Units text(length, WCHAR{0x100});  // a unit with a zero byte is no end
-    for (std::size_t behind = 0; behind < 8; ++behind) {
-      EXPECT_EQ(ContentOf(Owned(ZrCreateString(page.Put(text + Units(behind, WCHAR{0}))))), text)
-          << behind << " units after it";
+    for (std::size_t after = 0; after < 8; ++after) {
+      EXPECT_EQ(ContentOf(Owned(ZrCreateString(page.Put(text + Units(after, WCHAR{0}))))), text)
+          << after << " units after it";
     }
   }
 }

@@ -19,7 +19,7 @@
 
 // The result of an operation that threw std::bad_alloc, and of one that returned null for what it makes.
 static constexpr ZRRESULT kThrows = 1, kNull = ZR_R_NO_MEMORY;
-static ZRRESULT Told(const void* made) { return made != nullptr ? ZR_R_OK : kNull; }
+static ZRRESULT ResultOf(const void* made) { return made != nullptr ? ZR_R_OK : kNull; }
 
 // The first `failures` allocations make the operation fail if they fail; each of the next `deaths` ends the process.
 struct Operation {
@@ -90,22 +90,22 @@ TEST(ExhaustedMemory, NothingIsGivenAndNothingLost) {
   const auto copy = [&] { return out.string = ZrCopyString(text), &out.string; };
   const auto convert = [&] {
     (void)ZrUTF32toUTF8(&point, &point + 1, 0, &bytes);
-    return Told(Memory(std::exchange(bytes, nullptr), std::free).get());
+    return ResultOf(Memory(std::exchange(bytes, nullptr), std::free).get());
   };
   const struct {
     uint16_t tag;
     Operation operation;
   } kRows[] = {
-      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrCreateString(W("a"))))}},
-      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrCreateStringLen(W("a"), 3)))}},
-      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrCreateStringByteLen("abc", 3)))}},
-      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrDeepCopyString(text)))}},
-      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrDeepCopyString(nullptr)))}},
-      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrAppendStrings(text, text)))}},
-      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrDateTimeStructToDateString(&record)))}},
-      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrDateTimeStructToDateTimeString(&record, 1)))}},
-      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrDateTimeStructToTimeString(&record)))}},
-      {ZR_VT_STR, {kNull, RUN(Told(out.string = ZrTimeSpanToTimeSpanString(1)))}},
+      {ZR_VT_STR, {kNull, RUN(ResultOf(out.string = ZrCreateString(W("a"))))}},
+      {ZR_VT_STR, {kNull, RUN(ResultOf(out.string = ZrCreateStringLen(W("a"), 3)))}},
+      {ZR_VT_STR, {kNull, RUN(ResultOf(out.string = ZrCreateStringByteLen("abc", 3)))}},
+      {ZR_VT_STR, {kNull, RUN(ResultOf(out.string = ZrDeepCopyString(text)))}},
+      {ZR_VT_STR, {kNull, RUN(ResultOf(out.string = ZrDeepCopyString(nullptr)))}},
+      {ZR_VT_STR, {kNull, RUN(ResultOf(out.string = ZrAppendStrings(text, text)))}},
+      {ZR_VT_STR, {kNull, RUN(ResultOf(out.string = ZrDateTimeStructToDateString(&record)))}},
+      {ZR_VT_STR, {kNull, RUN(ResultOf(out.string = ZrDateTimeStructToDateTimeString(&record, 1)))}},
+      {ZR_VT_STR, {kNull, RUN(ResultOf(out.string = ZrDateTimeStructToTimeString(&record)))}},
+      {ZR_VT_STR, {kNull, RUN(ResultOf(out.string = ZrTimeSpanToTimeSpanString(1)))}},
       {ZR_VT_STR, {kNull, RUN(ZrStringFromUUID(&id, string()))}},
       {ZR_VT_STR, {kNull, RUN(ZrCreateZRSTRfromWCHAR(W("a"), 2, string()))}},
       {ZR_VT_STR, {kNull, RUN(ZrCreateZRSTRfromUTF8("a", 1, string()))}},
@@ -113,17 +113,17 @@ TEST(ExhaustedMemory, NothingIsGivenAndNothingLost) {
       {ZR_VT_STR, {kNull, RUN(ZrCreateZRSTRfromUTF32(&point, 1, string()))}},
       {ZR_VT_STR, {kNull, RUN(ZrReCreateString(copy(), W("a")) ? ZR_R_OK : kNull)}},
       {ZR_VT_STR, {kNull, RUN(ZrReCreateStringLen(copy(), W("a"), 1) ? ZR_R_OK : kNull)}},
-      {ZR_VT_STR, {kNull, RUN(ZrSREFToString(&both, string()), Told(out.string))}},  // no code tells
-      {ZR_VT_EMPTY, {kNull, RUN(Told(Memory(ZrCreateMemory(1), ZrDestroyMemory).get()))}},
-      {ZR_VT_REF, {kThrows, RUN(Told(out.ref = ZrCreateREF()))}},
+      {ZR_VT_STR, {kNull, RUN(ZrSREFToString(&both, string()), ResultOf(out.string))}},  // no code tells
+      {ZR_VT_EMPTY, {kNull, RUN(ResultOf(Memory(ZrCreateMemory(1), ZrDestroyMemory).get()))}},
+      {ZR_VT_REF, {kThrows, RUN(ResultOf(out.ref = ZrCreateREF()))}},
       {ZR_VT_REF, {kThrows, RUN(ZrCopyREF(&value, &out.ref))}},
       {ZR_VT_REF, {kThrows, RUN(ZrStringToREF(numbers, &out.ref))}},
-      {ZR_VT_SREF, {kThrows, RUN(Told(out.sref = ZrCreateSREF()))}},
+      {ZR_VT_SREF, {kThrows, RUN(ResultOf(out.sref = ZrCreateSREF()))}},
       {ZR_VT_SREF, {kThrows, RUN(ZrCopySREF(&both, &out.sref)), 2}},
       {ZR_VT_SREF, {kThrows, RUN(ZrStringToSREF(numbers, &out.sref)), 2}},
       {ZR_VT_SREF, {kThrows, RUN(ZrStringToSREF(text, &out.sref))}},
-      {ZR_VT_UUID, {kThrows, RUN(Told(out.uuid = ZrCreateUUID()))}},
-      {ZR_VT_UUID, {kThrows, RUN(Told(out.uuid = ZrGenerateUUID()))}},
+      {ZR_VT_UUID, {kThrows, RUN(ResultOf(out.uuid = ZrCreateUUID()))}},
+      {ZR_VT_UUID, {kThrows, RUN(ResultOf(out.uuid = ZrGenerateUUID()))}},
       {ZR_VT_UUID, {kThrows, RUN(ZrCopyUUID(&id, &out.uuid))}},
       {ZR_VT_EMPTY, {kThrows, RUN(ZrInitializeCriticalSection(&lock), ZrDeleteCriticalSection(&lock))}},
       {ZR_VT_EMPTY, {kThrows, RUN(convert())}},
@@ -139,7 +139,7 @@ TEST(ExhaustedMemory, NothingIsGivenAndNothingLost) {
   const auto recreate = [&] {
     void* moved = ZrRecreateMemory(block, 2);
     if (moved != nullptr) block = static_cast<char*>(moved);
-    return Told(moved);
+    return ResultOf(moved);
   };
   ExpectAllocations({kNull, RUN(recreate())}, [&] { EXPECT_EQ(*block, 'x'); });
   ZrDestroyMemory(block);

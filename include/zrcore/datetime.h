@@ -102,8 +102,8 @@ ZR_API ZRRESULT ZrDateTimeFromTimeT(int64_t timeT, ZRDATETIME* value) ZR_NOEXCEP
 /// @return ZR_R_OK; ZR_R_FAILED, with `*timeT` unchanged, for a value below 0; ZR_R_INVALID_ARGUMENTS, after all of the
 ///         rest, if `timeT` is null.
 /// @throws CZrException with ZR_RAISED_NO_TIME_T for the years 1900 to 1969, with ZR_RAISED_INVALID_TIME for a moment
-///         before 1970-01-01 00:00:00 or after 3000-12-31 23:59:59 universal time, and on Windows for a local time of
-///         3001 that is none yet in universal time. `*timeT` is unchanged then. See "Exceptions" in base.h.
+///         before 1970-01-01 00:00:00 or after 3000-12-31 23:59:59 universal time, and on Windows for every local time
+///         in 3001, even if its moment is still in 3000 UTC. `*timeT` is unchanged then. See "Exceptions" in base.h.
 ZR_API ZRRESULT ZrDateTimeToTimeT(ZRDATETIME value, int64_t* timeT);
 
 #define ZR_RAISED_NO_TIME_T ZR_RESULT_CODE(0x80004005u)
@@ -159,8 +159,8 @@ ZR_API uint8_t ZrTimeStringToDateTimeStruct(ZRSTR text, ZRDATETIMESTRUCT* record
 /// ZrDateTimeStructToDateString writes such as "2012-03-04". A year below 1000 is padded with blanks.
 ZR_API ZRSTR ZrDateTimeStructToDateString(const ZRDATETIMESTRUCT* record) ZR_NOEXCEPT;
 
-/// ZrDateTimeStructToDateTimeString writes such as "2012-03-04 05:06:07.1234567". With the fraction, what
-/// ZrDateTimeToStruct tells of a value from 0 to the end of the year 9999 reads back to the same record but for
+/// ZrDateTimeStructToDateTimeString writes such as "2012-03-04 05:06:07.1234567". With the fraction, a
+/// record that ZrDateTimeToStruct made of a value from 0 to the end of the year 9999 reads back unchanged, except
 /// `microsecond`.
 ///
 /// @param withFraction  non-zero for the seven digits of `fraction`, 0 for three of `millisecond`.

@@ -25,9 +25,9 @@
 //     source may lie in it.
 //
 // A chain of records that refer to each other must end. The three marker words are set by ZrVariantInit and by every
-// function that writes a new value, and are zero after ZrVariantClear. Nothing tests them, but a comparison by value of
-// numbers sees them: ZrVariantCompare tells more. A number narrower than 64 bits lies in the first bytes of Value; what
-// the functions here store has zeros behind it.
+// function that writes a new value, and are zero after ZrVariantClear. No function tests them, but ZrVariantCompare
+// compares them along with numbers that are held by value. A number narrower than 64 bits lies in the first bytes of
+// Value. The functions here store zeros in the remaining bytes.
 //
 // In this family a null record gives ZR_R_INVALID_POINTER.
 //
