@@ -10,8 +10,8 @@
 #include <mutex>
 #include <string>
 
-#include "frame/item_allocator.h"
 #include "row.h"
+#include "runtime/item_allocator.h"
 
 #if BENCH_BOOST
 #include <boost/pool/pool.hpp>

@@ -6,8 +6,8 @@
 #include <optional>
 #include <vector>
 
-#include "frame/item_allocator.h"
 #include "fuzz/fuzz_support.h"
+#include "runtime/item_allocator.h"
 #include "tests/support/sequence.h"
 #include "zrcore/zrcore.h"
 

@@ -3,8 +3,8 @@
 
 #include <array>
 
-#include "frame/item_allocator.h"
 #include "fuzz/fuzz_support.h"
+#include "runtime/item_allocator.h"
 #include "tests/support/sequence.h"
 #include "tests/support/value_snapshot.h"
 

@@ -1,0 +1,199 @@
+// The item allocators, which the boundary hides, and the two instances as the references use them.
+
+#include "runtime/item_allocator.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+#include <thread>
+
+#include "identifiers/reference_records.h"
+#include "platform/scheduling.h"
+#include "tests/support/race.h"
+#include "tests/support/units.h"
+#include "zrcore/reference.h"
+
+struct CItemAllocatorProbe {
+  static uint32_t Cached(const CItemAllocator& allocator) { return allocator.Cached(); }
+  static void SetFlag(CItemAllocator& allocator, uint8_t flag) { allocator.busy_ = flag; }
+};
+
+// An allocator of its own under a switched-on cache; afterwards everything is as it was.
+struct ItemAllocatorTest : testing::Test {
+  static constexpr uint64_t kSize = 40;
+
+  ItemAllocatorTest() { CItemAllocator::SetEnabled(true); }
+  ~ItemAllocatorTest() override {
+    items_.Teardown();
+    CItemAllocator::SetEnabled(false);
+    CItemAllocator::SetMultiThreaded(true);
+    CItemAllocator::SetDefaultCap(1024);
+    g_itemAllocators.ownerThread = kNoThread;
+  }
+
+  // Gives `count` items that the heap made; answers how many are cached then.
+  static uint32_t Give(CItemAllocator& items, uint32_t count) {
+    while (count-- > 0) items.Give(AllocateOrThrow(kSize));
+    return CItemAllocatorProbe::Cached(items);
+  }
+  CItemAllocator items_{"items", true, kSize, 0};
+};
+
+TEST_F(ItemAllocatorTest, ServesTheLastItemFirstAndOnlyItsSize) {
+  void* first = items_.Allocate(kSize);
+  void* second = items_.AllocateWithoutThrow(kSize);
+  items_.Give(first);
+  items_.Give(second, 7);
+  items_.Give(nullptr);
+  EXPECT_EQ(items_.Take(kSize - 1), nullptr);
+  EXPECT_EQ(items_.Take(kSize + 1), nullptr);
+  EXPECT_EQ(items_.Allocate(kSize), second);
+  std::thread([&] {
+    EXPECT_EQ(items_.Take(kSize), first) << "any thread is served, unless the mode is changed";
+  }).join();
+  EXPECT_EQ(items_.Take(kSize), nullptr);
+
+  // Switched off, what is cached stays where it is.
+  items_.Give(first);
+  CItemAllocator::SetEnabled(false);
+  EXPECT_EQ(items_.Take(kSize), nullptr);
+  items_.Give(second);
+  CItemAllocator::SetEnabled(true);
+  EXPECT_EQ(Give(items_, 0), 1u);
+
+  EXPECT_EQ(items_.Take(kSize), first);
+  void* fresh = items_.AllocateWithoutThrow(kSize);  // nothing is cached
+  EXPECT_NE(fresh, nullptr);
+  items_.Give(fresh);
+  EXPECT_EQ(items_.AllocateWithoutThrow(kSize), fresh);
+  items_.Give(fresh);
+  std::free(first);
+
+  // Torn down, it serves from the heap and to the heap.
+  items_.Teardown();
+  EXPECT_EQ(Give(items_, 1), 0u);
+  EXPECT_EQ(items_.Take(0), nullptr);
+}
+
+TEST_F(ItemAllocatorTest, CapsAndTheirTrimming) {
+  const struct {
+    uint32_t before, given, cached, after, left;
+  } kRows[] = {
+      {0, 1030, 1024, 10, 1024},  // the default cap, which trims nothing
+      {2000, 2050, 2000, 10, 9},  // one fewer than the new cap
+      {2000, 50, 50, 50, 50},    {2000, 50, 50, 49, 48}, {2000, 1, 1, 0, 0}, {2000, 50, 50, 1, 0}, {10, 50, 10, 20, 10},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(Format("cap %u, %u given, then cap %u", row.before, row.given, row.after));
+    CItemAllocator items("row", true, kSize, row.before);
+    EXPECT_EQ(Give(items, row.given), row.cached) << "items cached at first";
+    items.SetCap(row.after);
+    EXPECT_EQ(Give(items, 0), row.left) << "items left by the new cap";
+    EXPECT_EQ(Give(items, 1100), row.after != 0 ? std::max(row.after, row.left) : 1024) << "items cached of 1100 more";
+    items.Teardown();
+  }
+  CItemAllocator::SetDefaultCap(3);
+  EXPECT_EQ(Give(items_, 5), 3u);
+}
+
+TEST_F(ItemAllocatorTest, StatisticsFollowTheListOfAllocators) {
+  Give(items_, 2);
+  CItemAllocator old("old", false, 8, 0), newer("newer", false, 8, 5);
+  const auto told = [] {
+    std::ostringstream out;
+    out << std::hex << std::showbase;  // no number heeds it
+    CItemAllocator::WriteStatistics(out);
+    return out.str();
+  };
+  const std::string head = "-- Allocator statistics : number of cached items/max size/memory usage (in bytes)\n",
+                    rest = "items : 2/1024/80\ntagZRSREF : 0/1024/0\ntagZRREF : 0/1024/0\n";
+  EXPECT_EQ(told(), head + "newer : 0/5/0\nold : 0/1024/0\n" + rest);
+  old.Teardown();
+  EXPECT_EQ(told(), head + "newer : 0/5/0\n" + rest);
+  newer.Teardown();
+  EXPECT_EQ(told(), head + rest);
+}
+
+TEST_F(ItemAllocatorTest, NobodyWaitsAndOneThreadOwnsTheCachesInSingleThreadMode) {
+  Give(items_, 1);
+  CItemAllocatorProbe::SetFlag(items_, 1);
+  for (bool isMultiThreaded : {true, false}) {
+    CItemAllocator::SetMultiThreaded(isMultiThreaded);
+    EXPECT_EQ(items_.Take(kSize), nullptr);
+    EXPECT_EQ(Give(items_, 1), 1u) << "to the heap";
+  }
+  EXPECT_EQ(g_itemAllocators.ownerThread, kNoThread);
+  CItemAllocatorProbe::SetFlag(items_, 0);
+  EXPECT_EQ(Give(items_, 1), 2u);
+  EXPECT_EQ(g_itemAllocators.ownerThread, PlatformThreadId());
+  std::thread([&] {
+    EXPECT_EQ(items_.Take(kSize), nullptr);
+    EXPECT_EQ(Give(items_, 1), 2u);
+  }).join();
+  CItemAllocatorProbe::SetFlag(items_, 1);
+  EXPECT_EQ(Give(items_, 1), 3u) << "the owner needs no flag";
+  std::free(items_.Take(kSize));
+  EXPECT_EQ(Give(items_, 0), 2u);
+  CItemAllocatorProbe::SetFlag(items_, 0);
+}
+
+// Each item carries a mark of its holder while it is out: nobody may find another's.
+TEST_F(ItemAllocatorTest, ThreadsNeverShareAnItem) {
+  Race(1, [this](int thread) {
+    const auto mark = static_cast<uint64_t>(thread + 1);
+    for (int round = 0; round < 20000; ++round) {
+      auto* item = static_cast<uint64_t*>(items_.Allocate(kSize));
+      item[0] = item[4] = mark;
+      if (round % 64 == 0) PlatformYield();
+      if (item[0] != mark || item[4] != mark) ADD_FAILURE();
+      items_.Give(item);
+    }
+  });
+  EXPECT_LE(Give(items_, 0), uint32_t{kThreads});
+}
+
+TEST_F(ItemAllocatorTest, ReferencesReturnClearedToTheirOwnAllocator) {
+  ZRREF* ref = ZrCreateREF();
+  for (uint32_t& word : ref->words) word = 7;
+  ZRSREF* sref = ZrCreateSREF();
+  sref->ref = ref;
+  ZrDestroySREF(sref);
+  const auto* cached = static_cast<uint32_t*>(g_refAllocator.Take(sizeof(ZRREF)));
+  ASSERT_EQ(cached, ref->words);
+  EXPECT_EQ(cached[2] | cached[3] | cached[4] | cached[5], 0u) << "behind the link";
+  GiveRef(ref);
+  EXPECT_EQ(ZrCreateREF(), ref);
+  for (uint32_t word : ref->words) EXPECT_EQ(word, 0u);
+  EXPECT_EQ(ZrCreateSREF(), sref);
+  EXPECT_TRUE(sref->ref == nullptr && sref->text == nullptr);
+  CItemAllocator::SetEnabled(false);  // so that nothing is left behind
+  ZrDestroyREF(ref);
+  ZrDestroySREF(sref);
+}
+
+// Constructed before the library's own objects, and so destroyed after them.
+struct CLateRelease {
+  ZRSREF* sref = nullptr;
+  ~CLateRelease() {
+    if (sref != nullptr && g_itemAllocators.head != nullptr) std::_Exit(9);  // too early to prove anything
+    ZrDestroySREF(sref);
+    if (g_refAllocator.Take(sizeof(ZRREF)) || g_srefAllocator.Take(sizeof(ZRSREF))) std::_Exit(8);  // kept, and lost
+  }
+};
+__attribute__((init_priority(101))) static CLateRelease g_late;
+
+TEST(ItemAllocatorDeathTest, TakesWhatIsReleasedAfterItsTeardown) {
+  EXPECT_EXIT(
+      {
+        CItemAllocator::SetEnabled(true);
+        (void)std::atexit([] { ZrDestroySREF(ZrCreateSREF()); });  // the process ends, the allocators are still there
+        g_late.sref = ZrCreateSREF();
+        g_late.sref->ref = ZrCreateREF();
+        ZrDestroyREF(ZrCreateREF());
+        std::exit(0);
+      },
+      testing::ExitedWithCode(0), "");
+}
