@@ -57,7 +57,7 @@ static void CacheRows() {
     CItemAllocator::SetEnabled(isEnabled);  // a plain store; the rows may run in any order
     void* item = g_items.Allocate(24);
     Consume(item);
-    g_items.Give(item);
+    g_items.Recycle(item);
   };
   RowOnOneAndTwoThreads(operation, "ZrCore", [takeAndGive] { takeAndGive(true); });
   Row(operation, "ZrCore, cache off (heap)", [takeAndGive] { takeAndGive(false); });

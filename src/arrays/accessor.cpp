@@ -8,13 +8,14 @@
 #include <cstring>
 
 #include "arrays/element_conversion.h"
-#include "arrays/element_kinds.h"
+#include "arrays/element_traits.h"
+#include "arrays/linear_index.h"
 
-template <class Kind>
+template <class Traits>
 class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
  public:
-  using Element = typename Kind::Element;
-  static constexpr std::size_t kWidth = Kind::kWidth;
+  using Element = typename Traits::Element;
+  static constexpr std::size_t kWidth = Traits::kWidth;
   using CZrSafeArrayAccessorBase::CZrSafeArrayAccessorBase;
 
   ZRRESULT AllocateData(uint32_t dimensions, const ZrSafeArrayBound* bounds, void** storage) const override {
@@ -22,7 +23,7 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     if (dimensions == 0) return ZR_R_INVALID_ARGUMENTS;
     const uint32_t count = ProductOfCounts(dimensions, bounds);
     *storage = count != 0 ? AllocateZeroedOrThrow(count, kWidth) : nullptr;
-    if constexpr (!Kind::kIsPlain) Kind::Initialise(static_cast<Element*>(*storage), count);
+    if constexpr (!Traits::kIsPlain) Traits::Initialise(static_cast<Element*>(*storage), count);
     return ZR_R_OK;
   }
 
@@ -30,7 +31,7 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
                     void** storage) const override {
     if (storage == nullptr || bounds == nullptr) return ZR_R_INVALID_POINTER;
     const uint32_t count = ProductOfCounts(dimensions, bounds);
-    if constexpr (Kind::kIsPlain) {
+    if constexpr (Traits::kIsPlain) {
       if (source != nullptr && dimensions != 0 && count != 0) {
         *storage = AllocateOrThrow(kWidth * count);
         std::memcpy(*storage, source, kWidth * count);
@@ -39,10 +40,10 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     }
     CStorageHolder copy(*this, dimensions, bounds);
     if (const ZRRESULT result = AllocateData(dimensions, bounds, copy.Receive()); result != ZR_R_OK) return result;
-    if constexpr (!Kind::kIsPlain) {
+    if constexpr (!Traits::kIsPlain) {
       const auto* from = static_cast<const Element*>(source);
       auto* to = static_cast<Element*>(copy.Get());
-      for (uint32_t index = 0; from != nullptr && index < count; ++index) Kind::Copy(from[index], to[index]);
+      for (uint32_t index = 0; from != nullptr && index < count; ++index) Traits::Copy(from[index], to[index]);
     }
     *storage = copy.Detach();
     return ZR_R_OK;
@@ -50,7 +51,7 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
 
   ZRRESULT DestroyData(void* storage, uint32_t dimensions, const ZrSafeArrayBound* bounds) const override {
     if (storage == nullptr) return ZR_R_INVALID_POINTER;
-    if constexpr (!Kind::kIsPlain) {
+    if constexpr (!Traits::kIsPlain) {
       auto* elements = static_cast<Element*>(storage);
       const uint32_t count = ProductOfCounts(dimensions, bounds);
       for (uint32_t index = 0; index < count; ++index) ReleaseElement(elements[index]);
@@ -69,18 +70,18 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
       return ZR_R_INVALID_POINTER;
     }
     // That a variant's get alone fails otherwise is what callers rely on.
-    constexpr ZRRESULT kNegative = std::same_as<Kind, VariantKind> ? ZR_R_FAILED : ZR_R_INVALID_ARGUMENTS;
+    constexpr ZRRESULT kNegative = std::same_as<Traits, VariantTraits> ? ZR_R_FAILED : ZR_R_INVALID_ARGUMENTS;
     const int32_t index = CZrSafeArrayAccessor::LinearIndex(descriptor->dimensions, bounds, indices);
     if (index < 0) return kNegative;
     auto& variable = *static_cast<Element*>(value);
     const auto* elements = static_cast<const Element*>(descriptor->data);
-    if constexpr (Kind::kIsPlain) {
+    if constexpr (Traits::kIsPlain) {
       if (elements == nullptr) return 1;
       std::memcpy(&variable, elements + index, kWidth);
       return ZR_R_OK;
     } else {
-      if (elements != nullptr) return Kind::Deliver(elements[index], variable);
-      Kind::DeliverNothing(variable);
+      if (elements != nullptr) return Traits::Deliver(elements[index], variable);
+      Traits::DeliverNothing(variable);
       return 1;
     }
   }
@@ -95,17 +96,17 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     Element* element = index >= 0 && elements != nullptr ? elements + index : nullptr;
     const ZRRESULT withoutPlace = index < 0 ? ZR_R_INVALID_ARGUMENTS : 1;
     const auto& wanted = *static_cast<const Element*>(value);
-    if constexpr (Kind::kIsPlain) {
+    if constexpr (Traits::kIsPlain) {
       if (element == nullptr) return withoutPlace;
       std::memcpy(element, &wanted, kWidth);
       return ZR_R_OK;
-    } else if constexpr (!Kind::kIsPointer) {
-      return element != nullptr ? Kind::Take(wanted, *element) : withoutPlace;
+    } else if constexpr (!Traits::kIsPointer) {
+      return element != nullptr ? Traits::Acquire(wanted, *element) : withoutPlace;
     } else {
       // The old one goes before the new one is copied, and its place is null meanwhile.
       if (element != nullptr) ReleaseElement(*element);
       Element copy = nullptr;
-      if (const ZRRESULT result = Kind::Take(wanted, copy); result != ZR_R_OK) return result;
+      if (const ZRRESULT result = Traits::Acquire(wanted, copy); result != ZR_R_OK) return result;
       if (element == nullptr) return withoutPlace;  // the copy stays behind, by contract
       *element = copy;
       return ZR_R_OK;
@@ -120,13 +121,7 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
 
   int32_t LinearIndex(uint32_t dimensions, const ZrSafeArrayBound* bounds,
                       const uint32_t* indices) const noexcept override {
-    if (bounds == nullptr || indices == nullptr || dimensions == 0) return -1;
-    uint32_t index = 0;  // modulo 2^32, so factors may be taken out
-    for (uint32_t dimension = 0; dimension < dimensions; ++dimension) {
-      const ZrSafeArrayBound& bound = bounds[dimension];
-      index = index * bound.elementCount + (indices[dimension] - static_cast<uint32_t>(bound.lowerBound));
-    }
-    return static_cast<int32_t>(index);
+    return LinearIndexOf(dimensions, bounds, indices);
   }
 
   ZRRESULT ConvertFrom(ZrSafeArrayDescriptor* descriptor, const ZrSafeArrayBound* bounds,
@@ -160,13 +155,13 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     void* before = descriptor->data;
     if (before == nullptr || count == 0) {
       (void)AllocateData(dimensions, bounds, fresh.Receive());
-    } else if constexpr (Kind::kIsPlain) {
+    } else if constexpr (Traits::kIsPlain) {
       *fresh.Receive() = ResizeBlock(std::exchange(before, nullptr), oldCount, count);
     } else {
       (void)AllocateData(dimensions, bounds, fresh.Receive());
       const auto* from = static_cast<const Element*>(before);
       auto* to = static_cast<Element*>(fresh.Get());
-      for (uint32_t index = 0; index < std::min(count, oldCount); ++index) Kind::Carry(from[index], to[index]);
+      for (uint32_t index = 0; index < std::min(count, oldCount); ++index) Traits::Carry(from[index], to[index]);
     }
     descriptor->data = fresh.Detach();
     descriptor->dimensions = dimensions;
@@ -193,11 +188,11 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
 
  private:
   static void ReleaseElement(Element& element) {
-    if constexpr (Kind::kIsPlain) {
-    } else if constexpr (Kind::kIsPointer) {
-      if (element != nullptr) Kind::Release(std::exchange(element, nullptr));
+    if constexpr (Traits::kIsPlain) {
+    } else if constexpr (Traits::kIsPointer) {
+      if (element != nullptr) Traits::Release(std::exchange(element, nullptr));
     } else {
-      Kind::Release(element);
+      Traits::Release(element);
     }
   }
 
@@ -209,11 +204,11 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
   }
 
   static bool AreElementsEqual(const Element* left, const Element* right, uint32_t count) {
-    if constexpr (Kind::kIsPlain) {
+    if constexpr (Traits::kIsPlain) {
       return std::memcmp(left, right, kWidth * count) == 0;
     } else {
       for (uint32_t index = 0; index < count; ++index) {
-        if (!Kind::AreEqual(left[index], right[index])) return false;
+        if (!Traits::AreEqual(left[index], right[index])) return false;
       }
       return true;
     }
@@ -223,28 +218,28 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
 // ---- The classes, and which tag has which --------------------------------------------------------------------------
 
 template <class T>
-class CZrSafeArrayAccessorScalar final : public CZrSafeArrayAccessor<PlainKind<T>> {
-  using CZrSafeArrayAccessor<PlainKind<T>>::CZrSafeArrayAccessor;
+class CZrSafeArrayAccessorScalar final : public CZrSafeArrayAccessor<PlainTraits<T>> {
+  using CZrSafeArrayAccessor<PlainTraits<T>>::CZrSafeArrayAccessor;
 };
-class CZrSafeArrayAccessorZRBLOB final : public CZrSafeArrayAccessor<BlobKind> {
+class CZrSafeArrayAccessorZRBLOB final : public CZrSafeArrayAccessor<BlobTraits> {
   using CZrSafeArrayAccessor::CZrSafeArrayAccessor;
 };
-class CZrSafeArrayAccessorZRREF final : public CZrSafeArrayAccessor<RefKind> {
+class CZrSafeArrayAccessorZRREF final : public CZrSafeArrayAccessor<RefTraits> {
   using CZrSafeArrayAccessor::CZrSafeArrayAccessor;
 };
-class CZrSafeArrayAccessorZRSREF final : public CZrSafeArrayAccessor<SrefKind> {
+class CZrSafeArrayAccessorZRSREF final : public CZrSafeArrayAccessor<SrefTraits> {
   using CZrSafeArrayAccessor::CZrSafeArrayAccessor;
 };
-class CZrSafeArrayAccessorZRSTR final : public CZrSafeArrayAccessor<StringKind> {
+class CZrSafeArrayAccessorZRSTR final : public CZrSafeArrayAccessor<StringTraits> {
   using CZrSafeArrayAccessor::CZrSafeArrayAccessor;
 };
-class CZrSafeArrayAccessorZRUUID final : public CZrSafeArrayAccessor<UuidKind> {
+class CZrSafeArrayAccessorZRUUID final : public CZrSafeArrayAccessor<UuidTraits> {
   using CZrSafeArrayAccessor::CZrSafeArrayAccessor;
 };
-class CZrSafeArrayAccessorRefCounted final : public CZrSafeArrayAccessor<InterfaceKind> {
+class CZrSafeArrayAccessorRefCounted final : public CZrSafeArrayAccessor<InterfaceTraits> {
   using CZrSafeArrayAccessor::CZrSafeArrayAccessor;
 };
-class CZrSafeArrayAccessorVariant final : public CZrSafeArrayAccessor<VariantKind> {
+class CZrSafeArrayAccessorVariant final : public CZrSafeArrayAccessor<VariantTraits> {
   using CZrSafeArrayAccessor::CZrSafeArrayAccessor;
 };
 

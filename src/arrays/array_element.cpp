@@ -1,10 +1,12 @@
 // The element object: an array's parts, from its making to its end.
 
+#include "arrays/array_element.h"
+
 #include <cstring>
 #include <memory>
 
 #include "arrays/accessor.h"
-#include "arrays/array_records.h"
+#include "arrays/linear_index.h"
 #include "variants/variant_tags.h"
 
 using CBoundsHolder = std::unique_ptr<ZrSafeArrayBound, HeapFree>;

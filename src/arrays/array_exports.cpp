@@ -2,8 +2,6 @@
 // operation is a direct call.
 
 #include "arrays/array_manager.h"
-#include "arrays/array_records.h"
-#include "variants/array_payload.h"
 #include "zrcore/array.h"
 
 ZRSAFEARRAY ZrSafeArrayCreate(uint16_t tag, uint32_t dimensions, const ZrSafeArrayBound* bounds) {
@@ -63,21 +61,5 @@ ZRRESULT ZrSafeArrayChangeType(ZRSAFEARRAY array, uint32_t flags, uint16_t tag) 
 }
 
 ZRRESULT ZrSafeArrayCompare(ZRSAFEARRAY left, ZRSAFEARRAY right, uint8_t* equal) {
-  return g_arrayManager.SafeArrayCompare(left, right, equal);
-}
-
-// ---- For variants --------------------------------------------------------------------------------------------------
-
-ZRRESULT DestroyArray(ZRSAFEARRAY array) { return g_arrayManager.SafeArrayDestroy(array); }
-
-ZRRESULT CopyArray(ZRSAFEARRAY source, ZRSAFEARRAY* copy) { return g_arrayManager.SafeArrayCopy(source, copy); }
-
-uint32_t ArrayElementCount(ZRSAFEARRAY array) noexcept { return array->elementCount; }
-
-ZRRESULT ChangeArrayType(ZRSAFEARRAY array, uint32_t flags, uint16_t target) {
-  return g_arrayManager.SafeArrayChangeType(array, flags, target);
-}
-
-ZRRESULT CompareArrays(ZRSAFEARRAY left, ZRSAFEARRAY right, uint8_t* equal) {
   return g_arrayManager.SafeArrayCompare(left, right, equal);
 }

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "arrays/accessor.h"
-#include "arrays/array_records.h"
+#include "arrays/array_element.h"
 
 // Calls `use` with the element object of a handle.
 template <class Use>

@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-#include "components/core_configuration.h"
+#include "components/configuration_reader.h"
 #include "runtime/lock.h"
 
 class CAllocatorSettings {

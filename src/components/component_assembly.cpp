@@ -9,11 +9,11 @@
 
 // ---- Diagnostics ---------------------------------------------------------------------------------------------------
 
-static constexpr auto kLoadFailed = Wide("ZrCore: LoadLibrary failed. Path: \"");
-static constexpr auto kReason = Wide("\". Error message: \"");
-static constexpr auto kReasonEnd = Wide("\"\r\n");
-static constexpr auto kNotInitialized = Wide("ZrCore: Could Not Initialize Component. Path: \"");
-static constexpr auto kNotExported = Wide(
+static constexpr auto kLoadFailed = WideLiteral("ZrCore: LoadLibrary failed. Path: \"");
+static constexpr auto kReason = WideLiteral("\". Error message: \"");
+static constexpr auto kReasonEnd = WideLiteral("\"\r\n");
+static constexpr auto kNotInitialized = WideLiteral("ZrCore: Could Not Initialize Component. Path: \"");
+static constexpr auto kNotExported = WideLiteral(
     "\". One or more of the functions \"ZrInitModule\", \"ZrExitModule\", \"ZrCreateInstanceModule\" are not "
     "exported correctly.\r\n");
 
@@ -26,11 +26,6 @@ static void Report(const Pieces&... pieces) noexcept {
     PlatformDebugOutput(text);
   } catch (...) {
   }
-}
-
-template <std::size_t size>
-static std::basic_string_view<WCHAR> TextOf(const std::array<WCHAR, size>& literal) {
-  return {literal.data(), size - 1};
 }
 
 // ---- Creation ------------------------------------------------------------------------------------------------------
@@ -83,7 +78,7 @@ ZRRESULT CComponentAssembly::Load() {
   CModulePath reason;
   ModuleHandle module = PlatformLoadModule(key_.path.c_str(), reason);
   if (module == nullptr) {
-    if (!reason.empty()) Report(TextOf(kLoadFailed), key_.path, TextOf(kReason), reason, TextOf(kReasonEnd));
+    if (!reason.empty()) Report(ViewOf(kLoadFailed), key_.path, ViewOf(kReason), reason, ViewOf(kReasonEnd));
     return ZR_R_FILE_NOT_FOUND;
   }
   ZrModuleEntryPoints found;
@@ -92,7 +87,7 @@ ZRRESULT CComponentAssembly::Load() {
   found.createInstance =
       reinterpret_cast<ZrCreateInstanceModuleFunction>(PlatformFindFunction(module, "ZrCreateInstanceModule"));
   if (found.init == nullptr || found.exit == nullptr || found.createInstance == nullptr) {
-    Report(TextOf(kNotInitialized), key_.path, TextOf(kNotExported));
+    Report(ViewOf(kNotInitialized), key_.path, ViewOf(kNotExported));
     PlatformReleaseModule(module);
     return ZR_R_INVALID_SYSTEM;
   }

@@ -3,17 +3,16 @@
 #include "identifiers/reference.h"
 
 #include "identifiers/reference_records.h"
+#include "identifiers/reference_text.h"
 #include "text/code_units.h"
 #include "text/counted_string.h"
 
 // ---- Order ---------------------------------------------------------------------------------------------------------
 
-static CTextView UnitsOf(ZRSTR string) noexcept { return {string, StringLen(string)}; }
-
 static bool IsNilText(ZRSTR text) noexcept {
-  static constexpr auto kNil = Wide("0.0.0.0.0.0");
-  const CTextView units = UnitsOf(text);
-  return units.empty() || units == CTextView(kNil.data(), kNil.size() - 1);
+  static constexpr auto kNil = WideLiteral("0.0.0.0.0.0");
+  const CTextView units = ViewOf(text);
+  return units.empty() || units == ViewOf(kNil);
 }
 
 static bool IsNilSref(const ZRSREF* sref) noexcept {
@@ -33,7 +32,7 @@ static int32_t CompareTerminated(const WCHAR* left, const WCHAR* right) noexcept
 // A ref on the left, a text on the right or, if `isSwapped`, the other way round.
 static CSrefOrder CompareRefWithText(const ZRREF& ref, ZRSTR text, bool isSwapped) noexcept {
   ZRREF read;
-  if (ReadRef(UnitsOf(text), read) == RefReading::Read) {
+  if (ReadRef(ViewOf(text), read) == RefReading::Read) {
     // Swapped, not negated: the smallest difference has no opposite.
     return {isSwapped ? RefDifference(read, ref) : RefDifference(ref, read), ZR_R_OK};
   }
@@ -80,14 +79,14 @@ ZRRESULT ZrCopySREF(const ZRSREF* source, ZRSREF** copy) {
 }
 
 void ZrDestroyREF(ZRREF* ref) noexcept {
-  if (ref != nullptr) GiveRef(ref);
+  if (ref != nullptr) RecycleRef(ref);
 }
 
 void ZrDestroySREF(ZRSREF* sref) noexcept {
   if (sref == nullptr) return;
   ZrDestroyREF(sref->ref);
   ReleaseString(sref->text);
-  GiveSref(sref);
+  RecycleSref(sref);
 }
 
 // ---- Text ----------------------------------------------------------------------------------------------------------
@@ -107,7 +106,7 @@ ZRRESULT ZrSREFToString(const ZRSREF* sref, ZRSTR* string) noexcept {
 ZRRESULT ZrStringToREF(ZRSTR string, ZRREF** ref) {
   if (string == nullptr || ref == nullptr) return ZR_R_INVALID_ARGUMENTS;
   ZRREF read;
-  const RefReading reading = ReadRef(UnitsOf(string), read);
+  const RefReading reading = ReadRef(ViewOf(string), read);
   if (reading == RefReading::Read) {
     *ref = AllocateRef(read);
     return ZR_R_OK;
@@ -119,7 +118,7 @@ ZRRESULT ZrStringToREF(ZRSTR string, ZRREF** ref) {
 ZRRESULT ZrStringToSREF(ZRSTR string, ZRSREF** sref) {
   if (string == nullptr || sref == nullptr) return ZR_R_INVALID_ARGUMENTS;
   ZRREF read;
-  CRefHolder ref(ReadRef(UnitsOf(string), read) == RefReading::Read ? AllocateRef(read) : nullptr);
+  CRefHolder ref(ReadRef(ViewOf(string), read) == RefReading::Read ? AllocateRef(read) : nullptr);
   ZRSREF* record = AllocateSref({ref.get(), nullptr});
   if (ref.release() == nullptr) record->text = ShareString(string);
   *sref = record;
@@ -130,7 +129,7 @@ ZRRESULT ZrSplitRefName(ZRSTR string, uint32_t* word0, uint32_t* word1, uint32_t
                         uint32_t* word4, uint32_t* word5) noexcept {
   if (string == nullptr) return ZR_R_INVALID_ARGUMENTS;
   ZRREF read;
-  if (ReadRef(UnitsOf(string), read) != RefReading::Read) return ZR_R_INVALID_ARGUMENTS;
+  if (ReadRef(ViewOf(string), read) != RefReading::Read) return ZR_R_INVALID_ARGUMENTS;
   const uint32_t* word = read.words;
   for (uint32_t* wanted : {word0, word1, word2, word3, word4, word5}) {
     if (wanted != nullptr) *wanted = *word;

@@ -1,13 +1,12 @@
-// What references are to the rest of the library: their order, and their text read and written.
+// The order of references, for the rest of the library.
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <iterator>
 
-#include "text/number_text.h"
 #include "zrcore/reference.h"
-
-// ---- Order ---------------------------------------------------------------------------------------------------------
 
 [[nodiscard]] constexpr bool IsNilRef(const ZRREF& ref) noexcept {
   uint32_t bits = 0;
@@ -37,21 +36,3 @@ struct CSrefOrder {
 
 // The one decision behind all comparisons of SREFs.
 [[nodiscard]] CSrefOrder CompareSrefs(const ZRSREF* left, const ZRSREF* right) noexcept;
-
-// ---- Text ----------------------------------------------------------------------------------------------------------
-
-enum class RefReading : uint8_t {
-  Read,
-  NotSixFields,  // not five dots, or nothing between two of them
-  NotCanonical,  // six fields, but not as a REF is written
-};
-
-// Reads the text of a REF, with white space around it. `ref` is unspecified unless it was read.
-[[nodiscard]] RefReading ReadRef(CTextView text, ZRREF& ref) noexcept;
-
-// A new string; null when memory is exhausted.
-[[nodiscard]] ZRSTR WriteRef(const ZRREF& ref) noexcept;
-
-// As "%d.%d.%d.%d.%d.%d" writes it, terminated.
-inline constexpr std::size_t kSignedRefUnits = 6 * 11 + 5 + 1;
-void WriteSignedRef(const ZRREF& ref, WCHAR (&text)[kSignedRefUnits]) noexcept;

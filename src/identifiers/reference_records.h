@@ -30,18 +30,18 @@ inline void WipeRecord(Record* record) noexcept {
 }
 
 // Not null. An SREF's ref and text are the caller's to release before.
-inline void GiveRef(ZRREF* ref) noexcept {
+inline void RecycleRef(ZRREF* ref) noexcept {
   WipeRecord(ref);
-  g_refAllocator.Give(ref);
+  g_refAllocator.Recycle(ref);
 }
-inline void GiveSref(ZRSREF* sref) noexcept {
+inline void RecycleSref(ZRSREF* sref) noexcept {
   WipeRecord(sref);
-  g_srefAllocator.Give(sref);
+  g_srefAllocator.Recycle(sref);
 }
 
-struct CRefGiver {
-  void operator()(ZRREF* ref) const noexcept { GiveRef(ref); }
+struct CRefRecycler {
+  void operator()(ZRREF* ref) const noexcept { RecycleRef(ref); }
 };
 
 // One record, given back at the end of the scope.
-using CRefHolder = std::unique_ptr<ZRREF, CRefGiver>;
+using CRefHolder = std::unique_ptr<ZRREF, CRefRecycler>;

@@ -2,13 +2,16 @@
 // each number is a zero alone, or starts with another digit and fits 32 bits; anything else reads as a number that
 // writes back differently.
 
+#include "identifiers/reference_text.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <iterator>
 
-#include "identifiers/reference.h"
 #include "text/counted_string.h"
 #include "text/decimal_digits.h"
+#include "text/number_text.h"
 
 static constexpr std::size_t kWords = std::size(ZRREF{}.words);
 

@@ -105,7 +105,7 @@ ZRRESULT ZrStringFromUUID(const ZRUUID* uuid, ZRSTR* string) noexcept {
   ZRSTR text = AllocateString((kTextLength + 1) * sizeof(WCHAR));
   if (text == nullptr) return ZR_R_NO_MEMORY;
 
-  static constexpr auto kFrame = Wide("{00000000-0000-0000-0000-000000000000}");
+  static constexpr auto kFrame = WideLiteral("{00000000-0000-0000-0000-000000000000}");
   static_assert(kFrame.size() == kTextLength + 1);
   static constexpr char kDigits[] = "0123456789ABCDEF";
   std::memcpy(text, kFrame.data(), sizeof kFrame);

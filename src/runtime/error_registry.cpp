@@ -69,9 +69,9 @@ static_assert([] {
 }());
 
 // A short ASCII text in code units, zero-terminated.
-class CWideText {
+class CAsciiUnits {
  public:
-  explicit CWideText(std::string_view ascii) noexcept {
+  explicit CAsciiUnits(std::string_view ascii) noexcept {
     for (std::size_t at = 0; at < ascii.size(); ++at) units_[at] = static_cast<WCHAR>(ascii[at]);
   }
   const WCHAR* Get() const noexcept { return units_.data(); }
@@ -113,9 +113,9 @@ ZRRESULT CErrorRegistry::Add(uint32_t code, const WCHAR* text, const WCHAR* desc
 // runs out of memory is finished by the next call.
 void CErrorRegistry::Build() {
   if (built_) return;
-  const CWideText description(kDescription);
+  const CAsciiUnits description(kDescription);
   for (const CBuiltInRow& row : kBuiltInRows) {
-    (void)Add(static_cast<uint32_t>(row.code), CWideText(row.name).Get(),
+    (void)Add(static_cast<uint32_t>(row.code), CAsciiUnits(row.name).Get(),
               description.Get());  // a second time: is there
   }
   built_ = true;
@@ -129,7 +129,7 @@ ZRRESULT CErrorRegistry::Register(uint32_t code, const WCHAR* text, const WCHAR*
   return Add(code, text, description);
 }
 
-ZRRESULT CErrorRegistry::Give(uint32_t code, ZRSTR (CZrErrorInfoData::*string)() const noexcept, ZRSTR* result) {
+ZRRESULT CErrorRegistry::ShareString(uint32_t code, ZRSTR (CZrErrorInfoData::*string)() const noexcept, ZRSTR* result) {
   CLockGuard hold(mutex_);
   Build();
   const auto row = rows_.find(code);
@@ -138,10 +138,12 @@ ZRRESULT CErrorRegistry::Give(uint32_t code, ZRSTR (CZrErrorInfoData::*string)()
   return ZR_R_OK;
 }
 
-ZRRESULT CErrorRegistry::GetText(uint32_t code, ZRSTR* text) { return Give(code, &CZrErrorInfoData::Text, text); }
+ZRRESULT CErrorRegistry::GetText(uint32_t code, ZRSTR* text) {
+  return ShareString(code, &CZrErrorInfoData::Text, text);
+}
 
 ZRRESULT CErrorRegistry::GetDescription(uint32_t code, ZRSTR* description) {
-  return Give(code, &CZrErrorInfoData::Description, description);
+  return ShareString(code, &CZrErrorInfoData::Description, description);
 }
 
 // ---- Exports --------------------------------------------------------------------------------------------------------

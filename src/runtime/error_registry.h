@@ -35,7 +35,7 @@ class CErrorRegistry {
   ZRRESULT Add(uint32_t code, const WCHAR* text, const WCHAR* description) ZR_REQUIRES(mutex_);
 
   // Adds a reference of one of the row's strings.
-  ZRRESULT Give(uint32_t code, ZRSTR (CZrErrorInfoData::*string)() const noexcept, ZRSTR* result);
+  ZRRESULT ShareString(uint32_t code, ZRSTR (CZrErrorInfoData::*string)() const noexcept, ZRSTR* result);
 
   CMutex mutex_;  // a leaf: nothing runs under it but the string functions
   std::map<uint32_t, CZrErrorInfoData> rows_ ZR_GUARDED_BY(mutex_);

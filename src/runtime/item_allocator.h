@@ -50,7 +50,7 @@ class CItemAllocator {
   void Teardown() noexcept;
 
   // A cached item with its old content, for a request of the item size; or null, never from the heap.
-  [[nodiscard]] void* Take(uint64_t size) noexcept {
+  [[nodiscard]] void* PopCached(uint64_t size) noexcept {
     if (!IsEnabled() || size != itemSize_.load(std::memory_order_relaxed)) return nullptr;
     const Hold hold = Acquire();
     if (hold == Hold::None) return nullptr;
@@ -65,21 +65,21 @@ class CItemAllocator {
 
   // From the cache, else from the heap: throws std::bad_alloc.
   [[nodiscard]] void* Allocate(uint64_t size) {
-    void* item = Take(size);
+    void* item = PopCached(size);
     return item != nullptr ? item : AllocateOrThrow(size);
   }
 
   // From the cache, else from the heap, else null.
   [[nodiscard]] void* AllocateWithoutThrow(uint64_t size) noexcept {
-    void* item = Take(size);
+    void* item = PopCached(size);
     return item != nullptr ? item : AllocateOrNull(size);
   }
 
   // Takes an item, into the cache if there is room, else to the heap. Null is ignored.
-  void Give(void* item) noexcept {
-    if (!IsEnabled() || !Keeps(item)) std::free(item);
+  void Recycle(void* item) noexcept {
+    if (!IsEnabled() || !PushCached(item)) std::free(item);
   }
-  void Give(void* item, uint64_t /*size*/) noexcept { Give(item); }
+  void Recycle(void* item, uint64_t /*size*/) noexcept { Recycle(item); }
 
   // Stores the cap. If it is lower than the one before and than the number of cached items, frees items until one fewer
   // than the new cap is left. A cap before of 0, which stands for the default, trims nothing.
@@ -138,7 +138,7 @@ class CItemAllocator {
   }
 
   // Whether the item went into the cache.
-  [[nodiscard]] bool Keeps(void* item) noexcept {
+  [[nodiscard]] bool PushCached(void* item) noexcept {
     if (item == nullptr || itemSize_.load(std::memory_order_relaxed) == 0) return false;
     const Hold hold = Acquire();
     if (hold == Hold::None) return false;

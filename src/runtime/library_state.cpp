@@ -111,7 +111,7 @@ constinit CSharedEmptyString g_emptyString;         // no code runs for it, at e
 constinit CItemAllocatorSettings g_itemAllocators;  // nor for this
 constinit CCharacterCase g_characterCase;           // read on first use, released here
 constinit CZrBlobMgr g_blobManager;
-bool g_hasWideVectors = FindWideVectors();  // until then the loops that do without
+bool g_hasAvx2 = DetectAvx2();  // until then the loops that do without
 static CErrorRegistry g_errorRegistry;
 constinit CZrSafeArrayMgr g_arrayManager;
 static CGlobalData g_globalData;

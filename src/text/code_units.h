@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 #include "zrcore/base.h"
 
@@ -14,15 +15,24 @@
 #include <emmintrin.h>
 #endif
 
+// Code units that somebody else owns.
+using CTextView = std::basic_string_view<WCHAR>;
+
 // An ASCII literal as code units, terminator included. (A u"" literal has the wrong type where WCHAR is wchar_t.)
 template <std::size_t size>
-consteval std::array<WCHAR, size> Wide(const char (&literal)[size]) {
+consteval std::array<WCHAR, size> WideLiteral(const char (&literal)[size]) {
   std::array<WCHAR, size> units{};
   for (std::size_t at = 0; at < size; ++at) {
     if (static_cast<unsigned char>(literal[at]) > 0x7F) throw "only ASCII is the same in both";  // stops the build
     units[at] = static_cast<WCHAR>(literal[at]);
   }
   return units;
+}
+
+// The units of such a literal, without its terminator.
+template <std::size_t size>
+constexpr CTextView ViewOf(const std::array<WCHAR, size>& literal) noexcept {
+  return {literal.data(), size - 1};
 }
 
 // A scan in steps of an aligned vector reads beside the text, though never into another page. The sanitizers would call

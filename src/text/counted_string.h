@@ -20,6 +20,7 @@
 #include <utility>
 
 #include "runtime/heap.h"
+#include "text/code_units.h"
 #include "zrcore/string.h"
 
 struct CStringHeader {
@@ -45,6 +46,9 @@ inline uint32_t StringByteLen(ZRSTR string) noexcept {
 inline uint32_t StringLen(ZRSTR string) noexcept {
   return string != nullptr ? (StringHeader(string)->byteLen >> 1) - 1 : 0;
 }
+
+// The units of a string, zero units inside included; empty for null. The view is valid while the string lives.
+inline CTextView ViewOf(ZRSTR string) noexcept { return {string, StringLen(string)}; }
 
 // A block with one reference whose character area, terminator included, has `areaBytes` bytes for the caller to fill;
 // null when memory is exhausted. byteLen takes what fits 32 bits.

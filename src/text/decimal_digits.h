@@ -1,13 +1,55 @@
-// Decimal digits straight into their final place: how many a number has, and writing them two at a time.
+// Decimal digits in 16-bit text: how many a number has, and writing them straight into their final place.
+//
+// Digits are written two at a time from a table, because a division by 100 costs as much as one by 10. A caller that
+// knows how many digits there are allocates a string of exactly that length and writes into it, without a buffer.
 
 #pragma once
 
 #include <array>
 #include <bit>
+#include <concepts>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 
-#include "text/digit_pairs.h"
 #include "zrcore/base.h"
+
+// ---- Fixed widths, zeros first
+// ---------------------------------------------------------------------------------------
+
+inline constexpr std::array<std::array<WCHAR, 2>, 100> kDigitPairs = [] {
+  std::array<std::array<WCHAR, 2>, 100> pairs{};
+  for (unsigned value = 0; value < 100; ++value) {
+    pairs[value] = {static_cast<WCHAR>('0' + value / 10), static_cast<WCHAR>('0' + value % 10)};
+  }
+  return pairs;
+}();
+
+// `value` is below 100.
+inline void WriteTwoDigits(WCHAR* at, uint32_t value) noexcept {
+  std::memcpy(at, kDigitPairs[value].data(), sizeof kDigitPairs[value]);
+}
+
+// `value` is below 1000.
+inline void WriteThreeDigits(WCHAR* at, uint32_t value) noexcept {
+  at[0] = static_cast<WCHAR>('0' + value / 100);
+  WriteTwoDigits(at + 1, value % 100);
+}
+
+// `value` is below 10000.
+inline void WriteFourDigits(WCHAR* at, uint32_t value) noexcept {
+  WriteTwoDigits(at, value / 100);
+  WriteTwoDigits(at + 2, value % 100);
+}
+
+// `value` is below 10000000.
+inline void WriteSevenDigits(WCHAR* at, uint32_t value) noexcept {
+  WriteThreeDigits(at, value / 10000);
+  WriteFourDigits(at + 3, value % 10000);
+}
+
+// ---- Counting
+// --------------------------------------------------------------------------------------------------------
 
 // For a number of n significant bits, the n-th entry added to it gives its count of digits in the upper half: the count
 // for the smallest such number, and a carry into it from the power of ten on that lies among them.
@@ -44,24 +86,12 @@ constexpr std::size_t CountLongDecimalDigits(uint64_t value) noexcept {
 static_assert(CountLongDecimalDigits(0) == 1 && CountLongDecimalDigits(0x100000000) == 10);
 static_assert(CountLongDecimalDigits(999'999'999'999'999'999) == 18 && CountLongDecimalDigits(~uint64_t{0}) == 20);
 
-// Writes `value`, which has `digits` digits, and answers the place behind them.
-inline WCHAR* WriteDecimalDigits(WCHAR* at, uint32_t value, std::size_t digits) noexcept {
-  WCHAR* const end = at + digits;
-  WCHAR* place = end;
-  for (; value >= 100; value /= 100) {
-    place -= 2;
-    WriteTwoDigits(place, value % 100);
-  }
-  if (value >= 10) {
-    WriteTwoDigits(place - 2, value);
-  } else {
-    place[-1] = static_cast<WCHAR>('0' + value);
-  }
-  return end;
-}
+// ---- As many digits as the number has
+// --------------------------------------------------------------------------------
 
-// Writes the digits of `value` in front of `end` and answers the first.
-inline WCHAR* WriteDecimalBackwards(WCHAR* end, uint64_t value) noexcept {
+// Writes the digits of `value` before `end` and returns the place of the first.
+template <std::unsigned_integral Number>
+inline WCHAR* WriteDecimalBackwards(WCHAR* end, Number value) noexcept {
   for (; value >= 100; value /= 100) WriteTwoDigits(end -= 2, static_cast<uint32_t>(value % 100));
   if (value < 10) {
     *--end = static_cast<WCHAR>('0' + value);
@@ -69,4 +99,26 @@ inline WCHAR* WriteDecimalBackwards(WCHAR* end, uint64_t value) noexcept {
     WriteTwoDigits(end -= 2, static_cast<uint32_t>(value));
   }
   return end;
+}
+
+// Writes `value`, which has `digits` digits, and returns the place after them.
+inline WCHAR* WriteDecimalDigits(WCHAR* at, uint32_t value, std::size_t digits) noexcept {
+  (void)WriteDecimalBackwards(at + digits, value);
+  return at + digits;
+}
+
+enum class Pad : char { Blanks = ' ', Zeros = '0' };
+
+// Writes `value` as printf does for "%*d" (blanks) or "%0*d" (zeros): at least `width` units, the sign included. The
+// sign comes before padding zeros and after padding blanks. Returns the place after the last unit; writes at most
+// max(width, 20) units.
+inline WCHAR* WritePadded(WCHAR* at, int64_t value, std::size_t width, Pad pad) noexcept {
+  const uint64_t magnitude = value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
+  const std::size_t digits = CountLongDecimalDigits(magnitude);
+  std::size_t length = digits + (value < 0 ? 1 : 0);
+  if (value < 0 && pad == Pad::Zeros) *at++ = '-';
+  for (; length < width; ++length) *at++ = static_cast<WCHAR>(pad);
+  if (value < 0 && pad == Pad::Blanks) *at++ = '-';
+  (void)WriteDecimalBackwards(at + digits, magnitude);
+  return at + digits;
 }

@@ -1,4 +1,4 @@
-// Numbers in 16-bit text: the one reader and the one writer that all families share.
+// Integers in 16-bit text: the one reader that all families share. (text/decimal_digits.h writes them.)
 //
 // The reader takes what the C library's conversions take in the C locale, on every system: leading white space, an
 // optional sign, digits of the base up to the first other unit. Nothing fails; what doesn't fit saturates. (Of a "0x"
@@ -6,15 +6,11 @@
 
 #pragma once
 
-#include <array>
 #include <concepts>
 #include <cstdint>
 #include <limits>
-#include <string_view>
 
-#include "zrcore/base.h"
-
-using CTextView = std::basic_string_view<WCHAR>;
+#include "text/code_units.h"
 
 // Blank, tab, line feed, vertical tab, form feed, carriage return.
 constexpr bool IsSpace(WCHAR unit) noexcept { return unit == 0x20 || (unit >= 0x09 && unit <= 0x0D); }
@@ -71,32 +67,4 @@ constexpr CReadInteger<Integer> ReadInteger(CTextView text, unsigned base = 10) 
 // Whether a number that ends here is accepted: at a zero unit, or at the suffix, a small letter, in either case.
 constexpr bool EndsAt(CTextView text, std::size_t end, char suffix) noexcept {
   return end == text.size() || text[end] == 0 || (text[end] | 0x20) == suffix;
-}
-
-inline constexpr std::size_t kMostDecimalDigits = 20;
-
-// Writes the digits of `value` and answers the place behind them.
-constexpr WCHAR* WriteDecimal(WCHAR* at, uint64_t value) noexcept {
-  std::array<WCHAR, kMostDecimalDigits> digits{};
-  std::size_t first = digits.size();
-  do {
-    digits[--first] = static_cast<WCHAR>('0' + value % 10);
-    value /= 10;
-  } while (value != 0);
-  while (first < digits.size()) *at++ = digits[first++];
-  return at;
-}
-
-enum class Pad : char { Blanks = ' ', Zeros = '0' };
-
-// Writes `value` as "%*d" (blanks) or "%0*d" (zeros) does: at least `width` units, the sign among them, in front of
-// zeros and behind blanks. Answers the place behind; at most max(width, 20) units.
-constexpr WCHAR* WritePadded(WCHAR* at, int64_t value, std::size_t width, Pad pad) noexcept {
-  const uint64_t magnitude = value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
-  std::size_t length = value < 0 ? 2 : 1;
-  for (uint64_t rest = magnitude; rest >= 10; rest /= 10) ++length;
-  if (value < 0 && pad == Pad::Zeros) *at++ = '-';
-  for (; length < width; ++length) *at++ = static_cast<WCHAR>(pad);
-  if (value < 0 && pad == Pad::Blanks) *at++ = '-';
-  return WriteDecimal(at, magnitude);
 }

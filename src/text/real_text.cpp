@@ -27,10 +27,6 @@ static constexpr bool IsPlain(WCHAR unit) noexcept {
   return IsDigit(unit) || unit == '.' || unit == '-' || unit == '+' || unit == 'e' || unit == 'E';
 }
 
-static bool EndsNumber(CTextView text, std::size_t at) noexcept {
-  return at == text.size() || text[at] == 0 || (text[at] | 0x20) == 'f';
-}
-
 // A number without an exponent whose digits, and whose power of ten, binary64 holds exactly: then one division rounds
 // as it has to. False for any other.
 static bool ReadShortReal(CTextView text, CReadReal& read) noexcept {
@@ -54,7 +50,7 @@ static bool ReadShortReal(CTextView text, CReadReal& read) noexcept {
     count += fraction;
     if (PlatformDecimalPoint().unit != '.') return false;
   }
-  if (count == 0 || count > kMostDigits || !EndsNumber(text, at)) return false;
+  if (count == 0 || count > kMostDigits || !EndsAt(text, at, 'f')) return false;
   const auto magnitude = static_cast<double>(static_cast<int64_t>(digits));
   read = {(isNegative ? -magnitude : magnitude) / kPowersOfTen[fraction], at};
   return true;
@@ -71,7 +67,7 @@ static bool ReadPlainReal(CTextView text, CReadReal& read) noexcept {
     hasPoint = hasPoint || text[length] == '.';
   }
   if (length == 0) return false;
-  if (!EndsNumber(text, length) || plain[0] == '+' || (hasPoint && PlatformDecimalPoint().unit != '.')) return false;
+  if (!EndsAt(text, length, 'f') || plain[0] == '+' || (hasPoint && PlatformDecimalPoint().unit != '.')) return false;
   const auto [end, error] = std::from_chars(plain.data(), plain.data() + length, read.value);
   if (error != std::errc()) return false;
   read.end = static_cast<std::size_t>(end - plain.data());
@@ -109,7 +105,7 @@ CReadReal ReadReal(CTextView text) {
 // ---- Writing -------------------------------------------------------------------------------------------------------
 
 // A 64 by 64 bit product. Both compilers have it; the language has no name for it.
-__extension__ using CWideNumber = unsigned __int128;
+__extension__ using CUint128 = unsigned __int128;
 
 static constexpr double kExactLimit = 0x1p44;  // times a million, the numbers below fit 64 bits
 
@@ -122,10 +118,10 @@ static uint64_t RoundToMillionths(double value) noexcept {
   const uint64_t fraction = bits & ((uint64_t{1} << kFractionBits) - 1);
   const int shift = kBias - exponent;  // value = significand / 2^shift
   if (shift > 80) return 0;            // below 2^-27: far from half a millionth, and nearly all of the subnormals
-  const CWideNumber product = CWideNumber{fraction | uint64_t{1} << kFractionBits} * 1'000'000;
-  const CWideNumber half = CWideNumber{1} << (shift - 1);
+  const CUint128 product = CUint128{fraction | uint64_t{1} << kFractionBits} * 1'000'000;
+  const CUint128 half = CUint128{1} << (shift - 1);
   const auto quotient = static_cast<uint64_t>(product >> shift);
-  const CWideNumber rest = product & ((half << 1) - 1);
+  const CUint128 rest = product & ((half << 1) - 1);
   return quotient + (rest > half || (rest == half && quotient % 2 != 0) ? 1 : 0);
 }
 

@@ -8,8 +8,8 @@
 #include <cstring>
 #include <limits>
 
+#include "platform/unicode_forms.h"
 #include "text/counted_string.h"
-#include "text/unicode_forms.h"
 #include "text/utf8_vectors.h"
 #include "zrcore/unicode.h"
 
@@ -19,16 +19,9 @@
 
 static constexpr std::size_t kMostUnits = std::numeric_limits<int32_t>::max();
 
-static ZRRESULT GiveSharedEmpty(ZRSTR* string) noexcept {
+static ZRRESULT StoreSharedEmpty(ZRSTR* string) noexcept {
   *string = ShareString(nullptr);
   return ZR_R_OK;
-}
-
-// A new string with room for `units` and its terminator in place.
-static ZRSTR MakeRoom(std::size_t units) noexcept {
-  ZRSTR string = AllocateString((units + 1) * sizeof(WCHAR));
-  if (string != nullptr) string[units] = 0;
-  return string;
 }
 
 // ---- UTF-8: counting -----------------------------------------------------------------------------------------------
@@ -50,7 +43,7 @@ static std::size_t NeededAt(const unsigned char* text, std::size_t at) noexcept 
 class CVectorCount {
  public:
   // `count` vectors from `at` on; none, if they are all ASCII and nothing is asked for, costs less.
-  bool TakeAscii64(const unsigned char* text, std::size_t at) noexcept {
+  bool AddAscii64(const unsigned char* text, std::size_t at) noexcept {
     const __m128i all = _mm_or_si128(_mm_or_si128(Load(text + at), Load(text + at + 16)),
                                      _mm_or_si128(Load(text + at + 32), Load(text + at + 48)));
     if (_mm_movemask_epi8(all) != 0 || NeededAt(text, at) != 0) return false;
@@ -58,7 +51,7 @@ class CVectorCount {
     return true;
   }
 
-  void Take(const unsigned char* text, std::size_t at, std::size_t vectors) noexcept {
+  void Add(const unsigned char* text, std::size_t at, std::size_t vectors) noexcept {
     __m128i units = _mm_set1_epi8(static_cast<char>(vectors));  // a byte for each column; at most twice `vectors`
     for (const std::size_t end = at + vectors * 16; at < end; at += 16) {
       const __m128i bytes = Load(text + at);
@@ -94,21 +87,21 @@ class CVectorCount {
 #endif
 
 // A short text that begins in ASCII is mostly ASCII, and done before wide vectors are set up.
-static bool IsForWideVectors(const unsigned char* text, std::size_t size) noexcept {
-  return g_hasWideVectors && size >= kFewestBytes && (size >= 128 || *text >= 0x80);
+static bool PrefersAvx2(const unsigned char* text, std::size_t size) noexcept {
+  return g_hasAvx2 && size >= kFewestBytes && (size >= 128 || *text >= 0x80);
 }
 
 // The units of the text, or kNotCounted if it is bad.
 static std::size_t CountUnits(const unsigned char* text, std::size_t size) noexcept {
-  if (IsForWideVectors(text, size)) return CountUnitsWide(text, size);
+  if (PrefersAvx2(text, size)) return CountUnitsAvx2(text, size);
   std::size_t at = 0, units = 0;
 #if defined(__SSE2__)
   CVectorCount count;
   for (; size - at >= 64; at += 64) {
-    if (!count.TakeAscii64(text, at)) count.Take(text, at, 4);
+    if (!count.AddAscii64(text, at)) count.Add(text, at, 4);
   }
   if (const std::size_t vectors = (size - at) / 16; vectors != 0) {
-    count.Take(text, at, vectors);
+    count.Add(text, at, vectors);
     at += vectors * 16;
   }
   if (!count.IsGood()) return kNotCounted;
@@ -198,7 +191,7 @@ static void DecodeVectors(const unsigned char*&, const unsigned char*, WCHAR*&, 
 
 // Fills [to, toEnd), which is what the text was counted to yield, and answers the place behind the last unit stored.
 static WCHAR* Decode(const unsigned char* at, const unsigned char* end, WCHAR* to, const WCHAR* toEnd) noexcept {
-  if (IsForWideVectors(at, static_cast<std::size_t>(end - at))) DecodeWide(at, end, to, toEnd);
+  if (PrefersAvx2(at, static_cast<std::size_t>(end - at))) DecodeAvx2(at, end, to, toEnd);
   DecodeVectors(at, end, to, toEnd);
   while (at < end && to < toEnd) {
     if (*at < 0x80) {
@@ -229,12 +222,12 @@ ZRRESULT ZrCreateZRSTRfromUTF32(const char32_t* text, int32_t length, ZRSTR* str
   if (length == -1) {
     for (size = 0; text[size] != 0;) ++size;
   }
-  if (size == 0) return GiveSharedEmpty(string);
+  if (size == 0) return StoreSharedEmpty(string);
 
   std::size_t units = size;
   for (std::size_t at = 0; at < size; ++at) units += text[at] > 0xFFFF;
   if (units > kMostUnits) return ZR_R_INVALID_ARGUMENTS;
-  ZRSTR made = *string = MakeRoom(units);
+  ZRSTR made = *string = AllocateText(units);
   if (made == nullptr) return ZR_R_NO_MEMORY;
   for (std::size_t at = 0; at < size; ++at) made = StoreCodePoint(made, text[at]);
   return ZR_R_OK;
@@ -243,13 +236,13 @@ ZRRESULT ZrCreateZRSTRfromUTF32(const char32_t* text, int32_t length, ZRSTR* str
 ZRRESULT ZrCreateZRSTRfromUTF8(const char* text, int32_t length, ZRSTR* string) noexcept {
   if (text == nullptr || string == nullptr || length < -1) return ZR_R_INVALID_ARGUMENTS;
   const std::size_t size = length == -1 ? std::strlen(text) : static_cast<std::size_t>(length);
-  if (size == 0) return GiveSharedEmpty(string);
+  if (size == 0) return StoreSharedEmpty(string);
 
   const auto* bytes = reinterpret_cast<const unsigned char*>(text);
   std::size_t units = CountUnits(bytes, size);
   if (units == kNotCounted) units = 0;
   if (units > kMostUnits) return ZR_R_INVALID_ARGUMENTS;
-  ZRSTR made = *string = MakeRoom(units);
+  ZRSTR made = *string = AllocateText(units);
   if (made == nullptr) return ZR_R_NO_MEMORY;
   WCHAR* const end = made + units;
   WCHAR* const stored = Decode(bytes, bytes + size, made, end);

@@ -2,8 +2,8 @@
 
 #include <functional>
 
+#include "platform/unicode_forms.h"
 #include "runtime/heap.h"
-#include "text/unicode_forms.h"
 #include "zrcore/unicode.h"
 
 // Converts [begin, end) into a new buffer of `room` units. `step(at, end, to)` converts what stands at `at`, moves both

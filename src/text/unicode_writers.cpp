@@ -8,8 +8,8 @@
 #include <cstring>
 #include <limits>
 
+#include "platform/unicode_forms.h"
 #include "text/counted_string.h"
-#include "text/unicode_forms.h"
 #include "text/utf8_vectors.h"
 #include "zrcore/unicode.h"
 
@@ -138,8 +138,8 @@ static std::size_t CountVectors(const WCHAR*&, const WCHAR*) noexcept { return 0
 #endif
 
 static std::size_t CountUtf8(const WCHAR* at, const WCHAR* end) noexcept {
-  if (const auto length = static_cast<std::size_t>(end - at); g_hasWideVectors && length >= kFewestUnits) {
-    if (const std::size_t bytes = CountUtf8Wide(at, length); bytes != kNotCounted) return bytes;
+  if (const auto length = static_cast<std::size_t>(end - at); g_hasAvx2 && length >= kFewestUnits) {
+    if (const std::size_t bytes = CountUtf8Avx2(at, length); bytes != kNotCounted) return bytes;
   }
   std::size_t bytes = CountVectors(at, end);
   for (; at < end; ++at) {
@@ -156,7 +156,7 @@ static std::size_t CountUtf8(const WCHAR* at, const WCHAR* end) noexcept {
 }
 
 // One character from `at`, which is not a surrogate in the last place; answers its code point and moves `at` behind it.
-static char32_t TakeMerged(const WCHAR*& at) noexcept {
+static char32_t ReadMerged(const WCHAR*& at) noexcept {
   const WCHAR unit = *at++;
   return IsSurrogate(unit) ? MergeUnits(unit, *at++) : char32_t{unit};
 }
@@ -210,7 +210,7 @@ static void EncodeVectors(const WCHAR*&, const WCHAR*, unsigned char*&, const un
 static std::size_t EncodeUtf8(const WCHAR* at, const WCHAR* end, unsigned char* buffer, std::size_t limit) noexcept {
   unsigned char* to = buffer;
   unsigned char* const toEnd = buffer + limit;
-  if (g_hasWideVectors) EncodeWide(at, end, to, toEnd);
+  if (g_hasAvx2) EncodeAvx2(at, end, to, toEnd);
   EncodeVectors(at, end, to, toEnd);
   while (at < end && to < toEnd) {
 #if defined(__SSE2__)
@@ -234,7 +234,7 @@ static std::size_t EncodeUtf8(const WCHAR* at, const WCHAR* end, unsigned char* 
       continue;
     }
     if (IsSurrogate(*at) && at + 1 == end) return 0;
-    const char32_t codePoint = TakeMerged(at);
+    const char32_t codePoint = ReadMerged(at);
     unsigned char sequence[kMostSequenceBytes] = {};
     const std::size_t size = SequenceSize(codePoint);
     StoreSequence(sequence, codePoint, size);

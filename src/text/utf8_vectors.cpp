@@ -6,7 +6,7 @@
 
 #include "text/utf8_vectors.h"
 
-#include "text/unicode_forms.h"
+#include "platform/unicode_forms.h"
 
 #if defined(__GNUC__) && defined(__x86_64__)
 
@@ -16,29 +16,29 @@
 #include <array>
 #include <cstdint>
 
-#define ZR_WIDE __attribute__((target("avx2,popcnt")))
+#define ZR_AVX2 __attribute__((target("avx2,popcnt")))
 
-bool FindWideVectors() noexcept {
+bool DetectAvx2() noexcept {
   __builtin_cpu_init();
   return __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("popcnt") != 0;
 }
 
-ZR_WIDE static __m256i Load(const void* at) noexcept { return _mm256_loadu_si256(static_cast<const __m256i*>(at)); }
-ZR_WIDE static __m128i LoadHalf(const void* at) noexcept { return _mm_loadu_si128(static_cast<const __m128i*>(at)); }
-ZR_WIDE static void Store(void* at, __m256i vector) noexcept { _mm256_storeu_si256(static_cast<__m256i*>(at), vector); }
-ZR_WIDE static void StoreHalf(void* at, __m128i vector) noexcept {
+ZR_AVX2 static __m256i Load(const void* at) noexcept { return _mm256_loadu_si256(static_cast<const __m256i*>(at)); }
+ZR_AVX2 static __m128i LoadHalf(const void* at) noexcept { return _mm_loadu_si128(static_cast<const __m128i*>(at)); }
+ZR_AVX2 static void Store(void* at, __m256i vector) noexcept { _mm256_storeu_si256(static_cast<__m256i*>(at), vector); }
+ZR_AVX2 static void StoreHalf(void* at, __m128i vector) noexcept {
   _mm_storeu_si128(static_cast<__m128i*>(at), vector);
 }
 
-ZR_WIDE static __m256i EachByte(int byte) noexcept { return _mm256_set1_epi8(static_cast<char>(byte)); }
-ZR_WIDE static __m256i EachUnit(int unit) noexcept { return _mm256_set1_epi16(static_cast<int16_t>(unit)); }
+ZR_AVX2 static __m256i EachByte(int byte) noexcept { return _mm256_set1_epi8(static_cast<char>(byte)); }
+ZR_AVX2 static __m256i EachUnit(int unit) noexcept { return _mm256_set1_epi16(static_cast<int16_t>(unit)); }
 
-ZR_WIDE static unsigned TopBits(__m256i bytes) noexcept { return static_cast<unsigned>(_mm256_movemask_epi8(bytes)); }
-ZR_WIDE static unsigned TopBits(__m128i bytes) noexcept { return static_cast<unsigned>(_mm_movemask_epi8(bytes)); }
-ZR_WIDE static std::size_t CountBits(unsigned bits) noexcept { return static_cast<std::size_t>(_mm_popcnt_u32(bits)); }
+ZR_AVX2 static unsigned TopBits(__m256i bytes) noexcept { return static_cast<unsigned>(_mm256_movemask_epi8(bytes)); }
+ZR_AVX2 static unsigned TopBits(__m128i bytes) noexcept { return static_cast<unsigned>(_mm_movemask_epi8(bytes)); }
+ZR_AVX2 static std::size_t CountBits(unsigned bits) noexcept { return static_cast<std::size_t>(_mm_popcnt_u32(bits)); }
 
 // The units of the vector that are `tag` under `mask`.
-ZR_WIDE static __m256i IsTagged(__m256i units, int mask, int tag) noexcept {
+ZR_AVX2 static __m256i IsTagged(__m256i units, int mask, int tag) noexcept {
   return _mm256_cmpeq_epi16(_mm256_and_si256(units, EachUnit(mask)), EachUnit(tag));
 }
 
@@ -62,7 +62,7 @@ static constexpr Shuffles MakeShuffles(IsKept isKept) {
 
 // The vector that ends `back` bytes before `bytes`, in front of which stands nothing.
 template <int back>
-ZR_WIDE static __m256i FromFront(__m256i bytes) noexcept {
+ZR_AVX2 static __m256i FromFront(__m256i bytes) noexcept {
   return _mm256_alignr_epi8(bytes, _mm256_permute2x128_si256(bytes, bytes, 0x08), 16 - back);
 }
 
@@ -70,7 +70,7 @@ ZR_WIDE static __m256i FromFront(__m256i bytes) noexcept {
 // before it leads two or more, the one before that three or more, or the third four, and else must not be one; the
 // others are gathered in `bad`. A good text has a unit for each byte that is no continuation byte, and one more for
 // each that leads four.
-ZR_WIDE static std::size_t CountUnits32(const unsigned char* at, bool isFront, unsigned skipped,
+ZR_AVX2 static std::size_t CountUnits32(const unsigned char* at, bool isFront, unsigned skipped,
                                         __m256i& bad) noexcept {
   const __m256i bytes = Load(at);
   const __m256i before1 = isFront ? FromFront<1>(bytes) : Load(at - 1);
@@ -87,7 +87,7 @@ ZR_WIDE static std::size_t CountUnits32(const unsigned char* at, bool isFront, u
 }
 
 // Where a run of ASCII from `at` on ends, to within a vector.
-ZR_WIDE static std::size_t SkipAscii(const unsigned char* text, std::size_t at, std::size_t size) noexcept {
+ZR_AVX2 static std::size_t SkipAscii(const unsigned char* text, std::size_t at, std::size_t size) noexcept {
   for (; size - at >= 128; at += 128) {
     const __m256i all = _mm256_or_si256(_mm256_or_si256(Load(text + at), Load(text + at + 32)),
                                         _mm256_or_si256(Load(text + at + 64), Load(text + at + 96)));
@@ -97,7 +97,7 @@ ZR_WIDE static std::size_t SkipAscii(const unsigned char* text, std::size_t at, 
   return at;
 }
 
-ZR_WIDE std::size_t CountUnitsWide(const unsigned char* text, std::size_t size) noexcept {
+ZR_AVX2 std::size_t CountUnitsAvx2(const unsigned char* text, std::size_t size) noexcept {
   std::size_t at = SkipAscii(text, 0, size), units = at;
   __m256i bad = _mm256_setzero_si256();
   while (size - at >= 32) {
@@ -119,9 +119,9 @@ static constexpr Shuffles kKeepUnits =
     MakeShuffles([](unsigned key, unsigned byte) { return (key >> byte / 2 & 1) != 0; });
 
 // Sixteen bytes as units of sixteen bits.
-ZR_WIDE static __m256i Widen(__m128i bytes) noexcept { return _mm256_cvtepu8_epi16(bytes); }
+ZR_AVX2 static __m256i Widen(__m128i bytes) noexcept { return _mm256_cvtepu8_epi16(bytes); }
 
-ZR_WIDE static void WidenAscii(const unsigned char*& at, const unsigned char* end, WCHAR*& to,
+ZR_AVX2 static void WidenAscii(const unsigned char*& at, const unsigned char* end, WCHAR*& to,
                                const WCHAR* toEnd) noexcept {
   while (end - at >= 32 && toEnd - to >= 32 && TopBits(Load(at)) == 0) {
     Store(to, Widen(LoadHalf(at)));
@@ -131,7 +131,7 @@ ZR_WIDE static void WidenAscii(const unsigned char*& at, const unsigned char* en
   }
 }
 
-ZR_WIDE void DecodeWide(const unsigned char*& text, const unsigned char* end, WCHAR*& units,
+ZR_AVX2 void DecodeAvx2(const unsigned char*& text, const unsigned char* end, WCHAR*& units,
                         const WCHAR* toEnd) noexcept {
   const unsigned char* at = text;
   WCHAR* to = units;
@@ -185,7 +185,7 @@ ZR_WIDE void DecodeWide(const unsigned char*& text, const unsigned char* end, WC
 // The bytes of sixteen units; those that `isCounted` masks out count as one byte each. Three bytes a unit, less one
 // below 0x800, less one more below 0x80; and a pair has two less. Each low surrogate has to follow a high one, and each
 // high one to be followed: the others are gathered in `bad`.
-ZR_WIDE static std::size_t CountBytes16(__m256i units, __m256i before, __m256i isCounted, __m256i& bad) noexcept {
+ZR_AVX2 static std::size_t CountBytes16(__m256i units, __m256i before, __m256i isCounted, __m256i& bad) noexcept {
   units = _mm256_and_si256(units, isCounted);
   before = _mm256_and_si256(before, isCounted);
   const __m256i isLow = IsTagged(units, 0xFC00, 0xDC00);
@@ -201,7 +201,7 @@ static constexpr auto kLastUnits = [] {
   return masks;
 }();
 
-ZR_WIDE static std::size_t SkipAscii(const WCHAR* text, std::size_t at, std::size_t length) noexcept {
+ZR_AVX2 static std::size_t SkipAscii(const WCHAR* text, std::size_t at, std::size_t length) noexcept {
   for (; length - at >= 64; at += 64) {
     const __m256i any = _mm256_or_si256(_mm256_or_si256(Load(text + at), Load(text + at + 16)),
                                         _mm256_or_si256(Load(text + at + 32), Load(text + at + 48)));
@@ -211,7 +211,7 @@ ZR_WIDE static std::size_t SkipAscii(const WCHAR* text, std::size_t at, std::siz
   return at;
 }
 
-ZR_WIDE std::size_t CountUtf8Wide(const WCHAR* text, std::size_t length) noexcept {
+ZR_AVX2 std::size_t CountUtf8Avx2(const WCHAR* text, std::size_t length) noexcept {
   if (IsHighSurrogate(text[length - 1])) return kNotCounted;
   std::size_t at = SkipAscii(text, 0, length), bytes = at;
   const __m256i all = EachUnit(0xFFFF);
@@ -247,7 +247,7 @@ static constexpr Shuffles kKeepOfThree = MakeShuffles([](unsigned key, unsigned 
 });
 
 // Eight pairs: a vector of them in is a vector of bytes out.
-ZR_WIDE static bool EncodePairs(const WCHAR* at, unsigned char* to) noexcept {
+ZR_AVX2 static bool EncodePairs(const WCHAR* at, unsigned char* to) noexcept {
   const __m256i pairs = Load(at);
   const __m256i tags = _mm256_and_si256(pairs, _mm256_set1_epi32(static_cast<int>(0xFC00FC00)));
   if (TopBits(_mm256_cmpeq_epi32(tags, _mm256_set1_epi32(static_cast<int>(0xDC00D800)))) != 0xFFFFFFFF) return false;
@@ -267,7 +267,7 @@ ZR_WIDE static bool EncodePairs(const WCHAR* at, unsigned char* to) noexcept {
 // Stores what is kept of both halves: a byte for each of the `units` in a half, and one for each bit of its key. False
 // if there is no room for two whole vectors, or if too few units are left behind them: each, but for the last of the
 // text, yields a byte at least, and those have to cover what is stored in excess.
-ZR_WIDE static bool StoreKept(__m256i bytes, const Shuffles& shuffles, unsigned firstKey, unsigned secondKey,
+ZR_AVX2 static bool StoreKept(__m256i bytes, const Shuffles& shuffles, unsigned firstKey, unsigned secondKey,
                               std::size_t units, std::ptrdiff_t unitsLeft, unsigned char*& to,
                               const unsigned char* toEnd) noexcept {
   const std::size_t first = units + CountBits(firstKey), second = units + CountBits(secondKey);
@@ -279,7 +279,7 @@ ZR_WIDE static bool StoreKept(__m256i bytes, const Shuffles& shuffles, unsigned 
   return true;
 }
 
-ZR_WIDE static void NarrowAscii(const WCHAR*& at, const WCHAR* end, unsigned char*& to,
+ZR_AVX2 static void NarrowAscii(const WCHAR*& at, const WCHAR* end, unsigned char*& to,
                                 const unsigned char* toEnd) noexcept {
   while (end - at >= 32 && toEnd - to >= 32) {
     const __m256i first = Load(at), second = Load(at + 16);
@@ -290,7 +290,7 @@ ZR_WIDE static void NarrowAscii(const WCHAR*& at, const WCHAR* end, unsigned cha
   }
 }
 
-ZR_WIDE void EncodeWide(const WCHAR*& text, const WCHAR* end, unsigned char*& buffer,
+ZR_AVX2 void EncodeAvx2(const WCHAR*& text, const WCHAR* end, unsigned char*& buffer,
                         const unsigned char* toEnd) noexcept {
   const WCHAR* at = text;
   unsigned char* to = buffer;
@@ -344,10 +344,10 @@ ZR_WIDE void EncodeWide(const WCHAR*& text, const WCHAR* end, unsigned char*& bu
 
 #else
 
-bool FindWideVectors() noexcept { return false; }
-std::size_t CountUnitsWide(const unsigned char*, std::size_t) noexcept { return kNotCounted; }
-void DecodeWide(const unsigned char*&, const unsigned char*, WCHAR*&, const WCHAR*) noexcept {}
-std::size_t CountUtf8Wide(const WCHAR*, std::size_t) noexcept { return kNotCounted; }
-void EncodeWide(const WCHAR*&, const WCHAR*, unsigned char*&, const unsigned char*) noexcept {}
+bool DetectAvx2() noexcept { return false; }
+std::size_t CountUnitsAvx2(const unsigned char*, std::size_t) noexcept { return kNotCounted; }
+void DecodeAvx2(const unsigned char*&, const unsigned char*, WCHAR*&, const WCHAR*) noexcept {}
+std::size_t CountUtf8Avx2(const WCHAR*, std::size_t) noexcept { return kNotCounted; }
+void EncodeAvx2(const WCHAR*&, const WCHAR*, unsigned char*&, const unsigned char*) noexcept {}
 
 #endif

@@ -11,23 +11,23 @@
 
 #include "zrcore/base.h"
 
-extern bool g_hasWideVectors;
+extern bool g_hasAvx2;
 
 // By the processor, and by the compiler.
-[[nodiscard]] bool FindWideVectors() noexcept;
+[[nodiscard]] bool DetectAvx2() noexcept;
 
 inline constexpr std::size_t kNotCounted = std::numeric_limits<std::size_t>::max();
 
 // The units that a text of at least kFewestBytes yields, or kNotCounted if it is bad.
 inline constexpr std::size_t kFewestBytes = 35;
-[[nodiscard]] std::size_t CountUnitsWide(const unsigned char* text, std::size_t size) noexcept;
+[[nodiscard]] std::size_t CountUnitsAvx2(const unsigned char* text, std::size_t size) noexcept;
 
 // Decodes from the beginning of a text that was counted and is good. Units beside `to` are not kept, up to `toEnd`.
-void DecodeWide(const unsigned char*& at, const unsigned char* end, WCHAR*& to, const WCHAR* toEnd) noexcept;
+void DecodeAvx2(const unsigned char*& at, const unsigned char* end, WCHAR*& to, const WCHAR* toEnd) noexcept;
 
 // The bytes that at least kFewestUnits units yield, or kNotCounted if not all surrogates stand in pairs.
 inline constexpr std::size_t kFewestUnits = 16;
-[[nodiscard]] std::size_t CountUtf8Wide(const WCHAR* text, std::size_t length) noexcept;
+[[nodiscard]] std::size_t CountUtf8Avx2(const WCHAR* text, std::size_t length) noexcept;
 
 // Encodes from `at`. What it leaves yields enough bytes to cover whatever is stored behind `to`.
-void EncodeWide(const WCHAR*& at, const WCHAR* end, unsigned char*& to, const unsigned char* toEnd) noexcept;
+void EncodeAvx2(const WCHAR*& at, const WCHAR* end, unsigned char*& to, const unsigned char* toEnd) noexcept;

@@ -85,7 +85,3 @@ constexpr ZRDATETIMESTRUCT RecordOf(ZRDATETIME value) noexcept {
   record.fraction = fraction;
   return record;
 }
-
-// The time of day as text: seven digits of ticks, or, in a form of its own with blanks around the colons,
-// three of milliseconds.
-[[nodiscard]] ZRSTR FormatTime(const ZRDATETIMESTRUCT& record, bool withFraction) noexcept;

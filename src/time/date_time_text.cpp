@@ -1,24 +1,15 @@
 // The texts of date and time. Numbers that fill their places go two digits at a time, straight into the string; any
 // other record takes the slow road, through a buffer.
 
-#include <algorithm>
+#include "time/date_time_text.h"
+
 #include <array>
 #include <cstddef>
 #include <string_view>
 
-#include "text/digit_pairs.h"
+#include "text/decimal_digits.h"
 #include "time/date_time.h"
 #include "time/time_text.h"
-
-int32_t ReadOddPlace(CTextView text, std::size_t at, std::size_t width) noexcept {
-  return static_cast<int32_t>(
-      ReadInteger<int64_t>(CTextView(text.data() + at, std::min(width, text.size() - at))).value);
-}
-
-ZRSTR NewString(const WCHAR* begin, const WCHAR* end) noexcept {
-  return ZrCreateStringByteLen(begin,
-                               static_cast<uint32_t>((end - begin) * static_cast<std::ptrdiff_t>(sizeof(WCHAR))));
-}
 
 // ---- Reading -------------------------------------------------------------------------------------------------------
 
@@ -67,7 +58,7 @@ static void ReadAnyTime(CTextView text, ZRDATETIMESTRUCT& record) noexcept {
 uint8_t ZrDateTimeStringToDateTimeStruct(ZRSTR string, ZRDATETIMESTRUCT* record) noexcept {
   if (record == nullptr) return 0;
   *record = ZRDATETIMESTRUCT{};
-  const CTextView text = TextOf(string);
+  const CTextView text = ViewOf(string);
   if (text.size() < 10) return 0;
   if (!ReadPlainDateTime(text, *record)) ReadAnyDateTime(text, *record);
   record->dayOfWeek = DayOfWeekOf(*record);
@@ -77,7 +68,7 @@ uint8_t ZrDateTimeStringToDateTimeStruct(ZRSTR string, ZRDATETIMESTRUCT* record)
 uint8_t ZrTimeStringToDateTimeStruct(ZRSTR string, ZRDATETIMESTRUCT* record) noexcept {
   if (record == nullptr) return 0;
   *record = ZRDATETIMESTRUCT{};
-  const CTextView text = TextOf(string);
+  const CTextView text = ViewOf(string);
   if (text.size() < 2) return 0;
   if (text.size() >= CPlainTime::kLength && CPlainTime(text.data()).IsPlain()) {
     SetTime(*record, CPlainTime(text.data()));
@@ -179,7 +170,7 @@ static ZRSTR FormatSpacedTime(const ZRDATETIMESTRUCT& record) noexcept {
 ZRSTR FormatTime(const ZRDATETIMESTRUCT& record, bool withFraction) noexcept {
   if (!withFraction) return FormatSpacedTime(record);
   if (HasPlainTime(record) && HasPlainFraction(record)) {
-    ZRSTR string = AllocateUnits(kTimeLength + kFractionLength);
+    ZRSTR string = AllocateText(kTimeLength + kFractionLength);
     if (string == nullptr) return nullptr;
     WritePlainTime(string, record);
     WritePlainFraction(string + kTimeLength, record);
@@ -192,7 +183,7 @@ ZRSTR FormatTime(const ZRDATETIMESTRUCT& record, bool withFraction) noexcept {
 ZRSTR ZrDateTimeStructToDateString(const ZRDATETIMESTRUCT* record) noexcept {
   if (record == nullptr) return nullptr;
   if (HasPlainDate(*record)) {
-    ZRSTR string = AllocateUnits(kDateLength);
+    ZRSTR string = AllocateText(kDateLength);
     if (string != nullptr) WritePlainDate(string, *record);
     return string;
   }
@@ -206,7 +197,7 @@ ZRSTR ZrDateTimeStructToDateTimeString(const ZRDATETIMESTRUCT* record, uint8_t w
                        (withFraction != 0 ? HasPlainFraction(*record) : HasPlainMillisecond(*record));
   if (isPlain) {
     constexpr std::size_t kPointAt = kDateLength + 1 + kTimeLength;
-    ZRSTR string = AllocateUnits(kPointAt + (withFraction != 0 ? kFractionLength : kMillisecondLength));
+    ZRSTR string = AllocateText(kPointAt + (withFraction != 0 ? kFractionLength : kMillisecondLength));
     if (string == nullptr) return nullptr;
     WritePlainDate(string, *record);
     string[kDateLength] = ' ';

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "text/digit_pairs.h"
+#include "text/decimal_digits.h"
 #include "time/time_text.h"
 #include "zrcore/datetime.h"
 #include "zrcore/timespan.h"
@@ -37,7 +37,7 @@ ZRSTR ZrTimeSpanToTimeSpanString(ZRTIMESPAN span) noexcept {
   if (span < 0 || days > 9999) return FormatOddSpan(days, seconds, ticks);
 
   const std::size_t daysLength = days != 0 ? 5 : 0;
-  ZRSTR string = AllocateUnits(daysLength + kTimeLength);
+  ZRSTR string = AllocateText(daysLength + kTimeLength);
   if (string == nullptr) return nullptr;
   if (days != 0) {
     WriteFourDigits(string, static_cast<uint32_t>(days));
@@ -73,7 +73,7 @@ static uint64_t ReadDays(CTextView text) noexcept {
 uint8_t ZrTimeSpanStringToTimeSpan(ZRSTR string, ZRTIMESPAN* span) noexcept {
   if (span == nullptr) return 0;
   *span = 0;
-  const CTextView text = TextOf(string);
+  const CTextView text = ViewOf(string);
   if (text.size() < 2) return 0;
   std::size_t mark = 0;  // the first dot or colon
   while (mark < text.size() && text[mark] != ':' && text[mark] != '.') ++mark;

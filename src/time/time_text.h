@@ -78,14 +78,5 @@ class CPlainTime {
   CFourPlaces hourAndMinute_, second_, ticks_, lastTicks_;
 };
 
-inline CTextView TextOf(ZRSTR string) noexcept { return {string, StringLen(string)}; }
-
-// A string for `units` units, its terminator in place; null when memory is exhausted.
-[[nodiscard]] inline ZRSTR AllocateUnits(std::size_t units) noexcept {
-  ZRSTR string = AllocateString((units + 1) * sizeof(WCHAR));
-  if (string != nullptr) string[units] = 0;
-  return string;
-}
-
 // A new string of the units from `begin` to `end`; null when memory is exhausted.
 [[nodiscard]] ZRSTR NewString(const WCHAR* begin, const WCHAR* end) noexcept;

@@ -4,6 +4,9 @@
 
 #include "text/counted_string.h"
 #include "variants/array_payload.h"
+#include "variants/numeric_targets.h"
+#include "variants/structured_targets.h"
+#include "variants/text_target.h"
 #include "variants/variant_record.h"
 
 // ---- Dispatch ------------------------------------------------------------------------------------------------------

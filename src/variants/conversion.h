@@ -1,4 +1,4 @@
-// The conversion engine: the scalar conversion that ZrVariantChangeType and arrays share, and its target functions.
+// The conversion engine: the scalar conversion that ZrVariantChangeType and arrays share.
 
 #pragma once
 
@@ -17,12 +17,3 @@
 
 // A scalar as ZrVariantCopy would give it, but with the payload of the original and without an owner.
 [[nodiscard]] ZRVARIANT LendCopy(const ZRVARIANT& original) noexcept;
-
-// A function a target. `rule` is one of those in the target's column but NotSupported and Invalid.
-using TargetFunction = ZRRESULT(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
-
-// For the integers from 8 to 64 bits, float and double.
-template <class Target>
-ZRRESULT ToNumber(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
-
-TargetFunction ToBool, ToChar32, ToCY, ToTime, ToDateTime, ToStr, ToBlob, ToUUID, ToREF, ToSREF;

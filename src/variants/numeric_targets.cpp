@@ -1,5 +1,7 @@
 // Conversions to numbers.
 
+#include "variants/numeric_targets.h"
+
 #include <algorithm>
 #include <concepts>
 #include <cstring>
@@ -8,53 +10,50 @@
 #include "text/code_units.h"
 #include "text/counted_string.h"
 #include "text/real_text.h"
-#include "variants/conversion.h"
 #include "variants/number_rule.h"
 #include "zrcore/unicode.h"
 
 // ---- Numbers -------------------------------------------------------------------------------------------------------
 
 // Calls `take` with the number of a record, in the widest type of its kind, which holds it exactly.
-template <class Take>
-static ZRRESULT WithNumber(const ZRVARIANT& source, Take&& take) {
+template <class Use>
+static ZRRESULT WithNumber(const ZRVARIANT& source, Use&& use) {
   const ZRVARIANTVALUE& value = source.Value;
   switch (source.Type & ZR_VT_TYPEMASK) {
     case ZR_VT_I1:
-      return take(int64_t{value.i1});
+      return use(int64_t{value.i1});
     case ZR_VT_I2:
-      return take(int64_t{value.i2});
+      return use(int64_t{value.i2});
     case ZR_VT_I4:
-      return take(int64_t{value.i4});
+      return use(int64_t{value.i4});
     case ZR_VT_I8:
     case ZR_VT_TIME:
     case ZR_VT_DATETIME:
     case ZR_VT_CY:
-      return take(value.i8);
+      return use(value.i8);
     case ZR_VT_UI1:
     case ZR_VT_BYTE:
-      return take(int64_t{value.ui1});
+      return use(int64_t{value.ui1});
     case ZR_VT_UI2:
     case ZR_VT_WORD:
-      return take(int64_t{value.ui2});
+      return use(int64_t{value.ui2});
     case ZR_VT_UI4:
     case ZR_VT_DWORD:
     case ZR_VT_CHAR32:
-      return take(int64_t{value.ui4});
+      return use(int64_t{value.ui4});
     case ZR_VT_UI8:
     case ZR_VT_QWORD:
-      return take(value.ui8);
+      return use(value.ui8);
     case ZR_VT_R4:
-      return take(value.r4);
+      return use(value.r4);
     case ZR_VT_R8:
-      return take(value.r8);
+      return use(value.r8);
     default:
       return ZR_R_NOT_SUPPORTED;
   }
 }
 
 // ---- Text ----------------------------------------------------------------------------------------------------------
-
-static CTextView UnitsOf(ZRSTR string) noexcept { return {string, StringLen(string)}; }
 
 template <class Target>
 struct CParsed {
@@ -112,10 +111,10 @@ static CParsed<Target> Parse(CTextView text) {
 
 // The words that stand for a number, in any case: 1, 0, or -1 for any other text.
 static int NumberOfWord(ZRSTR text) noexcept {
-  static constexpr auto kTrue = Wide("TRUE");
-  static constexpr auto kFalse = Wide("FALSE");
-  static constexpr auto kLongTrue = Wide("ZR_TRUE");
-  static constexpr auto kLongFalse = Wide("ZR_FALSE");
+  static constexpr auto kTrue = WideLiteral("TRUE");
+  static constexpr auto kFalse = WideLiteral("FALSE");
+  static constexpr auto kLongTrue = WideLiteral("ZR_TRUE");
+  static constexpr auto kLongFalse = WideLiteral("ZR_FALSE");
   const auto is = [text](const auto& word) { return ZrWCHARCompareNoCase(text, word.data()) == 0; };
   if (is(kTrue) || is(kLongTrue)) return 1;
   return is(kFalse) || is(kLongFalse) ? 0 : -1;
@@ -131,7 +130,7 @@ static void Store(Target number, ZRVARIANTVALUE& value) noexcept {
 
 template <class Target>
 static ZRRESULT ParseNumber(ZRSTR text, ZRVARIANTVALUE& value) {
-  const CParsed<Target> parsed = Parse<Target>(UnitsOf(text));
+  const CParsed<Target> parsed = Parse<Target>(ViewOf(text));
   Store(parsed.number, value);
   if (parsed.isWhole) return parsed.isClamped ? ZR_R_FAILED : ZR_R_OK;
   const int word = NumberOfWord(text);

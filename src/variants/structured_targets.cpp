@@ -1,5 +1,7 @@
 // Conversions to counts of time, blobs, UUIDs and references.
 
+#include "variants/structured_targets.h"
+
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -12,7 +14,6 @@
 #include "text/counted_string.h"
 #include "text/number_text.h"
 #include "time/date_time.h"
-#include "variants/conversion.h"
 #include "variants/number_rule.h"
 #include "variants/variant_record.h"
 #include "zrcore/unicode.h"

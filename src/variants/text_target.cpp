@@ -1,5 +1,7 @@
 // Conversion to text.
 
+#include "variants/text_target.h"
+
 #include <array>
 
 #include "blobs/blob_handle.h"
@@ -8,8 +10,8 @@
 #include "text/decimal_digits.h"
 #include "text/real_text.h"
 #include "time/date_time.h"
+#include "time/date_time_text.h"
 #include "time/time_text.h"
-#include "variants/conversion.h"
 #include "zrcore/unicode.h"
 
 template <std::size_t size>
@@ -18,8 +20,8 @@ static ZRSTR NewWord(const std::array<WCHAR, size>& word) noexcept {
 }
 
 static ZRSTR BooleanText(uint8_t boolean) noexcept {
-  static constexpr auto kTrue = Wide("TRUE");
-  static constexpr auto kFalse = Wide("FALSE");
+  static constexpr auto kTrue = WideLiteral("TRUE");
+  static constexpr auto kFalse = WideLiteral("FALSE");
   return boolean != 0 ? NewWord(kTrue) : NewWord(kFalse);
 }
 
@@ -50,7 +52,7 @@ static ZRSTR BlobText(ZRBLOB blob) noexcept {
 }
 
 // The text of a kind that always has one. Null where memory is exhausted, and for a blob without bytes.
-static ZRSTR TextOf(uint16_t tag, const ZRVARIANTVALUE& from) {
+static ZRSTR PayloadText(uint16_t tag, const ZRVARIANTVALUE& from) {
   switch (tag) {
     case ZR_VT_BOOL:
       return BooleanText(from.boolean);
@@ -105,7 +107,7 @@ ZRRESULT ToStr(Rule /*rule*/, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
     case ZR_VT_SREF:
       return from.sref != nullptr ? ZrSREFToString(from.sref, &value.string) : ZR_R_INVALID_ARGUMENTS;
     default:
-      value.string = TextOf(tag, from);  // a null for want of memory is no failure
+      value.string = PayloadText(tag, from);  // a null for want of memory is no failure
       return ZR_R_OK;
   }
 }

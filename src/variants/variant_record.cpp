@@ -61,7 +61,7 @@ void ReleasePayload(PayloadKind kind, ZRVARIANTVALUE payload) {
       ReleaseString(payload.string);
       break;
     case PayloadKind::Ref:
-      GiveRef(payload.ref);
+      RecycleRef(payload.ref);
       break;
     case PayloadKind::Sref:
       ZrDestroySREF(payload.sref);

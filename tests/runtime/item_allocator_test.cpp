@@ -36,7 +36,7 @@ struct ItemAllocatorTest : testing::Test {
 
   // Gives `count` items that the heap made; answers how many are cached then.
   static uint32_t Give(CItemAllocator& items, uint32_t count) {
-    while (count-- > 0) items.Give(AllocateOrThrow(kSize));
+    while (count-- > 0) items.Recycle(AllocateOrThrow(kSize));
     return CItemAllocatorProbe::Cached(items);
   }
   CItemAllocator items_{"items", true, kSize, 0};
@@ -45,37 +45,37 @@ struct ItemAllocatorTest : testing::Test {
 TEST_F(ItemAllocatorTest, ServesTheLastItemFirstAndOnlyItsSize) {
   void* first = items_.Allocate(kSize);
   void* second = items_.AllocateWithoutThrow(kSize);
-  items_.Give(first);
-  items_.Give(second, 7);
-  items_.Give(nullptr);
-  EXPECT_EQ(items_.Take(kSize - 1), nullptr);
-  EXPECT_EQ(items_.Take(kSize + 1), nullptr);
+  items_.Recycle(first);
+  items_.Recycle(second, 7);
+  items_.Recycle(nullptr);
+  EXPECT_EQ(items_.PopCached(kSize - 1), nullptr);
+  EXPECT_EQ(items_.PopCached(kSize + 1), nullptr);
   EXPECT_EQ(items_.Allocate(kSize), second);
   std::thread([&] {
-    EXPECT_EQ(items_.Take(kSize), first) << "any thread is served, unless the mode is changed";
+    EXPECT_EQ(items_.PopCached(kSize), first) << "any thread is served, unless the mode is changed";
   }).join();
-  EXPECT_EQ(items_.Take(kSize), nullptr);
+  EXPECT_EQ(items_.PopCached(kSize), nullptr);
 
   // Switched off, what is cached stays where it is.
-  items_.Give(first);
+  items_.Recycle(first);
   CItemAllocator::SetEnabled(false);
-  EXPECT_EQ(items_.Take(kSize), nullptr);
-  items_.Give(second);
+  EXPECT_EQ(items_.PopCached(kSize), nullptr);
+  items_.Recycle(second);
   CItemAllocator::SetEnabled(true);
   EXPECT_EQ(Give(items_, 0), 1u);
 
-  EXPECT_EQ(items_.Take(kSize), first);
+  EXPECT_EQ(items_.PopCached(kSize), first);
   void* fresh = items_.AllocateWithoutThrow(kSize);  // nothing is cached
   EXPECT_NE(fresh, nullptr);
-  items_.Give(fresh);
+  items_.Recycle(fresh);
   EXPECT_EQ(items_.AllocateWithoutThrow(kSize), fresh);
-  items_.Give(fresh);
+  items_.Recycle(fresh);
   std::free(first);
 
   // Torn down, it serves from the heap and to the heap.
   items_.Teardown();
   EXPECT_EQ(Give(items_, 1), 0u);
-  EXPECT_EQ(items_.Take(0), nullptr);
+  EXPECT_EQ(items_.PopCached(0), nullptr);
 }
 
 TEST_F(ItemAllocatorTest, CapsAndTheirTrimming) {
@@ -122,7 +122,7 @@ TEST_F(ItemAllocatorTest, NobodyWaitsAndOneThreadOwnsTheCachesInSingleThreadMode
   CItemAllocatorProbe::SetFlag(items_, 1);
   for (bool isMultiThreaded : {true, false}) {
     CItemAllocator::SetMultiThreaded(isMultiThreaded);
-    EXPECT_EQ(items_.Take(kSize), nullptr);
+    EXPECT_EQ(items_.PopCached(kSize), nullptr);
     EXPECT_EQ(Give(items_, 1), 1u) << "to the heap";
   }
   EXPECT_EQ(g_itemAllocators.ownerThread, kNoThread);
@@ -130,12 +130,12 @@ TEST_F(ItemAllocatorTest, NobodyWaitsAndOneThreadOwnsTheCachesInSingleThreadMode
   EXPECT_EQ(Give(items_, 1), 2u);
   EXPECT_EQ(g_itemAllocators.ownerThread, PlatformThreadId());
   std::thread([&] {
-    EXPECT_EQ(items_.Take(kSize), nullptr);
+    EXPECT_EQ(items_.PopCached(kSize), nullptr);
     EXPECT_EQ(Give(items_, 1), 2u);
   }).join();
   CItemAllocatorProbe::SetFlag(items_, 1);
   EXPECT_EQ(Give(items_, 1), 3u) << "the owner needs no flag";
-  std::free(items_.Take(kSize));
+  std::free(items_.PopCached(kSize));
   EXPECT_EQ(Give(items_, 0), 2u);
   CItemAllocatorProbe::SetFlag(items_, 0);
 }
@@ -149,7 +149,7 @@ TEST_F(ItemAllocatorTest, ThreadsNeverShareAnItem) {
       item[0] = item[4] = mark;
       if (round % 64 == 0) PlatformYield();
       if (item[0] != mark || item[4] != mark) ADD_FAILURE();
-      items_.Give(item);
+      items_.Recycle(item);
     }
   });
   EXPECT_LE(Give(items_, 0), uint32_t{kThreads});
@@ -161,10 +161,10 @@ TEST_F(ItemAllocatorTest, ReferencesReturnClearedToTheirOwnAllocator) {
   ZRSREF* sref = ZrCreateSREF();
   sref->ref = ref;
   ZrDestroySREF(sref);
-  const auto* cached = static_cast<uint32_t*>(g_refAllocator.Take(sizeof(ZRREF)));
+  const auto* cached = static_cast<uint32_t*>(g_refAllocator.PopCached(sizeof(ZRREF)));
   ASSERT_EQ(cached, ref->words);
   EXPECT_EQ(cached[2] | cached[3] | cached[4] | cached[5], 0u) << "behind the link";
-  GiveRef(ref);
+  RecycleRef(ref);
   EXPECT_EQ(ZrCreateREF(), ref);
   for (uint32_t word : ref->words) EXPECT_EQ(word, 0u);
   EXPECT_EQ(ZrCreateSREF(), sref);
@@ -180,7 +180,8 @@ struct CLateRelease {
   ~CLateRelease() {
     if (sref != nullptr && g_itemAllocators.head != nullptr) std::_Exit(9);  // too early to prove anything
     ZrDestroySREF(sref);
-    if (g_refAllocator.Take(sizeof(ZRREF)) || g_srefAllocator.Take(sizeof(ZRSREF))) std::_Exit(8);  // kept, and lost
+    if (g_refAllocator.PopCached(sizeof(ZRREF)) || g_srefAllocator.PopCached(sizeof(ZRSREF)))
+      std::_Exit(8);  // kept, and lost
   }
 };
 __attribute__((init_priority(101))) static CLateRelease g_late;

@@ -16,7 +16,7 @@ static constexpr char32_t kKinds[][2] = {{0x20, 0x5F},     {0xA0, 0x760},    {0x
 // or nothing. All layers are compared with the model, with the vectors that this processor has and without.
 TEST(Utf8Vectors, AllLayersDoWhatTheModelDoesWithAndWithoutThem) {
   const uint32_t seed = RandomSeed(42);
-  const bool hadWide = g_hasWideVectors;
+  const bool hadWide = g_hasAvx2;
   for (uint32_t round = 0; round < 4300; ++round) {
     std::mt19937 random(seed + round);
     const auto pick = [&random](size_t below) { return static_cast<uint32_t>(random() % below); };
@@ -47,7 +47,7 @@ TEST(Utf8Vectors, AllLayersDoWhatTheModelDoesWithAndWithoutThem) {
     const int32_t length = pick(2) == 0 || units.empty() ? -1 : static_cast<int32_t>(1 + pick(units.size()));
     const auto stray = static_cast<int32_t>(pick(1200));
     for (const bool isWide : {false, hadWide}) {
-      g_hasWideVectors = isWide;
+      g_hasAvx2 = isWide;
       const std::string difference =
           FirstOf({CheckFromUtf8(bytes, static_cast<uint8_t>(stray)), CheckFromUtf32(points),
                    CheckWriters(units, length, stray), CheckRanges({bytes.begin(), bytes.end()}, units, points)});
@@ -61,9 +61,9 @@ TEST(Utf8Vectors, AllLayersDoWhatTheModelDoesWithAndWithoutThem) {
 // A sequence that is cut by ASCII characters, at each place around the end of a vector: blocks of them are counted
 // without a look at each.
 TEST(Utf8Vectors, SeeASequenceThatIsCutBeforeABlockOfAscii) {
-  const bool hadWide = g_hasWideVectors;
+  const bool hadWide = g_hasAvx2;
   for (const bool isWide : {false, hadWide}) {
-    g_hasWideVectors = isWide;
+    g_hasAvx2 = isWide;
     for (const std::string cut : {"\xC3", "\xE2\x82", "\xF0\x9F\xAA"}) {
       for (size_t place = 56; place < 72; ++place) {
         std::vector<uint8_t> bytes(200, 'a');

@@ -9,6 +9,9 @@
 #include <cwctype>
 #include <limits>
 
+#include "platform/posix/utf8_text.h"
+#include "platform/unicode_forms.h"
+
 static locale_t Native(CharacterLocale locale) noexcept { return static_cast<locale_t>(locale); }
 
 CharacterLocale PlatformOpenCharacterLocale() noexcept {
@@ -49,40 +52,20 @@ CDecimalPoint PlatformDecimalPoint() noexcept {
   return point;
 }
 
-struct CSequence {
-  unsigned char bytes[4];
-  std::size_t size;
-};
-
-// The next character of a terminated text; moves `at` behind it, which is where it was if this is the terminator.
-static CSequence TakeCharacter(const WCHAR*& at) noexcept {
-  char32_t codePoint = *at;
-  if (codePoint != 0) ++at;
-  if (codePoint >= 0xD800 && codePoint <= 0xDFFF) {
-    const bool isPair = codePoint <= 0xDBFF && *at >= 0xDC00 && *at <= 0xDFFF;
-    codePoint = isPair ? 0x10000 + ((codePoint - 0xD800) << 10) + (*at++ - 0xDC00u) : 0xFFFD;
-  }
-  const auto lead = [codePoint](unsigned mark, int shift) {
-    return static_cast<unsigned char>(mark | codePoint >> shift);
-  };
-  const auto tail = [codePoint](int shift) { return static_cast<unsigned char>(0x80 | (codePoint >> shift & 0x3F)); };
-  if (codePoint < 0x80) return {{lead(0, 0)}, 1};
-  if (codePoint < 0x800) return {{lead(0xC0, 6), tail(0)}, 2};
-  if (codePoint < 0x10000) return {{lead(0xE0, 12), tail(6), tail(0)}, 3};
-  return {{lead(0xF0, 18), tail(12), tail(6), tail(0)}, 4};
-}
-
+// Two passes of the same loop: with `size` 0 it only counts.
 int32_t PlatformTextToUtf8(const WCHAR* text, char* buffer, int32_t size) noexcept {
   const bool isQuery = size == 0;
   if (size < 0 || (!isQuery && (buffer == nullptr || static_cast<const void*>(buffer) == text))) return 0;
-  const auto room = static_cast<std::size_t>(isQuery ? std::numeric_limits<int32_t>::max() : size);
+  const auto capacity = static_cast<std::size_t>(isQuery ? std::numeric_limits<int32_t>::max() : size);
   std::size_t written = 0;
   for (const WCHAR* at = text;;) {
     const bool isTerminator = *at == 0;
-    const CSequence sequence = TakeCharacter(at);
-    if (sequence.size > room - written) return 0;
-    if (!isQuery) std::memcpy(buffer + written, sequence.bytes, sequence.size);
-    written += sequence.size;
+    const auto character = ReadUtf16Character(*at, isTerminator ? WCHAR{0} : at[1]);
+    const std::size_t bytes = SequenceSize(character.codePoint);
+    if (bytes > capacity - written) return 0;
+    if (!isQuery) StoreSequence(reinterpret_cast<unsigned char*>(buffer) + written, character.codePoint, bytes);
+    written += bytes;
     if (isTerminator) return static_cast<int32_t>(written);
+    at += character.units;
   }
 }

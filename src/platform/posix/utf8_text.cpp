@@ -1,39 +1,30 @@
+// UTF-8 to and from UTF-16 for the platform layer. Well-formed sequences are those of RFC 3629, table in section 4.
+
 #include "platform/posix/utf8_text.h"
 
-#include <cstdint>
+#include "platform/unicode_forms.h"
 
 static constexpr char32_t kReplacement = 0xFFFD;
 
-static bool IsHighSurrogate(char32_t unit) noexcept { return unit >= 0xD800 && unit <= 0xDBFF; }
-static bool IsLowSurrogate(char32_t unit) noexcept { return unit >= 0xDC00 && unit <= 0xDFFF; }
-
-static void AppendUtf8(std::string& bytes, char32_t codePoint) {
-  const auto tail = [codePoint](int shift) { return static_cast<char>(0x80 | (codePoint >> shift & 0x3F)); };
-  if (codePoint < 0x80) {
-    bytes += static_cast<char>(codePoint);
-  } else if (codePoint < 0x800) {
-    bytes += {static_cast<char>(0xC0 | codePoint >> 6), tail(0)};
-  } else if (codePoint < 0x10000) {
-    bytes += {static_cast<char>(0xE0 | codePoint >> 12), tail(6), tail(0)};
-  } else {
-    bytes += {static_cast<char>(0xF0 | codePoint >> 18), tail(12), tail(6), tail(0)};
-  }
+CUtf16Character ReadUtf16Character(char16_t unit, char16_t next) noexcept {
+  if (!IsSurrogate(unit)) return {unit, 1, true};
+  if (!IsHighSurrogate(unit) || !IsLowSurrogate(next)) return {kReplacement, 1, false};
+  return {MergeUnits(unit, next), 2, true};
 }
 
-// Appends all of `text`; answers whether every surrogate had its partner.
+// Appends all of `text` and returns whether it contained no lone surrogate.
 static bool AppendText(std::string& bytes, std::u16string_view text) {
-  bool wellFormed = true;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    char32_t codePoint = text[at];
-    if (IsHighSurrogate(codePoint) && at + 1 < text.size() && IsLowSurrogate(text[at + 1])) {
-      codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (text[++at] - 0xDC00u);
-    } else if (IsHighSurrogate(codePoint) || IsLowSurrogate(codePoint)) {
-      wellFormed = false;
-      codePoint = kReplacement;
-    }
-    AppendUtf8(bytes, codePoint);
+  bool isWellFormed = true;
+  for (std::size_t at = 0; at < text.size();) {
+    const auto character = ReadUtf16Character(text[at], at + 1 < text.size() ? text[at + 1] : u'\0');
+    unsigned char sequence[kMostSequenceBytes];
+    const std::size_t size = SequenceSize(character.codePoint);
+    StoreSequence(sequence, character.codePoint, size);
+    bytes.append(reinterpret_cast<const char*>(sequence), size);
+    isWellFormed = isWellFormed && character.isWellFormed;
+    at += character.units;
   }
-  return wellFormed;
+  return isWellFormed;
 }
 
 std::optional<std::string> ToUtf8(std::u16string_view text) {
@@ -44,7 +35,7 @@ std::optional<std::string> ToUtf8(std::u16string_view text) {
 
 std::string ToUtf8Lossy(std::u16string_view text) {
   std::string bytes;
-  (void)AppendText(bytes, text);  // the replacement shows
+  (void)AppendText(bytes, text);  // the reader sees the replacement
   return bytes;
 }
 
@@ -70,12 +61,14 @@ std::u16string FromUtf8Lossy(std::string_view bytes) {
       codePoint = codePoint << 6 | (byteAt(at + tail) & 0x3Fu);
     }
     const bool overlong = (length == 3 && codePoint < 0x800) || (length == 4 && codePoint < 0x10000);
-    if (taken > 1 && (overlong || codePoint > 0x10FFFF || (codePoint >= 0xD800 && codePoint <= 0xDFFF))) {
+    if (taken > 1 && (overlong || codePoint > 0x10FFFF || IsSurrogate(codePoint))) {
       codePoint = kReplacement;
       taken = 1;
     }
     if (codePoint >= 0x10000) {
-      text += {static_cast<char16_t>(0xD7C0 + (codePoint >> 10)), static_cast<char16_t>(0xDC00 | (codePoint & 0x3FF))};
+      char16_t pair[2];
+      (void)StorePair(pair, codePoint);
+      text.append(pair, 2);
     } else {
       text += static_cast<char16_t>(codePoint);
     }

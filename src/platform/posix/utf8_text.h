@@ -1,16 +1,27 @@
-// UTF-8 as the system's calls want and give it. Strict where a name is meant, lossy where a person reads.
+// UTF-8 for the calls of POSIX systems: strict for names of files, lossy for texts that a person reads.
 
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 
-// Null if a surrogate has no partner: no file has such a name.
+// One code point of UTF-16.
+struct CUtf16Character {
+  char32_t codePoint;  // U+FFFD for a lone surrogate
+  std::size_t units;   // 1, or 2 for a surrogate pair
+  bool isWellFormed;   // false for a lone surrogate
+};
+
+// The character that begins with `unit`. `next` is the unit after it, or 0 at the end of the text.
+[[nodiscard]] CUtf16Character ReadUtf16Character(char16_t unit, char16_t next) noexcept;
+
+// Returns null if the text contains a lone surrogate: no file has such a name.
 [[nodiscard]] std::optional<std::string> ToUtf8(std::u16string_view text);
 
-// U+FFFD stands for a surrogate without a partner.
+// Replaces each lone surrogate by U+FFFD.
 [[nodiscard]] std::string ToUtf8Lossy(std::u16string_view text);
 
-// U+FFFD stands for each byte that belongs to no well-formed sequence.
+// Replaces each byte that is not part of a well-formed sequence by U+FFFD.
 [[nodiscard]] std::u16string FromUtf8Lossy(std::string_view bytes);

@@ -1,8 +1,8 @@
-// Case, raw copies and UTF-8 with replacement.
-
-#include <cstring>
+// Letter case: filling the tables, comparing without case, changing the case of a text in place; and the exports that
+// do so with the tables of the process's default locale.
 
 #include "text/character_case.h"
+
 #include "text/code_units.h"
 #include "zrcore/unicode.h"
 
@@ -82,25 +82,7 @@ static void ChangeCase(const CCaseMap& map, WCHAR* text, char first, char last) 
   for (; at < length; ++at) text[at] = map[text[at]];
 }
 
-static ZRRESULT CopyUnits(const WCHAR* source, WCHAR* destination, uint32_t count) noexcept {
-  if (source == nullptr || destination == nullptr || count == 0) return ZR_R_INVALID_ARGUMENTS;
-  std::memmove(destination, source, std::size_t{count} * sizeof(WCHAR));
-  return ZR_R_OK;
-}
-
 // ---- The exports ---------------------------------------------------------------------------------------------------
-
-int32_t ZrZRSTRtoUTF8(ZRSTR string, char* buffer, int32_t size) noexcept {
-  return string != nullptr ? PlatformTextToUtf8(string, buffer, size) : 0;
-}
-
-ZRRESULT ZrCopyZRSTR2WCHAR(ZRSTR source, WCHAR* destination, uint32_t count) noexcept {
-  return CopyUnits(source, destination, count);
-}
-
-ZRRESULT ZrCopyWCHAR2ZRSTR(const WCHAR* source, ZRSTR destination, uint32_t count) noexcept {
-  return CopyUnits(source, destination, count);
-}
 
 int32_t ZrWCHARCompareNoCase(const WCHAR* left, const WCHAR* right) noexcept {
   if (left == nullptr || right == nullptr) return left == right ? 0 : left == nullptr ? -1 : 1;

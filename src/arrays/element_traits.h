@@ -5,7 +5,7 @@
 //   Initialise      makes empty elements of zeros
 //   Copy            into a fresh element, for the copy of an array; null stays null
 //   Carry           the same for a change of shape, where the family's own copy decides
-//   Take            one more owner for a value that is to be put; a result that isn't ZR_R_OK refuses it
+//   Acquire         one more owner for a value that is to be put; a result that isn't ZR_R_OK refuses it
 //   Release         of an element that is not null
 //   Deliver         into a caller's variable; DeliverNothing where the array has no elements
 //   AreEqual        false also where the family's comparison fails
@@ -22,13 +22,13 @@
 #include "zrcore/variant.h"
 
 template <class T>
-struct PlainKind {
+struct PlainTraits {
   using Element = T;
   static constexpr bool kIsPlain = true;
   static constexpr std::size_t kWidth = sizeof(T);
 };
 
-using UuidKind = PlainKind<ZRUUID>;
+using UuidTraits = PlainTraits<ZRUUID>;
 
 // By a family's own comparison.
 template <auto compare, class Pointer>
@@ -38,8 +38,8 @@ bool AreEqualBy(Pointer left, Pointer right) noexcept(noexcept(compare(left, rig
 }
 
 // What the pointers have in common, by the four operations of their kind.
-template <class Kind, class Pointer>
-struct PointerKind {
+template <class Traits, class Pointer>
+struct PointerTraits {
   using Element = Pointer;
   static constexpr bool kIsPlain = false;
   static constexpr bool kIsPointer = true;
@@ -47,18 +47,18 @@ struct PointerKind {
 
   static void Initialise(Element* /*elements*/, uint32_t /*count*/) noexcept {}  // zero is null
   static void Copy(const Element& from, Element& to) {
-    if (from != nullptr) (void)Kind::Take(from, to);
+    if (from != nullptr) (void)Traits::Acquire(from, to);
   }
-  static void Carry(const Element& from, Element& to) { (void)Kind::Take(from, to); }  // a refused one stays null
+  static void Carry(const Element& from, Element& to) { (void)Traits::Acquire(from, to); }  // a refused one stays null
   static ZRRESULT Deliver(const Element& from, Element& to) {
-    if (from != nullptr) (void)Kind::Take(from, to);
+    if (from != nullptr) (void)Traits::Acquire(from, to);
     return ZR_R_OK;
   }
   static void DeliverNothing(Element& /*to*/) noexcept {}
 };
 
-struct BlobKind : PointerKind<BlobKind, ZRBLOB> {
-  static ZRRESULT Take(ZRBLOB from, ZRBLOB& to) {
+struct BlobTraits : PointerTraits<BlobTraits, ZRBLOB> {
+  static ZRRESULT Acquire(ZRBLOB from, ZRBLOB& to) {
     to = ShareBlob(from);
     return ZR_R_OK;
   }
@@ -66,8 +66,8 @@ struct BlobKind : PointerKind<BlobKind, ZRBLOB> {
   static bool AreEqual(ZRBLOB left, ZRBLOB right) noexcept { return AreEqualBy<ZrCompareBlob>(left, right); }
 };
 
-struct StringKind : PointerKind<StringKind, ZRSTR> {
-  static ZRRESULT Take(ZRSTR from, ZRSTR& to) noexcept {
+struct StringTraits : PointerTraits<StringTraits, ZRSTR> {
+  static ZRRESULT Acquire(ZRSTR from, ZRSTR& to) noexcept {
     to = ShareString(from);  // of null, the empty string
     return ZR_R_OK;
   }
@@ -75,14 +75,14 @@ struct StringKind : PointerKind<StringKind, ZRSTR> {
   static bool AreEqual(ZRSTR left, ZRSTR right) noexcept { return CompareStrings(left, right) == 0; }
 };
 
-struct RefKind : PointerKind<RefKind, ZRREF*> {
-  static ZRRESULT Take(const ZRREF* from, ZRREF*& to) { return ZrCopyREF(from, &to); }
+struct RefTraits : PointerTraits<RefTraits, ZRREF*> {
+  static ZRRESULT Acquire(const ZRREF* from, ZRREF*& to) { return ZrCopyREF(from, &to); }
   static void Release(ZRREF* element) noexcept { ZrDestroyREF(element); }
   static bool AreEqual(const ZRREF* left, const ZRREF* right) noexcept { return AreEqualBy<ZrCompareREF>(left, right); }
 };
 
-struct SrefKind : PointerKind<SrefKind, ZRSREF*> {
-  static ZRRESULT Take(const ZRSREF* from, ZRSREF*& to) { return ZrCopySREF(from, &to); }
+struct SrefTraits : PointerTraits<SrefTraits, ZRSREF*> {
+  static ZRRESULT Acquire(const ZRSREF* from, ZRSREF*& to) { return ZrCopySREF(from, &to); }
   static void Release(ZRSREF* element) noexcept { ZrDestroySREF(element); }
   static bool AreEqual(const ZRSREF* left, const ZRSREF* right) noexcept {
     return AreEqualBy<ZrCompareSREF>(left, right);
@@ -90,21 +90,21 @@ struct SrefKind : PointerKind<SrefKind, ZRSREF*> {
 };
 
 // Objects are delivered null or not, and a caller's variable is taken at its word where there is nothing to deliver.
-struct InterfaceKind : PointerKind<InterfaceKind, IZrUnknown*> {
-  static ZRRESULT Take(IZrUnknown* from, IZrUnknown*& to) {
+struct InterfaceTraits : PointerTraits<InterfaceTraits, IZrUnknown*> {
+  static ZRRESULT Acquire(IZrUnknown* from, IZrUnknown*& to) {
     if (from != nullptr) from->AddRef();
     to = from;
     return ZR_R_OK;
   }
   static void Release(IZrUnknown* element) { element->Release(); }
-  static ZRRESULT Deliver(IZrUnknown* from, IZrUnknown*& to) { return Take(from, to); }
+  static ZRRESULT Deliver(IZrUnknown* from, IZrUnknown*& to) { return Acquire(from, to); }
   static void DeliverNothing(IZrUnknown*& to) {
     if (to != nullptr) to->AddRef();
   }
   static bool AreEqual(const IZrUnknown* left, const IZrUnknown* right) noexcept { return left == right; }
 };
 
-struct VariantKind {
+struct VariantTraits {
   using Element = ZRVARIANT;
   static constexpr bool kIsPlain = false;
   static constexpr bool kIsPointer = false;
@@ -115,7 +115,7 @@ struct VariantKind {
   }
   static void Copy(const ZRVARIANT& from, ZRVARIANT& to) { (void)CopyIntoReset(to, from); }
   static void Carry(const ZRVARIANT& from, ZRVARIANT& to) { (void)CopyIntoReset(to, from); }
-  static ZRRESULT Take(const ZRVARIANT& from, ZRVARIANT& to) { return ZrVariantCopy(&to, &from); }
+  static ZRRESULT Acquire(const ZRVARIANT& from, ZRVARIANT& to) { return ZrVariantCopy(&to, &from); }
   static void Release(ZRVARIANT& element) { (void)ZrVariantClear(&element); }
   static ZRRESULT Deliver(const ZRVARIANT& from, ZRVARIANT& to) { return ZrVariantCopy(&to, &from); }
   static void DeliverNothing(ZRVARIANT& /*to*/) noexcept {}

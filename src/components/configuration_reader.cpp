@@ -1,6 +1,6 @@
 // Three interfaces deep, one value at a time. Results are not looked at on the way: an object came or it didn't.
 
-#include "components/core_configuration.h"
+#include "components/configuration_reader.h"
 
 #include <cstring>
 #include <utility>
@@ -103,7 +103,7 @@ CoreConfiguration ReadCoreConfiguration(IZrComponentDiscovery& discovery) {
   CoreConfiguration read;
   CObjectHolder<IZrConfiguration> configuration;
   {
-    const CStringHolder name = CStringHolder::Adopt(ZrCreateString(Wide("ZrCore").data()));
+    const CStringHolder name = CStringHolder::Adopt(ZrCreateString(WideLiteral("ZrCore").data()));
     if (name.Get() == nullptr) return read;  // as above
     const ZRUUID nil{};
     (void)discovery.QueryConfiguration(&nil, name.Get(), configuration.Receive());
@@ -113,9 +113,9 @@ CoreConfiguration ReadCoreConfiguration(IZrComponentDiscovery& discovery) {
   (void)configuration->QuerySection(section.Receive());
   if (section) {
     // Exactly 1: a boolean may hold any byte, and no other one turns the caches on.
-    read.enableAllocator = ReadNumber<uint8_t>(section, Wide("EnableAllocator").data(), ZR_VT_BOOL) == 1;
-    read.refCap = ReadNumber<uint32_t>(section, Wide("ZR_VT_REF").data(), ZR_VT_UI4);
-    read.srefCap = ReadNumber<uint32_t>(section, Wide("ZR_VT_SREF").data(), ZR_VT_UI4);
+    read.enableAllocator = ReadNumber<uint8_t>(section, WideLiteral("EnableAllocator").data(), ZR_VT_BOOL) == 1;
+    read.refCap = ReadNumber<uint32_t>(section, WideLiteral("ZR_VT_REF").data(), ZR_VT_UI4);
+    read.srefCap = ReadNumber<uint32_t>(section, WideLiteral("ZR_VT_SREF").data(), ZR_VT_UI4);
     section.Release();
   }
   configuration.Release();

@@ -1,6 +1,7 @@
-// What the layers of Unicode conversion share: surrogates, and the sequences of UTF-8.
+// The arithmetic of UTF-16 and UTF-8: surrogate pairs, and the byte sequences of UTF-8 (RFC 3629, RFC 2781).
 //
-// Only arithmetic lives here. What is refused, and when, differs from layer to layer and stands in each.
+// There are no checks here. Which input is refused differs between the exported conversions, so each of them decides
+// for itself. The header is part of the platform layer because that lowest layer needs it, too.
 
 #pragma once
 

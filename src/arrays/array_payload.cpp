@@ -1,0 +1,20 @@
+// The operations on arrays that variants need. Variants declare them, since they must not include headers of arrays.
+
+#include "variants/array_payload.h"
+
+#include "arrays/array_manager.h"
+#include "arrays/array_records.h"
+
+ZRRESULT DestroyArray(ZRSAFEARRAY array) { return g_arrayManager.SafeArrayDestroy(array); }
+
+ZRRESULT CopyArray(ZRSAFEARRAY source, ZRSAFEARRAY* copy) { return g_arrayManager.SafeArrayCopy(source, copy); }
+
+uint32_t ArrayElementCount(ZRSAFEARRAY array) noexcept { return array->elementCount; }
+
+ZRRESULT ChangeArrayType(ZRSAFEARRAY array, uint32_t flags, uint16_t target) {
+  return g_arrayManager.SafeArrayChangeType(array, flags, target);
+}
+
+ZRRESULT CompareArrays(ZRSAFEARRAY left, ZRSAFEARRAY right, uint8_t* equal) {
+  return g_arrayManager.SafeArrayCompare(left, right, equal);
+}

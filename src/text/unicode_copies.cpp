@@ -1,0 +1,24 @@
+// Raw copies of units, and UTF-8 in which U+FFFD replaces each lone surrogate.
+
+#include <cstring>
+
+#include "platform/locale_text.h"
+#include "zrcore/unicode.h"
+
+static ZRRESULT CopyUnits(const WCHAR* source, WCHAR* destination, uint32_t count) noexcept {
+  if (source == nullptr || destination == nullptr || count == 0) return ZR_R_INVALID_ARGUMENTS;
+  std::memmove(destination, source, std::size_t{count} * sizeof(WCHAR));
+  return ZR_R_OK;
+}
+
+int32_t ZrZRSTRtoUTF8(ZRSTR string, char* buffer, int32_t size) noexcept {
+  return string != nullptr ? PlatformTextToUtf8(string, buffer, size) : 0;
+}
+
+ZRRESULT ZrCopyZRSTR2WCHAR(ZRSTR source, WCHAR* destination, uint32_t count) noexcept {
+  return CopyUnits(source, destination, count);
+}
+
+ZRRESULT ZrCopyWCHAR2ZRSTR(const WCHAR* source, ZRSTR destination, uint32_t count) noexcept {
+  return CopyUnits(source, destination, count);
+}
