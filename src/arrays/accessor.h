@@ -56,6 +56,7 @@ class CZrSafeArrayAccessorBase {
   virtual ZRRESULT CopyData(uint32_t dimensions, const ZrSafeArrayBound* bounds, const void* source,
                             void** storage) const = 0;
   virtual ZRRESULT DestroyData(void* storage, uint32_t dimensions, const ZrSafeArrayBound* bounds) const = 0;
+  // Fixed by contract.
   virtual void* ElementAddress(void* storage, int32_t index) const noexcept = 0;
   virtual ZRRESULT GetElementValue(const ZrSafeArrayDescriptor* descriptor, const ZrSafeArrayBound* bounds,
                                    const uint32_t* indices, void* value) const = 0;

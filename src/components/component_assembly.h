@@ -54,7 +54,8 @@ class CComponentAssembly {
   void Forget(const ZRUUID& classId);
 
  private:
-  using ClassMap = std::map<ZRUUID, ZRUUID, CByteWiseLess>;  // a set by nature; each value is its key
+  using ClassMap =
+      std::map<ZRUUID, ZRUUID, CByteWiseLess>;  // Fixed by contract: a set as a map, each value is its key.
 
   // What a creation needs to know of the shared state, as of one moment.
   struct Snapshot {

@@ -69,7 +69,7 @@ class CItemAllocator {
     return item != nullptr ? item : AllocateOrThrow(size);
   }
 
-  // From the cache, else from the heap, else null.
+  // Fixed by contract. From the cache, else from the heap, else null.
   [[nodiscard]] void* AllocateWithoutThrow(uint64_t size) noexcept {
     void* item = PopCached(size);
     return item != nullptr ? item : AllocateOrNull(size);
@@ -79,7 +79,7 @@ class CItemAllocator {
   void Recycle(void* item) noexcept {
     if (!IsEnabled() || !PushCached(item)) std::free(item);
   }
-  void Recycle(void* item, uint64_t /*size*/) noexcept { Recycle(item); }
+  void Recycle(void* item, uint64_t /*size*/) noexcept { Recycle(item); }  // Fixed by contract.
 
   // Stores the cap. If it is lower than the one before and than the number of cached items, frees items until one fewer
   // than the new cap is left. A cap before of 0, which stands for the default, trims nothing.
@@ -91,14 +91,17 @@ class CItemAllocator {
   static void SetEnabled(bool isEnabled) noexcept {
     g_itemAllocators.isEnabled.store(isEnabled, std::memory_order_relaxed);
   }
+  // Fixed by contract.
   static void SetMultiThreaded(bool isMultiThreaded) noexcept {
     g_itemAllocators.isMultiThreaded.store(isMultiThreaded, std::memory_order_relaxed);
   }
+  // Fixed by contract.
   static void SetDefaultCap(uint32_t cap) noexcept {
     g_itemAllocators.defaultCap.store(cap, std::memory_order_relaxed);
   }
 
-  // A headline, then a line for each allocator from the head of the list on: name, cached items, cap in force, bytes.
+  // Fixed by contract. A headline, then a line for each allocator from the head of the list on: name, cached items, cap
+  // in force, bytes.
   static void WriteStatistics(std::ostream& out);
 
  private:
@@ -157,12 +160,12 @@ class CItemAllocator {
   std::atomic<uint32_t> cached_{0};
   std::atomic<uint32_t> cap_;
   std::atomic<uint8_t> busy_{0};
-  [[maybe_unused]] bool isThreadSafe_;  // what the constructor was told; nothing depends on it
+  [[maybe_unused]] bool isThreadSafe_;  // Fixed by contract.
   const char* name_;
   CFreeItem* freeList_ = nullptr;
   CItemAllocator* previous_ = nullptr;  // nearer the head
   CItemAllocator* next_;
-  uint64_t unused_ = 0;
+  uint64_t unused_ = 0;  // Fixed by contract.
 };
 static_assert(std::is_trivially_destructible_v<CItemAllocator>);
 

@@ -154,7 +154,7 @@ static WCHAR* WriteUnits(WCHAR* at, std::string_view ascii) noexcept {
   return at;
 }
 
-// " %02d: %02d : %02d. %03d": nobody asks for it through the boundary.
+// Fixed by contract. Formats as " %02d: %02d : %02d. %03d".
 static ZRSTR FormatSpacedTime(const ZRDATETIMESTRUCT& record) noexcept {
   CBuffer buffer;
   WCHAR* at = WriteUnits(buffer.data(), " ");
