@@ -1,45 +1,53 @@
-// ZrCore: safe arrays, of one element type and any number of dimensions, each with a lower bound of its own.
+// ZrCore: safe arrays, with one element type and any number of dimensions.
 //
-// The element type is a tag of variant.h, and the elements lie in one block, the last dimension varying fastest. Plain
-// values and UUIDs stand in it as they are, variants as whole records; strings, blobs, REFs, SREFs and interface
-// objects as one pointer each, null for none. The array owns its elements:
+// A ZRSAFEARRAY is a handle on an array. Each dimension has a count and a lower bound of its own, and the element type
+// is a tag of variant.h. The array owns its elements, which lie in one block; the last dimension varies fastest:
 //
-//     bounds {2, 0} {3, 1}        elements  (0,1) (0,2) (0,3) (1,1) (1,2) (1,3)      a dimension: {count, lower bound}
+//     bounds {2, 0} {3, 1}        | (0,1) | (0,2) | (0,3) | (1,1) | (1,2) | (1,3) |   a bound is {count, lower bound}
 //
-// Elements can be of every tag but ZR_VT_EMPTY, ZR_VT_OPAQUE and those that are not assigned. An array of another tag,
-// or without dimensions, can be made and destroyed, and has no storage: nothing can be put into it.
+// Numbers, booleans and UUIDs lie in the block directly, and variants as ZRVARIANT records. Strings, blobs, REFs, SREFs
+// and interface objects lie in it as one pointer each, which may be null.
 //
-// Elements are copied in and out. What a get delivers belongs to the caller, as if ZrVariantCopy or the family's own
-// copy had made it, and what a put was given stays the caller's. A value is always passed by the address of a variable
-// of the element's type: of an int32_t, of a ZRSTR, of a ZRUUID, of a ZRVARIANT.
+//     const ZrSafeArrayBound bound = {3, 1};                              // three elements, indices 1 to 3
+//     ZRSAFEARRAY array = ZrSafeArrayCreate(ZR_VT_I4, 1, &bound);         // ZrSafeArrayDestroy(array) frees it
+//     uint32_t index = 2;
+//     int32_t value = 42;
+//     ZRRESULT result = ZrSafeArrayPutElement(array, &index, &value);     // the address of a variable of the type
 //
-// Indices are 32 bits each, one for each dimension, in order; negative ones as their two's complement. Together they
-// make one offset into the elements, and only an offset that comes out negative is refused: bounds are not compared one
-// by one, and staying within the upper ones is the caller's part. Counts, their product and offsets are 32 bits and
-// wrap around.
+// Some arrays cannot have elements: those without dimensions, and those whose tag is ZR_VT_EMPTY, ZR_VT_OPAQUE or not
+// assigned. Such an array can be created and destroyed, but it has no storage, and nothing can be put into it. This is
+// not the same as an array that has no elements because the count of a dimension is 0.
 //
-// In this family a null handle or a null pointer that is needed gives ZR_R_INVALID_POINTER. An array without what an
-// operation needs, made as above, gives ZR_R_FAILED.
+// In this family a null handle, or a null pointer that the function needs, returns ZR_R_INVALID_POINTER, unless a
+// comment says otherwise. ZR_R_FAILED means that the array cannot have elements, unless a comment says otherwise.
+// Whoever creates an array frees it with ZrSafeArrayDestroy, or stores it in a variant, which then owns it.
 //
-// Out of memory (see "Exceptions" in base.h):
+// ## Threads
+// Any thread, before ZrInitialize too. Each array has an access flag. ZrSafeArrayGetElement and ZrSafeArrayPutElement
+// take the flag and free it before they return. ZrSafeArrayLock and ZrSafeArrayAccessData take the flag until it is
+// freed explicitly. A call that finds the flag taken fails at once; it never waits. That includes calls of the thread
+// that took the flag.
 //
-//     a new array, a copy     its object      throws std::bad_alloc
-//                             all the rest    terminates the process, the copies of elements included
-//     shape, type, get, put   all             throws std::bad_alloc
-//     any                     new text        a null element; for the text of a UUID the element didn't convert
-//     any                     new blob        throws or terminates the process as ZrCreateBlob does
+// No other function checks the flag. While one thread destroys, copies, converts, compares or reshapes an array, no
+// other thread may use it: the caller must prevent that, or it is a data race.
 //
-// Copying an element that is a variant with an array copies that array, and may terminate the process like any copy of
-// an array. After an exception of ZrSafeArrayRedim or ZrSafeArrayChangeType the array is as before; after one of a put
-// the element may be null.
+// ## Out of memory
+// See "Exceptions" in base.h. What happens depends on the function and on what the memory is for:
 //
-// AddRef and Release of objects in elements must not throw. What they throw passes through the function that called
-// them, which may leave the array unusable, or terminates the process.
+//     ZrSafeArrayCreate, ZrSafeArrayCopy       the array's object      throws std::bad_alloc
+//                                              all else, the copies    terminates the process
+//                                              of elements included
+//     ZrSafeArrayRedim, ZrSafeArrayChangeType  all                     throws std::bad_alloc; the array is unchanged
+//     ZrSafeArrayGetElement                    all                     throws std::bad_alloc
+//     ZrSafeArrayPutElement                    all                     throws std::bad_alloc; the element may be null
 //
-// Threads: before ZrInitialize too. An array has a flag that is taken and left at once, never waited for: by
-// ZrSafeArrayLock, by ZrSafeArrayAccessData, and for its duration by each get and put, which fail while it is taken,
-// the holder's too. Nothing else looks at it: whoever destroys, copies, converts, compares or changes the shape of an
-// array keeps all others from it.
+// There are three exceptions. If there is no memory for a text, the element becomes null; if it is the text of a UUID,
+// the element also counts as not converted. A new blob throws or terminates the process as ZrCreateBlob does. Copying a
+// variant that owns an array copies that array, and may terminate the process as ZrSafeArrayCopy does.
+//
+// ## Callbacks
+// AddRef and Release of objects in elements must not throw. Their exceptions terminate the process or pass through the
+// function that called them, which may leave the array unusable.
 
 #ifndef ZRCORE_ARRAY_H
 #define ZRCORE_ARRAY_H
@@ -49,7 +57,7 @@
 #include "zrcore/base.h"
 #include "zrcore/variant.h"
 
-/// ZrSafeArrayBound is one dimension.
+/// ZrSafeArrayBound describes one dimension.
 typedef struct ZrSafeArrayBound {
   uint32_t elementCount;
   int32_t lowerBound;  ///< the smallest index; the greatest is lowerBound + elementCount - 1
@@ -57,206 +65,286 @@ typedef struct ZrSafeArrayBound {
 
 ZR_STATIC_ASSERT(sizeof(ZrSafeArrayBound) == 8 && offsetof(ZrSafeArrayBound, lowerBound) == 4, "two words of 32 bits");
 
-// ---- Life ----------------------------------------------------------------------------------------------------------
+// ---- Lifetime ------------------------------------------------------------------------------------------------------
 
-/// ZrSafeArrayCreate makes an array of zeros; of nulls where elements are pointers, of empty variants.
+/// ZrSafeArrayCreate creates an array. Its elements are zeros, null pointers or empty variants.
 ///
-/// @param tag         of the elements; flags in it are dropped. With a tag that elements can't have, or 0 dimensions,
-///                    the array has no storage.
-/// @param dimensions  any number.
-/// @param bounds      reads one record for each dimension, and the first of them even for 0.
+/// @param tag         the element type; flags in it are ignored. With a tag that elements cannot have, the array has no
+///                    storage.
+/// @param dimensions  the number of dimensions. With 0 the array has no storage.
+/// @param bounds      reads one record per dimension, and reads the first record even if `dimensions` is 0. The product
+///                    of the counts is a 32-bit number and wraps around.
 /// @return gives an array (ZrSafeArrayDestroy, or a variant that owns it); null if `bounds` is null.
-/// @throws std::bad_alloc if there is no memory for the array's object; see "Exceptions" in base.h. No memory for
+/// @throws std::bad_alloc if there is no memory for the array's object; see "Exceptions" in base.h. Out of memory for
 ///         anything else terminates the process.
 ///
 /// Five allocations, one of them for the elements.
 ZR_API ZRSAFEARRAY ZrSafeArrayCreate(uint16_t tag, uint32_t dimensions, const ZrSafeArrayBound* bounds);
 
-/// ZrSafeArrayDestroy releases the elements and the array, whatever its flag.
+/// ZrSafeArrayDestroy releases the elements and frees the array, even if the access flag is taken.
 ///
 /// @param array  takes the array.
 /// @return
-///   - ZR_R_OK               the array was released.
+///   - ZR_R_OK               the array was freed.
 ///   - ZR_R_INVALID_POINTER  `array` is null.
 ///
 /// Throws nothing, and needs no memory; see "Exceptions" in base.h. An exception from Release of an object in an
 /// element terminates the process.
 ZR_API ZRRESULT ZrSafeArrayDestroy(ZRSAFEARRAY array);
 
-/// ZrSafeArrayCopy makes an array with copies of the elements, its flag free. Strings and blobs are shared, interface
-/// objects get one more reference, records are copied, and variants as ZrVariantCopy does. Nulls stay, and an SREF with
-/// neither ref nor text becomes null.
+/// ZrSafeArrayCopy creates an array with copies of the elements. The copy's access flag is free.
 ///
-/// @param copy  an array in it is destroyed first, so it must be null or a handle other than `source`; receives the new
-///              array, or null if `source` has no dimensions. Unchanged if `source` is null.
+/// Strings and blobs are shared, and interface objects get one more reference. UUIDs, REFs and SREFs are copied, and
+/// variants are copied as ZrVariantCopy does. A null element stays null. An SREF with neither a ref nor a text becomes
+/// null.
+///
+/// @param copy  must be null or hold an array other than `source`, which is destroyed first. Receives the new array, or
+///              null if `source` has no dimensions. Unchanged if `source` is null.
 /// @return
 ///   - ZR_R_OK                    `*copy` gives the new array.
 ///   - ZR_R_INVALID_POINTER       an argument is null.
 ///   - ZR_R_INVALID_OBJECT_STATE  `source` has no dimensions.
-/// @throws std::bad_alloc if there is no memory for the new array's object; `*copy` is null then. No memory for
+/// @throws std::bad_alloc if there is no memory for the new array's object; `*copy` is null then. Out of memory for
 ///         anything else, the copies of elements included, terminates the process. See "Exceptions" in base.h.
 ZR_API ZRRESULT ZrSafeArrayCopy(ZRSAFEARRAY source, ZRSAFEARRAY* copy);
 
-/// ZrSafeArrayRedim gives the array another shape. Elements keep their place in the block, not their indices: as many
-/// as both shapes have stay, the rest is released, new ones are zero. Those that stay are copied as ZrSafeArrayCopy
-/// does, but null strings become empty ones. The array's handle stays; addresses that ZrSafeArrayAccessData and
-/// ZrSafeArrayGetBounds gave are dead, and so are blobs, REFs and SREFs that were read there.
+/// ZrSafeArrayRedim gives the array another shape.
 ///
-/// @param dimensions  of the new shape, above 0; may differ from what the array had.
-/// @param bounds      reads one record for each; not the array's own, which end here.
-/// @return ZR_R_OK; ZR_R_INVALID_POINTER if `array` is null; ZR_R_INVALID_OBJECT_STATE if it has no dimensions;
-///         ZR_R_INVALID_ARGUMENTS if `bounds` is null or `dimensions` is 0; ZR_R_FAILED if it can't have elements.
-///         Nothing has changed after a failure.
-/// @throws std::bad_alloc if there is no memory for the bounds, the elements or their copies; the array is as before.
-///         See "Exceptions" in base.h.
+/// Elements keep their position in the block, not their indices. If the new shape has fewer elements, the last ones are
+/// released. If it has more, the additional ones are zeros, null pointers or empty variants. The elements that remain
+/// are copied as ZrSafeArrayCopy does, except that a null string becomes an empty string.
+///
+/// The array's handle stays valid. Pointers from ZrSafeArrayAccessData and ZrSafeArrayGetBounds must not be used any
+/// more, nor blobs, REFs and SREFs that were read through them. The access flag is neither checked nor changed.
+///
+/// @param dimensions  the new number of dimensions, above 0. It may differ from the old one.
+/// @param bounds      reads one record per dimension. It must not point at the array's own records, which this call
+///                    overwrites or frees.
+/// @return Nothing changed after a failure.
+///   - ZR_R_OK                    the array has the new shape.
+///   - ZR_R_INVALID_POINTER       `array` is null.
+///   - ZR_R_INVALID_OBJECT_STATE  the array has no dimensions.
+///   - ZR_R_INVALID_ARGUMENTS     `bounds` is null or `dimensions` is 0.
+///   - ZR_R_FAILED                elements cannot have the array's tag.
+/// @throws std::bad_alloc if there is no memory for the bounds, the elements or their copies; the array is unchanged
+///         then. See "Exceptions" in base.h.
 ZR_API ZRRESULT ZrSafeArrayRedim(ZRSAFEARRAY array, uint32_t dimensions, const ZrSafeArrayBound* bounds);
 
 // ---- Elements ------------------------------------------------------------------------------------------------------
+//
+// Elements are copied in and out. The caller owns what ZrSafeArrayGetElement stores in the variable, as if
+// ZrVariantCopy or the copy function of the element's family had made it. The caller also keeps the value that it
+// passes to ZrSafeArrayPutElement. A value is always passed by the address of a variable of the element type: an
+// int32_t, a ZRSTR, a ZRREF*, a ZRVARIANT; for a UUID it is the address of the ZRUUID itself.
+//
+// An index is 32 bits wide; a negative index is passed as its two's complement. The library computes one 32-bit offset
+// from all indices. Only a negative offset is refused: the indices are not compared with the bounds one by one. An
+// index above the upper bound reads or writes another element, or memory past the end of the block, which is undefined
+// behaviour. Counts, their product and offsets wrap around at 32 bits.
 
-/// ZrSafeArrayGetElement copies an element out.
+/// ZrSafeArrayGetElement copies one element into a variable.
 ///
-/// @param indices  reads one for each dimension.
-/// @param value    address of a variable of the element's type. A null string, blob, REF or SREF leaves it as it was; a
-///                 variable for an interface pointer must be null before, one for a variant must hold a variant, which
-///                 is released before the element is read; it must not be the one that owns this array.
-/// @return ZR_R_OK; 1, a success without a value, if the array has no elements; ZR_R_INVALID_POINTER if an argument is
-///         null; ZR_R_INVALID_OBJECT_STATE if the flag is taken; ZR_R_INVALID_ARGUMENTS, or ZR_R_FAILED for variants,
-///         if the offset is negative; ZR_R_FAILED as for the family; the codes of ZrVariantCopy for variants.
+/// @param indices  reads one 32-bit index per dimension.
+/// @param value    receives the element; a variable of the element type. A null string, blob, REF or SREF leaves the
+///                 variable unchanged, so set it to null before the call. A variable for an interface pointer must be
+///                 null before the call; otherwise the object that it points at leaks. A variable for a variant must
+///                 have been initialised: the value that it holds is released before the element is read, so it must
+///                 not be the variant that owns this array.
+/// @return
+///   - ZR_R_OK                    the element was copied.
+///   - 1                          the array has no elements, and nothing was copied.
+///   - ZR_R_INVALID_POINTER       an argument is null.
+///   - ZR_R_INVALID_OBJECT_STATE  the access flag is taken.
+///   - ZR_R_INVALID_ARGUMENTS     the offset is negative, and the elements are not variants.
+///   - ZR_R_FAILED                the offset is negative, and the elements are variants; or the array cannot have
+///                                elements.
+///   - other codes                of ZrVariantCopy, if the elements are variants.
 /// @throws std::bad_alloc if there is no memory for the copy of a blob's handle, a REF, an SREF or what a variant
-///         holds. The variable is unchanged then; a variant was released, and has the element's tag word and a null
-///         Value. No other element needs memory. See "Exceptions" in base.h.
+///         holds. The variable is unchanged then, except a variant: its old value was released, and it has the
+///         element's tag word and a null Value. No other element needs memory. See "Exceptions" in base.h.
 ///
-/// Two atomic exchanges.
+/// Leak: a string, blob, REF or SREF that the variable held is overwritten and not released. Two atomic exchanges.
 ZR_API ZRRESULT ZrSafeArrayGetElement(ZRSAFEARRAY array, const uint32_t* indices, void* value);
 
-/// ZrSafeArrayPutElement releases an element and puts a copy of the value in its place.
+/// ZrSafeArrayPutElement replaces one element with a copy of the value.
 ///
-/// @param indices  reads one for each dimension.
-/// @param value    address of a variable of the element's type; not one that the element itself holds, since that is
-///                 released first. A null string is put as an empty one, a null blob or interface as null.
-/// @return as ZrSafeArrayGetElement, but ZR_R_INVALID_ARGUMENTS for negative offsets of variants too. For a REF or
-///         SREF also what ZrCopyREF or ZrCopySREF answers if it isn't ZR_R_OK, with the element null then:
-///         ZR_R_INVALID_ARGUMENTS for a null one, 1 for an SREF with neither ref nor text.
+/// The old element is released before the value is copied. The value must not be something that only the old element
+/// keeps alive.
+///
+/// @param indices  reads one 32-bit index per dimension.
+/// @param value    reads a variable of the element type. A null string is stored as an empty string; a null blob or
+///                 interface pointer is stored as null.
+/// @return
+///   - ZR_R_OK                    the element was replaced.
+///   - 1                          the array has no elements, or the value is an SREF with neither a ref nor a text (the
+///                                element is null then).
+///   - ZR_R_INVALID_POINTER       an argument is null.
+///   - ZR_R_INVALID_OBJECT_STATE  the access flag is taken.
+///   - ZR_R_INVALID_ARGUMENTS     the offset is negative; or the value is a null REF or SREF (the element is null
+///                                then).
+///   - ZR_R_FAILED                the array cannot have elements.
+///   - other codes                of ZrVariantCopy, if the elements are variants. The element then has the value's tag
+///                                word and a null Value.
 /// @throws std::bad_alloc if there is no memory for the copy of a blob's handle, a REF, an SREF or what a variant
-///         holds. The old element was released then: the element is null, or a variant with the value's tag word and a
+///         holds. The old element was released; the element is null then, or a variant with the value's tag word and a
 ///         null Value. No other element needs memory. See "Exceptions" in base.h.
 ///
-/// Where a put of a pointer has no place, by its offset or for want of elements, the copy that was made for it stays
-/// behind unowned.
+/// Leak: if the offset is negative or the array has no elements, a copy of a string, blob, REF, SREF or interface
+/// pointer has already been made, and it is not released. Check the indices before the call. Two atomic exchanges.
 ZR_API ZRRESULT ZrSafeArrayPutElement(ZRSAFEARRAY array, const uint32_t* indices, const void* value);
 
-// ---- The flag and direct access ------------------------------------------------------------------------------------
+// ---- The access flag and direct access -----------------------------------------------------------------------------
+//
+// A thread that forgets to free the flag does not deadlock the others: their gets and puts fail until any thread frees
+// it.
 
-/// ZrSafeArrayLock takes the flag. It doesn't wait and doesn't count.
+/// ZrSafeArrayLock takes the access flag. It does not wait and does not count: a second call fails.
 ///
-/// @return ZR_R_OK; ZR_R_INVALID_POINTER if `array` is null; ZR_R_INVALID_OBJECT_STATE if the flag is taken, be it by
-///         this caller.
+/// @return
+///   - ZR_R_OK                    the flag was taken.
+///   - ZR_R_INVALID_POINTER       `array` is null.
+///   - ZR_R_INVALID_OBJECT_STATE  the flag is taken already, possibly by this caller.
 ZR_API ZRRESULT ZrSafeArrayLock(ZRSAFEARRAY array) ZR_NOEXCEPT;
 
-/// ZrSafeArrayUnlock leaves the flag, whoever took it.
+/// ZrSafeArrayUnlock frees the access flag, whichever thread or call has taken it.
 ///
-/// @return ZR_R_OK; ZR_R_INVALID_POINTER if `array` is null; ZR_R_INVALID_OBJECT_STATE if it was free.
+/// @return
+///   - ZR_R_OK                    the flag was freed.
+///   - ZR_R_INVALID_POINTER       `array` is null.
+///   - ZR_R_INVALID_OBJECT_STATE  the flag was free.
 ZR_API ZRRESULT ZrSafeArrayUnlock(ZRSAFEARRAY array) ZR_NOEXCEPT;
 
-/// ZrSafeArrayAccessData takes the flag and lends the elements.
+/// ZrSafeArrayAccessData takes the access flag and lends the elements.
 ///
-/// @param data  receives the address of the first element, null for an array without elements; lent until the shape or
-///              the type changes or the array is destroyed, to be used until the flag is left.
-/// @return as ZrSafeArrayLock; ZR_R_INVALID_POINTER also if `data` is null.
+/// @param data  receives the address of the first element, or null if the array has no elements; unchanged after a
+///              failure. Lent until the shape or the type of the array changes or the array is destroyed. The elements
+///              must not be used after the flag has been freed: that may be a data race.
+/// @return
+///   - ZR_R_OK                    the flag was taken, and `*data` was written.
+///   - ZR_R_INVALID_POINTER       an argument is null.
+///   - ZR_R_INVALID_OBJECT_STATE  the flag is taken already, possibly by this caller.
 ZR_API ZRRESULT ZrSafeArrayAccessData(ZRSAFEARRAY array, void** data) ZR_NOEXCEPT;
 
 /// ZrSafeArrayUnaccessData is ZrSafeArrayUnlock under a second name.
 ZR_API ZRRESULT ZrSafeArrayUnaccessData(ZRSAFEARRAY array) ZR_NOEXCEPT;
 
-// ---- Questions -----------------------------------------------------------------------------------------------------
+// ---- Type and shape ------------------------------------------------------------------------------------------------
 //
-// They answer ZR_R_OK once the array is there, also where they have nothing to say and leave the variable as it was:
-// give it a value before. A null variable is no failure either, but ZrSafeArrayGetVartype must have one; where two are
-// written, the first or, for the bounds, either one being null leaves both.
+// These functions return ZR_R_OK whenever the handle is not null, even if they have nothing to report and leave the
+// variable unchanged. Initialise the variable before the call. A null pointer for a result is not a failure either:
+// nothing is written then. ZrSafeArrayGetVartype alone needs its pointer.
 
-/// ZrSafeArrayGetVartype tells the tag of the elements, without flags.
+/// ZrSafeArrayGetVartype returns the tag of the elements, without flags, in `*tag`.
 ///
-/// @param tag  receives it; must not be null.
-/// @return ZR_R_OK; ZR_R_INVALID_POINTER if `array` is null.
+/// @param tag  receives the tag. It must not be null: that is undefined behaviour.
+/// @return
+///   - ZR_R_OK               `*tag` was written.
+///   - ZR_R_INVALID_POINTER  `array` is null.
 ZR_API ZRRESULT ZrSafeArrayGetVartype(ZRSAFEARRAY array, uint16_t* tag) ZR_NOEXCEPT;
 
-/// ZrSafeArrayGetBounds tells the number of dimensions and lends their records. Nothing is written if there are none.
+/// ZrSafeArrayGetBounds returns the number of dimensions and lends their records.
 ///
-/// @param dimensions  receives the number.
-/// @param bounds      receives the address of the first record; the array's own, until it is destroyed or gets
-///                    another shape.
-/// @return ZR_R_OK; ZR_R_INVALID_POINTER if `array` is null.
+/// @param dimensions  receives the number. Nothing is written if this is null.
+/// @param bounds      receives the address of the first record, which is the array's own: lent until the array is
+///                    destroyed or gets another shape. Nothing is written if this is null.
+/// @return
+///   - ZR_R_OK               both were written; or nothing was written because a pointer is null or the array has no
+///                           dimensions.
+///   - ZR_R_INVALID_POINTER  `array` is null.
 ZR_API ZRRESULT ZrSafeArrayGetBounds(ZRSAFEARRAY array, uint32_t* dimensions,
                                      const ZrSafeArrayBound** bounds) ZR_NOEXCEPT;
 
-/// ZrSafeArrayGetElementCount tells the number of elements and their size. Nothing is written for an array that can't
-/// have elements.
+/// ZrSafeArrayGetElementCount returns the number of elements and their size.
 ///
-/// @param count  receives the product of the dimensions' counts; 1 for none.
-/// @param bytes  receives the size of all; may be null.
-/// @return ZR_R_OK; ZR_R_INVALID_POINTER if `array` is null.
+/// @param count  receives the product of the dimensions' counts, which is 1 if there are no dimensions. Nothing is
+///               written if this is null.
+/// @param bytes  receives the size of all elements in bytes; may be null.
+/// @return
+///   - ZR_R_OK               the results were written; or nothing was written because `count` is null or elements
+///                           cannot have the array's tag.
+///   - ZR_R_INVALID_POINTER  `array` is null.
 ZR_API ZRRESULT ZrSafeArrayGetElementCount(ZRSAFEARRAY array, uint32_t* count, uint64_t* bytes) ZR_NOEXCEPT;
 
-/// ZrSafeArrayGetLBound tells the smallest index of a dimension.
+/// ZrSafeArrayGetLBound returns the smallest index of a dimension.
 ///
-/// @param dimension  from 1; nothing is written for any other.
-/// @param bound      receives it, negative ones as their two's complement.
-/// @return ZR_R_OK; ZR_R_INVALID_POINTER if `array` is null.
+/// @param dimension  counts from 1. Nothing is written if there is no such dimension.
+/// @param bound      receives the index; a negative index is its two's complement.
+/// @return
+///   - ZR_R_OK               `*bound` was written, or there is no such dimension, or `bound` is null.
+///   - ZR_R_INVALID_POINTER  `array` is null.
 ZR_API ZRRESULT ZrSafeArrayGetLBound(ZRSAFEARRAY array, uint32_t dimension, uint32_t* bound) ZR_NOEXCEPT;
 
-/// ZrSafeArrayGetUBound tells the greatest index of a dimension, which is below the smallest if it has no elements.
+/// ZrSafeArrayGetUBound returns the greatest index of a dimension. For a dimension without elements it is the smallest
+/// index minus 1.
 ///
-/// @param dimension  from 1; nothing is written for any other.
-/// @param bound      receives it.
-/// @return ZR_R_OK; ZR_R_INVALID_POINTER if `array` is null.
+/// @param dimension  counts from 1. Nothing is written if there is no such dimension.
+/// @param bound      receives the index; a negative index is its two's complement.
+/// @return
+///   - ZR_R_OK               `*bound` was written, or there is no such dimension, or `bound` is null.
+///   - ZR_R_INVALID_POINTER  `array` is null.
 ZR_API ZRRESULT ZrSafeArrayGetUBound(ZRSAFEARRAY array, uint32_t dimension, uint32_t* bound) ZR_NOEXCEPT;
 
 // ---- Conversion and comparison -------------------------------------------------------------------------------------
 
-/// ZrSafeArrayChangeType converts all elements to another type, in place, as ZrVariantChangeType converts values.
+/// ZrSafeArrayChangeType converts all elements to another type, in place.
 ///
-/// Elements that don't convert become zero, null or empty, and the others are kept: there is no way back. What differs
-/// from variants:
+/// An element that cannot be converted becomes zero, null or an empty variant; its old value is lost. The other
+/// elements are converted. Elements convert as ZrVariantChangeType converts values, with these differences:
 ///
-///   - A boolean or a ZR_VT_CHAR32 is taken for its number, also as text. ZR_VT_UI1 and ZR_VT_BYTE become booleans as
-///     they are: 2 stays 2. ZR_VT_QWORD is a number to ZR_VT_DATETIME too, not an address (but an address where it is
-///     the type of an element that is a variant).
-///   - ZR_VT_TIME and ZR_VT_DATETIME convert only to 64-bit integers, ZR_VT_CY and each other (bit by bit), ZR_VT_R8,
-///     ZR_VT_STR and ZR_VT_VARIANT.
-///   - A null string converts as an empty one, and becomes one in its own type too. A null REF or SREF, or an SREF with
-///     neither ref nor text, doesn't convert, to its own type neither; it becomes an empty variant.
-///   - Interface pointers convert to their own type, and ZR_VT_DISPATCH to ZR_VT_UNKNOWN.
-///   - Every element becomes a ZR_VT_VARIANT, with the plain name's tag where several types are one (for a
-///     boolean ZR_VT_UI1).
-///   - Elements that are variants convert by their own types, by-reference ones too, but for interface pointers; those
-///     with arrays don't convert. One that refers to a variant with an array counts as converted if all of that array's
-///     elements do, and becomes zero or null.
+///   - A boolean or a ZR_VT_CHAR32 converts as a number, to text too: 1 becomes "1", not "TRUE".
+///   - ZR_VT_UI1 and ZR_VT_BYTE become booleans without a change of the byte: 2 stays 2.
+///   - ZR_VT_QWORD converts to ZR_VT_DATETIME as a number, not as an address. If the elements are variants, a
+///     ZR_VT_QWORD in an element is an address, as in ZrVariantChangeType.
+///   - ZR_VT_TIME and ZR_VT_DATETIME convert only to 64-bit integers, to ZR_VT_CY and to each other (the bits stay the
+///     same), and to ZR_VT_R8, ZR_VT_STR and ZR_VT_VARIANT.
+///   - A null string converts as an empty string. Converted to ZR_VT_STR it becomes an empty string.
+///   - A null REF, a null SREF and an SREF with neither a ref nor a text do not convert, not even to their own type. As
+///     variants they become empty variants.
+///   - An interface pointer converts to its own type and to ZR_VT_VARIANT; ZR_VT_DISPATCH also converts to
+///     ZR_VT_UNKNOWN.
+///   - Every element converts to ZR_VT_VARIANT. The variant has the plain tag if several tags have the same storage:
+///     ZR_VT_UI1 for booleans and ZR_VT_BYTE, ZR_VT_UI2 for ZR_VT_WORD, ZR_VT_UI4 for ZR_VT_DWORD and ZR_VT_CHAR32,
+///     ZR_VT_UI8 for ZR_VT_QWORD.
+///   - Elements that are variants convert by their own types, and by-reference variants by the values that they refer
+///     to; but no by-reference variant converts to an interface pointer.
+///   - An element that is a variant with an array does not convert. A by-reference variant that refers to a variant
+///     with an array becomes zero or null; it counts as converted if all elements of that array convert.
 ///
-/// @param flags  no effect; pass 0.
-/// @param tag    of the new elements; flags in it are dropped.
-/// @return ZR_R_OK if all elements converted; 1 if the array has the new type but some have not; with the elements as
-///         they were: ZR_R_INVALID_POINTER if `array` is null; ZR_R_FAILED if elements can't have the tag, or the array
-///         has none to convert. In the latter case, if it has dimensions, ZrSafeArrayGetVartype still tells the old
-///         type, but elements that ZrSafeArrayRedim may bring are of the new one.
-/// @throws std::bad_alloc if there is no memory for the small object that knows the new type, for the new block or, as
-///         for ZrVariantChangeType, for a new element; the array is as before. Elements that become ZR_VT_BLOB may
-///         terminate the process as ZrCreateBlob does. See "Exceptions" in base.h.
+/// @param flags  has no effect; pass 0.
+/// @param tag    the new element type; flags in it are ignored.
+/// @return After a failure the elements are unchanged.
+///   - ZR_R_OK               all elements were converted.
+///   - 1                     the array has the new type, but some elements could not be converted.
+///   - ZR_R_INVALID_POINTER  `array` is null.
+///   - ZR_R_FAILED           elements cannot have the new tag, or the array has no elements. In the second case, if the
+///                           array has dimensions, ZrSafeArrayGetVartype still returns the old type, but elements that
+///                           ZrSafeArrayRedim adds later have the new type.
+/// @throws std::bad_alloc if there is no memory for the small object that handles the new type, for the new block or,
+///         as for ZrVariantChangeType, for a new element; the array is unchanged then. Elements that become ZR_VT_BLOB
+///         may terminate the process as ZrCreateBlob does. See "Exceptions" in base.h.
 ///
-/// Between numbers nothing is allocated but the new block and a small object that knows the new type.
+/// Linear. Conversions between numbers allocate only the new block and a small object that handles the new type.
 ZR_API ZRRESULT ZrSafeArrayChangeType(ZRSAFEARRAY array, uint32_t flags, uint16_t tag);
 
-/// ZrSafeArrayCompare tells whether two arrays have equal elements.
+/// ZrSafeArrayCompare reports whether two arrays have equal elements.
 ///
-/// Numbers and UUIDs are equal if their bytes are (so 0.0 and -0.0 differ, and the same NaN is equal), interface
-/// pointers if they are the same, others as their families compare them; where those fail or give no answer, as for
-/// null blobs, the elements differ. An array equals itself, whatever it holds. Arrays of one shape count as equal if
-/// their element types differ, or if they can't have elements; one without dimensions on the left equals any. An array
-/// whose type was changed while it had no elements keeps its old tag, although the elements that it gets later have the
-/// new type. It differs from an array of the old type.
+/// Numbers and UUIDs are equal if their bytes are equal, so 0.0 differs from -0.0 and a NaN equals the same NaN.
+/// Interface pointers are equal if they are the same address. Other elements are compared as their families compare
+/// them; if that comparison fails or writes no result, as for null blobs, the elements differ.
 ///
-/// @param equal  receives 1 or 0. Left as it was for arrays of different shapes, lower bounds included: set it to
-///               0 before.
-/// @return ZR_R_OK; ZR_R_INVALID_POINTER if an argument is null.
+/// These results may surprise:
+///
+///   - An array equals itself, whatever its elements are.
+///   - Two arrays of the same shape are equal if their element types differ, or if they cannot have elements.
+///   - A left array without dimensions equals every other array.
+///   - If the type of an array was changed while it had no elements, the array keeps its old tag, although elements
+///     that it gets later have the new type. It differs from an array of the old type.
+///
+/// @param equal  receives 1 or 0. Set it to 0 before the call: nothing is written if the shapes, lower bounds included,
+///               differ.
+/// @return
+///   - ZR_R_OK               the arrays were compared, or their shapes differ and `*equal` was not written.
+///   - ZR_R_INVALID_POINTER  an argument is null.
 ///
 /// Throws nothing, and needs no memory; see "Exceptions" in base.h.
 ZR_API ZRRESULT ZrSafeArrayCompare(ZRSAFEARRAY left, ZRSAFEARRAY right, uint8_t* equal);

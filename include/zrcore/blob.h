@@ -1,26 +1,36 @@
 // ZrCore: blobs, growable byte buffers with a read/write position.
 //
-// A ZRBLOB is a handle on bytes. Copies share their bytes until one of them is changed (copy on write), so copying
-// costs the same whatever the length:
+// A ZRBLOB is a handle on bytes. Copies share their bytes until one of them is changed (copy on write), so a copy costs
+// the same whatever the length is:
 //
 //     ZRBLOB -> handle -> element -> block {length, position} -> buffer      copies share one block and its buffer
 //
-// Content, length and position are shared together. Moving the position is a change too, so ZrReadBlob and ZrSeekBlob,
+//     ZRBLOB blob = ZrCreateBlob(3, "abc");                  // the position is at the end
+//     ZRRESULT result = ZrWriteBlob(blob, "def", 3);         // appends: "abcdef"
+//     ZrDestroyBlob(blob);
+//
+// Content, length and position are shared together. Moving the position is a change too. So ZrReadBlob and ZrSeekBlob,
 // like the functions that change the content, first give a handle that shares its bytes a copy of its own. This is
 // called detaching. The new copy has the position that both had. ZrReadBlobPos never detaches: use it to read bytes
 // that other handles share.
 //
 // There is no empty blob handle: ZrCreateBlob returns null for a size of 0. The length becomes 0 only when all content
-// is removed. ZrDestroyBlob releases a handle.
+// is removed. ZrDestroyBlob releases a handle; the last handle on shared bytes frees them.
 //
-// In this family a null argument and a count of 0 give ZR_R_INVALID_ARGUMENTS, unless a comment says otherwise, and
-// nothing is detached then. Other arguments, such as an offset, are checked after the detaching. ZR_R_FAILED and
-// ZR_R_INVALID_OBJECT_STATE mean that the handle is damaged: its insides are missing, or another thread has used it at
-// the same time.
+// In this family a null argument and a count of 0 return ZR_R_INVALID_ARGUMENTS, unless a comment says otherwise, and
+// nothing is detached then. Other arguments, such as an offset, are checked after detaching. ZR_R_FAILED and
+// ZR_R_INVALID_OBJECT_STATE mean that the handle is damaged: its element or block is missing, or another thread has
+// used the handle at the same time.
 //
 // Lengths, offsets and counts are in bytes. A buffer grows in steps of 1024 bytes and never shrinks.
 //
-// Out of memory (see "Exceptions" in base.h):
+// ## Threads
+// Any thread, before ZrInitialize too, one at a time for a handle: two calls for one handle that overlap are a data
+// race. Handles that share bytes are independent of each other: each may be read, changed, copied and destroyed on a
+// thread of its own.
+//
+// ## Out of memory
+// See "Exceptions" in base.h. What happens depends on what the memory is for:
 //
 //     creating      handle, element    throws std::bad_alloc
 //                   block, buffer      terminates the process
@@ -29,20 +39,18 @@
 //                   block, buffer      terminates the process
 //     growing       buffer             throws std::bad_alloc, also if the content would exceed 0xFFFFFFFF bytes
 //
-// When a function throws, content, length and position are unchanged. If the growing failed, the handle stays detached.
-//
-// Any thread, one at a time for a handle. Handles that share bytes are independent of each other: each may be read,
-// changed, copied and destroyed on a thread of its own.
+// When a function throws, content, length and position are unchanged. If the buffer could not grow, the handle stays
+// detached.
 
 #ifndef ZRCORE_BLOB_H
 #define ZRCORE_BLOB_H
 
 #include "zrcore/base.h"
 
-/// ZRBLOB is a handle on a byte buffer, or null.
+/// ZRBLOB is a handle on a byte buffer. Null is not a blob.
 typedef struct tagZRBLOB* ZRBLOB;
 
-// Where ZrSeekBlob counts from, and which way from the position.
+// The origins and directions of ZrSeekBlob.
 #define ZR_BLOB_SEEK_START 0     ///< to the offset
 #define ZR_BLOB_SEEK_POSITION 1  ///< by the offset
 #define ZR_BLOB_SEEK_END 2       ///< to the end; the offset is ignored
@@ -53,22 +61,23 @@ typedef struct tagZRBLOB* ZRBLOB;
 
 /// ZrCreateBlob makes a blob of `size` bytes.
 ///
-/// With `bytes` the position is at the end, ready to append by writing; without, it is at the start.
+/// If `bytes` is not null, the position is at the end, so that ZrWriteBlob appends. If `bytes` is null, the position is
+/// at the start.
 ///
-/// @param size   length of the content; 0 gives null, whatever `bytes` is.
-/// @param bytes  reads `size` bytes; null for zero bytes.
+/// @param size   the length of the content in bytes. With 0 the function returns null, whatever `bytes` is.
+/// @param bytes  reads `size` bytes. Null fills the content with zeros.
 /// @return gives a blob (ZrDestroyBlob); null if `size` is 0.
-/// @throws std::bad_alloc if there is no memory for the handle or the element; see "Exceptions" in base.h. No memory
-///         for the block or the buffer terminates the process.
+/// @throws std::bad_alloc if there is no memory for the handle or the element; see "Exceptions" in base.h. Out of
+///         memory for the block or the buffer terminates the process.
 ///
 /// Linear; four allocations.
 ZR_API ZRBLOB ZrCreateBlob(uint32_t size, const void* bytes);
 
-/// ZrCopyBlob makes a second handle on the bytes of `source`, with its position.
+/// ZrCopyBlob makes a second handle on the bytes of `source`. The position is the same.
 ///
 /// @return gives a blob (ZrDestroyBlob); null if `source` is null.
-/// @throws std::bad_alloc if there is no memory for the handle or the element; see "Exceptions" in base.h. It never
-///         terminates the process.
+/// @throws std::bad_alloc if there is no memory for the handle or the element; see "Exceptions" in base.h. This
+///         function never terminates the process.
 ///
 /// Two small allocations and one atomic increment, whatever the length.
 ZR_API ZRBLOB ZrCopyBlob(ZRBLOB source);
@@ -83,12 +92,14 @@ ZR_API ZRRESULT ZrDestroyBlob(ZRBLOB blob) ZR_NOEXCEPT;
 
 // ---- Reading -------------------------------------------------------------------------------------------------------
 
-/// ZrReadBlobPos copies bytes from an offset. It neither uses nor moves the position, and detaches nothing.
+/// ZrReadBlobPos copies bytes from an offset. It neither uses nor moves the position, and it does not detach.
 ///
-/// A short read succeeds: if fewer than `count` bytes follow the offset, those are copied, the rest of `buffer` stays
-/// as it was, and the number of copied bytes is not reported.
+/// A short read succeeds: if fewer than `count` bytes follow the offset, those are copied, and the rest of `buffer` is
+/// unchanged. The number of copied bytes is not reported.
 ///
 /// @param buffer  receives up to `count` bytes; unchanged after a failure.
+/// @param offset  in bytes from the start of the content.
+/// @param count   in bytes.
 /// @return
 ///   - ZR_R_OK                    at least one byte was copied.
 ///   - ZR_R_INVALID_ARGUMENTS     `blob` or `buffer` is null or `count` is 0.
@@ -96,26 +107,29 @@ ZR_API ZRRESULT ZrDestroyBlob(ZRBLOB blob) ZR_NOEXCEPT;
 ///   - ZR_R_FAILED, ZR_R_INVALID_OBJECT_STATE, ZR_R_EMPTY_VALUE  the handle is damaged.
 ZR_API ZRRESULT ZrReadBlobPos(ZRBLOB blob, void* buffer, uint32_t offset, uint32_t count) ZR_NOEXCEPT;
 
-/// ZrReadBlob copies bytes from the position and moves the position past them. Detaches.
+/// ZrReadBlob copies bytes from the position and moves the position past them. It detaches.
 ///
-/// A short read succeeds, as for ZrReadBlobPos; the number of copied bytes is the change of ZrBlobPosition.
+/// A short read succeeds, as for ZrReadBlobPos. The number of copied bytes is the difference of ZrBlobPosition before
+/// and after the call.
 ///
-/// @param buffer  receives up to `count` bytes; unchanged after a failure, like the position.
+/// @param buffer  receives up to `count` bytes. After a failure, `buffer` and the position are unchanged.
+/// @param count   in bytes.
 /// @return
 ///   - ZR_R_OK                    at least one byte was copied.
 ///   - ZR_R_INVALID_ARGUMENTS     `blob` or `buffer` is null or `count` is 0.
 ///   - ZR_R_NOT_EXISTING          no byte follows the position.
 ///   - ZR_R_FAILED, ZR_R_INVALID_OBJECT_STATE, ZR_R_EMPTY_VALUE  the handle is damaged.
-/// @throws std::bad_alloc if detaching has no memory for the element; see "Exceptions" in base.h. No memory for the
+/// @throws std::bad_alloc if detaching has no memory for the element; see "Exceptions" in base.h. Out of memory for the
 ///         detached bytes terminates the process.
 ZR_API ZRRESULT ZrReadBlob(ZRBLOB blob, void* buffer, uint32_t count);
 
 /// ZrBlobGetAt reads one byte.
 ///
-/// An index that is too large can't be distinguished from a stored 0. The index equal to the length gives the byte
-/// after the content: 0, or 0xFE where content has been removed.
+/// If the index is greater than the length, the result is 0, which cannot be distinguished from a stored 0. If the
+/// index equals the length, the result is the byte after the content: 0, or 0xFE where content has been removed.
 ///
-/// @param byte  receives the byte; 0 if `index` is greater than the length; unchanged after a failure.
+/// @param index  in bytes from the start of the content.
+/// @param byte   receives the byte; 0 if `index` is greater than the length; unchanged after a failure.
 /// @return
 ///   - ZR_R_OK                 `*byte` was written.
 ///   - ZR_R_INVALID_ARGUMENTS  `blob` or `byte` is null, or the handle is damaged.
@@ -123,13 +137,13 @@ ZR_API ZRRESULT ZrBlobGetAt(ZRBLOB blob, uint32_t index, uint8_t* byte) ZR_NOEXC
 
 /// ZrBlobByteLen returns the length of the content in `*length`.
 ///
-/// @param length  receives the length; unchanged after a failure.
+/// @param length  receives the length in bytes; unchanged after a failure.
 /// @return
 ///   - ZR_R_OK                 `*length` was written.
 ///   - ZR_R_INVALID_ARGUMENTS  `blob` or `length` is null, or the handle is damaged.
 ZR_API ZRRESULT ZrBlobByteLen(ZRBLOB blob, uint32_t* length) ZR_NOEXCEPT;
 
-/// ZrCompareBlob reports whether two blobs have the same content. Positions don't matter; blobs have no order.
+/// ZrCompareBlob reports whether two blobs have the same content. Positions are not compared; blobs have no order.
 ///
 /// @param equal  receives 1 or 0; unchanged after a failure.
 /// @return
@@ -151,87 +165,93 @@ ZR_API ZRRESULT ZrCompareBlob(ZRBLOB left, ZRBLOB right, uint8_t* equal) ZR_NOEX
 ///   - ZR_R_FAILED, ZR_R_INVALID_OBJECT_STATE  the handle is damaged.
 ZR_API ZRRESULT ZrBlobPosition(ZRBLOB blob, uint32_t* position) ZR_NOEXCEPT;
 
-/// ZrSeekBlob moves the position, never forward past the end. Detaches.
+/// ZrSeekBlob moves the position, but never forward past the end. It detaches.
 ///
-/// A position that ZrRemoveBlob left past the end may still lie there after a backward move; any other move brings it
-/// back.
+/// ZrRemoveBlob may have left the position past the end. After a backward move it may still be there; any other move
+/// brings it back.
 ///
-/// @param offset     in bytes, may be 0.
-/// @param origin     ZR_BLOB_SEEK_START: to the offset, at most to the end. ZR_BLOB_SEEK_POSITION: by the offset; the
-///                   32-bit sum of a forward move wraps around, a backward move stops at the start.
-///                   ZR_BLOB_SEEK_END: to the end; the offset is ignored.
-/// @param direction  with ZR_BLOB_SEEK_POSITION: ZR_BLOB_FORWARD, or any other value for backward. Else ignored.
+/// @param offset     in bytes; may be 0.
+/// @param origin     ZR_BLOB_SEEK_START moves to the offset, or to the end if the offset is greater.
+///                   ZR_BLOB_SEEK_POSITION moves by the offset: forward at most to the end, but the 32-bit sum wraps
+///                   around; backward at most to the start. ZR_BLOB_SEEK_END moves to the end and ignores the offset.
+/// @param direction  used with ZR_BLOB_SEEK_POSITION only: ZR_BLOB_FORWARD, or any other value for backward.
 /// @return
 ///   - ZR_R_OK                 the position was set.
-///   - ZR_R_INVALID_ARGUMENTS  `blob` is null; or, after detaching, `origin` is another value. The position stays.
+///   - ZR_R_INVALID_ARGUMENTS  `blob` is null; or, after detaching, `origin` is not one of the three. The position is
+///                             unchanged.
 ///   - ZR_R_FAILED, ZR_R_INVALID_OBJECT_STATE  the handle is damaged.
-/// @throws std::bad_alloc if detaching has no memory for the element; see "Exceptions" in base.h. No memory for the
+/// @throws std::bad_alloc if detaching has no memory for the element; see "Exceptions" in base.h. Out of memory for the
 ///         detached bytes terminates the process.
 ZR_API ZRRESULT ZrSeekBlob(ZRBLOB blob, uint32_t offset, uint8_t origin, uint8_t direction);
 
 // ---- Changing ------------------------------------------------------------------------------------------------------
 
-/// ZrWriteBlob overwrites bytes at the position, lengthens the blob as needed and moves the position past what it
-/// wrote. Detaches.
+/// ZrWriteBlob overwrites bytes at the position and moves the position past them. The blob becomes longer if necessary.
+/// The function detaches.
 ///
 /// @param bytes  reads `count` bytes.
+/// @param count  in bytes.
 /// @return
 ///   - ZR_R_OK                 the bytes were written.
-///   - ZR_R_INVALID_ARGUMENTS  `blob` or `bytes` is null or `count` is 0; or, after detaching, the position lies past
-///                             the end, where ZrRemoveBlob may have left it (ZrSeekBlob brings it back).
+///   - ZR_R_INVALID_ARGUMENTS  `blob` or `bytes` is null or `count` is 0; or, after detaching, the position is past the
+///                             end, where ZrRemoveBlob may have left it (ZrSeekBlob brings it back).
 ///   - ZR_R_FAILED, ZR_R_INVALID_OBJECT_STATE  the handle is damaged.
 /// @throws std::bad_alloc if detaching has no memory for the element, the buffer can't grow, or the content would
-///         exceed 0xFFFFFFFF bytes; see "Exceptions" in base.h. No memory for detached bytes terminates the process.
+///         exceed 0xFFFFFFFF bytes; see "Exceptions" in base.h. Out of memory for the detached bytes terminates the
+///         process.
 ZR_API ZRRESULT ZrWriteBlob(ZRBLOB blob, const void* bytes, uint32_t count);
 
-/// ZrInsertBlob inserts bytes before the byte at `offset`. The position doesn't move, wherever it is. Detaches.
+/// ZrInsertBlob inserts bytes before the byte at `offset`. The position never moves. The function detaches.
 ///
-/// @param offset  at most the length; the length itself appends.
+/// @param offset  in bytes, at most the length. If it equals the length, the bytes are appended.
 /// @param bytes   reads `count` bytes.
+/// @param count   in bytes.
 /// @return
 ///   - ZR_R_OK                 the bytes were inserted.
 ///   - ZR_R_INVALID_ARGUMENTS  `blob` or `bytes` is null or `count` is 0; or, after detaching, `offset` is greater than
 ///                             the length.
 ///   - ZR_R_FAILED, ZR_R_INVALID_OBJECT_STATE  the handle is damaged.
-/// @throws std::bad_alloc as ZrWriteBlob; see "Exceptions" in base.h.
+/// @throws std::bad_alloc as for ZrWriteBlob; see "Exceptions" in base.h.
 ZR_API ZRRESULT ZrInsertBlob(ZRBLOB blob, uint32_t offset, const void* bytes, uint32_t count);
 
-/// ZrAppendBlob appends the content of `other` to that of `blob`. The position doesn't move. Detaches `blob`.
+/// ZrAppendBlob appends the content of `other` to `blob`. The position does not move. The function detaches `blob`.
 ///
-/// @param other  may be `blob` itself, whose content is doubled, or a copy of it. May have length 0.
+/// @param other  may be `blob` itself, which doubles the content, or a copy of `blob`. Its length may be 0.
 /// @return
 ///   - ZR_R_OK                 the content was appended.
-///   - ZR_R_INVALID_ARGUMENTS  a handle is null; or, after detaching, `other` has lost its block.
+///   - ZR_R_INVALID_ARGUMENTS  a handle is null; or, after detaching, the block of `other` is missing.
 ///   - ZR_R_FAILED, ZR_R_INVALID_OBJECT_STATE  a handle is damaged.
-/// @throws std::bad_alloc as ZrWriteBlob; see "Exceptions" in base.h.
+/// @throws std::bad_alloc as for ZrWriteBlob; see "Exceptions" in base.h.
 ZR_API ZRRESULT ZrAppendBlob(ZRBLOB blob, ZRBLOB other);
 
-/// ZrAppendBlobData appends bytes to the content. The position doesn't move. Detaches.
+/// ZrAppendBlobData appends bytes to the content. The position does not move. The function detaches.
 ///
 /// @param bytes  reads `count` bytes.
+/// @param count  in bytes.
 /// @return
 ///   - ZR_R_OK                 the bytes were appended.
 ///   - ZR_R_INVALID_ARGUMENTS  `blob` or `bytes` is null or `count` is 0.
 ///   - ZR_R_FAILED, ZR_R_INVALID_OBJECT_STATE  the handle is damaged.
-/// @throws std::bad_alloc as ZrWriteBlob; see "Exceptions" in base.h.
+/// @throws std::bad_alloc as for ZrWriteBlob; see "Exceptions" in base.h.
 ///
-/// At most one allocation per 1024 appended bytes. A large blob that grows by small pieces is copied each time the heap
-/// can't extend its buffer.
+/// At most one allocation per 1024 appended bytes. If a large blob grows in small pieces, its content is copied each
+/// time the heap cannot extend the buffer in place.
 ZR_API ZRRESULT ZrAppendBlobData(ZRBLOB blob, const void* bytes, uint32_t count);
 
-/// ZrRemoveBlob removes bytes and closes the gap. The position doesn't move, and may lie past the end then. Detaches.
+/// ZrRemoveBlob removes bytes and closes the gap. The position does not move, so it may be past the end afterwards. The
+/// function detaches.
 ///
-/// @param offset  at most the length; the length itself removes nothing.
-/// @param count   if fewer bytes follow the offset, those are removed.
+/// @param offset  in bytes, at most the length. If it equals the length, nothing is removed.
+/// @param count   in bytes. If fewer bytes follow the offset, those are removed.
 /// @return
 ///   - ZR_R_OK                 the bytes, if any, were removed.
 ///   - ZR_R_INVALID_ARGUMENTS  `blob` is null or `count` is 0; or, after detaching, `offset` is greater than
 ///                             the length.
 ///   - ZR_R_FAILED, ZR_R_INVALID_OBJECT_STATE  the handle is damaged.
-/// @throws std::bad_alloc if detaching has no memory for the element; see "Exceptions" in base.h. No memory for the
+/// @throws std::bad_alloc if detaching has no memory for the element; see "Exceptions" in base.h. Out of memory for the
 ///         detached bytes terminates the process.
 ///
-/// The buffer keeps its size; the bytes after the new end that had content are overwritten with 0xFE.
+/// The buffer keeps its size. Bytes past the new end that had content are overwritten with 0xFE.
 ZR_API ZRRESULT ZrRemoveBlob(ZRBLOB blob, uint32_t offset, uint32_t count);
 
 #endif
