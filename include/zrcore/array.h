@@ -24,9 +24,9 @@
 //
 // ## Threads
 // Any thread, before ZrInitialize too. Each array has an access flag. ZrSafeArrayGetElement and ZrSafeArrayPutElement
-// take the flag and free it before they return. ZrSafeArrayLock and ZrSafeArrayAccessData take the flag until it is
-// freed explicitly. A call that finds the flag taken fails at once; it never waits. That includes calls of the thread
-// that took the flag.
+// set the flag and clear it before they return. ZrSafeArrayLock and ZrSafeArrayAccessData set the flag, and it stays
+// set until ZrSafeArrayUnlock or ZrSafeArrayUnaccessData clears it. These four functions fail at once if the flag is
+// set, even if the calling thread has set it. They never wait.
 //
 // No other function checks the flag. While one thread destroys, copies, converts, compares or reshapes an array, no
 // other thread may use it: the caller must prevent that, or it is a data race.
@@ -81,7 +81,7 @@ ZR_STATIC_ASSERT(sizeof(ZrSafeArrayBound) == 8 && offsetof(ZrSafeArrayBound, low
 /// Five allocations, one of them for the elements.
 ZR_API ZRSAFEARRAY ZrSafeArrayCreate(uint16_t tag, uint32_t dimensions, const ZrSafeArrayBound* bounds);
 
-/// ZrSafeArrayDestroy releases the elements and frees the array, even if the access flag is taken.
+/// ZrSafeArrayDestroy releases the elements and frees the array, even if the access flag is set.
 ///
 /// @param array  takes the array.
 /// @return
@@ -92,7 +92,7 @@ ZR_API ZRSAFEARRAY ZrSafeArrayCreate(uint16_t tag, uint32_t dimensions, const Zr
 /// element terminates the process.
 ZR_API ZRRESULT ZrSafeArrayDestroy(ZRSAFEARRAY array);
 
-/// ZrSafeArrayCopy creates an array with copies of the elements. The copy's access flag is free.
+/// ZrSafeArrayCopy creates an array with copies of the elements. The copy's access flag is clear.
 ///
 /// Strings and blobs are shared, and interface objects get one more reference. UUIDs, REFs and SREFs are copied, and
 /// variants are copied as ZrVariantCopy does. A null element stays null. An SREF with neither a ref nor a text becomes
@@ -108,7 +108,7 @@ ZR_API ZRRESULT ZrSafeArrayDestroy(ZRSAFEARRAY array);
 ///         anything else, the copies of elements included, terminates the process. See "Exceptions" in base.h.
 ZR_API ZRRESULT ZrSafeArrayCopy(ZRSAFEARRAY source, ZRSAFEARRAY* copy);
 
-/// ZrSafeArrayRedim gives the array another shape.
+/// ZrSafeArrayRedim changes the shape of an array.
 ///
 /// Elements keep their position in the block, not their indices. If the new shape has fewer elements, the last ones are
 /// released. If it has more, the additional ones are zeros, null pointers or empty variants. The elements that remain
@@ -154,7 +154,7 @@ ZR_API ZRRESULT ZrSafeArrayRedim(ZRSAFEARRAY array, uint32_t dimensions, const Z
 ///   - ZR_R_OK                    the element was copied.
 ///   - 1                          the array has no elements, and nothing was copied.
 ///   - ZR_R_INVALID_POINTER       an argument is null.
-///   - ZR_R_INVALID_OBJECT_STATE  the access flag is taken.
+///   - ZR_R_INVALID_OBJECT_STATE  the access flag is set.
 ///   - ZR_R_INVALID_ARGUMENTS     the offset is negative, and the elements are not variants.
 ///   - ZR_R_FAILED                the offset is negative, and the elements are variants; or the array cannot have
 ///                                elements.
@@ -179,7 +179,7 @@ ZR_API ZRRESULT ZrSafeArrayGetElement(ZRSAFEARRAY array, const uint32_t* indices
 ///   - 1                          the array has no elements, or the value is an SREF with neither a ref nor a text (the
 ///                                element is null then).
 ///   - ZR_R_INVALID_POINTER       an argument is null.
-///   - ZR_R_INVALID_OBJECT_STATE  the access flag is taken.
+///   - ZR_R_INVALID_OBJECT_STATE  the access flag is set.
 ///   - ZR_R_INVALID_ARGUMENTS     the offset is negative; or the value is a null REF or SREF (the element is null
 ///                                then).
 ///   - ZR_R_FAILED                the array cannot have elements.
@@ -195,34 +195,34 @@ ZR_API ZRRESULT ZrSafeArrayPutElement(ZRSAFEARRAY array, const uint32_t* indices
 
 // ---- The access flag and direct access -----------------------------------------------------------------------------
 //
-// A thread that forgets to free the flag does not deadlock the others: their gets and puts fail until any thread frees
-// it.
+// If a thread does not clear the flag, no other thread deadlocks, but all gets and puts fail until some thread clears
+// the flag.
 
-/// ZrSafeArrayLock takes the access flag. It does not wait and does not count: a second call fails.
+/// ZrSafeArrayLock sets the access flag. It does not wait and does not count: a second call fails.
 ///
 /// @return
-///   - ZR_R_OK                    the flag was taken.
+///   - ZR_R_OK                    the flag was clear and is now set.
 ///   - ZR_R_INVALID_POINTER       `array` is null.
-///   - ZR_R_INVALID_OBJECT_STATE  the flag is taken already, possibly by this caller.
+///   - ZR_R_INVALID_OBJECT_STATE  the flag is set already, possibly by this caller.
 ZR_API ZRRESULT ZrSafeArrayLock(ZRSAFEARRAY array) ZR_NOEXCEPT;
 
-/// ZrSafeArrayUnlock frees the access flag, whichever thread or call has taken it.
+/// ZrSafeArrayUnlock clears the access flag, whichever thread or call has set it.
 ///
 /// @return
-///   - ZR_R_OK                    the flag was freed.
+///   - ZR_R_OK                    the flag was set and is now clear.
 ///   - ZR_R_INVALID_POINTER       `array` is null.
-///   - ZR_R_INVALID_OBJECT_STATE  the flag was free.
+///   - ZR_R_INVALID_OBJECT_STATE  the flag was clear.
 ZR_API ZRRESULT ZrSafeArrayUnlock(ZRSAFEARRAY array) ZR_NOEXCEPT;
 
-/// ZrSafeArrayAccessData takes the access flag and lends the elements.
+/// ZrSafeArrayAccessData sets the access flag and lends the elements.
 ///
 /// @param data  receives the address of the first element, or null if the array has no elements; unchanged after a
 ///              failure. Lent until the shape or the type of the array changes or the array is destroyed. The elements
-///              must not be used after the flag has been freed: that may be a data race.
+///              must not be used after the flag has been cleared: that may be a data race.
 /// @return
-///   - ZR_R_OK                    the flag was taken, and `*data` was written.
+///   - ZR_R_OK                    the flag is now set, and `*data` was written.
 ///   - ZR_R_INVALID_POINTER       an argument is null.
-///   - ZR_R_INVALID_OBJECT_STATE  the flag is taken already, possibly by this caller.
+///   - ZR_R_INVALID_OBJECT_STATE  the flag is set already, possibly by this caller.
 ZR_API ZRRESULT ZrSafeArrayAccessData(ZRSAFEARRAY array, void** data) ZR_NOEXCEPT;
 
 /// ZrSafeArrayUnaccessData is ZrSafeArrayUnlock under a second name.

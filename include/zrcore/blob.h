@@ -10,9 +10,9 @@
 //     ZrDestroyBlob(blob);
 //
 // Content, length and position are shared together. Moving the position is a change too. So ZrReadBlob and ZrSeekBlob,
-// like the functions that change the content, first give a handle that shares its bytes a copy of its own. This is
-// called detaching. The new copy has the position that both had. ZrReadBlobPos never detaches: use it to read bytes
-// that other handles share.
+// like the functions that change the content, first check whether the handle shares its bytes. If it does, they copy
+// the bytes for this handle alone. This is called detaching. The new copy has the position that both had. ZrReadBlobPos
+// never detaches: use it to read bytes that other handles share.
 //
 // There is no empty blob handle: ZrCreateBlob returns null for a size of 0. The length becomes 0 only when all content
 // is removed. ZrDestroyBlob releases a handle; the last handle on shared bytes frees them.
