@@ -1,21 +1,24 @@
 // ZrCore: the conventions of all headers, the code unit, the result codes and the export macro.
 //
-// This page holds for every header. A family's header, and a function's comment, state only what differs. The headers
-// compile as C11 and as C++17 or later, alone and in any order.
+// The conventions on this page hold for every header. The header of a family and the comment of a function state only
+// what differs. Every header compiles as C11 and as C++17 or later, alone and in any order.
 //
 // ## Ownership
 //
-//     gives     The caller now owns one reference or one object, and must release it with the function that is named.
-//     lends     The lender stays the owner. The pointer is valid up to the moment that is named, else during the call.
-//     takes     The function now owns the argument: always, or only on success where the comment says so.
-//     reads     The function uses the memory during the call only. An argument without any of these words is read.
+//     gives     The caller now owns one reference or one object, and must release it with the function that is named;
+//               otherwise it leaks.
+//     lends     The lender remains the owner. The pointer is valid until the moment that the comment names, or else
+//               until the call returns.
+//     takes     The function now owns the argument: always, or only on success if the comment says so.
+//     reads     The function uses the memory only during the call. An argument without any of these words is read.
 //     receives  The function stores a result in the caller's variable and doesn't release what the variable held.
 //
-// Memory that crosses the boundary comes from the C runtime's malloc, which library and callers must share.
+// The library and its callers must share the C runtime's malloc: memory that crosses the boundary comes from there.
 //
 // ## Null
-// A null handle is no object; where a ZRSTR is read, null is an empty string. Each family names the result code of a
-// null argument that it refuses. A null pointer that no comment allows or refuses is undefined behaviour.
+// A null handle is not an object. Where a ZRSTR is read, null is an empty string. Each family names the result code
+// that it returns for a null argument that it refuses. To pass a null pointer that no comment allows or refuses is
+// undefined behaviour.
 //
 // ## Threads
 //
@@ -23,20 +26,25 @@
 //     any thread, one at a time for an object  Two calls for one object that overlap are a data race.
 //     under the management lock                Such calls never overlap in the process, see component.h.
 //
-// Only the functions of component.h and configuration.h need ZrInitialize. The others work before it and without it.
+// Only the functions of component.h and configuration.h need ZrInitialize. All others work before it and without it.
 //
 // ## Results
 // A negative ZRRESULT is a failure; zero and above is a success. ZR_R_OK is zero. Positive successes exist: some array
-// and reference functions return 1 if nothing or not all was done, and modules return others, such as ZR_R_SAME_VALUE.
-// Test with ZR_SUCCEEDED or ZR_FAILED, never with == ZR_R_OK. A code that a module or a host's object returns travels
-// to the caller unchanged.
+// and reference functions return 1 if they did nothing or not everything, and modules return others, such as
+// ZR_R_SAME_VALUE. Never test for success with == ZR_R_OK:
+//
+//     uint32_t length = 0;
+//     ZRRESULT result = ZrBlobByteLen(blob, &length);
+//     if (ZR_FAILED(result)) return result;
+//
+// The library passes on a code that a module or an object of the host returns without changing it.
 //
 // ## Text
 // Text is in 16-bit code units (WCHAR) on every system, nominally UTF-16 and never checked. 8-bit text occurs only in
 // the functions that have UTF8 in their names, and as ASCII in ZrUUIDFromString.
 //
 // ## Exceptions
-// A function that is declared ZR_NOEXCEPT throws nothing. This is what the other 43 throw:
+// A function that is declared ZR_NOEXCEPT throws nothing. The other 43 functions throw the following:
 //
 //     blob.h        ZrCreateBlob, ZrCopyBlob               std::bad_alloc: out of memory for the handle
 //                   the seven that detach                  std::bad_alloc: out of memory for detaching or growing
@@ -56,27 +64,29 @@
 //     lifecycle.h   ZrUninitialize                         what ZrExitModule throws; std::system_error as above
 //     array.h, variant.h    Destroy, Clear and Compare     nothing
 //
-// Out of memory terminates the process inside the constructors of blobs and arrays, which can't throw: for the bytes of
-// a new or a detached blob, and for a new array or the copy of an array with its elements, except the array's first,
-// small object. It does so too in a function that makes a blob or copies an array on the way, such as ZrVariantCopy.
-// Before a function throws std::bad_alloc or terminates, it calls the C++ new-handler, if one is set, and tries again.
-// Functions that only make a string or a memory block return null or ZR_R_NO_MEMORY instead, and component functions
-// the codes that they name. A function that is declared ZR_NOEXCEPT terminates the process if it can't lock a mutex and
-// has no code for that.
+// The constructors of blobs and arrays cannot throw, so out of memory in them terminates the process. This concerns the
+// bytes of a new or a detached blob, and a new array or a copied array with its elements, except the array's first,
+// small object. A function that creates a blob or copies an array as one of its steps, such as ZrVariantCopy,
+// terminates the process in the same cases.
 //
-// A caller in C or another language can't catch. An exception that leaves an export into such a frame terminates the
-// process; if a C++ function further up the stack catches it, the behaviour is undefined. So out of memory terminates
-// such a program wherever the table says std::bad_alloc, unless it calls through a C++ function of its own that
-// catches. It must pass only years below 1900 and from 1971 to 2999 to ZrDateTimeToTimeT.
+// Before a function throws std::bad_alloc or terminates the process, it calls the C++ new-handler, if one is set, and
+// tries again. Functions that only create a string or a memory block return null or ZR_R_NO_MEMORY when out of memory,
+// and component functions return the codes that their comments name. A function that is declared ZR_NOEXCEPT terminates
+// the process if it cannot lock a mutex and has no result code for that.
+//
+// A caller in C or another language cannot catch exceptions. An exception that passes from an export into such a frame
+// terminates the process; if a C++ function further up the stack catches it, the behaviour is undefined. So out of
+// memory terminates such a program wherever the table says std::bad_alloc. To prevent that, call the export through a
+// C++ function that catches. Such a program must pass only years below 1900 and from 1971 to 2999 to ZrDateTimeToTimeT.
 //
 // In any language, AddRef and Release of every object, all operations of configuration objects, and ZrExitModule must
-// not throw: the exception passes through the export, terminates the process, becomes a code or is lost. What other
-// operations of discoveries and modules throw becomes a code, except from QueryConfiguration when
-// ZrAddComponentDiscovery calls it.
+// not throw. An exception from one of these passes through the export, terminates the process, becomes a result code or
+// is lost. An exception from any other operation of a discovery or a module becomes a result code, except an exception
+// from QueryConfiguration when ZrAddComponentDiscovery calls it, which passes through.
 //
 // ## Binary compatibility
-// What was built with these headers runs with every later library of the same major version: no export, record, result
-// code or place in a table of operations changes or goes within it.
+// A program or module that was built with these headers runs with every later library of the same major version. Within
+// a major version, no export, record, result code or position in a table of operations is changed or removed.
 
 #ifndef ZRCORE_BASE_H
 #define ZRCORE_BASE_H
@@ -106,8 +116,8 @@
 #define ZR_RESULT_CODE(bits) ((ZRRESULT)(bits))
 #endif
 
-// ZR_API marks what the library exports: plain C linkage, undecorated names. ZR_EXPORT alone makes a symbol of the
-// module being built visible to the loader.
+// ZR_API marks a function that the library exports, with C linkage and an undecorated name. ZR_EXPORT alone makes a
+// symbol of the module that is being built visible to the loader.
 #if defined(_WIN32)
 #define ZR_EXPORT __declspec(dllexport)
 #define ZR_IMPORT __declspec(dllimport)
@@ -121,7 +131,7 @@
 #define ZR_API ZR_EXTERN_C ZR_IMPORT
 #endif
 
-/// WCHAR is one 16-bit code unit of text, by contract on every system.
+/// WCHAR is one 16-bit code unit of text, on every system.
 #if defined(_WIN32)
 typedef wchar_t WCHAR;
 #else
@@ -129,14 +139,14 @@ typedef char16_t WCHAR;
 #endif
 ZR_STATIC_ASSERT(sizeof(WCHAR) == 2, "text is made of 16-bit code units");
 
-/// ZRRESULT is the result of most exports: negative is failure, zero and above is success.
+/// ZRRESULT is the result of most exports: a negative value is a failure, zero or a positive value is a success.
 typedef int32_t ZRRESULT;
 
 #define ZR_SUCCEEDED(result) ((result) >= 0)
 #define ZR_FAILED(result) ((result) < 0)
 
-// The codes. This library never returns those marked (module) by itself; modules and hosts may.
-// 0x8000001E and 0x8000001F are unassigned and stay so.
+// The result codes. The library itself never returns a code marked (module); modules and hosts may return it.
+// 0x8000001E and 0x8000001F are not assigned and never will be.
 // clang-format off
 #define ZR_R_OK                         ZR_RESULT_CODE(0)            ///< success
 #define ZR_R_SAME_VALUE                 ZR_RESULT_CODE(0x000000CA)   ///< success: the value was this one already (module)

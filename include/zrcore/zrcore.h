@@ -1,4 +1,6 @@
-// ZrCore: all of the public headers.
+// ZrCore: includes all public headers.
+//
+// Each header can also be included alone. base.h describes the conventions that hold for all of them.
 
 #ifndef ZRCORE_ZRCORE_H
 #define ZRCORE_ZRCORE_H
