@@ -1,20 +1,26 @@
-// ZrCore: when the component system is open.
+// ZrCore: the lifecycle of the component system.
 //
-// All state of the library exists from the moment it is loaded. ZrInitialize and ZrUninitialize create and destroy
-// nothing, they only count, and the last ZrUninitialize empties the component registry. While the count is 0 the
-// component exports (component.h) answer ZR_R_NO_INIT; everything else works at any time.
+// ZrInitialize and ZrUninitialize count how often the library was initialised. While the count is above 0, the
+// component exports (component.h) work; while it is 0, they return ZR_R_NO_INIT. Everything else works at any time: all
+// state of the library exists from the moment it is loaded. So these two functions create and destroy nothing, except
+// that the last ZrUninitialize empties the component registry.
 //
-// A new cycle may follow a finished one. Across cycles live on: the last cookie issued, the class names learnt, the
-// texts of registered result codes, and the settings of the item caches (configuration.h) with the count of discoveries
-// that keeps them in force.
+//     ZRRESULT result = ZrInitialize();
+//     ...                                  // add discoveries, create objects, release the objects
+//     result = ZrUninitialize();
 //
-// A process that ends with the count above 0 finds out from the standard output stream, which then receives, without a
-// line end, one text for each kind of entry that is left in the registry:
-//   "Not all Component-Discoveries removed while destroying CGlobalData"
-//   "Not all Component-Assemblies removed while destroying CGlobalData"
-//   "Not all Components removed while destroying CGlobalData"
-// Modules that are still loaded then are released without a call of their ZrExitModule. Unloading the library ends it
-// in the same way.
+// After the last ZrUninitialize a new cycle may begin. These things survive from one cycle to the next: the last cookie
+// that was issued, the class names that were learnt, the texts of registered result codes, and the settings of the item
+// caches (configuration.h) with the count of discoveries that keeps them in force.
+//
+// If the process ends while the count is above 0, or if the library is unloaded then, the library writes one text to
+// the standard output stream for each kind of entry that is left in the registry. No newline follows a text:
+//
+//     "Not all Component-Discoveries removed while destroying CGlobalData"
+//     "Not all Component-Assemblies removed while destroying CGlobalData"
+//     "Not all Components removed while destroying CGlobalData"
+//
+// Modules that are still loaded at that time are unloaded without a call of their ZrExitModule.
 
 #ifndef ZRCORE_LIFECYCLE_H
 #define ZRCORE_LIFECYCLE_H
@@ -23,24 +29,30 @@
 
 /// ZrInitialize adds 1 to the library's count of initialisations.
 ///
-/// Balance every call with one ZrUninitialize. The count (32 bits, unsigned) is not guarded against overflow.
+/// Each call must be balanced by one ZrUninitialize. The count is an unsigned 32-bit number that is not checked for
+/// overflow: 2^32 unbalanced calls make it 0.
 ///
-/// @return ZR_R_OK, always.
+/// @return
+///   - ZR_R_OK  always.
 ///
-/// Any thread, any time. Takes the lifecycle lock.
+/// Any thread, any time. Locks the lifecycle lock; if that fails, the process is terminated.
 ZR_API ZRRESULT ZrInitialize(void) ZR_NOEXCEPT;
 
-/// ZrUninitialize takes 1 from the count; the call that reaches 0 empties the component registry.
+/// ZrUninitialize subtracts 1 from the count. The call that reaches 0 empties the component registry. A call at count 0
+/// changes nothing.
 ///
-/// That last call runs every started module's ZrExitModule, then unloads every module, then releases every discovery
-/// object, all on the calling thread and under the lifecycle and the management lock. Release all objects made by
-/// modules first, and have no creation running: they are not tracked, and their code goes. A call at count 0 changes
-/// nothing.
+/// The last call runs ZrExitModule of every started module, then unloads every module, then releases every discovery
+/// object. All of this happens on the calling thread, under the lifecycle lock and the management lock. Deadlock:
+/// ZrExitModule must not wait for a thread that needs one of these locks.
 ///
-/// ZrExitModule must not throw. The first exception of any of them passes through to the caller; by then every module
-/// has been unloaded, the registry is empty, the count is 0, and both locks are free.
+/// Before the last call, release all objects that modules made, and wait until no ZrCreateInstance runs. The library
+/// does not track objects: a call into the code of an unloaded module is undefined behaviour.
 ///
-/// @return ZR_R_OK, always.
+/// ZrExitModule must not throw. If it does, the first exception passes through to the caller. By then every module has
+/// been unloaded, the registry is empty, the count is 0, and both locks are free.
+///
+/// @return
+///   - ZR_R_OK  always.
 /// @throws std::system_error if one of the two locks can't be locked; nothing has changed then. See "Exceptions" in
 ///         base.h.
 ///

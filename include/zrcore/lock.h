@@ -1,57 +1,87 @@
 // ZrCore: recursive locks.
 //
-// A lock is a heap block behind a pointer-sized variable of the caller's. Every function takes the address of that
-// variable: creation fills it, deletion clears it, so a deleted lock reads as "no lock". The owner may enter again and
-// leaves once for each entry. The lock excludes threads of one process.
+// A ZRCRITICALSECTION is a lock on the heap. The caller has a variable of this type, and every function takes the
+// address of the variable. Creation stores a lock in the variable and deletion stores null, so that later calls find no
+// lock. The thread that is in the lock, its owner, may enter it again, and must leave it once for each entry. The lock
+// works between the threads of one process.
 //
-// A null address (or null `acquired`) gives ZR_R_INVALID_ARGUMENTS, a variable that holds null
-// ZR_R_INVALID_OBJECT_STATE; both leave everything as it was.
+//     ZRCRITICALSECTION lock = 0;
+//     ZRRESULT result = ZrInitializeCriticalSection(&lock);
+//     result = ZrEnterCriticalSection(&lock);
+//     ...                                                        // one thread at a time
+//     result = ZrLeaveCriticalSection(&lock);
+//     result = ZrDeleteCriticalSection(&lock);
 //
-// These are errors of the caller that nothing detects. Each is undefined behaviour:
-//   - leaving a lock that the calling thread does not hold;
-//   - deleting a lock that a thread holds or waits for;
-//   - ending a thread that still holds a lock. No other thread can leave that lock, so the threads that wait for it
-//     deadlock. A later thread to which the system gives the same identifier enters the lock as its owner.
+// In this family a null address (also a null `acquired`) returns ZR_R_INVALID_ARGUMENTS, and a variable that contains
+// null returns ZR_R_INVALID_OBJECT_STATE. Nothing changes in both cases.
 //
-// Works before ZrInitialize. Any thread, any time; but ZrDeleteCriticalSection must be the only call on its variable.
+// The library does not detect the following errors. Each is undefined behaviour:
+//   - to leave a lock that the calling thread has not entered;
+//   - to delete a lock that a thread has entered or waits for;
+//   - to end a thread that has not left a lock. No other thread can leave that lock, so the threads that wait for it
+//     deadlock. A later thread to which the system assigns the same identifier enters the lock as its owner.
+//
+// Two threads that enter the same two locks in different order may deadlock.
+//
+// Any thread, any time, before ZrInitialize too. But while ZrInitializeCriticalSection or ZrDeleteCriticalSection runs,
+// no other call may use the same variable: that is a data race.
 
 #ifndef ZRCORE_LOCK_H
 #define ZRCORE_LOCK_H
 
 #include "zrcore/base.h"
 
-/// ZRCRITICALSECTION is a lock, or null for none.
+/// ZRCRITICALSECTION is a lock. Null is not a lock.
 typedef struct tagZRCRITICALSECTION* ZRCRITICALSECTION;
 
-/// ZrInitializeCriticalSection makes a lock that nobody holds.
+/// ZrInitializeCriticalSection creates a lock that no thread has entered.
 ///
-/// @param lock  receives the lock, which ZrDeleteCriticalSection frees. An old value is overwritten unseen.
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `lock` is null.
+/// @param lock  gives a lock (ZrDeleteCriticalSection). Leak: a lock that the variable contained is not freed.
+/// @return
+///   - ZR_R_OK                 `*lock` was written.
+///   - ZR_R_INVALID_ARGUMENTS  `lock` is null.
 /// @throws std::bad_alloc if there is no memory for the lock; the variable is unchanged then. See "Exceptions" in
 ///         base.h.
+///
+/// One allocation.
 ZR_API ZRRESULT ZrInitializeCriticalSection(ZRCRITICALSECTION* lock);
 
 /// ZrDeleteCriticalSection frees the lock and sets the variable to null.
 ///
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `lock` is null; ZR_R_INVALID_OBJECT_STATE if it holds null, such as after
-///         an earlier deletion.
+/// @param lock  takes the lock in the variable. No thread may be in it or wait for it: that is undefined behaviour.
+/// @return
+///   - ZR_R_OK                    the lock was freed.
+///   - ZR_R_INVALID_ARGUMENTS     `lock` is null.
+///   - ZR_R_INVALID_OBJECT_STATE  the variable contains null, such as after an earlier deletion.
 ZR_API ZRRESULT ZrDeleteCriticalSection(ZRCRITICALSECTION* lock) ZR_NOEXCEPT;
 
-/// ZrEnterCriticalSection waits until the lock is free or the thread's own, and enters it.
+/// ZrEnterCriticalSection enters the lock. It waits while another thread is in the lock; the owner enters at once.
 ///
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `lock` is null; ZR_R_INVALID_OBJECT_STATE if it holds null.
+/// @return
+///   - ZR_R_OK                    the calling thread is in the lock.
+///   - ZR_R_INVALID_ARGUMENTS     `lock` is null.
+///   - ZR_R_INVALID_OBJECT_STATE  the variable contains null.
+///
+/// If the system cannot lock a mutex, the process is terminated.
 ZR_API ZRRESULT ZrEnterCriticalSection(ZRCRITICALSECTION* lock) ZR_NOEXCEPT;
 
-/// ZrLeaveCriticalSection takes back one entry of the calling thread.
+/// ZrLeaveCriticalSection cancels one entry of the calling thread. The last one lets another thread enter.
 ///
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `lock` is null; ZR_R_INVALID_OBJECT_STATE if it holds null.
+/// The calling thread must be in the lock: otherwise the behaviour is undefined.
+///
+/// @return
+///   - ZR_R_OK                    one entry was cancelled.
+///   - ZR_R_INVALID_ARGUMENTS     `lock` is null.
+///   - ZR_R_INVALID_OBJECT_STATE  the variable contains null.
 ZR_API ZRRESULT ZrLeaveCriticalSection(ZRCRITICALSECTION* lock) ZR_NOEXCEPT;
 
-/// ZrTryEnterCriticalSection enters the lock if that needs no waiting. It succeeds for the current owner.
+/// ZrTryEnterCriticalSection enters the lock if it can do so without waiting. The owner can always enter.
 ///
-/// @param acquired  receives 1 if the lock was entered, else 0. Untouched by a failure.
-/// @return ZR_R_OK, entered or not. Failures are looked for in this order: ZR_R_INVALID_ARGUMENTS if `lock` is null,
-///         the same if `acquired` is null, ZR_R_INVALID_OBJECT_STATE if the variable holds null.
+/// @param acquired  receives 1 if the lock was entered, else 0; unchanged after a failure.
+/// @return The first code that applies.
+///   - ZR_R_INVALID_ARGUMENTS     `lock` or `acquired` is null.
+///   - ZR_R_INVALID_OBJECT_STATE  the variable contains null.
+///   - ZR_R_OK                    `*acquired` was written, whether or not the lock was entered.
 ZR_API ZRRESULT ZrTryEnterCriticalSection(ZRCRITICALSECTION* lock, uint8_t* acquired) ZR_NOEXCEPT;
 
 #endif

@@ -1,45 +1,56 @@
-// ZrCore: memory blocks, buffers that one side makes and either side frees.
+// ZrCore: memory blocks, buffers that one side allocates and either side frees.
 //
-// A block is a heap allocation with its size in front. The caller holds the address of the payload; the size word lies
-// directly before it and may be read there:
+// A block is a heap allocation that begins with its size. The caller gets the address of the payload. The size word is
+// directly before the payload, and the caller may read it there:
 //
 //     | size (4) | payload ... |
-//                ^ the pointer            aligned as the heap plus 4 bytes: to 4 bytes, no more
+//                ^ the pointer            aligned like the heap plus 4 bytes: to 4 bytes, no more
 //
-// A null pointer is no block; a block of size 0 is not null and has no payload. Exhausted memory is told by null, there
-// are no result codes. Sizes above 4294967291 leave no room for the size word in 32 bits: the block then keeps the size
-// that was asked for in its size word and has no payload at all.
+//     uint32_t* numbers = (uint32_t*)ZrCreateMemory(16);      // four zeros, or null if out of memory
+//     void* grown = ZrRecreateMemory(numbers, 32);            // null if out of memory: `numbers` is still valid then
+//     ZrDestroyMemory(grown);
 //
-// Any thread, any time, before ZrInitialize too; one block is for one thread at a time.
+// A null pointer is not a block. A block of size 0 is not null and has no payload. The functions have no result codes:
+// they return null if out of memory. The owner of a block frees it with ZrDestroyMemory. Nothing throws.
+//
+// For sizes above 4294967291, the sum of the size and the size word does not fit into 32 bits. Such a block has the
+// requested size in its size word but has no payload at all. A caller that writes to the payload corrupts the heap.
+//
+// Any thread, before ZrInitialize too, one at a time for a block: two calls for one block that overlap are a data race.
 
 #ifndef ZRCORE_MEMORY_H
 #define ZRCORE_MEMORY_H
 
 #include "zrcore/base.h"
 
-/// ZrCreateMemory makes a block of `size` zero bytes.
+/// ZrCreateMemory allocates a block of `size` zero bytes.
 ///
-/// @param size  in bytes; 0 gives a block too.
-/// @return gives a block (ZrDestroyMemory); null when memory is exhausted.
+/// @param size  in bytes; 0 makes a block too.
+/// @return gives a block (ZrDestroyMemory); null if out of memory.
 ///
 /// One allocation; linear in the size.
 ZR_API void* ZrCreateMemory(uint32_t size) ZR_NOEXCEPT;
 
-/// ZrRecreateMemory moves a block's content into a new block of another size.
+/// ZrRecreateMemory moves the content of a block into a new block of another size.
 ///
-/// A new block is made always, for the same size too, so the pointer always changes. What fits is copied, the rest of a
-/// grown block is zero.
+/// A new block is always allocated, even for the same size, so the pointer always changes. The content is copied as far
+/// as it fits. If the new block is larger, the rest of it is zero.
 ///
-/// @param block  takes a block, which is freed, except when memory is exhausted; or null, which makes this
-///               ZrCreateMemory, so that a size of 0 gives a block then.
-/// @param size   in bytes; 0 frees the block and gives none.
-/// @return gives a block; null if `size` is 0 and `block` is not null. Null when memory is exhausted, too: `block` is
-///         the caller's still then, and unchanged.
+/// @param block  takes a block, which is freed, except when out of memory. If this is null, the function does the same
+///               as ZrCreateMemory, so a size of 0 then makes a block.
+/// @param size   in bytes. If `block` is not null, 0 frees it and returns null.
+/// @return gives a block (ZrDestroyMemory); null if `size` is 0 and `block` is not null; null if out of memory. In the
+///         last case the caller still owns `block`, which is unchanged.
+///
+/// Leak: do not assign the result to the only variable that refers to `block`: it is lost if the result is null.
 ///
 /// One allocation; linear in the size.
 ZR_API void* ZrRecreateMemory(void* block, uint32_t size) ZR_NOEXCEPT;
 
-/// ZrDestroyMemory frees a block. Null is ignored.
+/// ZrDestroyMemory frees a block.
+///
+/// @param block  takes the block; null is ignored. A block must not be freed in another way, such as by free(), since
+///               its pointer is not the address of the allocation.
 ZR_API void ZrDestroyMemory(void* block) ZR_NOEXCEPT;
 
 #endif
