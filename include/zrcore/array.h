@@ -41,7 +41,7 @@
 //     ZrSafeArrayGetElement                    all                     throws std::bad_alloc
 //     ZrSafeArrayPutElement                    all                     throws std::bad_alloc; the element may be null
 //
-// There are three exceptions. If there is no memory for a text, the element becomes null; if it is the text of a UUID,
+// Three cases differ. If there is no memory for a text, the element becomes null; if it is the text of a UUID,
 // the element also counts as not converted. A new blob throws or terminates the process as ZrCreateBlob does. Copying a
 // variant that owns an array copies that array, and may terminate the process as ZrSafeArrayCopy does.
 //
@@ -169,7 +169,7 @@ ZR_API ZRRESULT ZrSafeArrayGetElement(ZRSAFEARRAY array, const uint32_t* indices
 /// ZrSafeArrayPutElement replaces one element with a copy of the value.
 ///
 /// The old element is released before the value is copied. The value must not be something that only the old element
-/// keeps alive.
+/// keeps alive: that is undefined behaviour.
 ///
 /// @param indices  reads one 32-bit index per dimension.
 /// @param value    reads a variable of the element type. A null string is stored as an empty string; a null blob or

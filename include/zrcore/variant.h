@@ -46,8 +46,8 @@
 // strings and blobs, and different threads may use those records at the same time.
 //
 // ## Out of memory
-// See "Exceptions" in base.h. ZrVariantCopy, ZrVariantCopyInd and ZrVariantChangeType throw std::bad_alloc, with these
-// exceptions:
+// See "Exceptions" in base.h. ZrVariantCopy, ZrVariantCopyInd and ZrVariantChangeType throw std::bad_alloc, except in
+// these cases:
 //
 //   - If there is no memory for a new text, the text is null and the result is ZR_R_OK; for the text of a ZR_VT_UUID or
 //     ZR_VT_CHAR32 the result is ZR_R_NO_MEMORY.
@@ -400,8 +400,8 @@ ZR_API ZRRESULT ZrVariantChangeType(ZRVARIANT* destination, const ZRVARIANT* sou
 ///
 /// @param equal  receives 1 or 0. Set it to 0 before the call, since some results leave it unchanged.
 /// @return
-///   - ZR_R_OK                 `*equal` was written, with two exceptions: a by-reference record has a null address, or
-///                             two arrays have different shapes.
+///   - ZR_R_OK                 `*equal` was written, unless a by-reference record has a null address or two arrays
+///                             have different shapes.
 ///   - ZR_R_INVALID_ARGUMENTS  with `*equal` written: an SREF with a ref was compared with an SREF whose text is not a
 ///                             valid REF. They were compared by their texts.
 ///   - ZR_R_INVALID_POINTER    with `*equal` unchanged: an argument or the handle of an array is null.
