@@ -1,22 +1,32 @@
-// ZrCore: text between its encodings, and letter case.
+// ZrCore: conversion of text between encodings, and letter case.
 //
-// A ZRSTR is nominally UTF-16. The functions here move text between it, plain 16-bit units, UTF-8 and UTF-32, in four
-// layers. The layers have four conventions and treat bad text in different ways; callers rely on each, so none of them
-// is a guide to another:
+// A ZRSTR (string.h) contains 16-bit code units, nominally UTF-16. The functions of this header convert between a
+// ZRSTR, plain 16-bit text, UTF-8 and UTF-32, and change the case of letters. None of them validates text.
 //
-//   1. creators        make a string: count first, then one allocation of the exact size
-//   2. writers         fill the caller's buffer, and tell its size when asked through the in-out capacity
-//   3. range converters  take [begin, end) and give a buffer which they allocate
-//   4. the rest        UTF-8 with replacement, raw copies, case in the user's locale
+// The functions form four groups. Each group has its own way to pass buffers and its own treatment of bad text, and
+// callers rely on each, so don't infer the behaviour of one function from another:
 //
-// Nothing here is a validator. In particular surrogates are often merged without a look at whether they are a pair; the
-// merged value of `first` and `second` is then first * 1024 + second - 56613888, as for a true pair.
+//   1. creators          make a string: they count first and then allocate a block of exactly the needed size
+//   2. writers           fill the caller's buffer, or report the needed size through the in-out argument `capacity`
+//   3. range converters  convert [begin, end) into a new buffer that they allocate
+//   4. the rest          UTF-8 with replacement characters, copies of units, case in the user's locale
 //
-// Lengths are signed, in code units of the form that is named, and -1 means that the text runs to its terminator. In
-// this family a null argument gives ZR_R_INVALID_ARGUMENTS unless it is said otherwise. Only the range converters
-// throw: std::bad_alloc (see "Exceptions" in base.h).
+// "Merged" means below that a function computes one code point from a surrogate and the unit after it, without checking
+// that the two units are a pair. The code point is first * 1024 + second - 56613888. It is the right one for a true
+// pair. For any other two units it is some value from 0x2400 to 0x211FFF.
 //
-// Any thread, any time, before ZrInitialize too: all work is on the arguments alone. All is linear in the length.
+// A `length` is signed and counts code units of the source. A `length` of -1 means the whole text. A null argument
+// returns ZR_R_INVALID_ARGUMENTS unless a comment says otherwise; a null ZRSTR is refused too, not read as empty.
+// Strings are released with ZrDestroyString, the buffers of range converters with the C library's free(). Only the
+// range converters throw: std::bad_alloc (see "Exceptions" in base.h).
+//
+//     int32_t size = -1;                                              // -1 asks for the size
+//     ZrCreateUTF8fromZRSTR(string, -1, NULL, &size);
+//     char* text = (char*)malloc((size_t)size);
+//     ZrCreateUTF8fromZRSTR(string, -1, text, &size);                 // the buffer has exactly that size
+//
+// Any thread, any time, before ZrInitialize too. The functions use only their arguments and, for case, tables that
+// don't change; two overlapping calls that write the same buffer are a data race. All are linear in the length.
 
 #ifndef ZRCORE_UNICODE_H
 #define ZRCORE_UNICODE_H
@@ -30,199 +40,280 @@
 
 // ---- Creating strings ----------------------------------------------------------------------------------------------
 
-/// ZrCreateZRSTRfromUTF32 makes a string of code points.
+/// ZrCreateZRSTRfromUTF32 makes a string from code points.
 ///
-/// A code point up to 0xFFFF becomes one unit, surrogates and zeros among them. Any other becomes a pair; values above
-/// 0x10FFFF are not refused, but the first unit of their pair, which wraps in 16 bits, need not be a high surrogate.
+/// A code point up to 0xFFFF becomes one unit; this includes zeros and surrogates. A larger code point becomes two
+/// units. Values above 0x10FFFF are not refused: the first of their two units wraps in 16 bits and need not be a high
+/// surrogate.
 ///
-/// @param text    `length` code points.
-/// @param length  in code points; -1 means all up to the first zero.
-/// @param string  receives the string: the shared empty string for a length of 0; null when memory is exhausted.
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS, with `*string` untouched, if an argument is null, `length` is below -1 or
-///         the string would have more than 0x7FFFFFFF units; ZR_R_NO_MEMORY. A string of exactly 0x7FFFFFFF units is
-///         made, but its byteLen wraps to 0, so it can only be destroyed (string.h).
+/// @param text    reads `length` code points.
+/// @param length  in code points; -1 means all code points before the first zero.
+/// @param string  gives the string (ZrDestroyString); the shared empty string if there are no code points.
+/// @return
+///   - ZR_R_OK                 `*string` was written.
+///   - ZR_R_INVALID_ARGUMENTS  an argument is null, `length` is less than -1, or the string would have more than
+///                             0x7FFFFFFF units. `*string` is unchanged.
+///   - ZR_R_NO_MEMORY          out of memory. `*string` is null.
 ///
-/// One allocation, none for a length of 0.
+/// A string of exactly 0x7FFFFFFF units is made, but its byteLen wraps to 0. It must not be used except to destroy it
+/// (string.h).
+///
+/// One allocation, none if there are no code points.
 ZR_API ZRRESULT ZrCreateZRSTRfromUTF32(const char32_t* text, int32_t length, ZRSTR* string) ZR_NOEXCEPT;
 
-/// ZrCreateZRSTRfromUTF8 makes a string of UTF-8, and checks it loosely.
+/// ZrCreateZRSTRfromUTF8 makes a string from UTF-8. It checks only the sequence of lead and continuation bytes.
 ///
-/// Lead bytes from 0xC0 to 0xFF and as many continuation bytes (0x80 to 0xBF) as they ask for are good: overlong forms,
-/// encoded surrogates and values above 0x10FFFF are accepted, and so is a text that ends inside a sequence. Any other
-/// text is bad, and gives an empty string of its own and ZR_R_OK.
+/// A byte from 0xC0 to 0xFF is a lead byte. A lead byte below 0xE0 needs one continuation byte (0x80 to 0xBF), a lead
+/// byte below 0xF0 needs two, any other three. Text is good if each lead byte has its continuation bytes and no other
+/// byte is a continuation byte. Overlong forms, encoded surrogates and values above 0x10FFFF are accepted, and so is
+/// a text that ends inside a sequence. For any other text the function gives a new empty string and returns ZR_R_OK.
 ///
-/// A last sequence that lacks one byte takes the byte behind the text for it, whatever that is: with an explicit
-/// `length`, `text[length]` must be readable. One that lacks more yields nothing.
+/// If exactly one byte is missing from the last sequence, the function reads the byte after the text in its place,
+/// whatever that byte is. With an explicit `length`, `text[length]` must be readable. If more than one byte is missing,
+/// the last sequence yields no unit.
 ///
-/// @param text    `length` bytes, and one more to read.
-/// @param length  in bytes; -1 means all up to the first zero byte.
-/// @param string  receives the string: the shared empty string for a length of 0; null when memory is exhausted.
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS, with `*string` untouched, if an argument is null, `length` is below -1 or
-///         the string would have more than 0x7FFFFFFF units (exactly as many are accepted, as by
-///         ZrCreateZRSTRfromUTF32); ZR_R_NO_MEMORY; ZR_R_FAILED if the text yielded fewer
-///         units than its lead bytes promised, because its last sequence lacks more than one byte or a sequence of four
-///         bytes is overlong. The string is given then all the same, zero units in the places that are left:
-///         destroy it.
+/// @param text    reads `length` bytes and one more.
+/// @param length  in bytes; -1 means all bytes before the first zero byte.
+/// @param string  gives the string (ZrDestroyString); the shared empty string if there are no bytes.
+/// @return
+///   - ZR_R_OK                 `*string` was written.
+///   - ZR_R_INVALID_ARGUMENTS  an argument is null, `length` is less than -1, or the string would have more than
+///                             0x7FFFFFFF units. `*string` is unchanged. (For exactly 0x7FFFFFFF units see
+///                             ZrCreateZRSTRfromUTF32.)
+///   - ZR_R_NO_MEMORY          out of memory. `*string` is null.
+///   - ZR_R_FAILED             the text yielded fewer units than its lead bytes promise: more than one byte is missing
+///                             from the last sequence, or a sequence of four bytes is overlong. `*string` was written,
+///                             with zero units at its end for the missing ones.
 ///
-/// One allocation, none for a length of 0.
+/// Leak: after ZR_R_FAILED the caller owns a string too and must destroy it.
+///
+/// One allocation, none if there are no bytes.
 ZR_API ZRRESULT ZrCreateZRSTRfromUTF8(const char* text, int32_t length, ZRSTR* string) ZR_NOEXCEPT;
 
-/// ZrUTF8toZRSTR is ZrCreateZRSTRfromUTF8, but a `length` of 0 gives ZR_R_INVALID_ARGUMENTS. (An empty text with a
-/// length of -1 gives the shared empty string here too.)
+/// ZrUTF8toZRSTR does the same as ZrCreateZRSTRfromUTF8, but returns ZR_R_INVALID_ARGUMENTS for a `length` of 0. An
+/// empty text with a `length` of -1 gives the shared empty string here too.
 ZR_API ZRRESULT ZrUTF8toZRSTR(const char* text, int32_t length, ZRSTR* string) ZR_NOEXCEPT;
 
 // ---- Writing into the caller's buffer ------------------------------------------------------------------------------
 //
-// `*capacity` is -1 to ask for the size, else the units of the target form that `buffer` has room for. Asking stores
-// the units needed, terminator included, and returns ZR_R_OK; each writer says what happens to a size that doesn't fit
-// 31 bits. Writing leaves `*capacity` as it was. A buffer of exactly the stored size is the only one that all of the
-// writers accept.
+// `*capacity` selects what a writer does.
+//   - -1 asks for the size. The writer stores the number of units of the target form in `*capacity`, terminator
+//     included, and returns ZR_R_OK. It doesn't use `buffer`. Each comment says what happens to a size above 31 bits.
+//   - 0 or more is the number of units that `buffer` has room for. The writer fills `buffer` and leaves `*capacity`
+//     unchanged.
 //
-// All of them return ZR_R_INVALID_ARGUMENTS, with nothing written, if `source` or `capacity` is null, `length` is 0 or
-// below -1, `*capacity` is below -1, or `buffer` is null and `*capacity` is not -1. A `length` of -1
-// means ZrStringLen(source), which may be 0; any other is taken as given and never compared with the string's own.
+// Pass a buffer of exactly the size that the writer stored. This is the only size that all writers accept.
+//
+// All writers return ZR_R_INVALID_ARGUMENTS and write nothing in these cases:
+//   - `source` or `capacity` is null;
+//   - `length` is 0 or less than -1;
+//   - `*capacity` is less than -1;
+//   - `buffer` is null and `*capacity` is not -1.
+//
+// A `length` of -1 means ZrStringLen(source), which may be 0. Any other `length` is never compared with the string's
+// own length. It must not be greater: reading past the end of the string is undefined behaviour.
 
-/// ZrCreateWCHARfromZRSTR copies a string's units.
+/// ZrCreateWCHARfromZRSTR copies the units of a string into a buffer.
 ///
-/// Asked for the size, it stores the length and one more; that is at most 0x7FFFFFFF and never wraps.
+/// It copies as many units as `length` and the capacity allow and fills the rest of the buffer with zero units. If the
+/// capacity is not greater than the length, the copy has no terminator and may be cut, and the function returns ZR_R_OK
+/// nevertheless.
 ///
-/// Writing, it copies the smaller of the length and the capacity, and fills the rest of the buffer with zero units. If
-/// there is no rest, the text has no terminator and may be cut, and the result is ZR_R_OK all the same.
+/// The size that it stores is the length plus one. It is at most 0x7FFFFFFF and never wraps.
 ///
 /// @return
 ///   - ZR_R_OK                 the size was stored, or the buffer was filled.
-///   - ZR_R_INVALID_ARGUMENTS  as above, or `length` is 0x7FFFFFFF, in either use.
+///   - ZR_R_INVALID_ARGUMENTS  one of the cases above, or `length` is 0x7FFFFFFF. Nothing was written.
 ZR_API ZRRESULT ZrCreateWCHARfromZRSTR(ZRSTR source, int32_t length, WCHAR* buffer, int32_t* capacity) ZR_NOEXCEPT;
 
 /// ZrCreateUTF16fromZRSTR is ZrCreateWCHARfromZRSTR under a second name.
 ZR_API ZRRESULT ZrCreateUTF16fromZRSTR(ZRSTR source, int32_t length, WCHAR* buffer, int32_t* capacity) ZR_NOEXCEPT;
 
-/// ZrCreateUTF32fomZRSTR writes a string as code points. (The name is spelt so.)
+/// ZrCreateUTF32fomZRSTR writes a string as code points into a buffer. (The name is spelt so.)
 ///
-/// It converts one unit more than `length`: the terminator, or whatever stands there.
+/// It converts `length` units and the one after them, which is the terminator if `length` is the string's own length.
+/// This last unit is called the final unit below.
 ///
-/// Asked for the size, it counts a true pair as one and a lone surrogate as nothing, and stores 0 if the very last unit
-/// is a surrogate outside a pair. A count of 0x80000000, which only a `length` of 0x7FFFFFFF without surrogates
-/// reaches, wraps: it is stored as -2147483648, with ZR_R_OK. Every smaller count is stored as it is.
+/// The size that it stores counts one for each unit that is not a surrogate, one for each true pair, and nothing for a
+/// lone surrogate. It is 0 if the final unit is a surrogate that is not part of a true pair. A count of 0x80000000 is
+/// stored as -2147483648, and the function returns ZR_R_OK; only a `length` of 0x7FFFFFFF without surrogates reaches
+/// it. Every smaller count is stored exactly.
 ///
-/// Writing, a lone surrogate stores nothing, but the unit after it is skipped with it, and both count as one step.
+/// Writing goes in steps. A unit that is not a surrogate, or a true pair, is one step and stores one code point. A lone
+/// surrogate and the unit after it are together one step, which stores nothing. Writing ends when the number of steps
+/// reaches the capacity or no unit is left. With lone surrogates the function can therefore return ZR_R_OK without
+/// having written the end of the buffer or a terminator.
 ///
-/// Writing ends when the steps reach the capacity or the units are used up. Beware of a capacity of 0: no count of
-/// steps is ever 0, so all units are written, into a buffer that must have room for them.
+/// With a capacity of 0 the function must not be called on a small buffer: the number of steps never equals 0, so it
+/// writes all code points, past the end of a buffer that has no room for them.
 ///
-/// @return ZR_R_OK if the steps are exactly as many as the capacity; ZR_R_FAILED if they are not, as with a buffer
-///         larger than needed or a capacity of 0, what was converted having been written; ZR_R_FAILED, and ZR_R_OK if
-///         the capacity is 0, on reaching a surrogate that is the very last unit; ZR_R_INVALID_ARGUMENTS as above.
+/// @return
+///   - ZR_R_OK                 the size was stored; or the number of steps equals the capacity; or the capacity is 0
+///                             and the final unit is a surrogate that begins a step.
+///   - ZR_R_FAILED             the number of steps is less than the capacity, because the buffer is larger than needed
+///                             or because the final unit is a surrogate that begins a step; or the capacity is 0 and no
+///                             such surrogate was found. The code points of all steps so far were written.
+///   - ZR_R_INVALID_ARGUMENTS  one of the cases above. Nothing was written.
 ZR_API ZRRESULT ZrCreateUTF32fomZRSTR(ZRSTR source, int32_t length, char32_t* buffer, int32_t* capacity) ZR_NOEXCEPT;
 
-/// ZrCreateUTF8fromZRSTR writes a string as UTF-8 and a zero byte.
+/// ZrCreateUTF8fromZRSTR writes a string as UTF-8 and a zero byte into a buffer.
 ///
-/// Asked for the size, it counts four bytes for a true pair and none for a lone surrogate, and stores 1 if a lone
-/// surrogate is the last unit. A size of more than 0x7FFFFFFF wraps: its low 32 bits are stored as a signed number,
-/// with ZR_R_OK, and the number may be negative or too small. A text of up to 715827882 units never wraps.
+/// A buffer that is too small cuts the text, even inside a character, and the function returns ZR_R_OK. A buffer that
+/// is too large makes it fail.
 ///
-/// Writing, any surrogate is merged with the unit after it, and one in the last place ends the text as if nothing had
-/// been written. Of a merged value above 0x1FFFFF, which four bytes don't hold, the low 21 bits are written.
+/// The size that it stores counts four bytes for a true pair, none for a lone surrogate, and one for the zero byte. It
+/// is 1 if the last unit of the text is a lone surrogate. A size above 0x7FFFFFFF wraps: its low 32 bits are stored as
+/// a signed number, which may be negative or too small, and the function returns ZR_R_OK. The size of a text of up to
+/// 715827882 units never wraps.
 ///
-/// A buffer that is too small cuts the text, even inside a character, and succeeds; one that is too large fails.
+/// When the function writes, it merges every surrogate with the unit after it. Four bytes can't represent a merged
+/// value above 0x1FFFFF; the function writes its low 21 bits. The function fails when it reaches a surrogate that is
+/// the last unit of the text.
 ///
-/// @return ZR_R_OK if the bytes written and the zero byte fill the buffer exactly; ZR_R_FAILED, without a zero byte, if
-///         they don't, as always with a capacity of 0; ZR_R_INVALID_ARGUMENTS as above.
+/// @return
+///   - ZR_R_OK                 the size was stored; or the text, complete or cut, and the zero byte fill the buffer
+///                             exactly.
+///   - ZR_R_FAILED             the text and the zero byte don't fill the buffer, a surrogate that is the last unit was
+///                             reached, or the capacity is 0. The bytes so far were written, without a zero byte.
+///   - ZR_R_INVALID_ARGUMENTS  one of the cases above. Nothing was written.
 ZR_API ZRRESULT ZrCreateUTF8fromZRSTR(ZRSTR source, int32_t length, char* buffer, int32_t* capacity) ZR_NOEXCEPT;
 
 // ---- Converting ranges ---------------------------------------------------------------------------------------------
 //
-// They convert the units from `begin` up to but not including `end` and give a new buffer, large enough for the worst
-// case, with the text, a zero unit, and zero units up to the buffer's end. Release it with free() of the C library;
-// ZrDestroyMemory is not for it. An empty range, null to null too, gives a buffer of zero units.
+// The range converters convert the units from `begin` up to but not including `end`. They give a new buffer that is
+// large enough for the worst case. It contains the converted text, and zero units from there to the end of the buffer,
+// at least one. Release it with the C library's free(); it must not be passed to ZrDestroyMemory. An empty range gives
+// a buffer of zero units, and so does a range from null to null.
 //
-// With a `stopAtZero` other than 0 a zero unit ends the text; with 0 it is converted like any other. A zero unit that a
-// surrogate or a lead byte has taken for its second half never ends it.
+// If `stopAtZero` is not 0, the first zero unit ends the text. If it is 0, a zero unit is converted like any other. A
+// zero unit that is merged with the surrogate before it, or that a lead byte takes as a continuation byte, never ends
+// the text.
 //
-// All answer ZR_R_OK; ZR_R_INVALID_ARGUMENTS, with `*buffer` untouched, if `buffer` is null, `begin` is behind `end` or
-// `begin` alone is null; ZR_R_INVALID_ARGUMENTS too for what each refuses: `*buffer` is given then all the same, with
-// what was converted so far. They throw std::bad_alloc, with `*buffer` unchanged, if there is no memory for the
-// buffer. One allocation.
+// ZR_R_INVALID_ARGUMENTS has two meanings here:
+//   - The arguments are not a range: `buffer` is null, `begin` is after `end`, or only `begin` is null. `*buffer` is
+//     unchanged.
+//   - The range contains something that the function refuses. `*buffer` is given nevertheless, with the text that was
+//     converted so far.
+//
+// Leak: the buffer of a refused range must be freed too. Set `*buffer` to null before the call and free it after every
+// call.
+//
+// Each call makes one allocation. If it is out of memory, it throws std::bad_alloc and leaves `*buffer` unchanged.
 
-/// ZrUTF16toUTF32 merges every surrogate with the unit behind it, pair or not, and takes other units as they are.
+/// ZrUTF16toUTF32 converts UTF-16 to code points. It merges every surrogate with the unit after it, pair or not, and
+/// copies any other unit.
 ///
-/// @param buffer  receives `end - begin + 1` code points.
-/// @return as above; refuses a surrogate in the last place.
-/// @throws std::bad_alloc as above; see "Exceptions" in base.h.
+/// @param buffer  gives a buffer of `end - begin + 1` code points (free).
+/// @return
+///   - ZR_R_OK                 the range was converted.
+///   - ZR_R_INVALID_ARGUMENTS  the arguments are not a range; or the last unit is a surrogate without a unit after it,
+///                             and `*buffer` was written.
+/// @throws std::bad_alloc if out of memory; see "Exceptions" in base.h. `*buffer` is unchanged.
 ZR_API ZRRESULT ZrUTF16toUTF32(const WCHAR* begin, const WCHAR* end, uint8_t stopAtZero, char32_t** buffer);
 
-/// ZrUTF32toUTF16 makes one unit of each code point below 0xFFFF and a pair of each from 0x10000 to 0x10FFFE.
+/// ZrUTF32toUTF16 converts code points to UTF-16. A code point below 0xFFFF becomes one unit, a code point from 0x10000
+/// to 0x10FFFE becomes a pair.
 ///
-/// @param buffer  receives `(end - begin) * 2 + 1` units.
-/// @return as above; refuses 0xFFFF itself and every value above 0x10FFFE.
-/// @throws std::bad_alloc as above; see "Exceptions" in base.h.
+/// @param buffer  gives a buffer of `(end - begin) * 2 + 1` units (free).
+/// @return
+///   - ZR_R_OK                 the range was converted.
+///   - ZR_R_INVALID_ARGUMENTS  the arguments are not a range; or the range contains 0xFFFF or a value above 0x10FFFE,
+///                             and `*buffer` was written.
+/// @throws std::bad_alloc if out of memory; see "Exceptions" in base.h. `*buffer` is unchanged.
 ZR_API ZRRESULT ZrUTF32toUTF16(const char32_t* begin, const char32_t* end, uint8_t stopAtZero, WCHAR** buffer);
 
-/// ZrUTF32toUTF8 makes one byte below 0x7F, two below 0x7FF, three below 0xFFFF and four below 0x1FFFFF. The limits
-/// themselves belong to the next longer form: 0x7F becomes the bytes 0xC1 0xBF.
+/// ZrUTF32toUTF8 converts code points to UTF-8. A code point below 0x7F becomes one byte, below 0x7FF two bytes, below
+/// 0xFFFF three bytes, and below 0x1FFFFF four bytes.
 ///
-/// @param buffer  receives `(end - begin) * 4 + 1` bytes.
-/// @return as above; refuses 0x1FFFFF and above.
-/// @throws std::bad_alloc as above; see "Exceptions" in base.h.
+/// The limits 0x7F, 0x7FF and 0xFFFF themselves take the next longer form: 0x7F becomes the bytes 0xC1 0xBF.
+///
+/// @param buffer  gives a buffer of `(end - begin) * 4 + 1` bytes (free).
+/// @return
+///   - ZR_R_OK                 the range was converted.
+///   - ZR_R_INVALID_ARGUMENTS  the arguments are not a range; or the range contains a value of 0x1FFFFF or above, and
+///                             `*buffer` was written.
+/// @throws std::bad_alloc if out of memory; see "Exceptions" in base.h. `*buffer` is unchanged.
 ZR_API ZRRESULT ZrUTF32toUTF8(const char32_t* begin, const char32_t* end, uint8_t stopAtZero, char** buffer);
 
-/// ZrUTF8toUTF32 makes a code point of every lead byte from 0xC0 up and the one to three bytes behind it, whatever they
-/// are, and takes other bytes as they are, those from 0x80 to 0xBF too.
+/// ZrUTF8toUTF32 converts UTF-8 to code points. A lead byte (0xC0 or above) and the one to three bytes after it become
+/// one code point, whatever those bytes are. Any other byte becomes a code point of the same value, even a byte from
+/// 0x80 to 0xBF.
 ///
-/// @param buffer  receives `end - begin + 1` code points.
-/// @return as above; refuses a range that ends inside a sequence. Nothing past `end` is read.
-/// @throws std::bad_alloc as above; see "Exceptions" in base.h.
+/// @param buffer  gives a buffer of `end - begin + 1` code points (free).
+/// @return
+///   - ZR_R_OK                 the range was converted.
+///   - ZR_R_INVALID_ARGUMENTS  the arguments are not a range; or the range ends inside a sequence, and `*buffer` was
+///                             written. Nothing past `end` is read.
+/// @throws std::bad_alloc if out of memory; see "Exceptions" in base.h. `*buffer` is unchanged.
 ZR_API ZRRESULT ZrUTF8toUTF32(const char* begin, const char* end, uint8_t stopAtZero, char32_t** buffer);
 
 // ---- UTF-8 with replacement, raw copies ----------------------------------------------------------------------------
 
-/// ZrZRSTRtoUTF8 writes a string up to its first zero unit as well-formed UTF-8, and a zero byte. A lone surrogate
+/// ZrZRSTRtoUTF8 writes a string up to its first zero unit as well-formed UTF-8 and a zero byte. A lone surrogate
 /// becomes the replacement character, EF BF BD.
 ///
-/// With a `size` of 0 it writes nothing and returns the bytes that are needed, zero byte included. `buffer` is not used
-/// then: it may be null, the string itself or anything else.
+/// With a `size` of 0 it writes nothing and returns the number of bytes needed. It doesn't use `buffer` then, which may
+/// be null, the string itself or anything else.
 ///
-/// @param string  a string; any zero-terminated text will do.
-/// @param buffer  receives the text and a zero byte; not used if `size` is 0.
+/// @param string  reads a string or any zero-terminated text.
+/// @param buffer  receives the text and a zero byte.
 /// @param size    of the buffer, in bytes; 0 asks for the size.
-/// @return the bytes written, or needed if `size` is 0, zero byte included. It is 0 after a failure:
+/// @return the number of bytes written, or needed if `size` is 0, including the zero byte. 0 means that the call
+///         failed:
 ///   - `string` is null or `size` is negative;
 ///   - `size` is 0 and more than 0x7FFFFFFF bytes are needed;
 ///   - `size` is not 0, and `buffer` is null or has the address of `string`: nothing was written;
-///   - `size` is not 0 and too small: the buffer holds the characters that had room, without a zero byte.
+///   - `size` is not 0 and too small: the buffer contains the characters that fit, without a zero byte.
 ZR_API int32_t ZrZRSTRtoUTF8(ZRSTR string, char* buffer, int32_t size) ZR_NOEXCEPT;
 
-/// ZrCopyZRSTR2WCHAR copies `count` units as they are, and no more: no terminator, no look at the source's length.
+/// ZrCopyZRSTR2WCHAR copies exactly `count` units. It adds no terminator and ignores the length of the string.
 ///
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if a pointer is null or `count` is 0.
+/// `count` must not be greater than the number of units in `source` or the room in `destination`: the function reads
+/// and writes past the end then, which is undefined behaviour.
+///
+/// @return
+///   - ZR_R_OK                 the units were copied.
+///   - ZR_R_INVALID_ARGUMENTS  a pointer is null or `count` is 0.
 ZR_API ZRRESULT ZrCopyZRSTR2WCHAR(ZRSTR source, WCHAR* destination, uint32_t count) ZR_NOEXCEPT;
 
-/// ZrCopyWCHAR2ZRSTR is the same copy with the other type on either side. It makes no string: `destination` has to have
-/// room, in front of its terminator, and its header stays as it is. Nobody else may hold it, and it must not be the
-/// shared empty string, which some creators give for an empty text.
+/// ZrCopyWCHAR2ZRSTR copies exactly `count` units into an existing string, like ZrCopyZRSTR2WCHAR. It makes no string
+/// and doesn't change the length in the header.
+///
+/// `destination` must have room for `count` units before its terminator. It must not be shared: other holders rely on a
+/// string that never changes, and a thread that reads it at the same time is a data race. It must not be the shared
+/// empty string, which some creators give for an empty text.
+///
+/// @return
+///   - ZR_R_OK                 the units were copied.
+///   - ZR_R_INVALID_ARGUMENTS  a pointer is null or `count` is 0.
 ZR_API ZRRESULT ZrCopyWCHAR2ZRSTR(const WCHAR* source, ZRSTR destination, uint32_t count) ZR_NOEXCEPT;
 
 // ---- Case ----------------------------------------------------------------------------------------------------------
 //
-// Case is that of the process's default locale for characters, the one that the user's environment names, whatever
-// locale the program has set; if the system doesn't have it, only ASCII letters have case. The first use of any of
-// these reads it, once, on one thread; a few hundred microseconds. Units are mapped one by one: no surrogate pair has
-// case, and no text changes its length.
+// These functions use the case rules of the process's default locale for characters. This is the locale that the user's
+// environment names, whatever locale the program has set. If the system doesn't have that locale, only ASCII letters
+// have case. The first call of any of these functions reads the rules, once and on one thread; this takes a few hundred
+// microseconds. Units are mapped one by one: a surrogate pair has no case, and the length of a text never changes.
 
-/// ZrWCHARCompareNoCase orders two zero-terminated texts by their units in lower case.
+/// ZrWCHARCompareNoCase compares two zero-terminated texts by their units in lower case.
 ///
-/// @return 0 if they are equal, else a value below or above 0, of which only the sign means something. A null comes
-///         before any text, and two nulls are equal.
+/// @param left, right  zero-terminated, or null. A null comes before any text, and two nulls are equal.
+/// @return 0 if the texts are equal, a negative number if `left` comes first, else a positive number. Only the sign has
+///         a meaning.
 ZR_API int32_t ZrWCHARCompareNoCase(const WCHAR* left, const WCHAR* right) ZR_NOEXCEPT;
 
 /// ZrWCHARToLower changes a zero-terminated text to lower case, in place.
 ///
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `text` is null.
+/// @return
+///   - ZR_R_OK                 the text was changed.
+///   - ZR_R_INVALID_ARGUMENTS  `text` is null.
 ZR_API ZRRESULT ZrWCHARToLower(WCHAR* text) ZR_NOEXCEPT;
 
 /// ZrWCHARToUpper changes a zero-terminated text to upper case, in place.
 ///
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `text` is null.
+/// @return
+///   - ZR_R_OK                 the text was changed.
+///   - ZR_R_INVALID_ARGUMENTS  `text` is null.
 ZR_API ZRRESULT ZrWCHARToUpper(WCHAR* text) ZR_NOEXCEPT;
 
 #endif
