@@ -1,25 +1,39 @@
-// ZrCore: components: from a class identifier to an object of a module that the caller never named.
+// ZrCore: components. A client names a class and receives an object, without knowing the module that implements it.
 //
-// The library knows no class by itself. A host registers discovery objects (IZrComponentDiscovery); a lookup asks them
-// in ascending order of their cookies, the first answer of zero or above wins, and it is remembered until that
-// discovery is removed. A discovery tells where a class lives: in a module file, by path, or behind entry points that
-// it hands over. The module is loaded when an object is first wanted, started once by ZrInitModule, and unloaded when
-// the last class that was used from it is gone. Neither objects nor creations are tracked: before a discovery goes, by
-// the last ZrUninitialize too, release the objects of its modules, and have no ZrCreateInstance of its classes running.
+// The library has no classes of its own. A host registers discovery objects (IZrComponentDiscovery), and a discovery
+// reports where a class is implemented: in a module file, by its path, or in functions that it hands over. A lookup
+// asks the discoveries in ascending order of their cookies; the first result of zero or above wins. The library
+// remembers it until that discovery is removed.
+//
+// A module is loaded when the first object is created from it, started once with ZrInitModule, and unloaded when the
+// last class of which it has made an object is forgotten.
 //
 //     host     ZrInitialize, ZrAddComponentDiscovery            client   ZrCreateInstance -> object
 //     module   ZrInitModule, ZrCreateInstanceModule ... ZrExitModule
 //
-// Locks. The management lock, which is recursive, serialises every lookup, addition and removal, and every call into a
-// discovery is made under it, but for the question about "ZrCore" (configuration.h) that an addition ends with: a
-// discovery may call back on the same thread, and a slow one stalls all others. (It had better not make objects of a
-// module whose ZrInitModule calls back: the one holds the management lock and waits for the module's start, the other
-// the reverse.) Objects are made without it. ZrExitModule runs under it, and under the lifecycle lock too in the last
-// ZrUninitialize: a thread that it waits for must not want either.
+//     void* object = nullptr;
+//     ZRRESULT result = ZrCreateInstance(&kClassId, 0, &kInterfaceId, 0, &object);
+//     if (ZR_SUCCEEDED(result)) static_cast<IExample*>(object)->Release();   // when it is no longer needed
 //
-// The exports answer ZR_R_NO_INIT while ZrInitialize is not in force. Exceptions from discoveries and modules are
-// caught and become the code that each export names, except where an addition reads "ZrCore"; so does exhausted memory,
-// which never reads as ZR_R_NO_MEMORY. All exports: any thread, any time.
+// The library tracks neither objects nor running creations. Before a discovery is removed, or the last ZrUninitialize
+// removes all of them, all objects of its modules must have been released and no ZrCreateInstance of its classes may be
+// running: the code of the modules is unloaded.
+//
+// Locks. The management lock is recursive. It is held during every lookup, addition and removal and during every call
+// of a discovery, except the query for "ZrCore" (configuration.h) at the end of an addition. A discovery may therefore
+// call component functions on the same thread, and a slow discovery blocks all other threads. Objects are created
+// without the lock. ZrExitModule runs under it, and in the last ZrUninitialize under the lifecycle lock too.
+//
+// Deadlock: a discovery must not create an object of a module whose ZrInitModule calls component functions. The
+// discovery holds the management lock and waits for the module's start, while the thread that starts the module waits
+// for the management lock.
+//
+// Deadlock: ZrExitModule must not wait for a thread that needs one of the two locks.
+//
+// All functions return ZR_R_NO_INIT while ZrInitialize is not in force. A null result pointer returns
+// ZR_R_INVALID_ARGUMENTS; identifiers must not be null. Exceptions from discoveries and modules become the result code
+// that each function names, except while an addition reads "ZrCore". Out of memory becomes the same code, never
+// ZR_R_NO_MEMORY. All functions: any thread, any time.
 
 #ifndef ZRCORE_COMPONENT_H
 #define ZRCORE_COMPONENT_H
@@ -34,34 +48,45 @@ typedef struct IZrConfiguration IZrConfiguration;
 
 // ---- What a module provides ----------------------------------------------------------------------------------------
 //
-// A module is a loadable file that exports the three functions declared here, all of them. The declarations give C
-// linkage and visibility: a module includes this header and defines the functions, with these signatures. In CMake,
-// zrcore_add_module(NAME sources...) builds such a file and fails if one of the three is missing.
+// A module is a loadable file that exports all three functions that are declared here. The declarations specify C
+// linkage and visibility: a module includes this header and defines the functions with exactly these signatures. In
+// CMake, zrcore_add_module(NAME sources...) builds such a file and fails if one of the three is missing.
 
 #define ZR_MODULE_API ZR_EXTERN_C ZR_EXPORT
 
-/// ZrInitModule starts the module, once before the first object is made.
+/// ZrInitModule starts the module. The library calls it once, before the module makes its first object.
 ///
-/// Called under the module's own start lock: other threads that want a first object wait. It may call component
-/// exports, but not make an object of its own module, nor have its own discovery removed.
+/// It runs under the module's start lock: other threads that want a first object wait until it returns. It may call
+/// component functions, with two exceptions:
+///   - It must not create an object of its own module. That deadlocks.
+///   - It must not cause the removal of its own discovery. The module would be unloaded while its code runs.
 ///
-/// @return negative to refuse: the module is unloaded, the creation answers ZR_R_NOT_SUPPORTED, and the next attempt
-///         loads it again and does not call ZrInitModule a second time. After an exception, which is ZR_R_UNEXPECTED,
-///         the module stays loaded, and it isn't called a second time either.
+/// @return zero or above if the module can be used. A negative result refuses the start: the module is unloaded and
+///         ZrCreateInstance returns ZR_R_NOT_SUPPORTED. The next creation loads the module again and uses it without
+///         calling ZrInitModule a second time.
+///
+/// If it throws, ZrCreateInstance returns ZR_R_UNEXPECTED. The module stays loaded, and ZrInitModule is not called a
+/// second time either.
 ZR_MODULE_API ZRRESULT ZrInitModule(void);
 
-/// ZrExitModule stops the module, before it is unloaded. A stopped module that is still loaded may be started again.
+/// ZrExitModule stops the module. The library calls it before it unloads the module. A stopped module that is still
+/// loaded may be started again.
+///
+/// It must not throw (base.h), and must not wait for a thread that needs the management lock or, in the last
+/// ZrUninitialize, the lifecycle lock: that deadlocks.
 ZR_MODULE_API void ZrExitModule(void);
 
-/// ZrCreateInstanceModule makes an object. Called without any lock, from any number of threads at once; it may call
-/// component exports freely, but not have its own discovery removed.
+/// ZrCreateInstanceModule makes an object. It is called without any lock, by any number of threads at once.
 ///
-/// @param classId      the class; lent for the call.
-/// @param argument1    passed on from ZrCreateInstance unchanged; its meaning is between caller and module.
-/// @param interfaceId  the wanted interface; lent for the call.
-/// @param argument2    as argument1.
-/// @param object       the caller's result pointer; receives an object with one reference for the caller.
-/// @return handed to the caller of ZrCreateInstance as it is; negative means that no object was made.
+/// It may call all component functions, but must not cause the removal of its own discovery: the module would be
+/// unloaded while its code runs.
+///
+/// @param classId      lends the class identifier for the call.
+/// @param argument1    what the caller passed to ZrCreateInstance; its meaning is between caller and module.
+/// @param interfaceId  lends the identifier of the wanted interface for the call.
+/// @param argument2    like `argument1`.
+/// @param object       the caller's result pointer; gives the caller an object with one reference.
+/// @return passed unchanged to the caller of ZrCreateInstance. A negative result means that no object was made.
 ZR_MODULE_API ZRRESULT ZrCreateInstanceModule(const ZRUUID* classId, uint64_t argument1, const ZRUUID* interfaceId,
                                               uint64_t argument2, void** object);
 
@@ -70,8 +95,9 @@ typedef void (*ZrExitModuleFunction)(void);
 typedef ZRRESULT (*ZrCreateInstanceModuleFunction)(const ZRUUID* classId, uint64_t argument1, const ZRUUID* interfaceId,
                                                    uint64_t argument2, void** object);
 
-/// ZrModuleEntryPoints offers a module's functions without a file. Without createInstance no object can be made; init
-/// and exit may be null and are then skipped.
+/// ZrModuleEntryPoints contains the functions of a module that has no file.
+///
+/// Without `createInstance` no object can be created. `init` and `exit` may be null; they are skipped then.
 typedef struct ZrModuleEntryPoints {
   ZrCreateInstanceModuleFunction createInstance;
   ZrInitModuleFunction init;
@@ -82,66 +108,71 @@ ZR_STATIC_ASSERT(sizeof(ZrModuleEntryPoints) == 3 * sizeof(void*), "three functi
 
 // ---- What a host provides ------------------------------------------------------------------------------------------
 //
-// The object interfaces are tables of operations, and the place in the table is the contract. In C++ they are abstract
-// classes without a virtual destructor; in C a struct that points to a struct of function pointers, each of which takes
-// the object first.
+// The object interfaces are tables of operations. The position of an operation in the table is part of the binary
+// interface. In C++ the interfaces are abstract classes without a virtual destructor. In C they are structs that point
+// to a struct of function pointers, each of which takes the object as its first argument.
 
 #ifdef __cplusplus
 
-/// IZrUnknown is the base of every object that crosses the boundary. The object counts its references itself.
+/// IZrUnknown is the base of every object that crosses the library's boundary. The object counts its own references.
 struct IZrUnknown {
-  /// AddRef takes one more reference. The library doesn't read the result; by custom it is the new count.
+  /// AddRef adds one reference. By custom it returns the new count; the library ignores the result.
   virtual uint32_t AddRef() = 0;
 
-  /// Release gives up one reference, the last one frees the object. The library doesn't read the result.
+  /// Release releases one reference; the last one frees the object. The library ignores the result.
   virtual uint32_t Release() = 0;
 
-  /// QueryInterface gives another interface of the object. The library never calls it: identifiers and codes are
-  /// between host and modules, ZR_R_NO_INTERFACE by custom where there is none.
+  /// QueryInterface gives another interface of the object. The library never calls it: host and modules agree on
+  /// identifiers and result codes. By custom it returns ZR_R_NO_INTERFACE for an unknown interface.
   virtual ZRRESULT QueryInterface(const ZRUUID* interfaceId, void** object) = 0;
 
  protected:
   ~IZrUnknown() = default;
 };
 
-/// IZrComponentDiscovery tells where classes live and what they are called. A host or a module implements it.
+/// IZrComponentDiscovery reports where classes are implemented and what they are called. A host or a module implements
+/// it.
 ///
-/// A negative answer means "not mine": its code is not kept, and the next discovery is asked. An exception ends the
-/// whole lookup.
+/// A negative result means that this discovery doesn't know the class or name. The library discards the code and asks
+/// the next discovery. An exception ends the whole lookup.
 struct IZrComponentDiscovery : IZrUnknown {
-  /// QueryComponent tells where a class lives.
+  /// QueryComponent reports where a class is implemented: in a module file or in functions.
   ///
-  /// @param classId      lent for the call.
-  /// @param modulePath   null on entry; may receive the path of a module file, as a string that the library takes,
-  ///                     whatever the result. Paths that differ in any unit name different modules. It is read up to
-  ///                     its first zero unit; without a slash in it, the system's loader searches for the file.
-  /// @param entryPoints  all null on entry; may receive functions instead, with no path.
+  /// @param classId      lends the class identifier for the call.
+  /// @param modulePath   null on entry; may receive the path of a module file, which the library takes whatever the
+  ///                     result is. The path ends at its first zero unit. Without a slash in it, the system's loader
+  ///                     searches for the file. Paths that differ in any unit name different modules.
+  /// @param entryPoints  all null on entry; may receive the functions of a module instead, if there is no path.
   /// @return zero or above if this discovery knows the class.
   virtual ZRRESULT QueryComponent(const ZRUUID* classId, ZRSTR* modulePath, ZrModuleEntryPoints* entryPoints) = 0;
 
   /// QueryConfiguration gives the configuration of a class.
   ///
-  /// ZrAddComponentDiscovery asks for the configuration "ZrCore" (configuration.h) of the nil class, 16 zero bytes, and
-  /// does so without any lock. It does not read the result: without an object there is none.
+  /// ZrAddComponentDiscovery calls it without any lock for the configuration "ZrCore" (configuration.h) of the nil
+  /// class, 16 zero bytes. It ignores the result then: a null object means that there is no configuration.
   ///
-  /// @param classId        lent for the call.
-  /// @param name           name of the configuration; lent for the call.
-  /// @param configuration  null on entry; receives an object with one reference for the caller.
-  /// @return the result of ZrQueryComponentConfiguration.
+  /// @param classId        lends the class identifier for the call.
+  /// @param name           lends the name of the configuration for the call.
+  /// @param configuration  null on entry; gives the caller an object with one reference.
+  /// @return becomes the result of ZrQueryComponentConfiguration.
   virtual ZRRESULT QueryConfiguration(const ZRUUID* classId, ZRSTR name, IZrConfiguration** configuration) = 0;
 
-  /// QueryClassId turns a class name into a class identifier. Zero or above if this discovery knows the name.
+  /// QueryClassId finds the identifier of a class by its name.
   ///
-  /// @param className  lent for the call; null counts as empty.
-  /// @param classId    the record of the caller of ZrCLSIDFromClassName.
+  /// @param className  lends the name for the call; null means an empty name.
+  /// @param classId    receives the identifier. This is the record of the caller of ZrCLSIDFromClassName.
+  /// @return zero or above if this discovery knows the name.
   virtual ZRRESULT QueryClassId(ZRSTR className, ZRUUID* classId) = 0;
 
-  /// QueryClassName turns a class identifier into a class name. Zero or above if this discovery knows the class.
+  /// QueryClassName finds the name of a class by its identifier.
   ///
-  /// @param classId    lent for the call.
-  /// @param className  the variable of the caller of ZrClassNameFromCLSID, with what that caller left in it; receives a
-  ///                   string that goes to the caller, or null. Write it whenever the answer is zero or above, and
-  ///                   never otherwise: the next discovery wouldn't know of the string.
+  /// It must write `*className` if it returns zero or above, because the library reads the variable then. Leak: it must
+  /// not write `*className` if it returns a negative code, because the next discovery would overwrite the string.
+  ///
+  /// @param classId    lends the class identifier for the call.
+  /// @param className  gives the caller a string, or null. This is the variable of the caller of ZrClassNameFromCLSID,
+  ///                   with the content that the caller left in it.
+  /// @return zero or above if this discovery knows the class.
   virtual ZRRESULT QueryClassName(const ZRUUID* classId, ZRSTR* className) = 0;
 
  protected:
@@ -180,82 +211,116 @@ struct IZrComponentDiscovery {
 
 #endif
 
-/// ZrAddComponentDiscovery registers a discovery object. One object may be added twice.
+/// ZrAddComponentDiscovery registers a discovery object. The same object may be added more than once.
 ///
-/// By this it is asked for the configuration "ZrCore" and for nothing else: once it is registered, under no lock, also
-/// when an earlier discovery has decided already (configuration.h). What it answers changes no result. An exception of
-/// the objects that are asked passes through: the discovery is then registered under `*cookie` nevertheless, but isn't
-/// counted among those that were added. Its removal is counted, though, so that the count stays one too low.
+/// Of the discovery's queries, adding calls only QueryConfiguration, for "ZrCore". It does so after the registration,
+/// without any lock, even if the settings have been decided by an earlier discovery (configuration.h). The settings
+/// that it reads don't change the result.
 ///
-/// @param discovery  the library takes a reference of its own (AddRef) until the discovery is removed. The caller keeps
-///                   one until this returns, lest another thread remove the discovery while it is asked.
-/// @param cookie     receives the number that names the registration: never 0, counting up over the process's life
-///                   and skipping numbers in use after it has wrapped. 0 after a failure, except ZR_R_UNEXPECTED.
-/// @return ZR_R_OK; looked for in this order: ZR_R_INVALID_ARGUMENTS if `cookie` is null, ZR_R_NO_INIT,
-///         ZR_R_INVALID_ARGUMENTS if `discovery` is null, ZR_R_FAILED if 0xFFFFFFFF discoveries are registered,
-///         ZR_R_UNEXPECTED for anything thrown before the configuration is read.
+/// The objects that are asked must not throw. An exception passes through to the caller; the discovery is registered
+/// under `*cookie` nevertheless, but it is not counted as added (configuration.h). Its removal is counted, so the count
+/// stays one too low.
+///
+/// @param discovery  must not be null. The library adds a reference and releases it after the removal. The caller must
+///                   keep its own reference until the call returns: another thread may remove the discovery meanwhile.
+/// @param cookie     receives the number of the registration, which is never 0. Numbers count up over the life of the
+///                   process; after they have wrapped, numbers in use are skipped. After a failure it is 0, but after
+///                   ZR_R_UNEXPECTED it may be a number that names no registration.
+/// @return the first that applies:
+///   - ZR_R_INVALID_ARGUMENTS  `cookie` is null.
+///   - ZR_R_NO_INIT            ZrInitialize is not in force.
+///   - ZR_R_INVALID_ARGUMENTS  `discovery` is null.
+///   - ZR_R_FAILED             0xFFFFFFFF discoveries are registered.
+///   - ZR_R_UNEXPECTED         an exception, or out of memory, before the configuration was read.
+///   - ZR_R_OK                 the discovery was registered.
 /// @throws std::bad_alloc if there is no memory to convert a value of the configuration; see "Exceptions" in base.h. An
 ///         exception of QueryConfiguration or of the configuration's objects passes through too. The discovery is
 ///         registered in all these cases, as described above.
 /// @throws std::system_error if the mutex of the item caches' settings can't be locked.
 ZR_API ZRRESULT ZrAddComponentDiscovery(IZrComponentDiscovery* discovery, uint32_t* cookie);
 
-/// ZrRemoveComponentDiscovery forgets a discovery and the classes that it reported.
+/// ZrRemoveComponentDiscovery removes a discovery and the classes that it reported.
 ///
-/// In this order, under the management lock: ZrExitModule of each started module that its classes live in, also when
-/// classes of other discoveries live there too (the module is started again for those); each module whose last used
-/// class this was is unloaded; the discovery object is released. Class names learnt from it stay known. Objects made by
-/// its modules must have been released before, and no creation of its classes may be running.
+/// All objects of its modules must have been released before the call, and no creation of its classes may be running:
+/// their code is unloaded. The function does this under the management lock, in this order:
 ///
-/// When this has removed, with ZR_R_OK, as many discoveries as were added, the item caches are switched off and emptied
-/// (configuration.h), which is no moment for other threads to make or destroy REFs and SREFs.
+///   1. It calls ZrExitModule of each started module that implements one of the classes. If the module also implements
+///      classes of other discoveries, the next creation of such a class starts it again.
+///   2. It unloads each module whose last used class was one of them.
+///   3. It releases the discovery object.
 ///
-/// @return ZR_R_OK; ZR_R_NO_INIT; ZR_R_UNKNOWN_IDENTIFIER if no discovery has this cookie; ZR_R_UNEXPECTED for anything
-///         thrown, with what had been removed by then staying removed.
+/// Class names that were learnt from the discovery stay known.
+///
+/// When as many discoveries have been removed with ZR_R_OK as were added, the item caches are switched off and emptied
+/// (configuration.h). Other threads must not make or destroy REFs and SREFs during that call: it is a data race that
+/// corrupts the caches.
+///
+/// @return
+///   - ZR_R_OK                  the discovery was removed.
+///   - ZR_R_NO_INIT             ZrInitialize is not in force.
+///   - ZR_R_UNKNOWN_IDENTIFIER  no discovery has this cookie.
+///   - ZR_R_UNEXPECTED          an exception, or out of memory. What was removed before it stays removed.
 /// @throws std::system_error if the mutex of the item caches' settings can't be locked; see "Exceptions" in base.h. The
 ///         discovery has been removed then, but isn't counted as removed.
 ZR_API ZRRESULT ZrRemoveComponentDiscovery(uint32_t cookie);
 
-/// ZrCreateInstance makes an object of a class.
+/// ZrCreateInstance creates an object of a class.
 ///
 /// @param classId      must not be null.
-/// @param argument1    passed to the module unchanged; 0 where the module asks for nothing.
+/// @param argument1    passed to the module unchanged; 0 if the module doesn't define a meaning.
 /// @param interfaceId  must not be null; passed to the module.
-/// @param argument2    as argument1.
-/// @param object       set to null at once, before anything else is looked at; receives the object, with one reference
-///                     for the caller.
-/// @return the module's own result, positive ones included; or, looked for in this order: ZR_R_NO_INIT,
-///         ZR_R_INVALID_ARGUMENTS if `object` is null, ZR_R_CLASS_NOT_REGISTERED, ZR_R_FILE_NOT_FOUND if the module
-///         can't be loaded, ZR_R_INVALID_SYSTEM if it lacks one of its exports, ZR_R_NOT_SUPPORTED if its ZrInitModule
-///         refused, ZR_R_FAILED if the discovery gave neither a path nor a creating function. Anything thrown is
-///         ZR_R_REQUEST_ABORTED in the lookup and ZR_R_UNEXPECTED in the module.
+/// @param argument2    like `argument1`.
+/// @param object       gives an object with one reference. It is set to null before anything else is checked, so it is
+///                     null after a failure, unless the module stored something and failed nevertheless.
+/// @return the module's own result, which may be positive; or the first of these that applies:
+///   - ZR_R_NO_INIT               ZrInitialize is not in force.
+///   - ZR_R_INVALID_ARGUMENTS     `object` is null.
+///   - ZR_R_CLASS_NOT_REGISTERED  no discovery knows the class.
+///   - ZR_R_REQUEST_ABORTED       an exception, or out of memory, in the lookup.
+///   - ZR_R_FILE_NOT_FOUND        the module can't be loaded.
+///   - ZR_R_INVALID_SYSTEM        the module lacks one of its three exports.
+///   - ZR_R_NOT_SUPPORTED         the module's ZrInitModule refused the start.
+///   - ZR_R_FAILED                the discovery reported neither a path nor a function that creates objects.
+///   - ZR_R_UNEXPECTED            an exception, or out of memory, in the module or after the lookup.
 ///
-/// A module that can't be loaded or lacks an export is told in one line on the debugger's channel (the standard error
-/// stream on POSIX systems), with the path and the system's reason. Each creation tries anew, but for a ZrInitModule
-/// that has refused or thrown. What the system's loader itself doesn't survive, nobody can turn into a code: an
-/// exception from a static constructor of the module ends the process.
+/// If a module can't be loaded or lacks an export, the library writes one line with the path and the reason to the
+/// debugger's channel, which is the standard error stream on POSIX systems. Each creation tries again, except that
+/// ZrInitModule is not called again after it has refused or thrown. An exception from a static constructor of a module
+/// terminates the process.
+///
+/// The lookup takes the management lock. The module is loaded, started and called without it.
 ZR_API ZRRESULT ZrCreateInstance(const ZRUUID* classId, uint64_t argument1, const ZRUUID* interfaceId,
                                  uint64_t argument2, void** object) ZR_NOEXCEPT;
 
-/// ZrCLSIDFromClassName turns a class name into a class identifier.
+/// ZrCLSIDFromClassName finds the identifier of a class by its name.
 ///
-/// Names compare exactly, by ZrCompareString; null counts as empty. A name that was answered once is answered from
-/// memory for the rest of the process's life, also after its discovery has gone.
+/// Names are compared exactly, as by ZrCompareString. The library remembers each name that a discovery knew, for the
+/// rest of the process's life, even after the discovery has been removed.
 ///
-/// @param classId  receives the identifier; not cleared by a failure, and may hold what a failing discovery left there.
-/// @return ZR_R_OK; ZR_R_NO_INIT; ZR_R_INVALID_ARGUMENTS if `classId` is null; ZR_R_FAILED if no discovery knows the
-///         name or anything was thrown.
+/// @param className  null means an empty name.
+/// @param classId    receives the identifier. A failure doesn't clear it; it may contain what a failing discovery left
+///                   there.
+/// @return
+///   - ZR_R_OK                 the identifier was found.
+///   - ZR_R_NO_INIT            ZrInitialize is not in force.
+///   - ZR_R_INVALID_ARGUMENTS  `classId` is null.
+///   - ZR_R_FAILED             no discovery knows the name; or an exception, or out of memory.
 ZR_API ZRRESULT ZrCLSIDFromClassName(ZRSTR className, ZRUUID* classId) ZR_NOEXCEPT;
 
-/// ZrClassNameFromCLSID turns a class identifier into a class name.
+/// ZrClassNameFromCLSID finds the name of a class by its identifier.
 ///
-/// Remembers like ZrCLSIDFromClassName; the two directions are remembered apart.
+/// It remembers like ZrCLSIDFromClassName. The two functions remember separately: a name that one of them has learnt is
+/// unknown to the other.
 ///
 /// @param classId    must not be null.
-/// @param className  receives the name, which the caller destroys; may be null where the discovery said so. Set it to
-///                   null before: a discovery that knows the class may fail to write it. Not cleared by a failure.
-/// @return ZR_R_OK; ZR_R_NO_INIT; ZR_R_INVALID_ARGUMENTS if `className` is null; ZR_R_FAILED if no discovery knows the
-///         class or anything was thrown.
+/// @param className  gives the name (ZrDestroyString), or null if the discovery reported null. It must be null before
+///                   the call: the library reads the variable after the discovery has returned, even if the discovery
+///                   failed to write it. A failure doesn't clear it.
+/// @return
+///   - ZR_R_OK                 the name was found.
+///   - ZR_R_NO_INIT            ZrInitialize is not in force.
+///   - ZR_R_INVALID_ARGUMENTS  `className` is null.
+///   - ZR_R_FAILED             no discovery knows the class; or an exception, or out of memory.
 ZR_API ZRRESULT ZrClassNameFromCLSID(const ZRUUID* classId, ZRSTR* className) ZR_NOEXCEPT;
 
 #endif

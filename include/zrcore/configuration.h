@@ -1,36 +1,39 @@
-// ZrCore: configuration: named values that a discovery gives access to, of classes and of the library itself.
+// ZrCore: configuration. A discovery offers named values for its classes and for the library itself.
 //
 //     IZrComponentDiscovery --QueryConfiguration--> IZrConfiguration --QuerySection--> IZrConfigurationSection
 //                                                   --QueryValue--> IZrConfigurationValue --Read--> ZRVARIANT
 //
-// A host implements the three interfaces; where the values come from is its own affair. Clients get the configuration
-// of a class from ZrQueryComponentConfiguration. The library is a client too: ZrAddComponentDiscovery asks the new
-// discovery for the configuration "ZrCore" of the nil class, and takes the settings of its item caches from it, which
-// keep the records of released REFs and SREFs for the next ones:
+// A host implements the three interfaces and decides where the values come from. A client gets the configuration of a
+// class with ZrQueryComponentConfiguration and releases each object with its Release. A null result pointer returns
+// ZR_R_INVALID_ARGUMENTS.
+//
+// The library is a client too. ZrAddComponentDiscovery asks the new discovery for the configuration "ZrCore" of the nil
+// class and reads the settings of the item caches from it. The item caches keep the records of destroyed REFs and SREFs
+// for reuse:
 //
 //     value name         type         absent  meaning
 //     "EnableAllocator"  ZR_VT_BOOL   false   turns the caches on
-//     "ZR_VT_REF"        ZR_VT_UI4    0       how many REF records are kept; 0 stands for 1024
-//     "ZR_VT_SREF"       ZR_VT_UI4    0       how many SREF records are kept; 0 stands for 1024
+//     "ZR_VT_REF"        ZR_VT_UI4    0       the largest number of REF records to keep; 0 means 1024
+//     "ZR_VT_SREF"       ZR_VT_UI4    0       the largest number of SREF records to keep; 0 means 1024
 //
-// A value of another type is converted as by ZrVariantChangeType, so the text "ZR_TRUE" will do; one that doesn't
-// convert counts as absent. Of a boolean exactly 1 is true. Don't answer an array: its handle would be taken for the
-// number.
+// A value of another type is converted as by ZrVariantChangeType, so the text "ZR_TRUE" is valid. A value that can't be
+// converted counts as absent. Only the value 1 of a boolean is true. A host must not return an array: its handle would
+// be read as the number.
 //
-// The first discovery decides, also if it has no configuration: the settings stand, whatever later ones answer, until
-// as many discoveries have been removed as were added. Then the caches are off again and empty, but for those that
-// never had a limit of their own. Discoveries that the last ZrUninitialize cleared don't count as removed, nor those
-// whose removal answered a failure.
+// The first discovery that is added decides the settings, even if it has no configuration. They stay in force, whatever
+// later discoveries return, until as many discoveries have been removed as were added. Then the caches are switched off
+// and emptied, except a cache whose limit was 0, which keeps its records. A discovery that the last ZrUninitialize
+// removed doesn't count as removed, nor does one whose removal failed.
 //
-// A limit is lowered without regard to threads that make or destroy REFs and SREFs at that moment: remove the last
-// discovery when there are none, and when no other discovery is being added or removed.
+// Data race: lowering a limit corrupts a cache if another thread makes or destroys REFs or SREFs at that moment. Remove
+// the last discovery when no thread does so, and while no other discovery is being added or removed.
 //
-// In short, a host's section and value:
+// An example of a host's section and value:
 //
 //     ZRRESULT QueryValue(ZRSTR name, IZrConfigurationValue** value) override {
 //       int32_t order = 1;
 //       (void)ZrCompareStringW(name, u"EnableAllocator", &order);
-//       if (order != 0) return ZR_R_NOT_EXISTING;   // *value stays null: the default holds
+//       if (order != 0) return ZR_R_NOT_EXISTING;   // *value stays null: the default is used
 //       enableAllocator_.AddRef();
 //       *value = &enableAllocator_;
 //       return ZR_R_OK;
@@ -56,13 +59,13 @@ typedef struct IZrConfigurationValue IZrConfigurationValue;
 
 // ---- What a host provides ------------------------------------------------------------------------------------------
 //
-// Tables of operations, as in component.h: the place in the table is the contract. The reserved places are never called
-// by the library. In C++ they have an answer (ZR_R_NOT_IMPLEMENTED) and needn't be overridden; in C they may be null.
-// Operations of a host's own belong behind the last one, in an interface that derives from these.
+// These are tables of operations as in component.h; the position in the table is part of the binary interface. The
+// library never calls the reserved operations. In C++ they return ZR_R_NOT_IMPLEMENTED and need not be overridden; in C
+// they may be null. A host must add operations of its own after the last one, in an interface that derives from these.
 //
 // While ZrAddComponentDiscovery reads "ZrCore", it calls the operations without holding any lock of the library. The
-// operations must not throw: an exception passes through ZrAddComponentDiscovery to its caller (see "Exceptions" in
-// base.h). Each object that was given has been released by then.
+// operations must not throw: the exception passes through ZrAddComponentDiscovery to its caller (see "Exceptions" in
+// base.h). Each object that the library has received has been released by then.
 
 #ifdef __cplusplus
 
@@ -71,10 +74,10 @@ struct IZrConfiguration : IZrUnknown {
   virtual ZRRESULT Reserved4() { return ZR_R_NOT_IMPLEMENTED; }
   virtual ZRRESULT Reserved5() { return ZR_R_NOT_IMPLEMENTED; }
 
-  /// QuerySection gives the section that holds the values.
+  /// QuerySection gives the section that contains the values.
   ///
-  /// @param section  null on entry; receives an object with one reference for the caller. Null means no values.
-  /// @return not read by the library; by custom negative if there is no section.
+  /// @param section  null on entry; gives the caller an object with one reference. Null means that there are no values.
+  /// @return ignored by the library; by custom negative if there is no section.
   virtual ZRRESULT QuerySection(IZrConfigurationSection** section) = 0;
 
  protected:
@@ -86,11 +89,11 @@ struct IZrConfigurationSection : IZrUnknown {
   virtual ZRRESULT Reserved4() { return ZR_R_NOT_IMPLEMENTED; }
   virtual ZRRESULT Reserved5() { return ZR_R_NOT_IMPLEMENTED; }
 
-  /// QueryValue gives the value of a name.
+  /// QueryValue gives the value with a name.
   ///
-  /// @param name   lent for the call.
-  /// @param value  null on entry; receives an object with one reference for the caller. Null means no such value.
-  /// @return not read by the library; by custom negative if there is no such value.
+  /// @param name   lends the name for the call.
+  /// @param value  null on entry; gives the caller an object with one reference. Null means that the value is absent.
+  /// @return ignored by the library; by custom negative if there is no such value.
   virtual ZRRESULT QueryValue(ZRSTR name, IZrConfigurationValue** value) = 0;
 
  protected:
@@ -101,14 +104,14 @@ struct IZrConfigurationSection : IZrUnknown {
 struct IZrConfigurationValue : IZrUnknown {
   virtual ZRRESULT Reserved4() { return ZR_R_NOT_IMPLEMENTED; }
 
-  /// Read gives the value.
+  /// Read stores the value in a variant.
   ///
-  /// @param defaultValue  what the caller takes if this fails, as a copy for this call.
-  /// @param type          the tag that the caller would like best (ZR_VT_...), without flags.
-  /// @param value         initialised; receives the value, of any type, which the caller clears. What a by-reference
-  ///                      value points at must outlive this object: the library releases the object and only then
-  ///                      reads the number, while it still holds the section.
-  /// @return negative for none: the caller clears `value` and takes the default.
+  /// @param defaultValue  the value that the caller uses if this fails. It is a copy for this call.
+  /// @param type          the type that the caller prefers (ZR_VT_...), without flags.
+  /// @param value         initialised; receives a value of any type, which the caller clears. What a by-reference value
+  ///                      points at must outlive this object: the library reads the number only after it has released
+  ///                      this object, while it still has a reference on the section.
+  /// @return negative if there is no value: the caller clears `*value` and uses the default.
   virtual ZRRESULT Read(const ZRVARIANT* defaultValue, uint16_t type, ZRVARIANT* value) = 0;
 
  protected:
@@ -163,19 +166,22 @@ struct IZrConfigurationValue {
 
 /// ZrQueryComponentConfiguration gives a configuration of a class, from the discovery that reported the class.
 ///
-/// The class is looked up as by ZrCreateInstance, but its module is not loaded. No other discovery is asked for the
-/// configuration, and nothing of the answer is remembered.
+/// It looks up the class like ZrCreateInstance but doesn't load the module. It asks no other discovery for the
+/// configuration and asks anew in each call.
 ///
 /// @param classId        must not be null.
-/// @param name           name of the configuration; lent to the discovery as it is, null included.
-/// @param configuration  set to null at once, before anything else is looked at; receives what the discovery gives, an
-///                       object with one reference for the caller. After a failure it is null, unless a discovery
-///                       stores something and fails nevertheless.
-/// @return the discovery's own result, positive ones included; or, looked for in this order: ZR_R_NO_INIT,
-///         ZR_R_INVALID_ARGUMENTS if `configuration` is null, ZR_R_CLASS_NOT_REGISTERED, ZR_R_UNEXPECTED if the
-///         discovery that reported the class is gone. Anything thrown is ZR_R_FAILED.
+/// @param name           lends the name of the configuration to the discovery. It is passed unchanged, even null.
+/// @param configuration  gives an object with one reference. It is set to null before anything else is checked, so it
+///                       is null after a failure, unless a discovery stored something and failed nevertheless.
+/// @return the discovery's own result, which may be positive; or the first of these that applies:
+///   - ZR_R_NO_INIT               ZrInitialize is not in force.
+///   - ZR_R_INVALID_ARGUMENTS     `configuration` is null.
+///   - ZR_R_CLASS_NOT_REGISTERED  no discovery knows the class.
+///   - ZR_R_UNEXPECTED            the discovery that reported the class has been removed.
+///   - ZR_R_FAILED                an exception, or out of memory.
 ///
-/// Any thread, any time. The discovery is called under the management lock; the object that it gives is not.
+/// Any thread, any time. The discovery is called under the management lock. The lock is not held when the caller uses
+/// the object.
 ZR_API ZRRESULT ZrQueryComponentConfiguration(const ZRUUID* classId, ZRSTR name,
                                               IZrConfiguration** configuration) ZR_NOEXCEPT;
 
