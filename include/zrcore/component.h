@@ -30,8 +30,8 @@
 //
 // Deadlock: ZrExitModule must not wait for a thread that needs one of the two locks.
 //
-// All functions return ZR_R_NO_INIT while ZrInitialize is not in force. A null result pointer returns
-// ZR_R_INVALID_ARGUMENTS; identifiers must not be null. Exceptions from discoveries and modules become the result code
+// All functions return ZR_R_NO_INIT while ZrInitialize is not in force, and ZR_R_INVALID_ARGUMENTS for a null result
+// pointer; identifiers that they read must not be null. Exceptions from discoveries and modules become the result code
 // that each function names, except while an addition reads "ZrCore". Out of memory becomes the same code, never
 // ZR_R_NO_MEMORY. All functions: any thread, any time.
 

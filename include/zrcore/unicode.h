@@ -15,10 +15,10 @@
 // that the two units are a pair. The code point is first * 1024 + second - 56613888. It is the right one for a true
 // pair. For any other two units it is some value from 0x2400 to 0x211FFF.
 //
-// A `length` is signed and counts code units of the source. A `length` of -1 means the whole text. A null argument
-// returns ZR_R_INVALID_ARGUMENTS unless a comment says otherwise; a null ZRSTR is refused too, not read as empty.
-// Strings are released with ZrDestroyString, the buffers of range converters with the C library's free(). Only the
-// range converters throw: std::bad_alloc (see "Exceptions" in base.h).
+// A `length` is signed and counts code units of the source. A `length` of -1 means the whole text. For a null
+// argument the functions return ZR_R_INVALID_ARGUMENTS unless a comment says otherwise; a null ZRSTR is refused too,
+// not read as empty. Strings are released with ZrDestroyString, the buffers of range converters with the C library's
+// free(). Only the range converters throw: std::bad_alloc (see "Exceptions" in base.h).
 //
 //     int32_t size = -1;                                              // -1 asks for the size
 //     ZrCreateUTF8fromZRSTR(string, -1, NULL, &size);
