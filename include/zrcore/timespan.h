@@ -1,9 +1,15 @@
 // ZrCore: time spans.
 //
-// A ZRTIMESPAN is a signed duration in ticks of 100 nanoseconds, those of a ZRDATETIME: the two add and subtract as
-// plain numbers. Here is its text form, "03:04:05.0000006", with the days and a point in front if there are any.
+// A ZRTIMESPAN is a signed duration in ticks of 100 nanoseconds, the same ticks as in a ZRDATETIME (datetime.h). The
+// two are added and subtracted as plain numbers. The text of a span is "03:04:05.0000006"; the days, if there are any,
+// and a point come before it.
 //
-// Any thread, any time, before ZrInitialize too.
+//     ZRTIMESPAN span = end - begin;                       // two ZRDATETIME values
+//     ZRSTR text = ZrTimeSpanToTimeSpanString(span);
+//     ZrDestroyString(text);
+//
+// A null text is an empty text. Nothing throws: out of memory is reported by a null string. Any thread, any time,
+// before ZrInitialize too.
 
 #ifndef ZRCORE_TIMESPAN_H
 #define ZRCORE_TIMESPAN_H
@@ -11,29 +17,44 @@
 #include "zrcore/base.h"
 #include "zrcore/string.h"
 
-/// ZRTIMESPAN counts ticks of 100 ns: 10000000 a second.
+/// ZRTIMESPAN is a number of ticks of 100 ns; 10000000 ticks are one second.
 typedef int64_t ZRTIMESPAN;
 
-/// ZrTimeSpanToTimeSpanString writes a span, such as "03:04:05.0000006" or "   1.02:03:04.0000005".
+/// ZrTimeSpanToTimeSpanString formats a span, such as "03:04:05.0000006" or "   1.02:03:04.0000005".
 ///
-/// The days, if not 0, come first, padded with blanks to four places. Each part of a span below zero bears its own
-/// minus sign, in place of a digit: an hour and a half before zero is "-1:-30:00.0000000". Such a text is read, but in
-/// general as another value.
+/// The days, if not 0, come first and are padded with blanks to four characters.
 ///
-/// @return gives a string, which the caller destroys; null when memory is exhausted. One allocation.
+/// Each part of a negative span has its own minus sign, in place of a digit: minus one and a half hours is
+/// "-1:-30:00.0000000". There is no round trip for negative spans: ZrTimeSpanStringToTimeSpan accepts such a text but
+/// in general returns another value.
+///
+/// @return gives a string (ZrDestroyString); null when out of memory.
+///
+/// One allocation.
 ZR_API ZRSTR ZrTimeSpanToTimeSpanString(ZRTIMESPAN span) ZR_NOEXCEPT;
 
-/// ZrTimeSpanStringToTimeSpan reads a span.
+/// ZrTimeSpanStringToTimeSpan parses a span.
 ///
-/// A dot in front of the first colon ends the days; without one there are none. Counted from there, two units each at
-/// the places 0, 3 and 6 are hours, minutes (if 4 units are left) and seconds (if 8 are). Three at place 9 are
-/// milliseconds if 11 units are left; if 15 are, seven at place 9 are ticks. Numbers are read as in date-time texts:
-/// white space and a sign may lead, no digit is 0, and what stands between the places is not looked at. Parts add up
-/// with their own signs, whatever their size: "-1.12:00:00" is twelve hours back. What doesn't fit wraps in 64 bits.
+/// If there is a point before the first colon, the text before the first point is the number of days, and the time
+/// begins after that point. Otherwise there are no days, and the time begins at index 0. The parts of the time have
+/// fixed positions, counted from its beginning, and are read if enough units are left:
+///
+///     position  units  needs     part
+///     0         2      -         hours
+///     3         2       4 units  minutes
+///     6         2       8 units  seconds
+///     9         3      11 units  milliseconds
+///     9         7      15 units  ticks, instead of milliseconds
+///
+/// Numbers are read as in date-time texts (datetime.h): a number may begin with white space and a sign, a number
+/// without a digit is 0, and the characters between the positions are ignored. The parts are added with their own
+/// signs, whatever their size: "-1.12:00:00" is minus twelve hours. A sum that doesn't fit 64 bits wraps.
 ///
 /// @param text  a string, or null for an empty one.
 /// @param span  receives the span; 0 if the text is refused.
-/// @return 1; 0 if `span` is null, the text has fewer than 2 units, or it has no colon.
+/// @return 1 if the text was parsed. 0 if `span` is null, the text has fewer than 2 units, or it has no colon.
+///
+/// Linear; no allocation.
 ZR_API uint8_t ZrTimeSpanStringToTimeSpan(ZRSTR text, ZRTIMESPAN* span) ZR_NOEXCEPT;
 
 #endif

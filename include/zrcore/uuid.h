@@ -1,17 +1,24 @@
 // ZrCore: 128-bit identifiers.
 //
-// A ZRUUID names a class, an interface or a value. It is a plain record of sixteen bytes, the wider fields in the
-// machine's byte order:
+// A ZRUUID names a class, an interface or a value. It is a plain record of sixteen bytes. The fields of two and four
+// bytes are in the machine's byte order:
 //
 //     | data1 (4) | data2 (2) | data3 (2) | data4 (8 bytes) |
 //     {  8 digits -  4 digits -  4 digits - 2+2 - 2+2+2+2+2+2 }    text form, hexadecimal
 //
-// All zero is the nil value. Records may live anywhere; those that a function here gives are heap blocks,
-// released by ZrDestroyUUID.
+// The nil value is all zeros. A caller may keep records in memory of its own. Records that a function here gives are
+// heap blocks and must be released with ZrDestroyUUID.
 //
-// In this family a null argument gives ZR_R_INVALID_ARGUMENTS. The functions that make a heap record throw
-// std::bad_alloc if there is no memory for it; see "Exceptions" in base.h. Any thread, any time, before ZrInitialize
-// too; records have no lock.
+//     ZRUUID id;
+//     if (ZrUUIDFromString("{01234567-89AB-CDEF-0123-456789ABCDEF}", &id) != ZR_R_OK) return;
+//     ZrCreateInstance(&id, 0, &kInterfaceId, 0, &object);
+//
+// For a null argument the functions that return a result code return ZR_R_INVALID_ARGUMENTS, except where a comment
+// says otherwise. The functions that make a heap record throw std::bad_alloc when out of memory; see "Exceptions" in
+// base.h.
+//
+// Any thread, any time, before ZrInitialize too. Records have no lock: a call that changes or destroys a record while
+// another call uses it is a data race.
 
 #ifndef ZRCORE_UUID_H
 #define ZRCORE_UUID_H
@@ -25,7 +32,7 @@
 #include <stdbool.h>
 #endif
 
-/// ZRUUID is an identifier. It orders as its text does.
+/// ZRUUID is an identifier. Identifiers have the same order as their texts.
 typedef struct tagZRUUID {
   uint32_t data1;
   uint16_t data2;
@@ -45,8 +52,9 @@ ZR_API ZRUUID* ZrCreateUUID(void);
 
 /// ZrGenerateUUID makes a record with a random value (version 4 of RFC 9562) from the system's generator.
 ///
-/// @return gives a record (ZrDestroyUUID); never null. If the system's generator fails, the record is nil, and no error
-///         is reported.
+/// If the system's generator fails, the record is nil, and no error is reported.
+///
+/// @return gives a record (ZrDestroyUUID); never null.
 /// @throws std::bad_alloc if there is no memory for the record; see "Exceptions" in base.h.
 ZR_API ZRUUID* ZrGenerateUUID(void);
 
@@ -59,46 +67,52 @@ ZR_API ZRUUID* ZrGenerateUUID(void);
 /// @throws std::bad_alloc if there is no memory for the record; see "Exceptions" in base.h.
 ZR_API ZRRESULT ZrCopyUUID(const ZRUUID* source, ZRUUID** copy);
 
-/// ZrDestroyUUID overwrites a heap record with zeros and frees it. Null is ignored.
+/// ZrDestroyUUID takes a heap record, overwrites it with zeros and frees it. Null is ignored.
 ZR_API void ZrDestroyUUID(ZRUUID* uuid) ZR_NOEXCEPT;
 
-/// ZrCompareUUID tells whether two identifiers are equal.
+/// ZrCompareUUID reports whether two identifiers are equal. Null does not count as nil here.
 ///
 /// @param equal  receives 1 if all sixteen bytes are equal, else 0.
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS, with `*equal` unchanged, if any argument is null: null is no nil value
-/// here.
+/// @return
+///   - ZR_R_OK                 `*equal` was written.
+///   - ZR_R_INVALID_ARGUMENTS  an argument is null. `*equal` is unchanged.
 ZR_API ZRRESULT ZrCompareUUID(const ZRUUID* left, const ZRUUID* right, uint8_t* equal) ZR_NOEXCEPT;
 
-/// ZRUUIDGreater is whether `left` comes after `right`; false if either is null.
+/// ZRUUIDGreater returns whether `left` comes after `right`; false if either is null.
 ///
-/// The numbers data1, data2 and data3 decide, then the bytes of data4, all unsigned: the order of the text form, which
-/// on a little-endian machine is not that of the record's bytes.
+/// The numbers data1, data2 and data3 decide first, then the bytes of data4, all unsigned. This is the order of the
+/// texts. On a little-endian machine it is not the order of the record's bytes.
 ZR_API bool ZRUUIDGreater(const ZRUUID* left, const ZRUUID* right) ZR_NOEXCEPT;
 
-/// ZRUUIDLess is whether `left` comes before `right`, in the order of ZRUUIDGreater; false if either is null.
+/// ZRUUIDLess returns whether `left` comes before `right`, in the order of ZRUUIDGreater; false if either is null.
 ZR_API bool ZRUUIDLess(const ZRUUID* left, const ZRUUID* right) ZR_NOEXCEPT;
 
-/// ZrStringFromUUID writes an identifier as text, such as "{01234567-89AB-CDEF-0123-456789ABCDEF}": 38 units, upper
-/// case, with the braces.
+/// ZrStringFromUUID makes the text of an identifier, such as "{01234567-89AB-CDEF-0123-456789ABCDEF}": 38 units, in
+/// upper case, with the braces.
 ///
-/// @param uuid    must not be null; it is read before anything is checked.
-/// @param string  receives the text, which the caller destroys; null when memory is exhausted.
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `string` is null; ZR_R_NO_MEMORY.
+/// @param uuid    must not be null: it is read before anything is checked.
+/// @param string  gives the text (ZrDestroyString).
+/// @return
+///   - ZR_R_OK                 `*string` was written.
+///   - ZR_R_INVALID_ARGUMENTS  `string` is null.
+///   - ZR_R_NO_MEMORY          out of memory. `*string` is null.
 ///
 /// One allocation.
 ZR_API ZRRESULT ZrStringFromUUID(const ZRUUID* uuid, ZRSTR* string) ZR_NOEXCEPT;
 
-/// ZrUUIDFromString reads an identifier from 8-bit text. It takes more than ZrStringFromUUID writes.
+/// ZrUUIDFromString parses an identifier from 8-bit text. It accepts more than ZrStringFromUUID writes.
 ///
-/// One quotation mark, then one opening brace may stand in front (in this order). Behind them the digits, of either
-/// case, are read at fixed places; the four separators may be any byte, and all behind the 36th byte is ignored, the
-/// closing brace too.
+/// The text may begin with one quotation mark, one opening brace, or both in this order. The next 36 bytes are the
+/// identifier: digits, in upper or lower case, are read at fixed positions, and each of the four separators may be any
+/// byte. Everything after these 36 bytes is ignored, including the closing brace.
 ///
 /// @param text  zero-terminated bytes.
 /// @param uuid  receives the value.
-/// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if an argument is null or the text has fewer than 36 bytes, with the record
-///         unchanged; the same code, with the record set to nil, if fewer than 36 bytes follow what stands in front or
-///         a place for a digit holds none.
+/// @return
+///   - ZR_R_OK                 `*uuid` was written.
+///   - ZR_R_INVALID_ARGUMENTS  an argument is null, or the text has fewer than 36 bytes. `*uuid` is unchanged.
+///   - ZR_R_INVALID_ARGUMENTS  fewer than 36 bytes follow the quotation mark and the brace, or a byte that must be a
+///                             digit is not one. `*uuid` is nil.
 ZR_API ZRRESULT ZrUUIDFromString(const char* text, ZRUUID* uuid) ZR_NOEXCEPT;
 
 #endif
