@@ -21,8 +21,9 @@
 //
 // Locks. The management lock is recursive. It is held during every lookup, addition and removal and during every call
 // of a discovery, except the query for "ZrCore" (configuration.h) at the end of an addition. A discovery may therefore
-// call component functions on the same thread, and a slow discovery blocks all other threads. Objects are created
-// without the lock. ZrExitModule runs under it, and in the last ZrUninitialize under the lifecycle lock too.
+// make callbacks, that is, call component functions on the same thread. A slow discovery blocks all other threads.
+// Objects are created without the lock. ZrExitModule runs under it, and in the last ZrUninitialize under the lifecycle
+// lock too.
 //
 // Deadlock: a discovery must not create an object of a module whose ZrInitModule calls component functions. The
 // discovery holds the management lock and waits for the module's start, while the thread that starts the module waits
@@ -31,9 +32,9 @@
 // Deadlock: ZrExitModule must not wait for a thread that needs one of the two locks.
 //
 // All functions return ZR_R_NO_INIT while ZrInitialize is not in force, and ZR_R_INVALID_ARGUMENTS for a null result
-// pointer; identifiers that they read must not be null. Exceptions from discoveries and modules become the result code
-// that each function names, except while an addition reads "ZrCore". Out of memory becomes the same code, never
-// ZR_R_NO_MEMORY. All functions: any thread, any time.
+// pointer; identifiers that they read must not be null. Exceptions from discoveries and modules, and out of memory,
+// become the result code that each function names, which is never ZR_R_NO_MEMORY. While an addition reads "ZrCore",
+// they are thrown to its caller instead. All functions: any thread, any time.
 
 #ifndef ZRCORE_COMPONENT_H
 #define ZRCORE_COMPONENT_H
@@ -288,7 +289,7 @@ ZR_API ZRRESULT ZrRemoveComponentDiscovery(uint32_t cookie);
 /// ZrInitModule is not called again after it has refused or thrown. An exception from a static constructor of a module
 /// terminates the process.
 ///
-/// The lookup takes the management lock. The module is loaded, started and called without it.
+/// The lookup runs under the management lock. The module is loaded, started and called without it.
 ZR_API ZRRESULT ZrCreateInstance(const ZRUUID* classId, uint64_t argument1, const ZRUUID* interfaceId,
                                  uint64_t argument2, void** object) ZR_NOEXCEPT;
 

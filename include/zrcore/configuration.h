@@ -4,8 +4,8 @@
 //                                                   --QueryValue--> IZrConfigurationValue --Read--> ZRVARIANT
 //
 // A host implements the three interfaces and decides where the values come from. A client gets the configuration of a
-// class with ZrQueryComponentConfiguration and releases each object with its Release. For a null result
-// pointer the function returns ZR_R_INVALID_ARGUMENTS.
+// class with ZrQueryComponentConfiguration and releases each object with its Release. The function returns
+// ZR_R_INVALID_ARGUMENTS for a null result pointer.
 //
 // The library is a client too. ZrAddComponentDiscovery asks the new discovery for the configuration "ZrCore" of the nil
 // class and reads the settings of the item caches from it. The item caches keep the records of destroyed REFs and SREFs

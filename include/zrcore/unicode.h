@@ -1,7 +1,8 @@
 // ZrCore: conversion of text between encodings, and letter case.
 //
 // A ZRSTR (string.h) contains 16-bit code units, nominally UTF-16. The functions of this header convert between a
-// ZRSTR, plain 16-bit text, UTF-8 and UTF-32, and change the case of letters. None of them validates text.
+// ZRSTR, plain 16-bit text, UTF-8 and UTF-32, and change the case of letters. None of them can be used to validate
+// text.
 //
 // The functions form four groups. Each group has its own way to pass buffers and its own treatment of bad text, and
 // callers rely on each, so don't infer the behaviour of one function from another:
@@ -15,10 +16,10 @@
 // that the two units are a pair. The code point is first * 1024 + second - 56613888. It is the right one for a true
 // pair. For any other two units it is some value from 0x2400 to 0x211FFF.
 //
-// A `length` is signed and counts code units of the source. A `length` of -1 means the whole text. For a null
-// argument the functions return ZR_R_INVALID_ARGUMENTS unless a comment says otherwise; a null ZRSTR is refused too,
-// not read as empty. Strings are released with ZrDestroyString, the buffers of range converters with the C library's
-// free(). Only the range converters throw: std::bad_alloc (see "Exceptions" in base.h).
+// A `length` is signed and counts code units of the source. A `length` of -1 means the whole text. For a null argument
+// the functions return ZR_R_INVALID_ARGUMENTS unless a comment says otherwise; a null ZRSTR is refused too, not read as
+// empty. Strings are released with ZrDestroyString, the buffers of range converters with the C library's free(). Only
+// the range converters throw: std::bad_alloc (see "Exceptions" in base.h).
 //
 //     int32_t size = -1;                                              // -1 asks for the size
 //     ZrCreateUTF8fromZRSTR(string, -1, NULL, &size);
@@ -72,7 +73,7 @@ ZR_API ZRRESULT ZrCreateZRSTRfromUTF32(const char32_t* text, int32_t length, ZRS
 /// whatever that byte is. With an explicit `length`, `text[length]` must be readable. If more than one byte is missing,
 /// the last sequence yields no unit.
 ///
-/// @param text    reads `length` bytes and one more.
+/// @param text    reads `length` bytes, and one more as described above.
 /// @param length  in bytes; -1 means all bytes before the first zero byte.
 /// @param string  gives the string (ZrDestroyString); the shared empty string if there are no bytes.
 /// @return
@@ -144,8 +145,8 @@ ZR_API ZRRESULT ZrCreateUTF16fromZRSTR(ZRSTR source, int32_t length, WCHAR* buff
 /// reaches the capacity or no unit is left. With lone surrogates the function can therefore return ZR_R_OK without
 /// having written the end of the buffer or a terminator.
 ///
-/// With a capacity of 0 the function must not be called on a small buffer: the number of steps never equals 0, so it
-/// writes all code points, past the end of a buffer that has no room for them.
+/// A capacity of 0 must not be passed unless the buffer has room for the whole text: the number of steps never equals
+/// 0, so the function writes all code points. Writing past the end of a smaller buffer is undefined behaviour.
 ///
 /// @return
 ///   - ZR_R_OK                 the size was stored; or the number of steps equals the capacity; or the capacity is 0
@@ -161,10 +162,10 @@ ZR_API ZRRESULT ZrCreateUTF32fomZRSTR(ZRSTR source, int32_t length, char32_t* bu
 /// A buffer that is too small cuts the text, even inside a character, and the function returns ZR_R_OK. A buffer that
 /// is too large makes it fail.
 ///
-/// The size that it stores counts four bytes for a true pair, none for a lone surrogate, and one for the zero byte. It
-/// is 1 if the last unit of the text is a lone surrogate. A size above 0x7FFFFFFF wraps: its low 32 bits are stored as
-/// a signed number, which may be negative or too small, and the function returns ZR_R_OK. The size of a text of up to
-/// 715827882 units never wraps.
+/// The size that it stores counts four bytes for a true pair, none for a lone surrogate, one to three for any other
+/// unit, and one for the zero byte. It is 1 if the last unit of the text is a lone surrogate. A size above 0x7FFFFFFF
+/// wraps: its low 32 bits are stored as a signed number, which may be negative or too small, and the function returns
+/// ZR_R_OK. The size of a text of up to 715827882 units never wraps.
 ///
 /// When the function writes, it merges every surrogate with the unit after it. Four bytes can't represent a merged
 /// value above 0x1FFFFF; the function writes its low 21 bits. The function fails when it reaches a surrogate that is
@@ -186,7 +187,7 @@ ZR_API ZRRESULT ZrCreateUTF8fromZRSTR(ZRSTR source, int32_t length, char* buffer
 // a buffer of zero units, and so does a range from null to null.
 //
 // If `stopAtZero` is not 0, the first zero unit ends the text. If it is 0, a zero unit is converted like any other. A
-// zero unit that is merged with the surrogate before it, or that a lead byte takes as a continuation byte, never ends
+// zero unit that is merged with the surrogate before it, or read as a continuation byte after a lead byte, never ends
 // the text.
 //
 // ZR_R_INVALID_ARGUMENTS has two meanings here:
@@ -280,7 +281,7 @@ ZR_API ZRRESULT ZrCopyZRSTR2WCHAR(ZRSTR source, WCHAR* destination, uint32_t cou
 /// and doesn't change the length in the header.
 ///
 /// `destination` must have room for `count` units before its terminator. It must not be shared: other holders rely on a
-/// string that never changes, and a thread that reads it at the same time is a data race. It must not be the shared
+/// string that never changes, and writing it while another thread reads it is a data race. It must not be the shared
 /// empty string, which some creators give for an empty text.
 ///
 /// @return
@@ -292,7 +293,7 @@ ZR_API ZRRESULT ZrCopyWCHAR2ZRSTR(const WCHAR* source, ZRSTR destination, uint32
 //
 // These functions use the case rules of the process's default locale for characters. This is the locale that the user's
 // environment names, whatever locale the program has set. If the system doesn't have that locale, only ASCII letters
-// have case. The first call of any of these functions reads the rules, once and on one thread; this takes a few hundred
+// have case. The first call of any of these functions reads the rules, once and on one thread; it needs a few hundred
 // microseconds. Units are mapped one by one: a surrogate pair has no case, and the length of a text never changes.
 
 /// ZrWCHARCompareNoCase compares two zero-terminated texts by their units in lower case.
