@@ -160,7 +160,7 @@ typedef int32_t ZRRESULT;
 #define ZR_R_FILE_NOT_FOUND             ZR_RESULT_CODE(0x80000007u)  ///< a module file could not be loaded, for any reason
 #define ZR_R_NO_INIT                    ZR_RESULT_CODE(0x80000008u)  ///< ZrInitialize is not in force
 #define ZR_R_NO_INTERFACE               ZR_RESULT_CODE(0x80000009u)  ///< (module)
-#define ZR_R_INVALID_OBJECT_STATE       ZR_RESULT_CODE(0x8000000Au)  ///< the object holds nothing (any more), or its flag is taken
+#define ZR_R_INVALID_OBJECT_STATE       ZR_RESULT_CODE(0x8000000Au)  ///< the object holds nothing (any more), or its access flag is set
 #define ZR_R_UNEXPECTED                 ZR_RESULT_CODE(0x8000000Bu)  ///< an exception or an impossible state
 #define ZR_R_EXISTS                     ZR_RESULT_CODE(0x8000000Cu)  ///< (module)
 #define ZR_R_ABANDONED                  ZR_RESULT_CODE(0x8000000Du)  ///< (module)

@@ -269,8 +269,8 @@ ZR_API int32_t ZrZRSTRtoUTF8(ZRSTR string, char* buffer, int32_t size) ZR_NOEXCE
 
 /// ZrCopyZRSTR2WCHAR copies exactly `count` units. It adds no terminator and ignores the length of the string.
 ///
-/// `count` must not be greater than the number of units in `source` or the room in `destination`: the function reads
-/// and writes past the end then, which is undefined behaviour.
+/// `count` must not be greater than the number of units in `source` or the capacity of `destination`: the function
+/// reads and writes past the end then, which is undefined behaviour.
 ///
 /// @return
 ///   - ZR_R_OK                 the units were copied.
