@@ -19,11 +19,12 @@
 //     ZrDestroyString(name);             // the last reference frees the block
 //
 // For a null out-argument the functions return ZR_R_INVALID_ARGUMENTS. An out-argument is overwritten: a string in the
-// variable leaks unless the caller has released it. Nothing throws; out of memory is reported by null or
-// ZR_R_NO_MEMORY.
+// variable leaks unless the caller has released it. Nothing throws; each function names what it returns when out of
+// memory.
 //
-// Lengths count code units unless a comment says bytes. A length that doesn't fit the 32 bits of byteLen is not refused
-// but stored truncated. Such a string must not be used except to destroy it: its lengths are wrong.
+// Lengths count code units unless a comment says bytes. A string whose length in bytes doesn't fit the 32 bits of
+// byteLen is not refused: its block has the full size, but byteLen is truncated. Such a string must not be used except
+// to destroy it, because every function reads a wrong length from it.
 //
 // Any thread, any time, before ZrInitialize too. Any number of threads may copy, read and destroy one string at once.
 
@@ -54,8 +55,8 @@ ZR_API ZRSTR ZrCreateString(const WCHAR* text) ZR_NOEXCEPT;
 /// It copies units up to the first zero unit of `text` or up to `length`, whichever comes first. Zero units fill the
 /// string up to `length` and count as part of it.
 ///
-/// If `text` is not null and no unit is copied, because the text is empty or `length` is 0, the result is the shared
-/// empty string, whatever `length` is.
+/// If `text` is an empty text, or `text` is not null and `length` is 0, the result is the shared empty string. It is
+/// not filled up to `length`. A null `text` with a length of 0 gives a new empty string.
 ///
 /// @param text    zero-terminated, or null for `length` zero units. The function scans it for its terminator even if
 ///                `length` is shorter, so it must not be a slice of a larger buffer without a terminator.
@@ -67,8 +68,7 @@ ZR_API ZRSTR ZrCreateString(const WCHAR* text) ZR_NOEXCEPT;
 ///                             `*string` is unchanged.
 ///   - ZR_R_NO_MEMORY          out of memory. `*string` is null.
 ///
-/// Linear in the longer of the two lengths; one allocation, none for the shared empty string. A null text with a length
-/// of 0 gives a new empty string.
+/// Linear in the longer of the two lengths; one allocation, none for the shared empty string.
 ZR_API ZRRESULT ZrCreateZRSTRfromWCHAR(const WCHAR* text, int32_t length, ZRSTR* string) ZR_NOEXCEPT;
 
 /// ZrCreateZRSTRfromUTF16 is ZrCreateZRSTRfromWCHAR under a second name.
@@ -92,7 +92,7 @@ ZR_API ZRSTR ZrCreateStringLen(const WCHAR* text, uint32_t length) ZR_NOEXCEPT;
 
 /// ZrCreateStringByteLen makes a new string of exactly `length` bytes of data, including zero bytes.
 ///
-/// @param data    reads `length` bytes, with any alignment; null for zero bytes.
+/// @param data    reads `length` bytes, with any alignment. If it is null, all `length` bytes of the string are zero.
 /// @param length  in bytes, without the terminator; may be odd.
 /// @return gives a string (ZrDestroyString), never the shared empty string; null when out of memory.
 ///
@@ -131,17 +131,20 @@ ZR_API void ZrDestroyString(ZRSTR string) ZR_NOEXCEPT;
 
 /// ZrReCreateString replaces the string in a variable with a new string from a zero-terminated text.
 ///
-/// The old reference is released before `text` is read. `text` must not point into the old string, unless there is
-/// another reference on it: the block would be freed first. The replacement is not atomic; another thread that uses the
-/// variable at the same time is a data race.
+/// The old reference is released before `text` is read. If that was the last reference, the block of the old string is
+/// freed, so `text` must not point into it.
+///
+/// Data race: the replacement is not atomic. No other thread may use the variable during the call.
 ///
 /// @param string  the variable. It takes the old string, which may be null, and gives ZrCreateString(text).
 /// @param text    zero-terminated.
-/// @return 1 if the string was replaced. 0 if an argument is null, and nothing changed; or when out of memory, and the
-///         variable is null.
+/// @return 1 if the string was replaced. 0 in two cases:
+///   - An argument is null. Nothing changed.
+///   - Out of memory. The old reference has been released and the variable is null.
 ZR_API uint8_t ZrReCreateString(ZRSTR* string, const WCHAR* text) ZR_NOEXCEPT;
 
-/// ZrReCreateStringLen is ZrReCreateString with ZrCreateStringLen(text, length). For a null `text` it returns 0.
+/// ZrReCreateStringLen does the same as ZrReCreateString, with a new string from ZrCreateStringLen(text, length).
+/// Unlike ZrCreateStringLen it refuses a null `text`: it returns 0 and nothing changed.
 ZR_API uint8_t ZrReCreateStringLen(ZRSTR* string, const WCHAR* text, uint32_t length) ZR_NOEXCEPT;
 
 /// ZrStringRefCount returns the current reference count; 0 for null. Other threads may change it at any time.
@@ -155,7 +158,7 @@ ZR_API uint32_t ZrStringLen(ZRSTR string) ZR_NOEXCEPT;
 /// ZrStringByteLen returns the length in bytes, without the terminator; 0 for null. Constant time.
 ZR_API uint32_t ZrStringByteLen(ZRSTR string) ZR_NOEXCEPT;
 
-/// ZrCompareString compares two strings by their bytes, including zero units.
+/// ZrCompareString compares two strings by their unsigned bytes, including zero units.
 ///
 /// On a little-endian machine the low byte of a unit decides before the high byte, so U+0100 comes before U+00FF. Use
 /// the order for equality and for containers, not to sort text for people. If one string is the beginning of the other,
@@ -172,8 +175,8 @@ ZR_API ZRRESULT ZrCompareString(ZRSTR left, ZRSTR right, int32_t* order) ZR_NOEX
 
 /// ZrCompareStringW compares a string and a zero-terminated text by code unit.
 ///
-/// It stops at the first zero unit on both sides and ignores what follows a zero unit inside `left`. A `left` that
-/// begins with a zero unit is not empty: it comes after an empty `right`.
+/// The first zero unit in `left` ends it, and the units after it are ignored. There is one exception: if `right` is
+/// empty, every `left` whose length is not 0 comes after it, even a `left` that begins with a zero unit.
 ///
 /// @param left   a string, or null for an empty one.
 /// @param right  zero-terminated, or null for an empty text.

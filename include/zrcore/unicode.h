@@ -22,9 +22,10 @@
 // the range converters throw: std::bad_alloc (see "Exceptions" in base.h).
 //
 //     int32_t size = -1;                                              // -1 asks for the size
-//     ZrCreateUTF8fromZRSTR(string, -1, NULL, &size);
+//     ZRRESULT result = ZrCreateUTF8fromZRSTR(string, -1, NULL, &size);
+//     if (ZR_FAILED(result) || size < 1) return result;               // see "Writing into the caller's buffer"
 //     char* text = (char*)malloc((size_t)size);
-//     ZrCreateUTF8fromZRSTR(string, -1, text, &size);                 // the buffer has exactly that size
+//     result = ZrCreateUTF8fromZRSTR(string, -1, text, &size);        // the buffer has exactly that size
 //
 // Any thread, any time, before ZrInitialize too. The functions use only their arguments and, for case, tables that
 // don't change; two overlapping calls that write the same buffer are a data race. All are linear in the length.
@@ -65,15 +66,18 @@ ZR_API ZRRESULT ZrCreateZRSTRfromUTF32(const char32_t* text, int32_t length, ZRS
 /// ZrCreateZRSTRfromUTF8 makes a string from UTF-8. It checks only the sequence of lead and continuation bytes.
 ///
 /// A byte from 0xC0 to 0xFF is a lead byte. A lead byte below 0xE0 needs one continuation byte (0x80 to 0xBF), a lead
-/// byte below 0xF0 needs two, any other three. Text is good if each lead byte has its continuation bytes and no other
-/// byte is a continuation byte. Overlong forms, encoded surrogates and values above 0x10FFFF are accepted, and so is
-/// a text that ends inside a sequence. For any other text the function gives a new empty string and returns ZR_R_OK.
+/// byte below 0xF0 needs two, any other three. A text is malformed if a lead byte is followed by too few continuation
+/// bytes before the next byte of another kind, or if a continuation byte stands where none is needed. A malformed text
+/// gives a new empty string, and the function returns ZR_R_OK.
 ///
-/// If exactly one byte is missing from the last sequence, the function reads the byte after the text in its place,
-/// whatever that byte is. With an explicit `length`, `text[length]` must be readable. If more than one byte is missing,
-/// the last sequence yields no unit.
+/// Nothing else is checked:
+///   - An encoded surrogate becomes one unit. A value above 0x10FFFF becomes two, as in ZrCreateZRSTRfromUTF32.
+///   - Overlong forms are converted. An overlong sequence of four bytes yields one unit too few, see ZR_R_FAILED.
+///   - The text may end inside a sequence. If one byte is missing, the function reads the byte after the text in its
+///     place, whatever that byte is. So `text[length]` must be readable if `length` is not -1. If more bytes are
+///     missing, the last sequence yields no unit, see ZR_R_FAILED.
 ///
-/// @param text    reads `length` bytes, and one more as described above.
+/// @param text    reads `length` bytes, and the byte after them if one byte is missing at the end.
 /// @param length  in bytes; -1 means all bytes before the first zero byte.
 /// @param string  gives the string (ZrDestroyString); the shared empty string if there are no bytes.
 /// @return
@@ -83,10 +87,10 @@ ZR_API ZRRESULT ZrCreateZRSTRfromUTF32(const char32_t* text, int32_t length, ZRS
 ///                             ZrCreateZRSTRfromUTF32.)
 ///   - ZR_R_NO_MEMORY          out of memory. `*string` is null.
 ///   - ZR_R_FAILED             the text yielded fewer units than its lead bytes promise: more than one byte is missing
-///                             from the last sequence, or a sequence of four bytes is overlong. `*string` was written,
-///                             with zero units at its end for the missing ones.
+///                             from the last sequence, or a sequence of four bytes is overlong. `*string` was written;
+///                             it ends with one zero unit per unit that is missing.
 ///
-/// Leak: after ZR_R_FAILED the caller owns a string too and must destroy it.
+/// Leak: after ZR_R_FAILED, too, the caller owns the string and must destroy it.
 ///
 /// One allocation, none if there are no bytes.
 ZR_API ZRRESULT ZrCreateZRSTRfromUTF8(const char* text, int32_t length, ZRSTR* string) ZR_NOEXCEPT;
@@ -99,11 +103,16 @@ ZR_API ZRRESULT ZrUTF8toZRSTR(const char* text, int32_t length, ZRSTR* string) Z
 //
 // `*capacity` selects what a writer does.
 //   - -1 asks for the size. The writer stores the number of units of the target form in `*capacity`, terminator
-//     included, and returns ZR_R_OK. It doesn't use `buffer`. Each comment says what happens to a size above 31 bits.
+//     included, and returns ZR_R_OK. It doesn't use `buffer`. Each comment says what happens to a size above
+//     0x7FFFFFFF.
 //   - 0 or more is the number of units that `buffer` has room for. The writer fills `buffer` and leaves `*capacity`
-//     unchanged.
+//     unchanged. `buffer` must not overlap the string.
 //
 // Pass a buffer of exactly the size that the writer stored. This is the only size that all writers accept.
+//
+// Check the stored size first: it must not be passed on if it is below 1. ZrCreateUTF32fomZRSTR may store 0, and
+// writes past the end of the buffer when it is called with that capacity. The UTF-8 and UTF-32 writers may store a
+// negative size.
 //
 // All writers return ZR_R_INVALID_ARGUMENTS and write nothing in these cases:
 //   - `source` or `capacity` is null;
@@ -132,21 +141,22 @@ ZR_API ZRRESULT ZrCreateUTF16fromZRSTR(ZRSTR source, int32_t length, WCHAR* buff
 
 /// ZrCreateUTF32fomZRSTR writes a string as code points into a buffer. (The name is spelt so.)
 ///
-/// It converts `length` units and the one after them, which is the terminator if `length` is the string's own length.
-/// This last unit is called the final unit below.
+/// It converts `length` units and the unit after them, called the final unit below. If `length` is -1 or the string's
+/// own length, the final unit is the terminator. If `length` is less, the final unit is a unit of the text.
 ///
 /// The size that it stores counts one for each unit that is not a surrogate, one for each true pair, and nothing for a
 /// lone surrogate. It is 0 if the final unit is a surrogate that is not part of a true pair. A count of 0x80000000 is
-/// stored as -2147483648, and the function returns ZR_R_OK; only a `length` of 0x7FFFFFFF without surrogates reaches
-/// it. Every smaller count is stored exactly.
+/// stored as -2147483648, and the function returns ZR_R_OK. Only a `length` of 0x7FFFFFFF without surrogates has this
+/// count. Every smaller count is stored exactly.
 ///
 /// Writing goes in steps. A unit that is not a surrogate, or a true pair, is one step and stores one code point. A lone
 /// surrogate and the unit after it are together one step, which stores nothing. Writing ends when the number of steps
 /// reaches the capacity or no unit is left. With lone surrogates the function can therefore return ZR_R_OK without
 /// having written the end of the buffer or a terminator.
 ///
-/// A capacity of 0 must not be passed unless the buffer has room for the whole text: the number of steps never equals
-/// 0, so the function writes all code points. Writing past the end of a smaller buffer is undefined behaviour.
+/// A capacity of 0 doesn't limit the writing: the number of steps never equals 0, so the function writes all code
+/// points. It must not be passed unless the buffer has room for the whole text; writing past the end of a smaller
+/// buffer is undefined behaviour.
 ///
 /// @return
 ///   - ZR_R_OK                 the size was stored; or the number of steps equals the capacity; or the capacity is 0
@@ -163,9 +173,11 @@ ZR_API ZRRESULT ZrCreateUTF32fomZRSTR(ZRSTR source, int32_t length, char32_t* bu
 /// is too large makes it fail.
 ///
 /// The size that it stores counts four bytes for a true pair, none for a lone surrogate, one to three for any other
-/// unit, and one for the zero byte. It is 1 if the last unit of the text is a lone surrogate. A size above 0x7FFFFFFF
-/// wraps: its low 32 bits are stored as a signed number, which may be negative or too small, and the function returns
-/// ZR_R_OK. The size of a text of up to 715827882 units never wraps.
+/// unit, and one for the zero byte. If the last unit of the text is a lone surrogate, the size is 1, whatever the other
+/// units are: with that capacity the function writes an empty text and returns ZR_R_OK.
+///
+/// A size above 0x7FFFFFFF wraps: its low 32 bits are stored as a signed number, which may be negative or too small,
+/// and the function returns ZR_R_OK. The size of a text of up to 715827882 units never wraps.
 ///
 /// When the function writes, it merges every surrogate with the unit after it. Four bytes can't represent a merged
 /// value above 0x1FFFFF; the function writes its low 21 bits. The function fails when it reaches a surrogate that is
@@ -191,13 +203,13 @@ ZR_API ZRRESULT ZrCreateUTF8fromZRSTR(ZRSTR source, int32_t length, char* buffer
 // the text.
 //
 // ZR_R_INVALID_ARGUMENTS has two meanings here:
-//   - The arguments are not a range: `buffer` is null, `begin` is after `end`, or only `begin` is null. `*buffer` is
-//     unchanged.
+//   - The arguments are not a range: `buffer` is null, `begin` is after `end`, or only one of `begin` and `end` is
+//     null. `*buffer` is unchanged.
 //   - The range contains something that the function refuses. `*buffer` is given nevertheless, with the text that was
 //     converted so far.
 //
-// Leak: the buffer of a refused range must be freed too. Set `*buffer` to null before the call and free it after every
-// call.
+// Leak: after the second kind of failure, too, the caller must free the buffer. Set `*buffer` to null before the call
+// and free it after every call.
 //
 // Each call makes one allocation. If it is out of memory, it throws std::bad_alloc and leaves `*buffer` unchanged.
 
@@ -236,9 +248,9 @@ ZR_API ZRRESULT ZrUTF32toUTF16(const char32_t* begin, const char32_t* end, uint8
 /// @throws std::bad_alloc if out of memory; see "Exceptions" in base.h. `*buffer` is unchanged.
 ZR_API ZRRESULT ZrUTF32toUTF8(const char32_t* begin, const char32_t* end, uint8_t stopAtZero, char** buffer);
 
-/// ZrUTF8toUTF32 converts UTF-8 to code points. A lead byte (0xC0 or above) and the one to three bytes after it become
-/// one code point, whatever those bytes are. Any other byte becomes a code point of the same value, even a byte from
-/// 0x80 to 0xBF.
+/// ZrUTF8toUTF32 converts UTF-8 to code points. A byte from 0xC0 to 0xFF is a lead byte. It becomes one code point
+/// together with the bytes after it, whatever they are: one byte if it is below 0xE0, two if it is below 0xF0,
+/// otherwise three. Any other byte becomes a code point of the same value, even a byte from 0x80 to 0xBF.
 ///
 /// @param buffer  gives a buffer of `end - begin + 1` code points (free).
 /// @return
@@ -257,7 +269,8 @@ ZR_API ZRRESULT ZrUTF8toUTF32(const char* begin, const char* end, uint8_t stopAt
 /// be null, the string itself or anything else.
 ///
 /// @param string  reads a string or any zero-terminated text.
-/// @param buffer  receives the text and a zero byte.
+/// @param buffer  receives the text and a zero byte. It must not overlap the string: that corrupts the text, and only a
+///                buffer with the address of `string` is refused.
 /// @param size    of the buffer, in bytes; 0 asks for the size.
 /// @return the number of bytes written, or needed if `size` is 0, including the zero byte. 0 means that the call
 ///         failed:
@@ -267,7 +280,8 @@ ZR_API ZRRESULT ZrUTF8toUTF32(const char* begin, const char* end, uint8_t stopAt
 ///   - `size` is not 0 and too small: the buffer contains the characters that fit, without a zero byte.
 ZR_API int32_t ZrZRSTRtoUTF8(ZRSTR string, char* buffer, int32_t size) ZR_NOEXCEPT;
 
-/// ZrCopyZRSTR2WCHAR copies exactly `count` units. It adds no terminator and ignores the length of the string.
+/// ZrCopyZRSTR2WCHAR copies exactly `count` units. It adds no terminator and ignores the length of the string. The two
+/// areas may overlap.
 ///
 /// `count` must not be greater than the number of units in `source` or the capacity of `destination`: the function
 /// reads and writes past the end then, which is undefined behaviour.
@@ -292,9 +306,10 @@ ZR_API ZRRESULT ZrCopyWCHAR2ZRSTR(const WCHAR* source, ZRSTR destination, uint32
 // ---- Case ----------------------------------------------------------------------------------------------------------
 //
 // These functions use the case rules of the process's default locale for characters. This is the locale that the user's
-// environment names, whatever locale the program has set. If the system doesn't have that locale, only ASCII letters
-// have case. The first call of any of these functions reads the rules, once and on one thread; it needs a few hundred
-// microseconds. Units are mapped one by one: a surrogate pair has no case, and the length of a text never changes.
+// environment names, whatever locale the program has set. If the system doesn't have that locale, or has no memory for
+// it, only ASCII letters have case. The first call of any of these functions reads the rules, which needs a few hundred
+// microseconds; other threads wait meanwhile. Later calls never read them again. Units are mapped one by one: a
+// surrogate pair has no case, and the length of a text never changes.
 
 /// ZrWCHARCompareNoCase compares two zero-terminated texts by their units in lower case.
 ///
