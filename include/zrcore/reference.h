@@ -10,11 +10,13 @@
 // it has no text, an empty text or exactly the text "0.0.0.0.0.0". A ZRSREF without a text is nil if its ref is nil. A
 // ZRSREF with both a ref and a text is never nil.
 //
-// Records that a function here gives come from a cache or from the heap. They must be released with ZrDestroyREF or
-// ZrDestroySREF, which overwrite them with zeros.
+// Records that the library gives come from a cache or from the heap. They must be released with ZrDestroyREF or
+// ZrDestroySREF, which overwrite them with zeros. A caller may keep records in memory of its own. Such a record must
+// not be passed to these two functions, nor be the ref of a ZRSREF that is passed to ZrDestroySREF: freeing it is
+// undefined behaviour.
 //
-//     ZRREF* ref = nullptr;
-//     if (ZrStringToREF(text, &ref) == ZR_R_OK) use(ref->words[0]);
+//     ZRREF* ref = NULL;
+//     if (ZR_SUCCEEDED(ZrStringToREF(text, &ref))) use(ref->words[0]);
 //     ZrDestroyREF(ref);   // null is ignored
 //
 // For a null argument the functions return ZR_R_INVALID_ARGUMENTS, except for an operand of a comparison, where null
@@ -121,16 +123,17 @@ ZR_API ZRRESULT ZrSREFToString(const ZRSREF* sref, ZRSTR* string) ZR_NOEXCEPT;
 /// ZrStringToREF parses the text of a REF. It accepts only the form that ZrREFToString writes: no sign, no leading
 /// zero, no blank inside, no number above 4294967295.
 ///
-/// White space before and after the text is ignored: blank, tab, newline, vertical tab, form feed, carriage return. A
-/// zero unit directly after the last number ends the text. What follows the zero unit is ignored, except that a sixth
-/// dot is refused even there.
+/// White space before and after the text is removed first: blank, tab, newline, vertical tab, form feed, carriage
+/// return. A zero unit directly after the last number ends the text. What follows the zero unit is ignored, except that
+/// a sixth dot is refused even there.
 ///
 /// @param ref  gives a new record (ZrDestroyREF).
 /// @return
 ///   - ZR_R_OK                 `*ref` was written.
-///   - ZR_R_INVALID_ARGUMENTS  an argument is null, the text doesn't have exactly five dots, or one of its six
-///                             fields is empty. `*ref` is unchanged.
-///   - ZR_R_INVALID_ARGUMENTS  the text has six fields but not the accepted form. `*ref` is null.
+///   - ZR_R_INVALID_ARGUMENTS  an argument is null, the text doesn't have exactly five dots, or one of its six fields
+///                             is empty, as in "1..3.4.5.6". `*ref` is unchanged.
+///   - ZR_R_INVALID_ARGUMENTS  no field is empty, but the text doesn't have the accepted form, as "1. .3.4.5.6" and
+///                             "01.2.3.4.5.6". `*ref` is null.
 /// @throws std::bad_alloc if there is no memory for the record; `*ref` is unchanged then. See "Exceptions" in base.h.
 ///
 /// Linear; the record is the only allocation.
@@ -161,9 +164,10 @@ ZR_API ZRRESULT ZrSplitRefName(ZRSTR string, uint32_t* word0, uint32_t* word1, u
 
 // ---- Comparison by numbers -----------------------------------------------------------------------------------------
 //
-// The first unequal pair of words decides, by its difference modulo 2^32 read as a signed number. Words that are more
-// than 2147483647 apart therefore compare in reverse, and the order is not transitive over the whole range: containers
-// and sort functions must not rely on it for such words.
+// The first unequal pair of words decides, by its difference modulo 2^32 read as a signed number. So words that are
+// more than 2147483648 apart compare in reverse. Of two references whose deciding words are exactly 2147483648 apart,
+// each comes before the other. The order is not transitive over the whole range: containers and sort functions must not
+// be used with references whose words are more than 2147483647 apart.
 
 /// ZrCompareREF reports whether two references are equal. Null equals null and nil.
 ///

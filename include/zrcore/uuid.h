@@ -10,7 +10,7 @@
 // heap blocks and must be released with ZrDestroyUUID.
 //
 //     ZRUUID id;
-//     if (ZrUUIDFromString("{01234567-89AB-CDEF-0123-456789ABCDEF}", &id) != ZR_R_OK) return;
+//     if (ZR_FAILED(ZrUUIDFromString("{01234567-89AB-CDEF-0123-456789ABCDEF}", &id))) return;
 //     ZrCreateInstance(&id, 0, &kInterfaceId, 0, &object);
 //
 // For a null argument the functions that return a result code return ZR_R_INVALID_ARGUMENTS, except where a comment
@@ -90,7 +90,7 @@ ZR_API bool ZRUUIDLess(const ZRUUID* left, const ZRUUID* right) ZR_NOEXCEPT;
 /// ZrStringFromUUID makes the text of an identifier, such as "{01234567-89AB-CDEF-0123-456789ABCDEF}": 38 units, in
 /// upper case, with the braces.
 ///
-/// @param uuid    must not be null: it is read before anything is checked.
+/// @param uuid    must not be null, even if `string` is null: that is undefined behaviour.
 /// @param string  gives the text (ZrDestroyString).
 /// @return
 ///   - ZR_R_OK                 `*string` was written.
@@ -103,16 +103,16 @@ ZR_API ZRRESULT ZrStringFromUUID(const ZRUUID* uuid, ZRSTR* string) ZR_NOEXCEPT;
 /// ZrUUIDFromString parses an identifier from 8-bit text. It accepts more than ZrStringFromUUID writes.
 ///
 /// The text may begin with one quotation mark, one opening brace, or both in this order. The next 36 bytes are the
-/// identifier: digits, in upper or lower case, are read at fixed positions, and each of the four separators may be any
-/// byte. Everything after these 36 bytes is ignored, including the closing brace.
+/// identifier. Its hexadecimal digits, in upper or lower case, are read at fixed positions. The four separators are not
+/// checked and may be any byte except zero. Everything after the 36 bytes is ignored; a closing brace is not needed.
 ///
 /// @param text  zero-terminated bytes.
 /// @param uuid  receives the value.
 /// @return
 ///   - ZR_R_OK                 `*uuid` was written.
-///   - ZR_R_INVALID_ARGUMENTS  an argument is null, or the text has fewer than 36 bytes. `*uuid` is unchanged.
-///   - ZR_R_INVALID_ARGUMENTS  fewer than 36 bytes follow the quotation mark and the brace, or a byte that must be a
-///                             digit is not one. `*uuid` is nil.
+///   - ZR_R_INVALID_ARGUMENTS  an argument is null, or the whole text has fewer than 36 bytes. `*uuid` is unchanged.
+///   - ZR_R_INVALID_ARGUMENTS  the whole text has 36 bytes or more, but fewer than 36 follow the quotation mark and the
+///                             brace; or a byte that must be a digit is not one. `*uuid` is nil.
 ZR_API ZRRESULT ZrUUIDFromString(const char* text, ZRUUID* uuid) ZR_NOEXCEPT;
 
 #endif
