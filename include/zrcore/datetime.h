@@ -14,6 +14,7 @@
 //     ZRDATETIMESTRUCT fields;
 //     ZrDateTimeToStruct(ZrGetNow(1), &fields);                      // UTC
 //     ZRSTR text = ZrDateTimeStructToDateTimeString(&fields, 1);     // "2012-03-04 05:06:07.1230000"
+//     ZrDestroyString(text);
 //
 // Nothing is validated: fields out of their range carry over, and texts are parsed as far as possible. All arithmetic
 // wraps in 64 bits. Each function says what it does with a null argument. The functions that give a string give a new
@@ -69,7 +70,7 @@ ZR_API ZRDATETIME ZrGetNow(uint8_t universal) ZR_NOEXCEPT;
 ///
 /// The fields are not validated:
 ///   - A day is not checked against its month: 31 February is 3 March, or 2 March in a leap year.
-///   - A day of 0 counts as 1. A month of 0 adds no days.
+///   - A day of 0 counts as 1. A month of 0 counts as January.
 ///   - A year below 1601, a month above 12 or a day above 31 (all read as unsigned) makes the date 1601-01-01. The time
 ///     of day is added to it.
 ///   - Hours, minutes, seconds and `fraction` are signed and carry over, whatever they are.
@@ -100,7 +101,8 @@ ZR_API void ZrDateTimeToStruct(ZRDATETIME value, ZRDATETIMESTRUCT* record) ZR_NO
 /// ZrDateTimeFromTimeT converts a moment to local time.
 ///
 /// @param timeT  in seconds since 1970 UTC.
-/// @param value  receives the local time; 0 if the moment is outside the years 1970 to 3000, which is not a failure.
+/// @param value  receives the local time; 0 if the moment is before the first or after the last, which is not reported
+///               as a failure.
 /// @return
 ///   - ZR_R_OK                 `*value` was written.
 ///   - ZR_R_INVALID_ARGUMENTS  `value` is null.
@@ -109,7 +111,7 @@ ZR_API ZRRESULT ZrDateTimeFromTimeT(int64_t timeT, ZRDATETIME* value) ZR_NOEXCEP
 /// ZrDateTimeToTimeT converts a local time to a moment.
 ///
 /// For some values it throws a CZrException instead of returning a code. A caller in C can't catch it, so the exception
-/// terminates the process. Such a caller must pass only years below 1900 and from 1971 to 2999.
+/// terminates the process. A caller in C must pass only years below 1900 and from 1971 to 2999.
 ///
 /// Every local time has a moment, and equal calls return equal moments while the time zone stays the same:
 ///   - A local time that the zone skips, because of daylight saving or otherwise, is read with the offset from UTC that
@@ -125,7 +127,7 @@ ZR_API ZRRESULT ZrDateTimeFromTimeT(int64_t timeT, ZRDATETIME* value) ZR_NOEXCEP
 /// @param timeT  receives the seconds since 1970 UTC; 0 for a year below 1900.
 /// @return
 ///   - ZR_R_OK                 `*timeT` was written.
-///   - ZR_R_FAILED             `value` is below 0. `*timeT` is unchanged.
+///   - ZR_R_FAILED             `value` is below 0. `*timeT` is unchanged. This is checked first.
 ///   - ZR_R_INVALID_ARGUMENTS  `timeT` is null. This is checked last, after the exceptions.
 /// @throws CZrException with ZR_RAISED_NO_TIME_T for the years 1900 to 1969, with ZR_RAISED_INVALID_TIME for a moment
 ///         before 1970-01-01 00:00:00 UTC or after 3000-12-31 23:59:59 UTC, and on Windows for every local time in
@@ -159,17 +161,22 @@ static_assert(sizeof(CZrException) == sizeof(ZRRESULT), "a CZrException is its c
 // Each number is read at a fixed position, which the examples show. It may begin with white space and a sign. Reading
 // stops at the first other character, at the end of the field or at the end of the text. A number without a digit is 0.
 // The characters between the positions are ignored. The text is not trimmed: a leading blank moves every field.
+//
+// In the tables, "index" is the number of the first unit of the field, "width" its number of units, and "needs" the
+// number of units that the text must have for the field to be read. A field that the text cuts off is not scaled: with
+// 26 units, "2012-03-04 05:06:07.123456" has 123456 ticks, not 1234560.
 
 /// ZrDateTimeStringToDateTimeStruct parses "2012-03-04 05:06:07.1234567" or "04.03.2012 05:06:07.1234567".
 ///
 /// The year comes first if the first hyphen of the text is at index 4. Any other text is read with the day first, with
 /// or without a hyphen. The other fields are read if the text is long enough, and are 0 otherwise:
 ///
-///     12 units   hour
-///     15 units   minute
-///     18 units   second
-///     22 units   the part below a second: three digits of milliseconds
-///     26 units   the part below a second: ticks, which must have seven digits to mean their value
+///     index  width  needs     field
+///     11     2      12 units  hour
+///     14     2      15 units  minute
+///     17     2      18 units  second
+///     20     3      22 units  the part below a second, in milliseconds
+///     20     7      26 units  the part below a second, in ticks; `millisecond` is still read from three units
 ///
 /// @param text    a string, or null for an empty one.
 /// @param record  receives the fields, including `dayOfWeek`; `microsecond` is 0.
@@ -181,14 +188,16 @@ ZR_API uint8_t ZrDateTimeStringToDateTimeStruct(ZRSTR text, ZRDATETIMESTRUCT* re
 ///
 /// The fields after the hour are read if the text is long enough, and are 0 otherwise:
 ///
-///      4 units   minute
-///      8 units   second
-///     11 units   the part below a second: three digits of milliseconds
-///     15 units   the part below a second: ticks, which must have seven digits to mean their value
+///     index  width  needs     field
+///     0      2       2 units  hour
+///     3      2       4 units  minute
+///     6      2       8 units  second
+///     9      3      11 units  the part below a second, in milliseconds
+///     9      7      15 units  the part below a second, in ticks; `millisecond` is still read from three units
 ///
 /// @param text    a string, or null for an empty one.
-/// @param record  receives the time. The date stays 0. `dayOfWeek` is computed from the value of the record; for a time
-///                below 24 hours it is 1.
+/// @param record  receives the time. Year, month and day are 0, and so is `microsecond`. `dayOfWeek` is computed from
+///                the value of the record; for a time from 0 to below 24 hours it is 1.
 /// @return 1 if the record was written. 0 if `record` is null, or if the text has fewer than 2 units: all fields of
 ///         the record are 0 then.
 ZR_API uint8_t ZrTimeStringToDateTimeStruct(ZRSTR text, ZRDATETIMESTRUCT* record) ZR_NOEXCEPT;

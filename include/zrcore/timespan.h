@@ -1,8 +1,8 @@
 // ZrCore: time spans.
 //
 // A ZRTIMESPAN is a signed duration in ticks of 100 nanoseconds, the same ticks as in a ZRDATETIME (datetime.h). The
-// two are added and subtracted as plain numbers. The text of a span is "03:04:05.0000006"; the days, if there are any,
-// and a point come before it.
+// two are added and subtracted as plain numbers. The text of a span is "03:04:05.0000006". If there are days, their
+// number and a point come first.
 //
 //     ZRTIMESPAN span = end - begin;                       // two ZRDATETIME values
 //     ZRSTR text = ZrTimeSpanToTimeSpanString(span);
@@ -24,9 +24,9 @@ typedef int64_t ZRTIMESPAN;
 ///
 /// The days, if not 0, come first and are padded with blanks to four characters.
 ///
-/// Each part of a negative span has its own minus sign, in place of a digit: minus one and a half hours is
-/// "-1:-30:00.0000000". There is no round trip for negative spans: ZrTimeSpanStringToTimeSpan accepts such a text but
-/// in general returns another value.
+/// In a negative span each part that is not 0 has its own minus sign. The sign counts as one of the characters to which
+/// a part is padded: minus one and a half hours is "-1:-30:00.0000000". There is no round trip for negative spans:
+/// ZrTimeSpanStringToTimeSpan accepts such a text but in general stores another value.
 ///
 /// @return gives a string (ZrDestroyString); null when out of memory.
 ///
@@ -48,11 +48,13 @@ ZR_API ZRSTR ZrTimeSpanToTimeSpanString(ZRTIMESPAN span) ZR_NOEXCEPT;
 ///
 /// Numbers are read as in date-time texts (datetime.h): a number may begin with white space and a sign, a number
 /// without a digit is 0, and the characters between the positions are ignored. The parts are added with their own
-/// signs, whatever their size: "-1.12:00:00" is minus twelve hours. A sum that doesn't fit 64 bits wraps.
+/// signs, whatever their size: "-1.12:00:00" is minus twelve hours. A number of days that doesn't fit 64 bits is read
+/// as the nearest that does. A sum that doesn't fit 64 bits wraps.
 ///
 /// @param text  a string, or null for an empty one.
 /// @param span  receives the span; 0 if the text is refused.
-/// @return 1 if the text was parsed. 0 if `span` is null, the text has fewer than 2 units, or it has no colon.
+/// @return 1 if the text was parsed. 0 if `span` is null, or if the text is refused: it has fewer than 2 units or no
+///         colon.
 ///
 /// Linear; no allocation.
 ZR_API uint8_t ZrTimeSpanStringToTimeSpan(ZRSTR text, ZRTIMESPAN* span) ZR_NOEXCEPT;
