@@ -3,10 +3,10 @@
 // The library has no classes of its own. A host registers discovery objects (IZrComponentDiscovery), and a discovery
 // reports where a class is implemented: in a module file, by its path, or in functions that it hands over. A lookup
 // asks the discoveries in ascending order of their cookies; the first result of zero or above wins. The library
-// remembers it until that discovery is removed.
+// remembers the class until that discovery is removed.
 //
-// A module is loaded when the first object is created from it, started once with ZrInitModule, and unloaded when the
-// last class of which it has made an object is forgotten.
+// A module is loaded when the first object is created from it, and started once with ZrInitModule. It is unloaded when
+// the library has removed every class of which the module has made an object.
 //
 //     host     ZrInitialize, ZrAddComponentDiscovery            client   ZrCreateInstance -> object
 //     module   ZrInitModule, ZrCreateInstanceModule ... ZrExitModule
@@ -17,13 +17,16 @@
 //
 // The library tracks neither objects nor running creations. Before a discovery is removed, or the last ZrUninitialize
 // removes all of them, all objects of its modules must have been released and no ZrCreateInstance of its classes may be
-// running: the code of the modules is unloaded.
+// running. The removal unloads the code of the modules, and a later call into that code is undefined behaviour.
 //
 // Locks. The management lock is recursive. It is held during every lookup, addition and removal and during every call
-// of a discovery, except the query for "ZrCore" (configuration.h) at the end of an addition. A discovery may therefore
-// make callbacks, that is, call component functions on the same thread. A slow discovery blocks all other threads.
-// Objects are created without the lock. ZrExitModule runs under it, and in the last ZrUninitialize under the lifecycle
-// lock too.
+// of a discovery, except the query for "ZrCore" (configuration.h) at the end of an addition. A slow discovery blocks
+// all other threads. A discovery that is being called may call component functions on the same thread, except in the
+// case below. It may even remove itself: the library releases it after it has returned. ZrExitModule runs under the
+// management lock, and in the last ZrUninitialize under the lifecycle lock too.
+//
+// Objects are created without any lock. Here and in the comments below this means that the library takes no lock for
+// the call. If the caller is a discovery or ZrExitModule, its thread still holds the locks above.
 //
 // Deadlock: a discovery must not create an object of a module whose ZrInitModule calls component functions. The
 // discovery holds the management lock and waits for the module's start, while the thread that starts the module waits
@@ -55,12 +58,12 @@ typedef struct IZrConfiguration IZrConfiguration;
 
 #define ZR_MODULE_API ZR_EXTERN_C ZR_EXPORT
 
-/// ZrInitModule starts the module. The library calls it once, before the module makes its first object.
+/// ZrInitModule starts the module. The library calls it once per start, before the module makes its first object.
 ///
 /// It runs under the module's start lock: other threads that want a first object wait until it returns. It may call
 /// component functions, with two exceptions:
 ///   - It must not create an object of its own module. That deadlocks.
-///   - It must not cause the removal of its own discovery. The module would be unloaded while its code runs.
+///   - It must not cause the removal of its own discovery. That unloads the module while its code runs.
 ///
 /// @return zero or above if the module can be used. A negative result refuses the start: the module is unloaded and
 ///         ZrCreateInstance returns ZR_R_NOT_SUPPORTED. The next creation loads the module again and uses it without
@@ -70,17 +73,17 @@ typedef struct IZrConfiguration IZrConfiguration;
 /// second time either.
 ZR_MODULE_API ZRRESULT ZrInitModule(void);
 
-/// ZrExitModule stops the module. The library calls it before it unloads the module. A stopped module that is still
-/// loaded may be started again.
+/// ZrExitModule stops the module. The library calls it before it unloads a started module, except at the end of the
+/// process (lifecycle.h). A stopped module that is still loaded may be started again.
 ///
-/// It must not throw (base.h), and must not wait for a thread that needs the management lock or, in the last
-/// ZrUninitialize, the lifecycle lock: that deadlocks.
+/// It must not throw (base.h). Deadlock: it must not wait for a thread that needs the management lock or, in the last
+/// ZrUninitialize, the lifecycle lock.
 ZR_MODULE_API void ZrExitModule(void);
 
 /// ZrCreateInstanceModule makes an object. It is called without any lock, by any number of threads at once.
 ///
-/// It may call all component functions, but must not cause the removal of its own discovery: the module would be
-/// unloaded while its code runs.
+/// It may call all component functions, but it must not cause the removal of its own discovery: that unloads the module
+/// while its code runs.
 ///
 /// @param classId      lends the class identifier for the call.
 /// @param argument1    what the caller passed to ZrCreateInstance; its meaning is between caller and module.
@@ -98,7 +101,8 @@ typedef ZRRESULT (*ZrCreateInstanceModuleFunction)(const ZRUUID* classId, uint64
 
 /// ZrModuleEntryPoints contains the functions of a module that has no file.
 ///
-/// Without `createInstance` no object can be created. `init` and `exit` may be null; they are skipped then.
+/// If `createInstance` is null, ZrCreateInstance returns ZR_R_FAILED. `init` and `exit` may be null; they are skipped
+/// then.
 typedef struct ZrModuleEntryPoints {
   ZrCreateInstanceModuleFunction createInstance;
   ZrInitModuleFunction init;
@@ -143,7 +147,8 @@ struct IZrComponentDiscovery : IZrUnknown {
   /// @param modulePath   null on entry; may receive the path of a module file, which the library takes whatever the
   ///                     result is. The path ends at its first zero unit. Without a slash in it, the system's loader
   ///                     searches for the file. Paths that differ in any unit name different modules.
-  /// @param entryPoints  all null on entry; may receive the functions of a module instead, if there is no path.
+  /// @param entryPoints  all null on entry; may receive the functions of a module instead. They must stay null if
+  ///                     `*modulePath` is written: otherwise the library may call them instead of loading the file.
   /// @return zero or above if this discovery knows the class.
   virtual ZRRESULT QueryComponent(const ZRUUID* classId, ZRSTR* modulePath, ZrModuleEntryPoints* entryPoints) = 0;
 
@@ -167,8 +172,8 @@ struct IZrComponentDiscovery : IZrUnknown {
 
   /// QueryClassName finds the name of a class by its identifier.
   ///
-  /// It must write `*className` if it returns zero or above, because the library reads the variable then. Leak: it must
-  /// not write `*className` if it returns a negative code, because the next discovery would overwrite the string.
+  /// If it returns zero or above, it must have written `*className`: the library reads the variable then. Leak: if it
+  /// returns a negative code, it must not have written `*className`, because the next discovery overwrites the string.
   ///
   /// @param classId    lends the class identifier for the call.
   /// @param className  gives the caller a string, or null. This is the variable of the caller of ZrClassNameFromCLSID,
@@ -218,15 +223,15 @@ struct IZrComponentDiscovery {
 /// without any lock, even if the settings have been decided by an earlier discovery (configuration.h). The settings
 /// that it reads don't change the result.
 ///
-/// The objects that are asked must not throw. An exception passes through to the caller; the discovery is registered
-/// under `*cookie` nevertheless, but it is not counted as added (configuration.h). Its removal is counted, so the count
-/// stays one too low.
+/// The objects that are asked must not throw: the exception passes through to the caller. After this exception, and
+/// after those named below, the discovery is registered under `*cookie` nevertheless, but it is not counted as added
+/// (configuration.h). Its removal is counted as a removal, so the count of discoveries is one too low from then on.
 ///
 /// @param discovery  must not be null. The library adds a reference and releases it after the removal. The caller must
 ///                   keep its own reference until the call returns: another thread may remove the discovery meanwhile.
 /// @param cookie     receives the number of the registration, which is never 0. Numbers count up over the life of the
-///                   process; after they have wrapped, numbers in use are skipped. After a failure it is 0, but after
-///                   ZR_R_UNEXPECTED it may be a number that names no registration.
+///                   process; after they have wrapped, numbers in use are skipped. After a failure `*cookie` is 0.
+///                   After ZR_R_UNEXPECTED it may also be a number under which nothing is registered.
 /// @return the first that applies:
 ///   - ZR_R_INVALID_ARGUMENTS  `cookie` is null.
 ///   - ZR_R_NO_INIT            ZrInitialize is not in force.
@@ -234,9 +239,7 @@ struct IZrComponentDiscovery {
 ///   - ZR_R_FAILED             0xFFFFFFFF discoveries are registered.
 ///   - ZR_R_UNEXPECTED         an exception, or out of memory, before the configuration was read.
 ///   - ZR_R_OK                 the discovery was registered.
-/// @throws std::bad_alloc if there is no memory to convert a value of the configuration; see "Exceptions" in base.h. An
-///         exception of QueryConfiguration or of the configuration's objects passes through too. The discovery is
-///         registered in all these cases, as described above.
+/// @throws std::bad_alloc if there is no memory to convert a value of the configuration; see "Exceptions" in base.h.
 /// @throws std::system_error if the mutex of the item caches' settings can't be locked.
 ZR_API ZRRESULT ZrAddComponentDiscovery(IZrComponentDiscovery* discovery, uint32_t* cookie);
 
@@ -247,7 +250,8 @@ ZR_API ZRRESULT ZrAddComponentDiscovery(IZrComponentDiscovery* discovery, uint32
 ///
 ///   1. It calls ZrExitModule of each started module that implements one of the classes. If the module also implements
 ///      classes of other discoveries, the next creation of such a class starts it again.
-///   2. It unloads each module whose last used class was one of them.
+///   2. It unloads each module that implements one of the classes, unless the module has made an object of a class that
+///      remains. If the module has been started again since step 1, the function calls ZrExitModule once more.
 ///   3. It releases the discovery object.
 ///
 /// Class names that were learnt from the discovery stay known.
@@ -260,7 +264,8 @@ ZR_API ZRRESULT ZrAddComponentDiscovery(IZrComponentDiscovery* discovery, uint32
 ///   - ZR_R_OK                  the discovery was removed.
 ///   - ZR_R_NO_INIT             ZrInitialize is not in force.
 ///   - ZR_R_UNKNOWN_IDENTIFIER  no discovery has this cookie.
-///   - ZR_R_UNEXPECTED          an exception, or out of memory. What was removed before it stays removed.
+///   - ZR_R_UNEXPECTED          an exception, or out of memory. The steps before it remain done. The discovery may or
+///                              may not be registered still.
 /// @throws std::system_error if the mutex of the item caches' settings can't be locked; see "Exceptions" in base.h. The
 ///         discovery has been removed then, but isn't counted as removed.
 ZR_API ZRRESULT ZrRemoveComponentDiscovery(uint32_t cookie);
@@ -295,8 +300,8 @@ ZR_API ZRRESULT ZrCreateInstance(const ZRUUID* classId, uint64_t argument1, cons
 
 /// ZrCLSIDFromClassName finds the identifier of a class by its name.
 ///
-/// Names are compared exactly, as by ZrCompareString. The library remembers each name that a discovery knew, for the
-/// rest of the process's life, even after the discovery has been removed.
+/// Names are compared exactly, as by ZrCompareString. The library remembers each name that a discovery knew until the
+/// process ends, even after the discovery has been removed.
 ///
 /// @param className  null means an empty name.
 /// @param classId    receives the identifier. A failure doesn't clear it; it may contain what a failing discovery left
@@ -310,13 +315,13 @@ ZR_API ZRRESULT ZrCLSIDFromClassName(ZRSTR className, ZRUUID* classId) ZR_NOEXCE
 
 /// ZrClassNameFromCLSID finds the name of a class by its identifier.
 ///
-/// It remembers like ZrCLSIDFromClassName. The two functions remember separately: a name that one of them has learnt is
-/// unknown to the other.
+/// The library remembers each name until the process ends, like ZrCLSIDFromClassName. The two functions remember
+/// separately: a name that one of them has learnt is unknown to the other.
 ///
 /// @param classId    must not be null.
-/// @param className  gives the name (ZrDestroyString), or null if the discovery reported null. It must be null before
-///                   the call: the library reads the variable after the discovery has returned, even if the discovery
-///                   failed to write it. A failure doesn't clear it.
+/// @param className  gives the name (ZrDestroyString), or null if the discovery reported null. `*className` must be
+///                   null before the call: if a discovery returns a success without writing it, the library uses the
+///                   old content as a string. A failure doesn't clear it.
 /// @return
 ///   - ZR_R_OK                 the name was found.
 ///   - ZR_R_NO_INIT            ZrInitialize is not in force.

@@ -17,16 +17,16 @@
 //     "ZR_VT_SREF"       ZR_VT_UI4    0       the largest number of SREF records to keep; 0 means 1024
 //
 // A value of another type is converted as by ZrVariantChangeType, so the text "ZR_TRUE" is valid. A value that can't be
-// converted counts as absent. Only the value 1 of a boolean is true. A host must not return an array: its handle would
-// be read as the number.
+// converted counts as absent. Only the value 1 of a boolean is true. A host must not return an array: the library reads
+// the bytes of its handle as the number. If there is no memory for the name of a value, the value counts as absent.
 //
 // The first discovery that is added decides the settings, even if it has no configuration. They stay in force, whatever
 // later discoveries return, until as many discoveries have been removed as were added. Then the caches are switched off
-// and emptied, except a cache whose limit was 0, which keeps its records. A discovery that the last ZrUninitialize
-// removed doesn't count as removed, nor does one whose removal failed.
+// and emptied. A cache whose setting was 0 is only switched off and keeps its records. A discovery that the last
+// ZrUninitialize removed doesn't count as removed, nor does one whose removal failed.
 //
-// Data race: lowering a limit corrupts a cache if another thread makes or destroys REFs or SREFs at that moment. Remove
-// the last discovery when no thread does so, and while no other discovery is being added or removed.
+// Data race: emptying a cache corrupts it if another thread makes or destroys REFs or SREFs at that moment. Remove the
+// last discovery when no thread does so, and while no other discovery is being added or removed.
 //
 // An example of a host's section and value:
 //
@@ -65,7 +65,7 @@ typedef struct IZrConfigurationValue IZrConfigurationValue;
 //
 // While ZrAddComponentDiscovery reads "ZrCore", it calls the operations without holding any lock of the library. The
 // operations must not throw: the exception passes through ZrAddComponentDiscovery to its caller (see "Exceptions" in
-// base.h). Each object that the library has received has been released by then.
+// base.h). When the caller receives the exception, the library has released each object that it received.
 
 #ifdef __cplusplus
 
@@ -106,11 +106,12 @@ struct IZrConfigurationValue : IZrUnknown {
 
   /// Read stores the value in a variant.
   ///
-  /// @param defaultValue  the value that the caller uses if this fails. It is a copy for this call.
+  /// @param defaultValue  lends, for the call, the value that the caller uses if Read fails.
   /// @param type          the type that the caller prefers (ZR_VT_...), without flags.
-  /// @param value         initialised; receives a value of any type, which the caller clears. What a by-reference value
-  ///                      points at must outlive this object: the library reads the number only after it has released
-  ///                      this object, while it still has a reference on the section.
+  /// @param value         initialised; receives a value of any type, which the caller clears. If the value has the flag
+  ///                      ZR_VT_BYREF, the variable that it points to must not be part of this object: the library
+  ///                      reads the variable after it has released this object. It still has a reference on the section
+  ///                      then.
   /// @return negative if there is no value: the caller clears `*value` and uses the default.
   virtual ZRRESULT Read(const ZRVARIANT* defaultValue, uint16_t type, ZRVARIANT* value) = 0;
 
@@ -167,7 +168,7 @@ struct IZrConfigurationValue {
 /// ZrQueryComponentConfiguration gives a configuration of a class, from the discovery that reported the class.
 ///
 /// It looks up the class like ZrCreateInstance but doesn't load the module. It asks no other discovery for the
-/// configuration and asks anew in each call.
+/// configuration. The configuration is not remembered: each call asks the discovery again.
 ///
 /// @param classId        must not be null.
 /// @param name           lends the name of the configuration to the discovery. It is passed unchanged, even null.
