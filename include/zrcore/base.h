@@ -17,8 +17,8 @@
 //
 // ## Null
 // A null handle is not an object. Where a ZRSTR is read, null is an empty string. Each family names the result code
-// that it returns for a null argument that it refuses. To pass a null pointer that no comment allows or refuses is
-// undefined behaviour.
+// that it returns for a null argument that it refuses. If no comment says what happens for a null pointer, to pass one
+// is undefined behaviour.
 //
 // ## Threads
 //
@@ -37,14 +37,15 @@
 //     ZRRESULT result = ZrBlobByteLen(blob, &length);
 //     if (ZR_FAILED(result)) return result;
 //
-// The library passes on a code that a module or an object of the host returns without changing it.
+// When a module or an object of the host returns a code, the library passes the code on unchanged.
 //
 // ## Text
-// Text is in 16-bit code units (WCHAR) on every system, nominally UTF-16 and never checked. 8-bit text occurs only in
-// the functions that have UTF8 in their names, and as ASCII in ZrUUIDFromString.
+// Text is in 16-bit code units (WCHAR) on every system. It should be UTF-16, but the library checks that only where a
+// comment says so. 8-bit text occurs only in the functions that have UTF8 in their names, and as ASCII in
+// ZrUUIDFromString.
 //
 // ## Exceptions
-// A function that is declared ZR_NOEXCEPT throws nothing. The other 43 functions throw the following:
+// A function that is declared ZR_NOEXCEPT throws nothing. This table lists what the other 43 functions throw:
 //
 //     blob.h        ZrCreateBlob, ZrCopyBlob               std::bad_alloc: out of memory for the handle
 //                   the seven that detach                  std::bad_alloc: out of memory for detaching or growing
@@ -62,17 +63,19 @@
 //                                                          their values are read
 //                   both discovery functions               std::system_error: a mutex can't be locked
 //     lifecycle.h   ZrUninitialize                         what ZrExitModule throws; std::system_error as above
-//     array.h, variant.h    Destroy, Clear and Compare     nothing
+//     array.h, variant.h    Destroy, Clear and Compare     nothing of their own; objects in values may throw, see below
 //
-// The constructors of blobs and arrays cannot throw, so out of memory in them terminates the process. This concerns the
-// bytes of a new or a detached blob, and a new array or a copied array with its elements, except the array's first,
-// small object. A function that creates a blob or copies an array as one of its steps, such as ZrVariantCopy,
-// terminates the process in the same cases.
+// Out of memory terminates the process, and nothing is thrown, if the memory is for one of these:
 //
-// Before a function throws std::bad_alloc or terminates the process, it calls the C++ new-handler, if one is set, and
-// tries again. Functions that only create a string or a memory block return null or ZR_R_NO_MEMORY when out of memory,
-// and component functions return the codes that their comments name. A function that is declared ZR_NOEXCEPT terminates
-// the process if it cannot lock a mutex and has no result code for that.
+//   - the bytes of a new blob or of a blob that detaches (blob.h);
+//   - a new array or a copy of an array, its elements included. Only the first allocation, the array's object, throws.
+//
+// This also happens when a function creates a blob or copies an array as one of its steps, such as ZrVariantCopy.
+//
+// When a function that throws std::bad_alloc or terminates the process gets no memory, it first calls the C++
+// new-handler, if one is set, and tries again. Functions that only create a string or a memory block return null or
+// ZR_R_NO_MEMORY when out of memory. Component functions return the codes that their comments name. A function that is
+// declared ZR_NOEXCEPT terminates the process if it cannot lock a mutex and has no result code for that.
 //
 // A caller in C or another language cannot catch exceptions. An exception that passes from an export into such a frame
 // terminates the process; if a C++ function further up the stack catches it, the behaviour is undefined. So out of
@@ -149,18 +152,18 @@ typedef int32_t ZRRESULT;
 // 0x8000001E and 0x8000001F are not assigned and never will be.
 // clang-format off
 #define ZR_R_OK                         ZR_RESULT_CODE(0)            ///< success
-#define ZR_R_SAME_VALUE                 ZR_RESULT_CODE(0x000000CA)   ///< success: the value was this one already (module)
+#define ZR_R_SAME_VALUE                 ZR_RESULT_CODE(0x000000CA)   ///< success: it had this value already (module)
 #define ZR_R_FAILED                     ZR_RESULT_CODE(0x80000000u)  ///< failure without a more specific code
 #define ZR_R_NOT_SUPPORTED              ZR_RESULT_CODE(0x80000001u)  ///< no such operation or conversion
 #define ZR_R_CANCELLED                  ZR_RESULT_CODE(0x80000002u)  ///< (module)
 #define ZR_R_TIMEOUT                    ZR_RESULT_CODE(0x80000003u)  ///< (module)
-#define ZR_R_INVALID_ARGUMENTS          ZR_RESULT_CODE(0x80000004u)  ///< an argument is null, out of its range, or a text that can't be parsed
+#define ZR_R_INVALID_ARGUMENTS          ZR_RESULT_CODE(0x80000004u)  ///< a null or invalid argument, or an invalid text
 #define ZR_R_ACCESS_DENIED              ZR_RESULT_CODE(0x80000005u)  ///< (module)
-#define ZR_R_INVALID_POINTER            ZR_RESULT_CODE(0x80000006u)  ///< a null variant or array, or a null blob to destroy
-#define ZR_R_FILE_NOT_FOUND             ZR_RESULT_CODE(0x80000007u)  ///< a module file could not be loaded, for any reason
-#define ZR_R_NO_INIT                    ZR_RESULT_CODE(0x80000008u)  ///< ZrInitialize is not in force
+#define ZR_R_INVALID_POINTER            ZR_RESULT_CODE(0x80000006u)  ///< null variant or array, or null blob to destroy
+#define ZR_R_FILE_NOT_FOUND             ZR_RESULT_CODE(0x80000007u)  ///< a module could not be loaded, for any reason
+#define ZR_R_NO_INIT                    ZR_RESULT_CODE(0x80000008u)  ///< ZrInitialize is not in force, see lifecycle.h
 #define ZR_R_NO_INTERFACE               ZR_RESULT_CODE(0x80000009u)  ///< (module)
-#define ZR_R_INVALID_OBJECT_STATE       ZR_RESULT_CODE(0x8000000Au)  ///< the object holds nothing (any more), or its access flag is set
+#define ZR_R_INVALID_OBJECT_STATE       ZR_RESULT_CODE(0x8000000Au)  ///< the object is not usable in its state
 #define ZR_R_UNEXPECTED                 ZR_RESULT_CODE(0x8000000Bu)  ///< an exception or an impossible state
 #define ZR_R_EXISTS                     ZR_RESULT_CODE(0x8000000Cu)  ///< (module)
 #define ZR_R_ABANDONED                  ZR_RESULT_CODE(0x8000000Du)  ///< (module)
@@ -170,7 +173,7 @@ typedef int32_t ZRRESULT;
 #define ZR_R_REQUEST_REJECTED           ZR_RESULT_CODE(0x80000011u)  ///< (module)
 #define ZR_R_SUBSCRIPTION_LOST          ZR_RESULT_CODE(0x80000012u)  ///< (module)
 #define ZR_R_NOT_IMPLEMENTED            ZR_RESULT_CODE(0x80000013u)  ///< (module)
-#define ZR_R_EMPTY_VALUE                ZR_RESULT_CODE(0x80000014u)  ///< the value is empty
+#define ZR_R_EMPTY_VALUE                ZR_RESULT_CODE(0x80000014u)  ///< a damaged blob has no buffer
 #define ZR_R_NO_AGGREGATION             ZR_RESULT_CODE(0x80000015u)  ///< (module)
 #define ZR_R_CONNECTION_LOST            ZR_RESULT_CODE(0x80000016u)  ///< (module)
 #define ZR_R_INVALID_SUBSCRIPTION       ZR_RESULT_CODE(0x80000017u)  ///< (module)
@@ -178,7 +181,7 @@ typedef int32_t ZRRESULT;
 #define ZR_R_INVALID_CREF               ZR_RESULT_CODE(0x80000019u)  ///< (module)
 #define ZR_R_INVALID_OTYPE              ZR_RESULT_CODE(0x8000001Au)  ///< (module)
 #define ZR_R_INVALID_LANGUAGE           ZR_RESULT_CODE(0x8000001Bu)  ///< (module)
-#define ZR_R_NOT_EXISTING               ZR_RESULT_CODE(0x8000001Cu)  ///< nothing is known under this code, or no byte is left to read
+#define ZR_R_NOT_EXISTING               ZR_RESULT_CODE(0x8000001Cu)  ///< the code has no text, or no byte is left
 #define ZR_R_NO_MEMORY                  ZR_RESULT_CODE(0x8000001Du)  ///< out of memory
 #define ZR_R_ALREADY_REGISTERED         ZR_RESULT_CODE(0x80000020u)  ///< the code already has a text
 #define ZR_R_CLASS_NOT_REGISTERED       ZR_RESULT_CODE(0x80000021u)  ///< no discovery knows the class
