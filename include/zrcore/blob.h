@@ -14,13 +14,13 @@
 // the bytes for this handle alone. This is called detaching. The new copy has the position that both had. ZrReadBlobPos
 // never detaches: use it to read bytes that other handles share.
 //
-// There is no empty blob handle: ZrCreateBlob returns null for a size of 0. The length becomes 0 only when all content
-// is removed. ZrDestroyBlob releases a handle; the last handle on shared bytes frees them.
+// ZrCreateBlob never creates an empty blob: it returns null for a size of 0. A blob becomes empty, with length 0, only
+// if ZrRemoveBlob removes all content. ZrDestroyBlob releases a handle; the last handle on shared bytes frees them.
 //
 // In this family a null argument and a count of 0 return ZR_R_INVALID_ARGUMENTS, unless a comment says otherwise, and
-// nothing is detached then. Other arguments, such as an offset, are checked after detaching. ZR_R_FAILED and
-// ZR_R_INVALID_OBJECT_STATE mean that the handle is damaged: its element or block is missing, or another thread has
-// used the handle at the same time.
+// nothing is detached then. Other arguments, such as an offset, are checked after detaching. ZR_R_FAILED,
+// ZR_R_INVALID_OBJECT_STATE and ZR_R_EMPTY_VALUE mean that the handle is damaged: its element, block or buffer is
+// missing, or another thread has used the handle at the same time.
 //
 // Lengths, offsets and counts are in bytes. A buffer grows in steps of 1024 bytes and never shrinks.
 //
@@ -59,7 +59,7 @@ typedef struct tagZRBLOB* ZRBLOB;
 
 // ---- Handles -------------------------------------------------------------------------------------------------------
 
-/// ZrCreateBlob makes a blob of `size` bytes.
+/// ZrCreateBlob creates a blob of `size` bytes.
 ///
 /// If `bytes` is not null, the position is at the end, so that ZrWriteBlob appends. If `bytes` is null, the position is
 /// at the start.
@@ -75,7 +75,7 @@ ZR_API ZRBLOB ZrCreateBlob(uint32_t size, const void* bytes);
 
 /// ZrCopyBlob makes a second handle on the bytes of `source`. The position is the same.
 ///
-/// @return gives a blob (ZrDestroyBlob); null if `source` is null.
+/// @return gives a blob (ZrDestroyBlob); null if `source` is null or damaged.
 /// @throws std::bad_alloc if there is no memory for the handle or the element; see "Exceptions" in base.h. This
 ///         function never terminates the process.
 ///
@@ -94,8 +94,8 @@ ZR_API ZRRESULT ZrDestroyBlob(ZRBLOB blob) ZR_NOEXCEPT;
 
 /// ZrReadBlobPos copies bytes from an offset. It neither uses nor moves the position, and it does not detach.
 ///
-/// A short read succeeds: if fewer than `count` bytes follow the offset, those are copied, and the rest of `buffer` is
-/// unchanged. The number of copied bytes is not reported.
+/// A short read succeeds: if the content has fewer than `count` bytes from the offset on, those are copied, and the
+/// rest of `buffer` is unchanged. The number of copied bytes is not reported.
 ///
 /// @param buffer  receives up to `count` bytes; unchanged after a failure.
 /// @param offset  in bytes from the start of the content.
@@ -103,7 +103,7 @@ ZR_API ZRRESULT ZrDestroyBlob(ZRBLOB blob) ZR_NOEXCEPT;
 /// @return
 ///   - ZR_R_OK                    at least one byte was copied.
 ///   - ZR_R_INVALID_ARGUMENTS     `blob` or `buffer` is null or `count` is 0.
-///   - ZR_R_NOT_EXISTING          no byte follows the offset.
+///   - ZR_R_NOT_EXISTING          `offset` is not less than the length.
 ///   - ZR_R_FAILED, ZR_R_INVALID_OBJECT_STATE, ZR_R_EMPTY_VALUE  the handle is damaged.
 ZR_API ZRRESULT ZrReadBlobPos(ZRBLOB blob, void* buffer, uint32_t offset, uint32_t count) ZR_NOEXCEPT;
 
@@ -117,7 +117,7 @@ ZR_API ZRRESULT ZrReadBlobPos(ZRBLOB blob, void* buffer, uint32_t offset, uint32
 /// @return
 ///   - ZR_R_OK                    at least one byte was copied.
 ///   - ZR_R_INVALID_ARGUMENTS     `blob` or `buffer` is null or `count` is 0.
-///   - ZR_R_NOT_EXISTING          no byte follows the position.
+///   - ZR_R_NOT_EXISTING          the position is at or past the end.
 ///   - ZR_R_FAILED, ZR_R_INVALID_OBJECT_STATE, ZR_R_EMPTY_VALUE  the handle is damaged.
 /// @throws std::bad_alloc if detaching has no memory for the element; see "Exceptions" in base.h. Out of memory for the
 ///         detached bytes terminates the process.
@@ -172,8 +172,9 @@ ZR_API ZRRESULT ZrBlobPosition(ZRBLOB blob, uint32_t* position) ZR_NOEXCEPT;
 ///
 /// @param offset     in bytes; may be 0.
 /// @param origin     ZR_BLOB_SEEK_START moves to the offset, or to the end if the offset is greater.
-///                   ZR_BLOB_SEEK_POSITION moves by the offset: forward at most to the end, but the 32-bit sum wraps
-///                   around; backward at most to the start. ZR_BLOB_SEEK_END moves to the end and ignores the offset.
+///                   ZR_BLOB_SEEK_POSITION moves by the offset: forward at most to the end, backward at most to the
+///                   start. A forward sum above 0xFFFFFFFF wraps around, so the position moves back. ZR_BLOB_SEEK_END
+///                   moves to the end and ignores the offset.
 /// @param direction  used with ZR_BLOB_SEEK_POSITION only: ZR_BLOB_FORWARD, or any other value for backward.
 /// @return
 ///   - ZR_R_OK                 the position was set.
@@ -234,15 +235,15 @@ ZR_API ZRRESULT ZrAppendBlob(ZRBLOB blob, ZRBLOB other);
 ///   - ZR_R_FAILED, ZR_R_INVALID_OBJECT_STATE  the handle is damaged.
 /// @throws std::bad_alloc as for ZrWriteBlob; see "Exceptions" in base.h.
 ///
-/// At most one allocation per 1024 appended bytes. If a large blob grows in small pieces, its content is copied each
-/// time the heap cannot extend the buffer in place.
+/// Small appends reallocate the buffer once per 1024 bytes. Each reallocation copies the content, unless the heap can
+/// extend the buffer in place.
 ZR_API ZRRESULT ZrAppendBlobData(ZRBLOB blob, const void* bytes, uint32_t count);
 
 /// ZrRemoveBlob removes bytes and closes the gap. The position does not move, so it may be past the end afterwards. The
 /// function detaches.
 ///
 /// @param offset  in bytes, at most the length. If it equals the length, nothing is removed.
-/// @param count   in bytes. If fewer bytes follow the offset, those are removed.
+/// @param count   in bytes. If the content has fewer bytes from the offset on, those are removed.
 /// @return
 ///   - ZR_R_OK                 the bytes, if any, were removed.
 ///   - ZR_R_INVALID_ARGUMENTS  `blob` is null or `count` is 0; or, after detaching, `offset` is greater than
@@ -251,7 +252,7 @@ ZR_API ZRRESULT ZrAppendBlobData(ZRBLOB blob, const void* bytes, uint32_t count)
 /// @throws std::bad_alloc if detaching has no memory for the element; see "Exceptions" in base.h. Out of memory for the
 ///         detached bytes terminates the process.
 ///
-/// The buffer keeps its size. Bytes past the new end that had content are overwritten with 0xFE.
+/// The buffer keeps its size. The bytes past the new end that were content are overwritten with 0xFE.
 ZR_API ZRRESULT ZrRemoveBlob(ZRBLOB blob, uint32_t offset, uint32_t count);
 
 #endif
