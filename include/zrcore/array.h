@@ -15,18 +15,23 @@
 //     ZRRESULT result = ZrSafeArrayPutElement(array, &index, &value);     // the address of a variable of the type
 //
 // Some arrays cannot have elements: those without dimensions, and those whose tag is ZR_VT_EMPTY, ZR_VT_OPAQUE or not
-// assigned. Such an array can be created and destroyed, but it has no storage, and nothing can be put into it. This is
-// not the same as an array that has no elements because the count of a dimension is 0.
+// assigned. Such an array can be created and destroyed, but it has no storage, and nothing can be put into it. An array
+// that merely has no elements, because the count of a dimension is 0, is different: it can get elements by
+// ZrSafeArrayRedim.
 //
 // In this family a null handle, or a null pointer that the function needs, returns ZR_R_INVALID_POINTER, unless a
 // comment says otherwise. ZR_R_FAILED means that the array cannot have elements, unless a comment says otherwise.
 // Whoever creates an array frees it with ZrSafeArrayDestroy, or stores it in a variant, which then owns it.
 //
 // ## Threads
-// Any thread, before ZrInitialize too. Each array has an access flag. ZrSafeArrayGetElement and ZrSafeArrayPutElement
-// set the flag and clear it before they return. ZrSafeArrayLock and ZrSafeArrayAccessData set the flag, and it stays
-// set until ZrSafeArrayUnlock or ZrSafeArrayUnaccessData clears it. These four functions fail at once if the flag is
-// set, even if the calling thread has set it. They never wait.
+// Any thread, before ZrInitialize too. Each array has an access flag. Four functions set it:
+//
+//   - ZrSafeArrayGetElement and ZrSafeArrayPutElement set the flag and clear it before they return.
+//   - ZrSafeArrayLock and ZrSafeArrayAccessData set the flag, and it stays set until ZrSafeArrayUnlock or
+//     ZrSafeArrayUnaccessData clears it.
+//
+// If the flag is already set, even by the calling thread, these four functions return ZR_R_INVALID_OBJECT_STATE at
+// once. They never wait.
 //
 // No other function checks the flag. While one thread destroys, copies, converts, compares or reshapes an array, no
 // other thread may use it: the caller must prevent that, or it is a data race.
@@ -41,9 +46,13 @@
 //     ZrSafeArrayGetElement                    all                     throws std::bad_alloc
 //     ZrSafeArrayPutElement                    all                     throws std::bad_alloc; the element may be null
 //
-// Three cases differ. If there is no memory for a text, the element becomes null; if it is the text of a UUID,
-// the element also counts as not converted. A new blob throws or terminates the process as ZrCreateBlob does. Copying a
-// variant that owns an array copies that array, and may terminate the process as ZrSafeArrayCopy does.
+// Three cases differ:
+//
+//   - A text that an element is converted to: the element becomes null, and nothing is thrown. If it is the text of a
+//     UUID, or of a ZR_VT_CHAR32 in a variant, the element also counts as not converted.
+//   - A blob that an element is converted to: the call throws or terminates the process as ZrCreateBlob does.
+//   - A variant that owns an array: copying it copies that array, which may terminate the process as ZrSafeArrayCopy
+//     does.
 //
 // ## Callbacks
 // AddRef and Release of objects in elements must not throw. Their exceptions terminate the process or pass through the
@@ -76,9 +85,9 @@ ZR_STATIC_ASSERT(sizeof(ZrSafeArrayBound) == 8 && offsetof(ZrSafeArrayBound, low
 ///                    of the counts is a 32-bit number and wraps around.
 /// @return gives an array (ZrSafeArrayDestroy, or a variant that owns it); null if `bounds` is null.
 /// @throws std::bad_alloc if there is no memory for the array's object; see "Exceptions" in base.h. Out of memory for
-///         anything else terminates the process.
+///         anything else, the elements included, terminates the process.
 ///
-/// Five allocations, one of them for the elements.
+/// At most five allocations, one of them for the elements.
 ZR_API ZRSAFEARRAY ZrSafeArrayCreate(uint16_t tag, uint32_t dimensions, const ZrSafeArrayBound* bounds);
 
 /// ZrSafeArrayDestroy releases the elements and frees the array, even if the access flag is set.
@@ -95,11 +104,12 @@ ZR_API ZRRESULT ZrSafeArrayDestroy(ZRSAFEARRAY array);
 /// ZrSafeArrayCopy creates an array with copies of the elements. The copy's access flag is clear.
 ///
 /// Strings and blobs are shared, and interface objects get one more reference. UUIDs, REFs and SREFs are copied, and
-/// variants are copied as ZrVariantCopy does. A null element stays null. An SREF with neither a ref nor a text becomes
-/// null.
+/// variants are copied as ZrVariantCopy does; errors of these copies are ignored. A null element stays null. An SREF
+/// with neither a ref nor a text becomes null.
 ///
-/// @param copy  must be null or hold an array other than `source`, which is destroyed first. Receives the new array, or
-///              null if `source` has no dimensions. Unchanged if `source` is null.
+/// @param copy  the address of a variable. Initialise the variable: if it contains an array, that array is destroyed
+///              first. It must not contain `source`: otherwise the behaviour is undefined. The variable receives the
+///              new array, or null if `source` has no dimensions. It is unchanged if `source` is null.
 /// @return
 ///   - ZR_R_OK                    `*copy` gives the new array.
 ///   - ZR_R_INVALID_POINTER       an argument is null.
@@ -115,12 +125,13 @@ ZR_API ZRRESULT ZrSafeArrayCopy(ZRSAFEARRAY source, ZRSAFEARRAY* copy);
 /// are copied as ZrSafeArrayCopy does, except that a null string becomes an empty string.
 ///
 /// The array's handle stays valid. Pointers from ZrSafeArrayAccessData and ZrSafeArrayGetBounds must not be used any
-/// more, nor blobs, REFs and SREFs that were read through them. The access flag is neither checked nor changed.
+/// more. Nor must handles and records that were read from elements through such a pointer, unless they are strings or
+/// interface pointers: the array now has copies of them. The access flag is neither checked nor changed.
 ///
 /// @param dimensions  the new number of dimensions, above 0. It may differ from the old one.
 /// @param bounds      reads one record per dimension. It must not point at the array's own records, which this call
 ///                    overwrites or frees.
-/// @return Nothing changed after a failure.
+/// @return The first failure that applies. Nothing changed after a failure.
 ///   - ZR_R_OK                    the array has the new shape.
 ///   - ZR_R_INVALID_POINTER       `array` is null.
 ///   - ZR_R_INVALID_OBJECT_STATE  the array has no dimensions.
@@ -145,11 +156,14 @@ ZR_API ZRRESULT ZrSafeArrayRedim(ZRSAFEARRAY array, uint32_t dimensions, const Z
 /// ZrSafeArrayGetElement copies one element into a variable.
 ///
 /// @param indices  reads one 32-bit index per dimension.
-/// @param value    receives the element; a variable of the element type. A null string, blob, REF or SREF leaves the
-///                 variable unchanged, so set it to null before the call. A variable for an interface pointer must be
-///                 null before the call; otherwise the object that it points at leaks. A variable for a variant must
-///                 have been initialised: the value that it holds is released before the element is read, so it must
-///                 not be the variant that owns this array.
+/// @param value    receives the element; a variable of the element type. Set a variable for a string, blob, REF, SREF
+///                 or interface pointer to null before the call:
+///                   - If the element is a null string, blob, REF or SREF, the variable is unchanged. An SREF with
+///                     neither a ref nor a text sets the variable to null.
+///                   - If the array has no elements, the object that a non-null interface pointer in the variable
+///                     points at gets one more reference, which leaks.
+///                 A variable for a variant must have been initialised: the value that it holds is released before the
+///                 element is read, so it must not be the variant that owns this array.
 /// @return
 ///   - ZR_R_OK                    the element was copied.
 ///   - 1                          the array has no elements, and nothing was copied.
@@ -158,12 +172,15 @@ ZR_API ZRRESULT ZrSafeArrayRedim(ZRSAFEARRAY array, uint32_t dimensions, const Z
 ///   - ZR_R_INVALID_ARGUMENTS     the offset is negative, and the elements are not variants.
 ///   - ZR_R_FAILED                the offset is negative, and the elements are variants; or the array cannot have
 ///                                elements.
-///   - other codes                of ZrVariantCopy, if the elements are variants.
+///   - other codes                of ZrVariantCopy, if the elements are variants. The variant then has the element's
+///                                tag word and a null Value.
 /// @throws std::bad_alloc if there is no memory for the copy of a blob's handle, a REF, an SREF or what a variant
 ///         holds. The variable is unchanged then, except a variant: its old value was released, and it has the
 ///         element's tag word and a null Value. No other element needs memory. See "Exceptions" in base.h.
 ///
-/// Leak: a string, blob, REF or SREF that the variable held is overwritten and not released. Two atomic exchanges.
+/// Leak: a string, blob, REF, SREF or interface pointer that the variable held is overwritten and not released.
+///
+/// Two atomic exchanges.
 ZR_API ZRRESULT ZrSafeArrayGetElement(ZRSAFEARRAY array, const uint32_t* indices, void* value);
 
 /// ZrSafeArrayPutElement replaces one element with a copy of the value.
@@ -190,13 +207,15 @@ ZR_API ZRRESULT ZrSafeArrayGetElement(ZRSAFEARRAY array, const uint32_t* indices
 ///         null Value. No other element needs memory. See "Exceptions" in base.h.
 ///
 /// Leak: if the offset is negative or the array has no elements, a copy of a string, blob, REF, SREF or interface
-/// pointer has already been made, and it is not released. Check the indices before the call. Two atomic exchanges.
+/// pointer has already been made, and it is not released. Check the indices before the call.
+///
+/// Two atomic exchanges.
 ZR_API ZRRESULT ZrSafeArrayPutElement(ZRSAFEARRAY array, const uint32_t* indices, const void* value);
 
 // ---- The access flag and direct access -----------------------------------------------------------------------------
 //
-// If a thread does not clear the flag, no other thread deadlocks, but all gets and puts fail until some thread clears
-// the flag.
+// If a thread does not clear the flag, nothing deadlocks, but every ZrSafeArrayGetElement, ZrSafeArrayPutElement,
+// ZrSafeArrayLock and ZrSafeArrayAccessData fails until some thread clears the flag.
 
 /// ZrSafeArrayLock sets the access flag. It does not wait and does not count: a second call fails.
 ///
@@ -217,8 +236,8 @@ ZR_API ZRRESULT ZrSafeArrayUnlock(ZRSAFEARRAY array) ZR_NOEXCEPT;
 /// ZrSafeArrayAccessData sets the access flag and lends the elements.
 ///
 /// @param data  receives the address of the first element, or null if the array has no elements; unchanged after a
-///              failure. Lent until the shape or the type of the array changes or the array is destroyed. The elements
-///              must not be used after the flag has been cleared: that may be a data race.
+///              failure. Lent until the shape or the type of the array changes or the array is destroyed. Do not use
+///              the elements after the flag has been cleared: if another thread then changes them, that is a data race.
 /// @return
 ///   - ZR_R_OK                    the flag is now set, and `*data` was written.
 ///   - ZR_R_INVALID_POINTER       an argument is null.
@@ -256,9 +275,9 @@ ZR_API ZRRESULT ZrSafeArrayGetBounds(ZRSAFEARRAY array, uint32_t* dimensions,
 
 /// ZrSafeArrayGetElementCount returns the number of elements and their size.
 ///
-/// @param count  receives the product of the dimensions' counts, which is 1 if there are no dimensions. Nothing is
-///               written if this is null.
-/// @param bytes  receives the size of all elements in bytes; may be null.
+/// @param count  receives the product of the dimensions' counts, a 32-bit number that wraps around. It is 1 if there
+///               are no dimensions, although the array has no elements then. Nothing is written if `count` is null.
+/// @param bytes  receives `*count` times the size of an element in bytes; may be null.
 /// @return
 ///   - ZR_R_OK               the results were written; or nothing was written because `count` is null or elements
 ///                           cannot have the array's tag.
@@ -288,13 +307,13 @@ ZR_API ZRRESULT ZrSafeArrayGetUBound(ZRSAFEARRAY array, uint32_t dimension, uint
 
 /// ZrSafeArrayChangeType converts all elements to another type, in place.
 ///
-/// An element that cannot be converted becomes zero, null or an empty variant; its old value is lost. The other
-/// elements are converted. Elements convert as ZrVariantChangeType converts values, with these differences:
+/// An element that cannot be converted becomes zero or null; its old value is lost. The other elements are converted.
+///
+/// Elements that are not variants convert as ZrVariantChangeType converts values, with these differences:
 ///
 ///   - A boolean or a ZR_VT_CHAR32 converts as a number, to text too: 1 becomes "1", not "TRUE".
 ///   - ZR_VT_UI1 and ZR_VT_BYTE become booleans without a change of the byte: 2 stays 2.
-///   - ZR_VT_QWORD converts to ZR_VT_DATETIME as a number, not as an address. If the elements are variants, a
-///     ZR_VT_QWORD in an element is an address, as in ZrVariantChangeType.
+///   - ZR_VT_QWORD converts to ZR_VT_DATETIME as a number, not as an address.
 ///   - ZR_VT_TIME and ZR_VT_DATETIME convert only to 64-bit integers, to ZR_VT_CY and to each other (the bits stay the
 ///     same), and to ZR_VT_R8, ZR_VT_STR and ZR_VT_VARIANT.
 ///   - A null string converts as an empty string. Converted to ZR_VT_STR it becomes an empty string.
@@ -305,10 +324,17 @@ ZR_API ZRRESULT ZrSafeArrayGetUBound(ZRSAFEARRAY array, uint32_t dimension, uint
 ///   - Every element converts to ZR_VT_VARIANT. The variant has the plain tag if several tags have the same storage:
 ///     ZR_VT_UI1 for booleans and ZR_VT_BYTE, ZR_VT_UI2 for ZR_VT_WORD, ZR_VT_UI4 for ZR_VT_DWORD and ZR_VT_CHAR32,
 ///     ZR_VT_UI8 for ZR_VT_QWORD.
-///   - Elements that are variants convert by their own types, and by-reference variants by the values that they refer
-///     to; but no by-reference variant converts to an interface pointer.
-///   - An element that is a variant with an array does not convert. A by-reference variant that refers to a variant
+///
+/// Elements that are variants convert as ZrVariantChangeType converts them, by their own types. So a boolean becomes
+/// the text "TRUE", and a ZR_VT_QWORD that becomes a ZR_VT_DATETIME is an address. There are these differences:
+///
+///   - ZR_VT_UI1 and ZR_VT_BYTE become booleans without a change of the byte, unless a by-reference ZR_VT_VARIANT
+///     refers to them.
+///   - ZR_VT_DISPATCH converts to ZR_VT_UNKNOWN too.
+///   - A by-reference variant converts by the value that it refers to, but never to an interface pointer.
+///   - A variant whose tag word has ZR_VT_ARRAY does not convert. A by-reference ZR_VT_VARIANT that refers to a variant
 ///     with an array becomes zero or null; it counts as converted if all elements of that array convert.
+///   - Converted to ZR_VT_VARIANT, each variant is copied as by ZrVariantCopy; errors are ignored.
 ///
 /// @param flags  has no effect; pass 0.
 /// @param tag    the new element type; flags in it are ignored.
@@ -316,14 +342,15 @@ ZR_API ZRRESULT ZrSafeArrayGetUBound(ZRSAFEARRAY array, uint32_t dimension, uint
 ///   - ZR_R_OK               all elements were converted.
 ///   - 1                     the array has the new type, but some elements could not be converted.
 ///   - ZR_R_INVALID_POINTER  `array` is null.
-///   - ZR_R_FAILED           elements cannot have the new tag, or the array has no elements. In the second case, if the
-///                           array has dimensions, ZrSafeArrayGetVartype still returns the old type, but elements that
-///                           ZrSafeArrayRedim adds later have the new type.
-/// @throws std::bad_alloc if there is no memory for the small object that handles the new type, for the new block or,
+///   - ZR_R_FAILED           elements cannot have the new tag, or the array has no elements or cannot have any. If
+///                           elements can have the new tag and the array has dimensions, the type is half changed:
+///                           ZrSafeArrayGetVartype still returns the old type, but elements that ZrSafeArrayRedim adds
+///                           later have the new type.
+/// @throws std::bad_alloc if there is no memory for a small object that handles the new type, for the new block or,
 ///         as for ZrVariantChangeType, for a new element; the array is unchanged then. Elements that become ZR_VT_BLOB
 ///         may terminate the process as ZrCreateBlob does. See "Exceptions" in base.h.
 ///
-/// Linear. Conversions between numbers allocate only the new block and a small object that handles the new type.
+/// Linear. Conversions between numbers allocate only the small object and the new block.
 ZR_API ZRRESULT ZrSafeArrayChangeType(ZRSAFEARRAY array, uint32_t flags, uint16_t tag);
 
 /// ZrSafeArrayCompare reports whether two arrays have equal elements.
@@ -335,10 +362,10 @@ ZR_API ZRRESULT ZrSafeArrayChangeType(ZRSAFEARRAY array, uint32_t flags, uint16_
 /// These results may surprise:
 ///
 ///   - An array equals itself, whatever its elements are.
-///   - Two arrays of the same shape are equal if their element types differ, or if they cannot have elements.
+///   - Two arrays of the same shape are equal if their tags differ, or if they cannot have elements.
 ///   - A left array without dimensions equals every other array.
-///   - If the type of an array was changed while it had no elements, the array keeps its old tag, although elements
-///     that it gets later have the new type. It differs from an array of the old type.
+///   - An array whose type is half changed, see ZR_R_FAILED of ZrSafeArrayChangeType, has the old tag but differs from
+///     an array of the old type.
 ///
 /// @param equal  receives 1 or 0. Set it to 0 before the call: nothing is written if the shapes, lower bounds included,
 ///               differ.
