@@ -8,6 +8,7 @@
 //     ZR_VT_I4                                  Value is the number itself
 //     ZR_VT_STR                                 Value is a handle, and the record owns one reference on the string
 //     ZR_VT_STR | ZR_VT_BYREF                   Value is the address of a ZRSTR that somebody else owns
+//     ZR_VT_UUID | ZR_VT_BYREF                  Value is the address of a ZRUUID* that somebody else owns
 //     ZR_VT_STR | ZR_VT_ARRAY                   Value is a ZRSAFEARRAY of strings, which the record owns
 //     ZR_VT_STR | ZR_VT_ARRAY | ZR_VT_BYREF     Value is the address of a ZRSAFEARRAY that somebody else owns
 //
@@ -19,9 +20,10 @@
 //     ZRRESULT result = ZrVariantChangeType(&text, &number, 0, ZR_VT_STR);     // text is "42"
 //     ZrVariantClear(&text);                                                   // number owns nothing
 //
-// A by-reference record owns nothing and is never released. It must not outlive the variable that it refers to. A chain
-// of by-reference records must end: functions that follow a cycle never return. In this family a null record returns
-// ZR_R_INVALID_POINTER.
+// A by-reference record contains the address of a variable of the type: the address of a number, or of a handle or
+// pointer to the value, as the examples show. The record owns nothing, so ZrVariantClear leaves the variable alone. The
+// variable must outlive the record. A chain of by-reference records must end: functions that follow a cycle never
+// return. In this family the functions return ZR_R_INVALID_POINTER for a null record, except ZrVariantIsContentEmpty.
 //
 // ## Destinations
 // Every function that writes a destination, except ZrVariantInit, releases what the destination holds by its tag word.
@@ -30,20 +32,25 @@
 //
 //   - ZrVariantCopy and ZrVariantCopyInd release the destination first and read the source's Value afterwards.
 //     ZrVariantChangeType does the same if the source already has the target's tag. The source record, and the value
-//     that it refers to, must not be part of what the destination owns, such as an element of the destination's array.
+//     that it refers to, must not be part of what the destination owns, such as an element of the destination's array:
+//     otherwise the behaviour is undefined.
 //   - ZrVariantChangeType to another type reads the source first and then releases what the destination owned. The
 //     source may be part of what the destination owned.
 //
 // ## Bits without meaning
-// The bits 0x1000 and 0x8000 of the tag word have no meaning, but they count where whole tag words are compared. The
-// three marker words are set by ZrVariantInit and by every function that writes a new value; ZrVariantClear sets them
-// to zero. No function checks them, but ZrVariantCompare compares them together with numbers that are held by value. A
-// number narrower than 64 bits is in the first bytes of Value. The functions here store zeros in the remaining bytes.
+// The bits 0x1000 and 0x8000 of the tag word have no meaning, but they count where whole tag words are compared.
+//
+// ZrVariantInit sets the three marker words, and so does every function that makes a new value. ZrVariantClear sets
+// them to zero. No function checks them, but ZrVariantCompare compares them together with numbers that are held by
+// value.
+//
+// A number narrower than 64 bits is in the first bytes of Value. A conversion stores zeros in the remaining bytes. A
+// copy of a number that is held by value has the marker words and all bytes of the source.
 //
 // ## Threads
-// Any thread, before ZrInitialize too, one at a time for a record. Any number of threads may read a record at once. A
-// record has no lock: a call that writes it while another call uses it is a data race. Different records may share
-// strings and blobs, and different threads may use those records at the same time.
+// Any thread, before ZrInitialize too. A record has no lock: any number of threads may read it at once, but a call that
+// writes it while another call uses it is a data race. Different records may share strings and blobs, and different
+// threads may use those records at the same time.
 //
 // ## Out of memory
 // See "Exceptions" in base.h. ZrVariantCopy, ZrVariantCopyInd and ZrVariantChangeType throw std::bad_alloc, except in
@@ -57,11 +64,11 @@
 //
 // When one of the three functions throws, the state of the destination is:
 //
-//     of a copy                                it was released; it has the tag of the value and a null Value
-//     of ZrVariantChangeType to the same tag   the same
-//     of a scalar converted to another record  it was released and is empty
-//     of a scalar converted in place           it holds its value as before, or as ZrVariantCopy would have copied it
-//     of a converted array                     it holds its value as before
+//     a copy                                   it was released; it has the tag of the value and a null Value
+//     ZrVariantChangeType to the same tag      the same
+//     a scalar converted into another record   it was released and is empty
+//     a scalar converted in place              it has its value as before, except as described for ZrVariantChangeType
+//     a converted array                        it has its value as before
 //
 // ## Callbacks
 // AddRef and Release of objects in values must not throw. Their exceptions pass through the function that called them
@@ -215,8 +222,9 @@ ZR_API ZRRESULT ZrVariantClear(ZRVARIANT* variant);
 /// ZrVariantCopy releases the destination and then makes it a copy of the source.
 ///
 /// Strings and blobs are shared, and interface pointers get one more reference. UUIDs, REFs, SREFs and arrays are
-/// copied. A by-reference record becomes another by-reference record with the same address. A null string becomes an
-/// empty string, and a ZRSREF with neither a ref nor a text becomes null. Other nulls stay null.
+/// copied. A by-reference record becomes another by-reference record with the same address; only with the tag 0 the
+/// address becomes null. A null string becomes an empty string, and a ZRSREF with neither a ref nor a text becomes
+/// null. Other nulls stay null.
 ///
 /// @param destination  released before the source is read, whatever its tag; errors of the release are ignored. If it
 ///                     is the source itself, it is empty afterwards, and its value is lost.
@@ -224,7 +232,7 @@ ZR_API ZRRESULT ZrVariantClear(ZRVARIANT* variant);
 ///         argument is null.
 ///   - ZR_R_OK                 the destination is a copy.
 ///   - ZR_R_INVALID_POINTER    an argument is null: nothing changed. Or the source owns an array whose handle is null.
-///   - ZR_R_INVALID_ARGUMENTS  the source's tag is not assigned or above 53.
+///   - ZR_R_INVALID_ARGUMENTS  the source's tag is not assigned or above 53, and the source has no ZR_VT_ARRAY.
 ///   - other codes             of ZrSafeArrayCopy, for an array that the source owns.
 /// @throws std::bad_alloc if there is no memory for a record, a blob's handle or an array's object; the destination was
 ///         released, and it has the source's tag word and a null Value. See "Exceptions" in base.h.
@@ -248,31 +256,33 @@ ZR_API ZRRESULT ZrVariantCopy(ZRVARIANT* destination, const ZRVARIANT* source);
 ///
 /// @param destination  released before the source's Value is read, whatever its tag; errors of the release are ignored.
 ///                     If it is the source itself, it is empty afterwards, and its value is lost.
-/// @return
-///   - ZR_R_OK                 the destination has a value of its own.
+/// @return After a failure the destination was released, unless an argument is null. Its state is named with the code.
+///   - ZR_R_OK                 the destination has a value of its own, or it is the source itself and not by reference.
 ///   - ZR_R_INVALID_POINTER    an argument is null: nothing changed. Or the address of an array is null: the
-///                             destination was released and is empty. Or an array's handle is null: the destination
-///                             was released, and it has the array's tag and a null Value.
-///   - ZR_R_INVALID_ARGUMENTS  the tag is not assigned, above 53, or 0 in a by-reference record: the destination was
-///                             released, and it has this tag and a null Value. The tag has no flags if it was found in
-///                             a by-reference record. The same code if a by-reference record is both arguments.
-///   - other codes             of ZrSafeArrayCopy: the destination was released, and it has the array's tag and a null
-///                             Value.
+///                             destination is empty. Or an array's handle is null: the destination has the array's tag
+///                             and a null Value.
+///   - ZR_R_INVALID_ARGUMENTS  the value is not an array, and its tag is not assigned or above 53, or is 0 in a
+///                             by-reference record: the destination has this tag and a null Value. Or the destination
+///                             is the source itself, and it is by reference: it is empty.
+///   - other codes             of ZrSafeArrayCopy: the destination has the array's tag and a null Value.
 /// @throws std::bad_alloc as for ZrVariantCopy; the destination was released, and it has the tag of the value and a
 ///         null Value. See "Exceptions" in base.h.
 ZR_API ZRRESULT ZrVariantCopyInd(ZRVARIANT* destination, const ZRVARIANT* source);
 
 /// ZrVariantIsContentEmpty reports whether a value has no content. It cannot fail.
 ///
-/// @return 1 or 0, not a result code. If the record is by reference, the value that it refers to is examined.
-///   - 1  the tag is ZR_VT_EMPTY, not assigned or above 53.
-///   - 1  the value is a blob, a string or an array without content; a nil UUID or REF; an SREF whose ref is nil; or an
-///        SREF without a ref whose text is empty.
-///   - 1  the handle is null, or the record is by reference and the address is null, for every type of the line above
-///        except arrays. Also for a by-reference ZR_VT_VARIANT with a null address.
-///   - 0  for all other values. Numbers, booleans and interface pointers always have content, even if they are 0 or
-///        null or their address is null. A null array has content too.
+/// @return 1 or 0, not a result code. If the record is by reference, the value that it refers to is examined. The first
+///         line that applies decides.
 ///   - 0  `variant` is null.
+///   - 0  the value is an array, unless its number of elements is 0. A null array has content. An array without
+///        dimensions, or with a tag that elements cannot have, has content unless the first count that it was created
+///        with is 0.
+///   - 1  the tag is ZR_VT_EMPTY, not assigned or above 53.
+///   - 1  the value is a blob or a string without content; a nil UUID or REF; an SREF whose ref is nil; or an SREF
+///        without a ref whose text is empty. For these types a null handle or address means no content too.
+///   - 1  the record is a by-reference ZR_VT_VARIANT with a null address.
+///   - 0  for all other values. Numbers, booleans and interface pointers always have content, even if they are 0 or
+///        null or their address is null.
 ZR_API uint8_t ZrVariantIsContentEmpty(const ZRVARIANT* variant) ZR_NOEXCEPT;
 
 // ---- Conversion ----------------------------------------------------------------------------------------------------
@@ -286,36 +296,41 @@ ZR_API uint8_t ZrVariantIsContentEmpty(const ZRVARIANT* variant) ZR_NOEXCEPT;
 ///   - A number must be in the target's range. The range is checked in binary64, fraction included: 127.5 is out of
 ///     range for ZR_VT_I1. Then the number is truncated towards zero. NaN and the infinities are out of range for every
 ///     target, ZR_VT_R8 included.
-///   - The upper limits of the 64-bit types round up to 2^63 and 2^64 in binary64. These two numbers are in range and
-///     become 0x8000000000000000. Unsigned integers up to 2^63 + 1024 convert to ZR_VT_I8 with their bits unchanged.
-///   - A boolean source passes on its byte unchanged. A boolean target accepts 0 to 255 and becomes 0 or 1.
-///   - ZR_VT_TIME, ZR_VT_DATETIME and ZR_VT_CY accept only these numbers: 64-bit integers and each other, whose 64 bits
-///     are copied, and ZR_VT_R8. A ZR_VT_R8 is truncated towards zero without a range check; if it does not fit, the
-///     result is 0x8000000000000000.
-///   - A ZR_VT_QWORD that is converted to ZR_VT_DATETIME is the address of the 64-bit count. The address must be valid:
-///     otherwise the behaviour is undefined.
+///   - In binary64 the upper limits of ZR_VT_I8 and of ZR_VT_UI8 round up to 2^63 and 2^64. So 2^63 is accepted for
+///     ZR_VT_I8 and 2^64 for ZR_VT_UI8, and both become 0x8000000000000000. An unsigned integer from 2^63 to
+///     2^63 + 1024 rounds to 2^63, so it converts to ZR_VT_I8 with its bits unchanged and becomes negative.
+///   - The byte of a boolean source is converted without a range check: a byte of 200 becomes -56 as ZR_VT_I1. A
+///     boolean target accepts 0 to 255 and becomes 0 or 1.
+///   - As targets, ZR_VT_TIME, ZR_VT_DATETIME and ZR_VT_CY accept only these numbers: 64-bit integers and each other,
+///     whose 64 bits are copied, and ZR_VT_R8. A ZR_VT_R8 is truncated towards zero without a range check; if it does
+///     not fit, the result is 0x8000000000000000.
+///   - A ZR_VT_QWORD that is converted to ZR_VT_DATETIME is taken for the address of a 64-bit count, which is read. The
+///     address must be valid: otherwise the behaviour is undefined.
 ///
 /// Blobs:
 ///
-///   - A blob converts to a number by its first bytes, and to a ZR_VT_UUID by up to 16 bytes. If the blob has fewer
-///     bytes, the others are zero.
+///   - A blob converts to a number by its first bytes, in the byte order of the machine, and to a ZR_VT_UUID by its
+///     first 16 bytes. If the blob has fewer bytes, the others are zero. A null blob converts to the number 0.
 ///   - Numbers, booleans, texts, UUIDs, REFs and SREFs convert to a blob of their bytes. A boolean is stored as 0 or 1.
 ///     An SREF is stored as the bytes of its ref or, without a ref, of its text. Without any bytes the blob is null.
 ///
 /// Text to a number:
 ///
-///   - To an integer: decimal, or hexadecimal if the text begins with "0x". A 'd' or 'D' may end the number, and
-///     everything after it is ignored.
-///   - To ZR_VT_R4 and ZR_VT_R8: what the C library's strtod parses; an 'f' or 'F' may end the number in the same way.
-///     Or hexadecimal as above, as a signed integer of 32 bits for ZR_VT_R4 and 64 bits for ZR_VT_R8.
-///   - An empty text is 0. A text that begins with the letter that may end the number is 0 too ("dog" as an integer,
-///     "foo" as a ZR_VT_R8).
-///   - White space may precede a decimal number, and what strtod parses, but nothing may follow the number.
+///   - To an integer: decimal, or hexadecimal if the first two characters are "0x" or "0X". To a boolean: in the same
+///     way, as an integer from 0 to 255.
+///   - To ZR_VT_R4 and ZR_VT_R8: what the C library's strtod parses. But if the first two characters are "0x" or "0X",
+///     the text is a hexadecimal integer, signed, of 32 bits for ZR_VT_R4 and of 64 bits for ZR_VT_R8.
+///   - White space may precede a decimal number, and what strtod parses. Nothing may follow the number, except a zero
+///     unit or a suffix; everything after these is ignored. The suffix of a decimal integer is 'd' or 'D'. The suffix
+///     of what strtod parses is 'f' or 'F'. A hexadecimal integer has no suffix: these letters are digits.
+///   - An empty text is 0. A text that begins with the suffix is 0 too ("dog" as an integer, "foo" as a ZR_VT_R8).
 ///   - The words "TRUE" and "ZR_TRUE" are 1, "FALSE" and "ZR_FALSE" are 0, in any mixture of upper and lower case, with
 ///     nothing before or after them.
-///   - A number that does not fit saturates if the target is a 64-bit integer; but a number below 0 fails for an
-///     unsigned target. A decimal number that does not fit ZR_VT_R4 becomes an infinity.
-///   - To ZR_VT_CY: decimal only, and no words. To ZR_VT_CHAR32: the first code point; digits are not parsed.
+///   - A number that does not fit saturates if the target is a 64-bit integer or ZR_VT_CY, or if the number is a
+///     hexadecimal integer for ZR_VT_R8; but a number below 0 fails for an unsigned target. A decimal number that does
+///     not fit ZR_VT_R4 or ZR_VT_R8 becomes an infinity. Other numbers that do not fit fail.
+///   - To ZR_VT_CY: decimal only, and no words.
+///   - To ZR_VT_CHAR32: the first code point; digits are not parsed. An empty text becomes 0.
 ///
 /// Text to other types:
 ///
@@ -326,9 +341,11 @@ ZR_API uint8_t ZrVariantIsContentEmpty(const ZRVARIANT* variant) ZR_NOEXCEPT;
 ///
 /// To text:
 ///
-///   - Integers in decimal, ZR_VT_R4 and ZR_VT_R8 as printf's "%f" (six digits after the decimal point, never an
-///     exponent), booleans as "TRUE" and "FALSE", ZR_VT_TIME without whole days, ZR_VT_CHAR32 as its character.
-///   - An SREF by its ref or, without a ref, by its text. Other types as their own functions write them.
+///   - Integers and ZR_VT_CY in decimal, ZR_VT_R4 and ZR_VT_R8 as printf's "%f" (six digits after the decimal point,
+///     never an exponent), booleans as "TRUE" and "FALSE", ZR_VT_TIME without whole days, ZR_VT_CHAR32 as its
+///     character.
+///   - ZR_VT_DATETIME, UUIDs and REFs as their own functions write them. An SREF by its ref or, without a ref, by its
+///     text.
 ///   - The bytes of a blob become the code units of the text, and a text converts to a blob in the same way. A blob
 ///     without bytes becomes a null text.
 ///
@@ -338,32 +355,34 @@ ZR_API uint8_t ZrVariantIsContentEmpty(const ZRVARIANT* variant) ZR_NOEXCEPT;
 /// Nothing else converts: in particular no by-reference record (call ZrVariantCopyInd first), no ZR_VT_EMPTY, no
 /// ZR_VT_OPAQUE and no interface pointer.
 ///
-/// If the source already has the target's tag, the result is ZR_R_OK. The destination becomes a copy as by
-/// ZrVariantCopy, flags included; an array that cannot be copied becomes a null array. In place nothing happens.
+/// If the source already has the target's tag, whatever its flags are, nothing is converted, and the only failure is
+/// ZR_R_INVALID_POINTER. Another record becomes a copy as by ZrVariantCopy, flags included; errors of the copy are
+/// ignored, and an array that cannot be copied becomes a null array. In place nothing happens.
 ///
 /// Numbers are parsed and written alike on every system, whatever its C library does. Only the decimal point is that of
 /// the process's current locale. Where C libraries differ, these rules apply:
 ///
 ///   - An exponent begins with 'e', never with 'd'.
 ///   - In a "0x" without a digit after it, only the 0 is parsed, so the text is not a number.
-///   - Infinities and NaN are parsed by their names, and hexadecimal fractions are parsed after a sign.
+///   - Infinities and NaN are parsed by their names. Hexadecimal fractions are parsed only after a sign or white space.
 ///   - "%f" rounds the exact value, and a tie to the even digit. It writes "inf", "-inf", "nan" and "-nan".
 ///
 /// @param destination  may be the source itself. The old value of another record is released after the source was
 ///                     converted, but before the source is read if the source already has the target's tag.
 /// @param flags        has no effect; pass 0.
 /// @param target       a tag without flags.
-/// @return The first code that applies; but if the source already has the target's tag, the result is ZR_R_OK unless an
-///         argument is null. After the codes with (*) the destination is unchanged. After other failures a destination
-///         that is another record was released and is empty. A value that was to be converted in place is as before, or
-///         as ZrVariantCopy would have copied it where the two differ.
-///   - ZR_R_OK                   the destination has the target's type.
+/// @return The first failure that applies. After the codes with (*) the destination is unchanged. After other failures
+///         a destination that is another record was released and is empty. A value that was to be converted in place is
+///         as before, except that a null string has become an empty string, and that an SREF with neither a ref nor a
+///         text has become null.
+///   - ZR_R_OK                   the destination has the target's type, or the source already had the target's tag.
 ///   - ZR_R_INVALID_POINTER (*)  an argument is null.
 ///   - ZR_R_NOT_SUPPORTED (*)    the source is by reference.
 ///   - ZR_R_FAILED (*)           an element of an array does not convert, the array is null or has no elements, or
 ///                               arrays cannot have elements of the target type.
 ///   - ZR_R_INVALID_ARGUMENTS    the target is ZR_VT_EMPTY, not assigned or has flags; or the source is a ZR_VT_VARIANT
-///                               by value and the target a time, a currency, a text, a blob, a UUID, a REF or an SREF.
+///                               by value and the target is ZR_VT_TIME, ZR_VT_DATETIME, ZR_VT_CY, a text, a blob, a
+///                               UUID, a REF or an SREF.
 ///   - ZR_R_NOT_SUPPORTED        the types do not convert.
 ///   - ZR_R_INVALID_ARGUMENTS    a number is out of range, the source's record is null, an SREF has neither a ref nor a
 ///                               text, or a text is not a valid date, time, UUID or REF.
@@ -377,8 +396,8 @@ ZR_API uint8_t ZrVariantIsContentEmpty(const ZRVARIANT* variant) ZR_NOEXCEPT;
 ///         describes the destination then. See "Exceptions" in base.h.
 ///
 /// Leak: the conversion of a null ZR_VT_REF to a ZR_VT_SREF in another record fails, but leaves a new record in
-/// Value.sref, which nothing releases. After other failures Value may hold something that needs no release, such as the
-/// nearest number for a text out of range.
+/// Value.sref of the empty destination. Nothing releases this record. After other failures Value may have any content,
+/// but nothing that needs a release.
 ///
 /// Conversions between numbers allocate nothing.
 ZR_API ZRRESULT ZrVariantChangeType(ZRVARIANT* destination, const ZRVARIANT* source, uint32_t flags, uint16_t target);
@@ -388,10 +407,14 @@ ZR_API ZRRESULT ZrVariantChangeType(ZRVARIANT* destination, const ZRVARIANT* sou
 /// ZrVariantCompare reports whether two records hold the same value under the same tag word. Nothing is converted: a
 /// ZR_VT_I4 of 5 and a ZR_VT_I8 of 5 are different.
 ///
+///   - If the tag words differ, flags and bits without meaning included, the records are different.
 ///   - Integers, booleans, ZR_VT_TIME, ZR_VT_DATETIME, ZR_VT_CY, ZR_VT_CHAR32 and ZR_VT_OPAQUE by value are equal if
-///     all 16 bytes of the records are equal. So the marker words and the unused bytes of Value count: compare only
-///     records that ZrVariantCopy or ZrVariantChangeType made, or that were built on records in the same state. By
-///     reference only the values are compared.
+///     all 16 bytes of the records are equal. So the marker words and the unused bytes of Value count. Compare only
+///     records that started from ZrVariantInit or ZR_VARIANT_INIT and then got one number, results of a conversion, and
+///     copies of these. A record that started from 16 zero bytes or from ZrVariantClear differs from them, and so does
+///     a copy of it.
+///   - Numbers by reference are equal if their own bytes are equal. Two by-reference ZR_VT_VARIANT are equal if the
+///     records that they refer to are equal by these rules.
 ///   - ZR_VT_R4 and ZR_VT_R8 are equal if they differ by at most one epsilon of their type, absolute up to 1.0 and
 ///     relative above. NaN equals nothing. An infinity equals every number except itself and NaN.
 ///   - Texts are compared by code unit, and a null text equals an empty text. Blobs are compared by content, UUIDs by
@@ -400,7 +423,7 @@ ZR_API ZRRESULT ZrVariantChangeType(ZRVARIANT* destination, const ZRVARIANT* sou
 ///
 /// @param equal  receives 1 or 0. Set it to 0 before the call, since some results leave it unchanged.
 /// @return
-///   - ZR_R_OK                 `*equal` was written, unless a by-reference record has a null address or two arrays
+///   - ZR_R_OK                 `*equal` was written, but not if a by-reference record has a null address or two arrays
 ///                             have different shapes.
 ///   - ZR_R_INVALID_ARGUMENTS  with `*equal` written: an SREF with a ref was compared with an SREF whose text is not a
 ///                             valid REF. They were compared by their texts.
@@ -409,6 +432,7 @@ ZR_API ZRRESULT ZrVariantChangeType(ZRVARIANT* destination, const ZRVARIANT* sou
 ///                             reference.
 ///   - ZR_R_INVALID_ARGUMENTS  with `*equal` unchanged: a null ZR_VT_UUID, a null blob, ZR_VT_VARIANT by value,
 ///                             ZR_VT_EMPTY by reference, or a tag that is not assigned or above 53.
+///   - ZR_R_FAILED             with `*equal` unchanged: a blob is damaged.
 ///
 /// Throws nothing, and needs no memory; see "Exceptions" in base.h.
 ZR_API ZRRESULT ZrVariantCompare(const ZRVARIANT* left, const ZRVARIANT* right, uint8_t* equal);
