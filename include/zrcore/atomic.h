@@ -1,8 +1,8 @@
 // ZrCore: atomic counters and exchange.
 //
 // Each function is one atomic read-modify-write operation on an integer of the caller, with full ordering on both sides
-// (sequentially consistent). An increment and a decrement return the new value, an exchange returns the old value. The
-// U forms do the same with unsigned integers.
+// (sequentially consistent). An increment and a decrement return the new value; an exchange returns the old value. The
+// functions with a U in their names do the same with unsigned integers.
 //
 //     int32_t users = 0;
 //     ZrInterlockedIncrement32(&users);

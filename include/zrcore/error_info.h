@@ -2,28 +2,30 @@
 //
 // The registry is a table with one row per result code. A row contains two strings: a text, which is the symbolic name
 // of the code, and a description for people. The table has a row for every code of base.h except ZR_R_OK, and modules
-// register their own codes. A row is never replaced and never removed: it remains after the module that registered it
-// has been unloaded, and after every ZrUninitialize.
+// register their own codes. All codes of base.h have the same, general description. A row is never replaced and never
+// removed: it remains after the module that registered it has been unloaded, and after every ZrUninitialize.
 //
 //     ZRSTR text = 0;
 //     ZRRESULT result = ZrErrorInfoGetText((uint32_t)ZR_R_FAILED, &text);     // "ZR_R_FAILED"
 //     ZrDestroyString(text);
 //
 // Codes are unsigned here: cast a ZRRESULT to uint32_t. In this family a null pointer returns ZR_R_INVALID_ARGUMENTS,
-// except for the description of ZrErrorInfoRegister. Strings that a function gives are released by ZrDestroyString.
+// except for the description of ZrErrorInfoRegister. Release the strings that a function gives with ZrDestroyString.
 //
 // Any thread, any time, before ZrInitialize too. Each call locks one mutex for the whole table. The cost is
 // logarithmic in the number of rows.
 //
 // ## Exceptions
-// All three functions may throw, unless they return ZR_R_INVALID_ARGUMENTS; see "Exceptions" in base.h. In this order:
+// The first call adds the rows for the codes of base.h. If that runs out of memory, the rows that were added remain,
+// and the next call adds the others. The table is complete when all of them have been added.
+//
+// All three functions may throw, unless they return ZR_R_INVALID_ARGUMENTS; see "Exceptions" in base.h. They throw:
 //
 //     std::system_error    any call: the mutex can't be locked
-//     std::bad_alloc       any call until the table is complete: out of memory while the library's own rows are added
+//     std::bad_alloc       any call until the table is complete: out of memory for the rows of the codes of base.h
 //     std::bad_alloc       ZrErrorInfoRegister: out of memory for the two strings or the row
 //
-// The first call adds the library's own rows. If that runs out of memory, the rows that were added remain, and the next
-// call adds the others. Once the table is complete, the two getters never run out of memory.
+// Once the table is complete, the two getters never run out of memory.
 
 #ifndef ZRCORE_ERROR_INFO_H
 #define ZRCORE_ERROR_INFO_H
@@ -41,8 +43,9 @@
 ///   - ZR_R_OK                  the row was added.
 ///   - ZR_R_INVALID_ARGUMENTS   `text` is null.
 ///   - ZR_R_ALREADY_REGISTERED  the code already has a row, which is unchanged.
-/// @throws std::system_error if the mutex can't be locked; the code has no row then. See "Exceptions" in base.h.
-/// @throws std::bad_alloc if there is no memory for the library's own rows or the new row; the code has no row then.
+/// @throws std::system_error if the mutex can't be locked; the row is not added then. See "Exceptions" in base.h.
+/// @throws std::bad_alloc if there is no memory for the rows of the codes of base.h or for the new row and its strings;
+///         the new row is not added then.
 ZR_API ZRRESULT ZrErrorInfoRegister(uint32_t code, const WCHAR* text, const WCHAR* description);
 
 /// ZrErrorInfoGetText returns the text of a code, such as "ZR_R_FAILED", in `*text`.
@@ -54,7 +57,7 @@ ZR_API ZRRESULT ZrErrorInfoRegister(uint32_t code, const WCHAR* text, const WCHA
 ///   - ZR_R_INVALID_ARGUMENTS  `text` is null.
 ///   - ZR_R_NOT_EXISTING       the code has no row.
 /// @throws std::system_error if the mutex can't be locked; see "Exceptions" in base.h.
-/// @throws std::bad_alloc if the table isn't complete and there is no memory for the library's own rows.
+/// @throws std::bad_alloc if the table isn't complete and there is no memory for the rows of the codes of base.h.
 ZR_API ZRRESULT ZrErrorInfoGetText(uint32_t code, ZRSTR* text);
 
 /// ZrErrorInfoGetDescription returns the description of a code in `*description`. If the row has no description, the
@@ -66,7 +69,7 @@ ZR_API ZRRESULT ZrErrorInfoGetText(uint32_t code, ZRSTR* text);
 ///   - ZR_R_INVALID_ARGUMENTS  `description` is null.
 ///   - ZR_R_NOT_EXISTING       the code has no row.
 /// @throws std::system_error if the mutex can't be locked; see "Exceptions" in base.h.
-/// @throws std::bad_alloc if the table isn't complete and there is no memory for the library's own rows.
+/// @throws std::bad_alloc if the table isn't complete and there is no memory for the rows of the codes of base.h.
 ZR_API ZRRESULT ZrErrorInfoGetDescription(uint32_t code, ZRSTR* description);
 
 #endif

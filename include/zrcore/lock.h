@@ -13,13 +13,14 @@
 //     result = ZrDeleteCriticalSection(&lock);
 //
 // In this family a null address (also a null `acquired`) returns ZR_R_INVALID_ARGUMENTS, and a variable that contains
-// null returns ZR_R_INVALID_OBJECT_STATE. Nothing changes in both cases.
+// null returns ZR_R_INVALID_OBJECT_STATE. Nothing changes in either case. Only ZrInitializeCriticalSection does not
+// check what the variable contains.
 //
 // The library does not detect the following errors. Each is undefined behaviour:
 //   - to leave a lock that the calling thread has not entered;
 //   - to delete a lock that a thread has entered or waits for;
-//   - to end a thread that has not left a lock. No other thread can leave that lock, so the threads that wait for it
-//     deadlock. A later thread to which the system assigns the same identifier enters the lock as its owner.
+//   - to end a thread that has not left a lock. Threads that wait for the lock then deadlock. A later thread to which
+//     the system assigns the same identifier enters the lock as its owner.
 //
 // Two threads that enter the same two locks in different order may deadlock.
 //
@@ -48,7 +49,8 @@ ZR_API ZRRESULT ZrInitializeCriticalSection(ZRCRITICALSECTION* lock);
 
 /// ZrDeleteCriticalSection frees the lock and sets the variable to null.
 ///
-/// @param lock  takes the lock in the variable. No thread may be in it or wait for it: that is undefined behaviour.
+/// @param lock  takes the lock in the variable. No thread may be in it or wait for it: otherwise the behaviour is
+///              undefined.
 /// @return
 ///   - ZR_R_OK                    the lock was freed.
 ///   - ZR_R_INVALID_ARGUMENTS     `lock` is null.
@@ -65,7 +67,8 @@ ZR_API ZRRESULT ZrDeleteCriticalSection(ZRCRITICALSECTION* lock) ZR_NOEXCEPT;
 /// If the system cannot lock a mutex, the process is terminated.
 ZR_API ZRRESULT ZrEnterCriticalSection(ZRCRITICALSECTION* lock) ZR_NOEXCEPT;
 
-/// ZrLeaveCriticalSection cancels one entry of the calling thread. The last one lets another thread enter.
+/// ZrLeaveCriticalSection cancels one entry of the calling thread. When all its entries are cancelled, another thread
+/// can enter.
 ///
 /// The calling thread must be in the lock: otherwise the behaviour is undefined.
 ///
@@ -81,7 +84,8 @@ ZR_API ZRRESULT ZrLeaveCriticalSection(ZRCRITICALSECTION* lock) ZR_NOEXCEPT;
 /// @return The first code that applies.
 ///   - ZR_R_INVALID_ARGUMENTS     `lock` or `acquired` is null.
 ///   - ZR_R_INVALID_OBJECT_STATE  the variable contains null.
-///   - ZR_R_OK                    `*acquired` was written, whether or not the lock was entered.
+///   - ZR_R_OK                    `*acquired` was written, whether or not the lock was entered. If it is 0, the calling
+///                                thread must not leave the lock.
 ZR_API ZRRESULT ZrTryEnterCriticalSection(ZRCRITICALSECTION* lock, uint8_t* acquired) ZR_NOEXCEPT;
 
 #endif

@@ -1,10 +1,11 @@
 // ZrCore: memory blocks, buffers that one side allocates and either side frees.
 //
 // A block is a heap allocation that begins with its size. The caller gets the address of the payload. The size word is
-// directly before the payload, and the caller may read it there:
+// directly before the payload, and the caller may read it there. The payload is aligned to 4 bytes and no more: do not
+// store types in it that need a stricter alignment.
 //
 //     | size (4) | payload ... |
-//                ^ the pointer            aligned like the heap plus 4 bytes: to 4 bytes, no more
+//                ^ the pointer
 //
 //     uint32_t* numbers = (uint32_t*)ZrCreateMemory(16);      // four zeros, or null if out of memory
 //     void* grown = ZrRecreateMemory(numbers, 32);            // null if out of memory: `numbers` is still valid then
@@ -13,8 +14,9 @@
 // A null pointer is not a block. A block of size 0 is not null and has no payload. The functions have no result codes:
 // they return null if out of memory. The owner of a block frees it with ZrDestroyMemory. Nothing throws.
 //
-// For sizes above 4294967291, the sum of the size and the size word does not fit into 32 bits. Such a block has the
-// requested size in its size word but has no payload at all. A caller that writes to the payload corrupts the heap.
+// A size above 4294967291 (0xFFFFFFFB) is not refused, but makes a block without any payload, although its size word
+// contains the requested size: size and size word together must fit into 32 bits. A caller that writes to the payload
+// of such a block corrupts the heap.
 //
 // Any thread, before ZrInitialize too, one at a time for a block: two calls for one block that overlap are a data race.
 
@@ -36,13 +38,14 @@ ZR_API void* ZrCreateMemory(uint32_t size) ZR_NOEXCEPT;
 /// A new block is always allocated, even for the same size, so the pointer always changes. The content is copied as far
 /// as it fits. If the new block is larger, the rest of it is zero.
 ///
-/// @param block  takes a block, which is freed, except when out of memory. If this is null, the function does the same
+/// @param block  takes a block and frees it, except when out of memory. If `block` is null, the function does the same
 ///               as ZrCreateMemory, so a size of 0 then makes a block.
 /// @param size   in bytes. If `block` is not null, 0 frees it and returns null.
-/// @return gives a block (ZrDestroyMemory); null if `size` is 0 and `block` is not null; null if out of memory. In the
-///         last case the caller still owns `block`, which is unchanged.
+/// @return gives a block (ZrDestroyMemory); null if `size` is 0 and `block` is not null; null if out of memory. When
+///         out of memory, the caller still owns `block`, which is unchanged.
 ///
-/// Leak: do not assign the result to the only variable that refers to `block`: it is lost if the result is null.
+/// Leak: do not assign the result to the only variable that refers to `block`. When out of memory the result is null,
+/// and the block leaks.
 ///
 /// One allocation; linear in the size.
 ZR_API void* ZrRecreateMemory(void* block, uint32_t size) ZR_NOEXCEPT;
