@@ -1,10 +1,18 @@
-# How everything in this tree is compiled and linked. Users of the installed library never see this file.
+# Compiler and linker options for the targets of this source tree. This file is not installed.
+#
+#   zrcore_compile_flags(TARGET FLAG...)   adds the flags that the compiler supports
+#   zrcore_warnings(TARGET)                enables the warnings
+#   zrcore_harden(TARGET)                  adds hardening options and link-time optimisation
+#
+# Including this file sets ZRCORE_IPO (whether link-time optimisation is available and wanted) and applies
+# ZRCORE_SANITIZE and ZRCORE_COVERAGE to all targets that are added afterwards.
 
 include(CheckCXXCompilerFlag)
 include(CheckIPOSupported)
 include(CheckLinkerFlag)
 
-# Applies the flags to `target` that the compiler knows.
+# zrcore_compile_flags(TARGET FLAG...) adds each flag to the compile options of TARGET if the C++ compiler accepts it.
+# Other flags are ignored.
 function(zrcore_compile_flags target)
   foreach(flag IN LISTS ARGN)
     string(MAKE_C_IDENTIFIER "ZRCORE_HAS${flag}" known)
@@ -15,28 +23,32 @@ function(zrcore_compile_flags target)
   endforeach()
 endfunction()
 
-# The strict level, the same for both compilers.
+# zrcore_warnings(TARGET) enables the tree's warnings for TARGET, the same for both compilers. Clang also runs its
+# thread-safety analysis. With ZRCORE_WERROR, warnings are errors.
 function(zrcore_warnings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
     $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wnon-virtual-dtor>
     $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
-    # GCC 12 reports overlapping copies in every "literal" + std::string (its bug 105651, mended in 13).
+    # GCC 12 wrongly reports overlapping copies for "literal" + std::string (GCC bug 105651, fixed in GCC 13).
     $<$<AND:$<COMPILE_LANG_AND_ID:CXX,GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
   if(ZRCORE_WERROR)
     target_compile_options(${target} PRIVATE -Werror)
   endif()
 endfunction()
 
-# What makes an error hard to exploit, and the call of an own function direct. Release builds are optimised as a whole.
+# zrcore_harden(TARGET) adds options to TARGET that make memory errors hard to exploit, let the library call its own
+# functions directly, and allow it to be unloaded. If ZRCORE_IPO is set, Release and RelWithDebInfo builds use link-time
+# optimisation.
 function(zrcore_harden target)
   zrcore_compile_flags(${target} -fstack-protector-strong -fcf-protection
     -fno-semantic-interposition -fno-plt
-    -fno-gnu-unique)   # a symbol of that kind would keep the library from ever being unloaded
+    -fno-gnu-unique)   # a unique symbol would keep the library from ever being unloaded
   if(WIN32)
-    zrcore_compile_flags(${target} -fno-partial-inlining)   # a part split off an exported function would be exported too
-    target_link_libraries(${target} PRIVATE -Wl,-Bstatic ssp -Wl,-Bdynamic)   # of its own, the compiler takes a DLL
+    # Partial inlining splits functions, and the part split off an exported function would be exported too.
+    zrcore_compile_flags(${target} -fno-partial-inlining)
+    target_link_libraries(${target} PRIVATE -Wl,-Bstatic ssp -Wl,-Bdynamic)   # static; by default it would be a DLL
   else()
-    zrcore_compile_flags(${target} -fstack-clash-protection)   # Windows itself touches page after page
+    zrcore_compile_flags(${target} -fstack-clash-protection)   # on Windows the system does this
   endif()
   if(NOT ZRCORE_SANITIZE)
     target_compile_options(${target} PRIVATE $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
@@ -44,7 +56,7 @@ function(zrcore_harden target)
   get_target_property(type ${target} TYPE)
   if(NOT WIN32 AND NOT type STREQUAL "OBJECT_LIBRARY")
     target_link_options(${target} PRIVATE LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack LINKER:--as-needed)
-    if(NOT ZRCORE_SANITIZE)   # the sanitizers' symbols come with the program
+    if(NOT ZRCORE_SANITIZE)   # the program, not the library, defines the sanitizers' symbols
       target_link_options(${target} PRIVATE LINKER:-z,defs)
     endif()
   endif()
@@ -59,12 +71,13 @@ if(NOT ZRCORE_SANITIZE AND NOT ZRCORE_COVERAGE)
 endif()
 
 if(ZRCORE_SANITIZE)
-  # Objects that cross the boundary may have a table of operations but no C++ type, which the check of vptr can't know.
+  # An object from a module may be a plain table of functions without a C++ type. The vptr check would reject it.
   add_compile_options(-fsanitize=${ZRCORE_SANITIZE} -fno-sanitize=vptr -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${ZRCORE_SANITIZE})
 endif()
 if(ZRCORE_COVERAGE)
-  # Without atomic counters, threads that count at once lose counts and even make a branch look negative or untaken.
+  # Counters that are not atomic lose counts when threads run at the same time. A branch could then appear untaken or
+  # have a negative count.
   add_compile_options(--coverage -O0 -fprofile-update=atomic)
   add_link_options(--coverage)
 endif()

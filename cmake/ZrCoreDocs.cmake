@@ -1,4 +1,5 @@
-# The target docs: the headers' comments and the front pages as HTML, in the build folder's html/. Needs Doxygen.
+# Adds the target docs: the reference manual as HTML, in html/ of the build folder. It is made from the comments of the
+# public headers and from README.md and ARCHITECTURE.md. The target exists only if Doxygen is installed.
 
 find_package(Doxygen 1.9 QUIET)
 if(NOT DOXYGEN_FOUND)
@@ -9,7 +10,7 @@ set(DOXYGEN_FILTER_PATTERNS
   "\"*.h=awk -f ${CMAKE_CURRENT_LIST_DIR}/documentation_filter.awk\"")
 set(DOXYGEN_USE_MDFILE_AS_MAINPAGE README.md)
 set(DOXYGEN_STRIP_FROM_PATH "${PROJECT_SOURCE_DIR}/include" "${PROJECT_SOURCE_DIR}")
-set(DOXYGEN_PREDEFINED __cplusplus ZR_API= ZR_MODULE_API= ZR_NOEXCEPT=)   # as C++ reads the headers
+set(DOXYGEN_PREDEFINED __cplusplus ZR_API= ZR_MODULE_API= ZR_NOEXCEPT=)   # the manual shows the C++ declarations
 set(DOXYGEN_MACRO_EXPANSION YES)
 set(DOXYGEN_EXPAND_ONLY_PREDEF YES)
 set(DOXYGEN_EXCLUDE_SYMBOLS "ZRCORE_*_H" ZR_EXTERN_C ZR_STATIC_ASSERT ZR_VISIBLE_TYPE)
@@ -21,7 +22,7 @@ set(DOXYGEN_GENERATE_TREEVIEW YES)
 set(DOXYGEN_VERBATIM_HEADERS NO)
 set(DOXYGEN_HAVE_DOT NO)
 set(DOXYGEN_QUIET YES)
-set(DOXYGEN_WARN_IF_INCOMPLETE_DOC NO)   # a parameter whose name says all isn't repeated
+set(DOXYGEN_WARN_IF_INCOMPLETE_DOC NO)   # a parameter whose name says enough needs no @param
 set(DOXYGEN_WARN_AS_ERROR FAIL_ON_WARNINGS)
 doxygen_add_docs(docs include/zrcore README.md ARCHITECTURE.md WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}"
   COMMENT "Writing the reference to ${CMAKE_CURRENT_BINARY_DIR}/html")

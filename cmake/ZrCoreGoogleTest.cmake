@@ -1,5 +1,5 @@
-# GTest::gtest and GTest::gtest_main: as the system has them, or, for another system, made of the sources that Debian's
-# package googletest holds.
+# Provides the targets GTest::gtest and GTest::gtest_main from the installed package. When cross-compiling, they are
+# built from the sources in /usr/src/googletest, which Debian's package googletest contains.
 
 if(CMAKE_CROSSCOMPILING)
   set(BUILD_GMOCK OFF)

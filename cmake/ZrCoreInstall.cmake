@@ -1,4 +1,5 @@
-# The installed package: headers, library, find_package(ZrCore), pkg-config zrcore, and how gdb shows the values.
+# Installs the public headers, the library, the files for find_package(ZrCore) and for pkg-config (zrcore), and the gdb
+# pretty-printers.
 
 include(CMakePackageConfigHelpers)
 
@@ -22,7 +23,8 @@ install(FILES
   cmake/zrcore_module.map
   DESTINATION ${package_dir})
 
-# pkg-config's paths follow the prefix, so that a moved installation still works; a path that was given absolute stays.
+# The paths in the pkg-config file are relative to its own folder, so that an installation can be moved. A path that was
+# given as absolute stays absolute.
 foreach(dir IN ITEMS LIBDIR INCLUDEDIR)
   if(IS_ABSOLUTE "${CMAKE_INSTALL_${dir}}")
     set(pc_${dir} "${CMAKE_INSTALL_${dir}}")
@@ -35,7 +37,8 @@ string(REGEX REPLACE "/$" "" pc_to_prefix "${pc_to_prefix}")
 configure_file(cmake/zrcore.pc.in zrcore.pc @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/zrcore.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 
-# gdb looks for a library's printers by the library's whole path, which the prefix of the installation decides.
+# gdb finds the printers of a library by the library's full path below gdb/auto-load. That path depends on the prefix,
+# which is known only at installation.
 if(NOT WIN32)
   install(CODE "
     set(libdir \"${CMAKE_INSTALL_LIBDIR}\")

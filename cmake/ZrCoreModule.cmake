@@ -1,9 +1,11 @@
-# zrcore_add_module(NAME sources...) makes a loadable component module of the sources.
+# zrcore_add_module(NAME SOURCE...) builds a loadable component module from the sources.
 #
-# NAME becomes a MODULE library target, file NAME.so (on Windows NAME.dll), linked with ZrCore::zrcore. Exactly the
-# three functions of zrcore/component.h are visible in it: ZrInitModule, ZrExitModule and ZrCreateInstanceModule. If one
-# is missing, or was defined with another signature, linking fails. Use target_link_libraries and its kin on NAME as on
-# any target.
+#   NAME        the name of the new MODULE library target, and of its file: NAME.so, on Windows NAME.dll
+#   SOURCE...   passed to add_library
+#
+# The target links ZrCore::zrcore. It exports exactly the three functions of zrcore/component.h: ZrInitModule,
+# ZrExitModule and ZrCreateInstanceModule. If one is missing or has another signature, linking fails. Further commands,
+# such as target_link_libraries, apply to NAME as to any target.
 
 include_guard(GLOBAL)
 
@@ -22,7 +24,8 @@ function(zrcore_add_module name)
     set_property(TARGET ${name} APPEND PROPERTY LINK_DEPENDS "${here}/zrcore_module.map")
     target_link_options(${name} PRIVATE
       "LINKER:--version-script=${here}/zrcore_module.map"
-      LINKER:--no-undefined-version   # each has to be there, be it in a static library
+      # All three must exist. -u also finds them in a static library that NAME links.
+      LINKER:--no-undefined-version
       LINKER:-u,ZrInitModule
       LINKER:-u,ZrExitModule
       LINKER:-u,ZrCreateInstanceModule)

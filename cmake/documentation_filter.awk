@@ -1,5 +1,7 @@
-# Hands a header to Doxygen with what its plain comments tell: the heading becomes the text of its page, and each section
-# a group of its members.
+# Doxygen input filter for the public headers: awk -f documentation_filter.awk HEADER
+#
+# Turns plain // comments into Doxygen comments. The opening comment of a header becomes the text of its page, and each
+# "// ---- Title ---" section becomes a named group of the members that follow it.
 
 function leave() {
   if (inSection) print "///@{"

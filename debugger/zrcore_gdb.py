@@ -1,7 +1,7 @@
-"""Shows the library's values in gdb as what they hold: `print v` says ZR_VT_I4 5 and not sixteen bytes.
+"""gdb pretty-printers for the library's values: `print v` shows ZR_VT_I4 5 instead of sixteen bytes.
 
-gdb loads this by itself with a library that is installed under /usr, or where it has been told to look; otherwise
-`source` it. It reads memory and calls nothing, so it works on core files too.
+gdb loads this file automatically if the library is installed under /usr or below a folder in gdb's auto-load path.
+Otherwise load it with `source zrcore_gdb.py`. It reads memory and calls no function, so it also works on core files.
 """
 
 import datetime
@@ -11,7 +11,7 @@ import uuid
 import gdb
 import gdb.printing
 
-# For each tag its name and the member of ZRVARIANTVALUE that holds the value.
+# For each tag: its name, and the member of ZRVARIANTVALUE that contains the value.
 TAGS = {
     0: ("EMPTY", None), 1: ("BOOL", "boolean"), 2: ("I1", "i1"), 3: ("I2", "i2"), 4: ("I4", "i4"), 5: ("I8", "i8"),
     6: ("UI1", "ui1"), 7: ("UI2", "ui2"), 8: ("UI4", "ui4"), 9: ("UI8", "ui8"), 10: ("R4", "r4"), 11: ("R8", "r8"),
@@ -21,14 +21,14 @@ TAGS = {
     50: ("STR", "string"), 51: ("REF", "ref"), 52: ("SREF", "sref"), 53: ("DISPATCH", "dispatch"),
 }
 ARRAY, BYREF, TYPE_MASK = 0x2000, 0x4000, 0x0FFF
-# The failures from 0x80000000 on.
+# The names of the failure codes from 0x80000000 on, in order; "-" is a code without a name.
 FAILURES = """FAILED NOT_SUPPORTED CANCELLED TIMEOUT INVALID_ARGUMENTS ACCESS_DENIED INVALID_POINTER FILE_NOT_FOUND
 NO_INIT NO_INTERFACE INVALID_OBJECT_STATE UNEXPECTED EXISTS ABANDONED REQUEST_ABORTED UNKNOWN_IDENTIFIER
 INCONSISTENT_CONFIGURATION REQUEST_REJECTED SUBSCRIPTION_LOST NOT_IMPLEMENTED EMPTY_VALUE NO_AGGREGATION
 CONNECTION_LOST INVALID_SUBSCRIPTION INVALID_SYSTEM INVALID_CREF INVALID_OTYPE INVALID_LANGUAGE NOT_EXISTING NO_MEMORY
 - - ALREADY_REGISTERED CLASS_NOT_REGISTERED""".split()
 RESULTS = {0: "OK", 0xCA: "SAME_VALUE", **{0x80000000 + at: name for at, name in enumerate(FAILURES) if name != "-"}}
-RECORDS = {"UUID": "ZRUUID", "VARIANT": "ZRVARIANT"}  # arrays hold these as they are, not their addresses
+RECORDS = {"UUID": "ZRUUID", "VARIANT": "ZRVARIANT"}  # stored in arrays by value, not by address
 MOST_ELEMENTS = 20
 
 
@@ -45,7 +45,7 @@ def word(address, type_name):
 
 
 def shown(value):
-    """A value as text: what its pointer leads to, for the records, and numbers of one byte as numbers."""
+    """Formats a value. A pointer to a record is followed, and a one-byte integer is a number, not a character."""
     kind = value.type.strip_typedefs()
     if kind.code == gdb.TYPE_CODE_INT and kind.sizeof == 1:
         return str(int(value))
@@ -55,14 +55,14 @@ def shown(value):
 
 
 class Printer:
-    """What all have: the value, which the subclass tells as text by to_string."""
+    """Base class: stores the value. Each subclass formats it in to_string."""
 
     def __init__(self, value):
         self.value = value
 
 
 class StringPrinter(Printer):
-    """A ZRSTR with all units that its header counts."""
+    """A ZRSTR, with all code units that its header counts, including zeros."""
 
     def to_string(self):
         if int(self.value) == 0:
@@ -73,6 +73,8 @@ class StringPrinter(Printer):
 
 
 class UuidPrinter(Printer):
+    """A ZRUUID in braces and capital letters."""
+
     def to_string(self):
         fields = [int(self.value[name]) for name in ("data1", "data2", "data3")]
         rest = bytes(int(self.value["data4"][i]) for i in range(8))
@@ -80,24 +82,30 @@ class UuidPrinter(Printer):
 
 
 class RefPrinter(Printer):
+    """A ZRREF as its six numbers, separated by points."""
+
     def to_string(self):
         return ".".join(str(int(self.value["words"][i])) for i in range(6))
 
 
 class SrefPrinter(Printer):
+    """A ZRSREF: its reference and its text."""
+
     def to_string(self):
         ref = shown(self.value["ref"]) if int(self.value["ref"]) != 0 else "null"
         return f"{{ref {ref}, text {shown(self.value['text'])}}}"
 
 
 class ResultPrinter(Printer):
+    """A ZRRESULT: the name of the code if it has one, and its number."""
+
     def to_string(self):
         code = int(self.value) & 0xFFFFFFFF
         return f"ZR_R_{RESULTS[code]} (0x{code:08X})" if code in RESULTS else f"0x{code:08X}"
 
 
 class TimeSpanPrinter(Printer):
-    """A count of 100 ns, and the duration that it is."""
+    """A ZRTIMESPAN: the count of 100 ns ticks, and the duration as days, hours, minutes and seconds."""
 
     def to_string(self):
         count = int(self.value)
@@ -108,7 +116,7 @@ class TimeSpanPrinter(Printer):
 
 
 class DateTimePrinter(Printer):
-    """A count of 100 ns from 1601 on, and the time that it stands for."""
+    """A ZRDATETIME: the count of 100 ns ticks since 1601, and the date and time if Python can represent it."""
 
     def to_string(self):
         count = int(self.value)
@@ -120,13 +128,14 @@ class DateTimePrinter(Printer):
 
 
 class ArrayPrinter(Printer):
-    """A ZRSAFEARRAY: the type of its elements, how many there are in each dimension, and the first of them."""
+    """A ZRSAFEARRAY: the element type, the number of elements per dimension, and the first elements."""
 
     def to_string(self):
         array = int(self.value)
         if array == 0:
             return "null"
-        # The descriptor: dimensions, element count, tag; owner; data; bounds of a count and a first index.
+        # The layout of the descriptor: dimensions, element count, tag; owner; data; a pointer to the bounds, each of
+        # which is an element count and a lower bound.
         dimensions, count = word(array, "uint32_t"), word(array + 4, "uint32_t")
         data, bounds = word(array + 24, "uint64_t"), word(array + 32, "uint64_t")
         name, member = TAGS.get(word(array + 8, "uint16_t"), ("?", None))
@@ -139,7 +148,7 @@ class ArrayPrinter(Printer):
 
 
 class VariantPrinter(Printer):
-    """The tag, and the value that the record holds or leads to."""
+    """A ZRVARIANT: its tag and its value. A value by reference is read through its address."""
 
     def to_string(self):
         tag_word = int(self.value["Type"])
