@@ -1,4 +1,5 @@
-// What the host and the module "bodies" agree on: one class, one interface. Neither knows more of the other.
+// The contract between the host and the module "bodies": one class and one interface. Host and module share nothing
+// else, so either can be replaced without the other.
 
 #ifndef EXAMPLES_BODY_TABLE_H
 #define EXAMPLES_BODY_TABLE_H
@@ -13,50 +14,68 @@ inline constexpr ZRUUID kBodyTableClass = {
 inline constexpr ZRUUID kBodyTableInterface = {
     0x8E8CD166, 0x1274, 0x4280, {0x9A, 0x6A, 0xA8, 0xB9, 0x8C, 0xEC, 0xC8, 0x5C}};
 
-/// SummaryCell is what a row of the summary holds, in this order.
+/// SummaryCell numbers the cells in a row of the summary. The last three cells are empty variants if the type has no
+/// order or the column has no values.
 enum SummaryCell : uint32_t {
   kSummaryTitle,    // ZR_VT_STR
-  kSummaryCount,    // ZR_VT_UI4: the values
-  kSummaryMissing,  // ZR_VT_UI4: the cells without a text
-  kSummaryFailed,   // ZR_VT_UI4: the cells whose text is no value of the column's type
-  kSummaryLeast,    // of the column's type; empty where the type has no order or the column no value, as the next two
-  kSummaryMost,     // of the column's type
-  kSummaryMean,     // ZR_VT_R8, or a date or time
+  kSummaryCount,    // ZR_VT_UI4: the number of values
+  kSummaryMissing,  // ZR_VT_UI4: the number of cells without a text
+  kSummaryFailed,   // ZR_VT_UI4: the number of cells whose text doesn't convert to the column's type
+  kSummaryLeast,    // the smallest value, in the column's type
+  kSummaryMost,     // the largest value, in the column's type
+  kSummaryMean,     // ZR_VT_R8; for a column of dates or times, its type
   kSummaryCells
 };
 
-/// IBodyTable takes columns of texts and makes them columns of values, each of one type. Whole columns cross the
-/// boundary, as arrays in variants; what becomes of them on a screen is the caller's business.
+/// IBodyTable converts columns of texts to columns of values, each column of one type. Whole columns cross the
+/// boundary, as arrays in variants.
 ///
-/// An operation that fails leaves the table, and what its pointers point at, as it was. References: any thread, any
-/// time; the rest: any thread, one at a time for an object.
+/// An operation that fails changes neither the table nor its out-values.
+///
+/// Threads: AddRef, Release and QueryInterface may be called on any thread, at any time. The caller must serialise all
+/// other operations on one object; calling them at the same time is a data race.
 struct IBodyTable : IZrUnknown {
-  /// AddColumn adds a column at the right and converts its texts, all at once. One that doesn't convert is no failure:
-  /// Column and Summary tell about it. A date or time converts only if it reads back as it was written.
+  /// AddColumn adds a column after the last one and converts all its texts.
   ///
-  /// @param title  lent for the call; the object takes a reference of its own, as on the texts of a column of texts.
-  /// @param type   of the column: a tag of zrcore/variant.h, without flags, that a text converts to.
-  /// @param texts  reads an array of strings of one dimension, of the length of the other columns. An empty one stands
-  ///               for a missing value.
-  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `texts` is no such array; ZR_R_NOT_SUPPORTED if there are no arrays of
-  ///         `type`; ZR_R_INVALID_OBJECT_STATE if the array's flag is taken; ZR_R_NO_MEMORY.
+  /// A text that doesn't convert is not a failure of AddColumn: Column and Summary report it. A text converts to a date
+  /// or time only if the date or time, written as text again, begins with that text.
+  ///
+  /// @param title  reads a string; the object keeps a reference of its own. If `type` is ZR_VT_STR, it also keeps
+  ///               references to the texts.
+  /// @param type   the type of the column: a tag from zrcore/variant.h, without flags, that a text converts to.
+  /// @param texts  reads an array of strings with one dimension and as many elements as the other columns have. An
+  ///               empty string is a missing value.
+  /// @return
+  ///   ZR_R_OK                    the column was added.
+  ///   ZR_R_INVALID_ARGUMENTS     `texts` is null or not such an array.
+  ///   ZR_R_NOT_SUPPORTED         arrays can't have elements of `type`.
+  ///   ZR_R_INVALID_OBJECT_STATE  another call holds the array's access flag.
+  ///   ZR_R_NO_MEMORY             out of memory.
   virtual ZRRESULT AddColumn(ZRSTR title, uint16_t type, const ZRVARIANT* texts) = 0;
 
-  /// Column gives the values of a column.
+  /// Column returns the values of a column.
   ///
-  /// @param column  from 0.
-  /// @param values  holds a variant, which is released, and receives an array of the column's type, which the caller
-  ///                clears. Where there is no value, an element is zero or null.
-  /// @param codes   likewise; an array of ZR_VT_I4, as long: ZR_R_OK for a value, ZR_R_EMPTY_VALUE for a missing
-  ///                one, and what the conversion answered for a text that is none.
-  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if a pointer is null; ZR_R_NOT_EXISTING if there is no such column;
-  ///         ZR_R_NO_MEMORY.
+  /// Both variants must be initialised before the call. Their old values are released. The caller must release the new
+  /// ones with ZrVariantClear.
+  ///
+  /// @param column  counts from 0.
+  /// @param values  gives an array of the column's type. An element without a value is zero or null.
+  /// @param codes   gives an array of ZR_VT_I4 with as many elements: ZR_R_OK for a value, ZR_R_EMPTY_VALUE for a
+  ///                missing value, otherwise the result of the failed conversion. ZR_R_INVALID_ARGUMENTS also stands
+  ///                for a date or time that AddColumn rejected.
+  /// @return
+  ///   ZR_R_OK                 both arrays were returned.
+  ///   ZR_R_INVALID_ARGUMENTS  a pointer is null.
+  ///   ZR_R_NOT_EXISTING       there is no such column.
+  ///   ZR_R_NO_MEMORY          out of memory.
   virtual ZRRESULT Column(uint32_t column, ZRVARIANT* values, ZRVARIANT* codes) = 0;
 
-  /// Summary gives an array of variants with two dimensions, the columns and the cells of SummaryCell, both from 0.
+  /// Summary returns a table that summarises the columns.
   ///
-  /// @param summary  holds a variant, which is released, and receives the array, which the caller clears.
-  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `summary` is null; ZR_R_NO_MEMORY.
+  /// @param summary  gives an array of variants with two dimensions: the columns, then the cells of SummaryCell, both
+  ///                 counted from 0. The variant must be initialised before the call; its old value is released. The
+  ///                 caller must release the array with ZrVariantClear.
+  /// @return ZR_R_OK; ZR_R_INVALID_ARGUMENTS if `summary` is null; ZR_R_NO_MEMORY when out of memory.
   virtual ZRRESULT Summary(ZRVARIANT* summary) = 0;
 
  protected:

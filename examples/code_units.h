@@ -1,12 +1,12 @@
-// The library's 16-bit text in the terms of the languages: literals for C and C++, W("text") and W('c'), and for C++
-// the standard library's texts of such units.
+// Literals of the library's 16-bit text for C and C++, W("text") and W('c'), and for C++ the matching string types of
+// the standard library.
 
 #ifndef EXAMPLES_CODE_UNITS_H
 #define EXAMPLES_CODE_UNITS_H
 
 #include <zrcore/base.h>
 
-// The prefix decides about the type of a literal. On Windows that is wchar_t, as everywhere there.
+// The prefix selects the type of the literal. WCHAR is wchar_t on Windows and char16_t elsewhere.
 #if defined(_WIN32)
 #define W_(literal) L##literal
 #else

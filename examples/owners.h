@@ -1,4 +1,5 @@
-// Owners of what the library gives: each gives it back at the end of its scope.
+// Owners for the values that the library gives. Each owner releases its value at the end of its scope, also when an
+// exception leaves the scope.
 
 #ifndef EXAMPLES_OWNERS_H
 #define EXAMPLES_OWNERS_H
@@ -17,38 +18,47 @@
 struct StringRelease {
   void operator()(WCHAR* string) const noexcept { ZrDestroyString(string); }
 };
-/// StringOwner owns one reference on a counted string, or none.
+/// StringOwner owns one reference to a counted string, or is null.
 using StringOwner = std::unique_ptr<WCHAR, StringRelease>;
 
-/// Units shows the content of a string. The length comes from the string's header, so zero units are part of it.
+/// Units returns a view of the code units of a string. It includes zero units, because the length comes from the
+/// string's header. The view must not be used after the string is destroyed.
 inline WideView Units(ZRSTR string) noexcept {
   return string == nullptr ? WideView() : WideView(string, ZrStringLen(string));
 }
 
-/// MakeString gives a string of exactly these units; null if memory or the 32 bits for its length don't suffice.
+/// MakeString gives a string of exactly these units. The result is null when out of memory, or if the length in bytes
+/// does not fit into 32 bits.
 ///
-/// By bytes, because the other creators stop copying at a zero unit and need a terminator, which a slice has not.
+/// It uses ZrCreateStringByteLen because the other creators stop at a zero unit and require a terminator, which a slice
+/// of a larger text doesn't have.
 inline ZRSTR MakeString(WideView units) noexcept {
-  constexpr std::size_t kMostUnits = std::numeric_limits<std::uint32_t>::max() / sizeof(WCHAR) - 1;
-  if (units.size() > kMostUnits) return nullptr;
+  constexpr std::size_t kMaxUnits = std::numeric_limits<std::uint32_t>::max() / sizeof(WCHAR) - 1;
+  if (units.size() > kMaxUnits) return nullptr;
   return ZrCreateStringByteLen(units.data(), static_cast<std::uint32_t>(units.size() * sizeof(WCHAR)));
 }
 
 struct ArrayRelease {
   void operator()(ZrSafeArrayDescriptor* array) const noexcept { (void)ZrSafeArrayDestroy(array); }
 };
-/// ArrayOwner owns an array with its elements, or none.
+/// ArrayOwner owns an array with its elements, or is null.
 using ArrayOwner = std::unique_ptr<ZrSafeArrayDescriptor, ArrayRelease>;
 
-/// CopyArray gives an array of the same elements.
+/// CopyArray returns a copy of an array; null if the copy fails.
 inline ArrayOwner CopyArray(ZRSAFEARRAY source) {
   ZRSAFEARRAY copy = nullptr;
   (void)ZrSafeArrayCopy(source, &copy);
   return ArrayOwner(copy);
 }
 
-/// CElements lends the elements of an array of any shape, each a T, as long as the scope lasts. It holds the array's
-/// flag so long; an array whose flag is taken, and one without storage, seem to have no elements.
+/// CElements gives direct access to the elements of an array of any number of dimensions, in memory order.
+///
+/// T must be the C type of the elements; another type is undefined behaviour. While a CElements exists, it holds the
+/// array's access flag: reading or storing an element, a second direct access and a lock of the same array then fail
+/// with ZR_R_INVALID_OBJECT_STATE. The elements must not be used after the CElements is destroyed.
+///
+/// Count is 0 if another call holds the access flag, or if the array has no storage. operator[] doesn't check its
+/// index.
 template <class T>
 class CElements {
  public:
@@ -74,18 +84,18 @@ class CElements {
   std::uint32_t count_ = 0;
 };
 
-/// CVariantOwner is a ZRVARIANT that begins empty and is cleared at the end.
+/// CVariantOwner is a ZRVARIANT that is initialised as empty and cleared at the end of its scope.
 class CVariantOwner {
  public:
   CVariantOwner() noexcept = default;
   CVariantOwner(CVariantOwner&& other) noexcept : variant_(std::exchange(other.variant_, kEmpty)) {}
   CVariantOwner& operator=(CVariantOwner&& other) noexcept {
-    std::swap(variant_, other.variant_);  // what this held goes with the other
+    std::swap(variant_, other.variant_);  // the destructor of `other` releases the old value
     return *this;
   }
   ~CVariantOwner() { (void)ZrVariantClear(&variant_); }
 
-  /// OfArray makes the array the variant's own.
+  /// OfArray returns a variant that owns the array. `elementType` must be the tag of the array's elements.
   static CVariantOwner OfArray(std::uint16_t elementType, ArrayOwner array) noexcept {
     CVariantOwner owner;
     owner.variant_.Type = elementType | ZR_VT_ARRAY;
@@ -95,16 +105,16 @@ class CVariantOwner {
 
   const ZRVARIANT& Get() const noexcept { return variant_; }
 
-  /// Array is the array that the variant holds, lent; null if it holds none.
+  /// Array lends the array in the variant, until the variant changes; null if the variant contains no array of its own.
   ZRSAFEARRAY Array() const noexcept {
     constexpr unsigned kFlags = ZR_VT_ARRAY | ZR_VT_BYREF;
     return (variant_.Type & kFlags) == ZR_VT_ARRAY ? variant_.Value.array : nullptr;
   }
 
-  /// Detach leaves it to the caller to clear the variant.
+  /// Detach gives the variant to the caller, who must clear it, and leaves this empty.
   [[nodiscard]] ZRVARIANT Detach() noexcept { return std::exchange(variant_, kEmpty); }
 
-  /// Address is for the library to write to: it releases what the variant held itself.
+  /// Address is for out-parameters of functions that release the old value themselves, such as ZrVariantChangeType.
   ZRVARIANT* Address() noexcept { return &variant_; }
 
  private:

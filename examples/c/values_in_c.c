@@ -1,5 +1,6 @@
-// The plain half of the library from C: strings, identifiers, variants, arrays, locks and counters. None of it
-// needs ZrInitialize.
+// The value functions of the library in C: strings, identifiers, variants, arrays, locks and counters. None of them
+// needs ZrInitialize. Each line of output is a statement about the library that the program checks; the exit status is
+// 1 if one of them is false. Every value that a function gives is destroyed again.
 
 #include <stdio.h>
 #include <zrcore/zrcore.h>
@@ -8,13 +9,13 @@
 
 static int failures = 0;
 
-// One line a claim; the program fails if one of them doesn't hold.
-static void Claim(int holds, const char* claim) {
-  printf("  %s  %s\n", holds ? "ok  " : "FAIL", claim);
-  if (!holds) ++failures;
+static void Check(int isTrue, const char* statement) {
+  printf("  %s  %s\n", isTrue ? "ok  " : "FAIL", statement);
+  if (!isTrue) ++failures;
 }
 
-// The units as 8-bit text. Enough for what is ASCII, such as the text of an identifier.
+// Copies a string to 8-bit text, cut to `size` bytes. Only for ASCII, such as the text of an identifier: any other unit
+// becomes a question mark.
 static void ToAscii(ZRSTR string, char* text, size_t size) {
   size_t length = ZrStringLen(string);
   if (length >= size) length = size - 1;
@@ -24,25 +25,25 @@ static void ToAscii(ZRSTR string, char* text, size_t size) {
 
 static void Strings(void) {
   puts("Strings");
-  ZRSTR saturn = ZrCreateString(W("Saturn \u571F\u661F"));  // the last two units are the planet's name in Han
+  ZRSTR saturn = ZrCreateString(W("Saturn \u571F\u661F"));  // the last two units are the planet's Chinese name
   ZRSTR rings = ZrCreateStringLen(W(", rings"), 7);
   ZRSTR both = ZrAppendStrings(saturn, rings);
-  Claim(ZrStringLen(saturn) == 9 && ZrStringByteLen(saturn) == 18, "the length counts 16-bit units");
-  Claim(ZrStringLen(both) == 16, "appending makes a new string of both");
+  Check(ZrStringLen(saturn) == 9 && ZrStringByteLen(saturn) == 18, "the length counts 16-bit units");
+  Check(ZrStringLen(both) == 16, "appending two strings makes a new one");
 
   int32_t order = 1;
-  Claim(ZR_SUCCEEDED(ZrCompareStringW(both, W("Saturn \u571F\u661F, rings"), &order)) && order == 0,
-        "and it compares equal to the literal");
-  Claim(ZR_SUCCEEDED(ZrCompareString(saturn, rings, &order)) && order > 0, "\"Saturn\" comes after a comma");
+  Check(ZR_SUCCEEDED(ZrCompareStringW(both, W("Saturn \u571F\u661F, rings"), &order)) && order == 0,
+        "the new string compares equal to the literal");
+  Check(ZR_SUCCEEDED(ZrCompareString(saturn, rings, &order)) && order > 0, "\"Saturn\" comes after a comma");
 
   ZRSTR again = ZrCopyString(saturn);
-  Claim(again == saturn && ZrStringRefCount(saturn) == 2, "a copy is the same block with one more reference");
+  Check(again == saturn && ZrStringRefCount(saturn) == 2, "a copy is the same memory block with one more reference");
   ZrDestroyString(again);
-  Claim(ZrStringRefCount(saturn) == 1, "which is given up again");
+  Check(ZrStringRefCount(saturn) == 1, "destroying the copy removes that reference");
 
   const WCHAR withZero[] = {W('a'), 0, W('b')};
   ZRSTR exact = ZrCreateStringByteLen(withZero, sizeof withZero);
-  Claim(ZrStringLen(exact) == 3 && exact[2] == W('b'), "a zero unit inside is a unit like any other");
+  Check(ZrStringLen(exact) == 3 && exact[2] == W('b'), "a string may contain zero units");
 
   ZrDestroyString(exact);
   ZrDestroyString(both);
@@ -54,17 +55,17 @@ static void Identifiers(void) {
   puts("Identifiers");
   ZRUUID* made = ZrGenerateUUID();
   ZRSTR text = NULL;
-  Claim(ZR_SUCCEEDED(ZrStringFromUUID(made, &text)) && ZrStringLen(text) == 38, "an identifier becomes a text");
+  Check(ZR_SUCCEEDED(ZrStringFromUUID(made, &text)) && ZrStringLen(text) == 38, "an identifier converts to text");
 
   char ascii[39];
   ToAscii(text, ascii, sizeof ascii);
   printf("        %s\n", ascii);
   ZRUUID read = {0};
   uint8_t equal = 0;
-  Claim(ZR_SUCCEEDED(ZrUUIDFromString(ascii, &read)) && ZR_SUCCEEDED(ZrCompareUUID(made, &read, &equal)) && equal,
-        "and the text becomes the identifier again");
-  Claim(!ZRUUIDLess(made, &read) && !ZRUUIDGreater(made, &read), "neither of the two comes first");
-  Claim(ZR_FAILED(ZrUUIDFromString("{not an identifier}", &read)), "what is none is refused");
+  Check(ZR_SUCCEEDED(ZrUUIDFromString(ascii, &read)) && ZR_SUCCEEDED(ZrCompareUUID(made, &read, &equal)) && equal,
+        "the text converts back to the same identifier");
+  Check(!ZRUUIDLess(made, &read) && !ZRUUIDGreater(made, &read), "neither identifier is less than the other");
+  Check(ZR_FAILED(ZrUUIDFromString("{not an identifier}", &read)), "an invalid text is rejected");
   ZrDestroyString(text);
   ZrDestroyUUID(made);
 }
@@ -74,18 +75,19 @@ static void Variants(void) {
   ZRVARIANT text = ZR_VARIANT_INIT;
   ZRVARIANT number = ZR_VARIANT_INIT;
   text.Type = ZR_VT_STR;
-  text.Value.string = ZrCreateString(W("95.16"));  // the variant's from here on
-  Claim(ZR_SUCCEEDED(ZrVariantChangeType(&number, &text, 0, ZR_VT_R8)) && number.Value.r8 == 95.16,
-        "a text becomes a number");
-  Claim(ZR_SUCCEEDED(ZrVariantChangeType(&number, &number, 0, ZR_VT_UI1)) && number.Value.ui1 == 95,
-        "which becomes a narrower one in place");
+  text.Value.string = ZrCreateString(W("95.16"));  // the variant owns the string: don't destroy it separately
+  Check(ZR_SUCCEEDED(ZrVariantChangeType(&number, &text, 0, ZR_VT_R8)) && number.Value.r8 == 95.16,
+        "a text converts to a number");
+  Check(ZR_SUCCEEDED(ZrVariantChangeType(&number, &number, 0, ZR_VT_UI1)) && number.Value.ui1 == 95,
+        "a variant can be converted in place, here to an 8-bit integer");
 
   ZRVARIANT copy = ZR_VARIANT_INIT;
   uint8_t equal = 0;
-  Claim(ZR_SUCCEEDED(ZrVariantCopy(&copy, &text)) && ZrStringRefCount(text.Value.string) == 2,
+  Check(ZR_SUCCEEDED(ZrVariantCopy(&copy, &text)) && ZrStringRefCount(text.Value.string) == 2,
         "a copy shares the string");
-  Claim(ZR_SUCCEEDED(ZrVariantCompare(&copy, &text, &equal)) && equal, "and is equal");
-  Claim(ZR_SUCCEEDED(ZrVariantClear(&copy)) && ZrStringRefCount(text.Value.string) == 1, "clearing gives it back");
+  Check(ZR_SUCCEEDED(ZrVariantCompare(&copy, &text, &equal)) && equal, "the copy is equal");
+  Check(ZR_SUCCEEDED(ZrVariantClear(&copy)) && ZrStringRefCount(text.Value.string) == 1,
+        "clearing a variant releases its string");
   (void)ZrVariantClear(&text);
 }
 
@@ -95,46 +97,47 @@ static void Arrays(void) {
   ZRSAFEARRAY array = ZrSafeArrayCreate(ZR_VT_I4, 2, bounds);
   const uint32_t indices[] = {2, 1};
   int32_t moons = 274;
-  Claim(ZR_SUCCEEDED(ZrSafeArrayPutElement(array, indices, &moons)), "an element is put by its indices");
+  Check(ZR_SUCCEEDED(ZrSafeArrayPutElement(array, indices, &moons)), "an element is stored by its indices");
 
   void* data = NULL;
-  Claim(ZR_SUCCEEDED(ZrSafeArrayAccessData(array, &data)) && ((int32_t*)data)[4] == 274,
-        "and found in the block, the last dimension varying fastest");
-  Claim(ZrSafeArrayPutElement(array, indices, &moons) == ZR_R_INVALID_OBJECT_STATE,
-        "where no put reaches it meanwhile");
+  Check(ZR_SUCCEEDED(ZrSafeArrayAccessData(array, &data)) && ((int32_t*)data)[4] == 274,
+        "direct access finds it; the last dimension varies fastest");
+  Check(ZrSafeArrayPutElement(array, indices, &moons) == ZR_R_INVALID_OBJECT_STATE,
+        "while direct access holds the array's access flag, storing an element fails");
   (void)ZrSafeArrayUnaccessData(array);
 
-  Claim(ZrSafeArrayChangeType(array, 0, ZR_VT_STR) == ZR_R_OK, "all elements become texts at once");
+  Check(ZrSafeArrayChangeType(array, 0, ZR_VT_STR) == ZR_R_OK, "one call converts all elements to texts");
   ZRSTR text = NULL;
   int32_t order = 1;
-  Claim(ZR_SUCCEEDED(ZrSafeArrayGetElement(array, indices, &text)) &&
+  Check(ZR_SUCCEEDED(ZrSafeArrayGetElement(array, indices, &text)) &&
             ZR_SUCCEEDED(ZrCompareStringW(text, W("274"), &order)) && order == 0,
-        "an element is copied out, for the caller to destroy");
+        "reading an element gives a copy, which the caller destroys");
   ZrDestroyString(text);
 
   ZRVARIANT owner = ZR_VARIANT_INIT;
   owner.Type = ZR_VT_STR | ZR_VT_ARRAY;
   owner.Value.array = array;
-  Claim(ZR_SUCCEEDED(ZrVariantClear(&owner)), "a variant that owns an array destroys it with its elements");
+  // `array` must not be used or destroyed after this: the variant owned it.
+  Check(ZR_SUCCEEDED(ZrVariantClear(&owner)), "a variant that owns an array destroys it with its elements");
 }
 
 static void LocksAndCounters(void) {
   puts("Locks and counters");
   ZRCRITICALSECTION lock = NULL;
   uint8_t acquired = 0;
-  Claim(ZR_SUCCEEDED(ZrInitializeCriticalSection(&lock)) && ZR_SUCCEEDED(ZrEnterCriticalSection(&lock)),
-        "a lock is made and entered");
-  Claim(ZR_SUCCEEDED(ZrTryEnterCriticalSection(&lock, &acquired)) && acquired == 1, "its owner may enter again");
-  Claim(ZR_SUCCEEDED(ZrLeaveCriticalSection(&lock)) && ZR_SUCCEEDED(ZrLeaveCriticalSection(&lock)),
-        "and leaves once for each entry");
-  Claim(ZR_SUCCEEDED(ZrDeleteCriticalSection(&lock)) && lock == NULL, "deleting clears the variable");
-  Claim(ZrEnterCriticalSection(&lock) == ZR_R_INVALID_OBJECT_STATE, "so that a deleted lock is told from a lock");
+  Check(ZR_SUCCEEDED(ZrInitializeCriticalSection(&lock)) && ZR_SUCCEEDED(ZrEnterCriticalSection(&lock)),
+        "a lock is initialised and entered");
+  Check(ZR_SUCCEEDED(ZrTryEnterCriticalSection(&lock, &acquired)) && acquired == 1, "its owner may enter again");
+  Check(ZR_SUCCEEDED(ZrLeaveCriticalSection(&lock)) && ZR_SUCCEEDED(ZrLeaveCriticalSection(&lock)),
+        "the owner leaves once for each entry");
+  Check(ZR_SUCCEEDED(ZrDeleteCriticalSection(&lock)) && lock == NULL, "deleting the lock sets the variable to null");
+  Check(ZrEnterCriticalSection(&lock) == ZR_R_INVALID_OBJECT_STATE, "entering a deleted lock fails");
 
   int32_t count = 0;
   const int32_t hundred = 100;
-  Claim(ZrInterlockedIncrement32(&count) == 1 && ZrInterlockedDecrement32(&count) == 0,
-        "counting answers the new value");
-  Claim(ZrInterlockedExchange32(&count, &hundred) == 0 && count == 100, "exchanging answers the old one");
+  Check(ZrInterlockedIncrement32(&count) == 1 && ZrInterlockedDecrement32(&count) == 0,
+        "increment and decrement return the new value");
+  Check(ZrInterlockedExchange32(&count, &hundred) == 0 && count == 100, "exchange returns the old value");
 }
 
 int main(void) {
@@ -144,9 +147,9 @@ int main(void) {
   Arrays();
   LocksAndCounters();
   if (failures == 0) {
-    puts("All as it should be.");
+    puts("All checks passed.");
     return 0;
   }
-  printf("%d claims don't hold.\n", failures);
+  printf("%d checks failed.\n", failures);
   return 1;
 }

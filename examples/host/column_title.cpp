@@ -1,3 +1,5 @@
+// Column titles: the text before the last colon is the title if the word after it is the name of a type in kTypes.
+
 #include "host/column_title.h"
 
 #include <algorithm>
@@ -9,7 +11,7 @@ struct NamedType {
   std::uint16_t type;
 };
 
-// What a text can be converted to and shown as.
+// The types that the demo can convert a text to and show.
 static constexpr NamedType kTypes[] = {
     {"STR", ZR_VT_STR}, {"BOOL", ZR_VT_BOOL}, {"I4", ZR_VT_I4},     {"UI4", ZR_VT_UI4},
     {"I8", ZR_VT_I8},   {"R4", ZR_VT_R4},     {"R8", ZR_VT_R8},     {"TIME", ZR_VT_TIME},

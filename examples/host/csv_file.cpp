@@ -1,3 +1,6 @@
+// Reads a CSV file: checks that the bytes are UTF-8, decodes them, finds the lines (a line break in quotation marks is
+// part of a field), and splits each line into fields.
+
 #include "host/csv_file.h"
 
 #include <algorithm>
@@ -14,12 +17,12 @@
 #include "host/utf8.h"
 
 struct FileClose {
-  void operator()(std::FILE* file) const noexcept { (void)std::fclose(file); }  // only read: nothing can get lost
+  void operator()(std::FILE* file) const noexcept { (void)std::fclose(file); }  // only read, so no data can be lost
 };
 
 static std::string ReadBytes(const std::string& path) {
   const auto fail = [&](int reason) {
-    throw std::runtime_error("can't read \"" + path + "\": " + std::generic_category().message(reason));
+    throw std::runtime_error("can't read the file \"" + path + "\": " + std::generic_category().message(reason));
   };
   const std::unique_ptr<std::FILE, FileClose> file(OpenToRead(path));
   if (file == nullptr) fail(errno);
@@ -29,12 +32,12 @@ static std::string ReadBytes(const std::string& path) {
     count = std::fread(block, 1, sizeof block, file.get());
     bytes.append(block, count);
   }
-  if (std::ferror(file.get()) != 0) fail(errno);  // such as a directory
+  if (std::ferror(file.get()) != 0) fail(errno);  // for example because the path names a directory
   return bytes;
 }
 
-// The end of the line that begins at `begin`: the place of its line feed or the end of the text. Quotation marks count
-// only in a field that begins with one.
+// Returns the end of the line that begins at `begin`: the position of its line feed, or the end of the text. Quotation
+// marks have a meaning only in a field that begins with one.
 static std::size_t FindLineEnd(WideView text, std::size_t begin) {
   bool isFieldQuoted = false;
   bool isInQuotes = false;
@@ -54,38 +57,38 @@ static std::size_t FindLineEnd(WideView text, std::size_t begin) {
 
 static std::string FieldCount(std::size_t count) { return std::to_string(count) + (count == 1 ? " field" : " fields"); }
 
-static void AddLine(CsvTable& table, WideView text, std::size_t number, CStringBook& book) {
+static void AddLine(CsvTable& table, WideView text, std::size_t number, CStringTracker& strings) {
   const CsvLine line = SplitCsvLine(text);
   const std::string last = "field " + std::to_string(line.fields.size());
-  if (line.problem == CsvProblem::OpenQuotes) throw std::runtime_error(last + " has no closing quotation mark");
-  if (line.problem == CsvProblem::TextBehindQuotes) {
-    throw std::runtime_error(last + " goes on behind its closing quotation mark");
+  if (line.problem == CsvProblem::OpenQuotes) throw std::runtime_error(last + " has no closing quotation mark; add it");
+  if (line.problem == CsvProblem::TextAfterQuotes) {
+    throw std::runtime_error(last + " continues after its closing quotation mark; double a quotation mark in a field");
   }
   if (table.columns.empty()) {
     for (const CsvField& field : line.fields) {
       const WideText content = FieldText(text, field);
       const ColumnTitle title = ReadColumnTitle(content);
-      table.columns.push_back({book.Write(title.text), title.type});
+      table.columns.push_back({strings.Create(title.text), title.type});
     }
     return;
   }
   if (line.fields.size() != table.columns.size()) {
-    throw std::runtime_error(FieldCount(line.fields.size()) + " where the titles are " +
+    throw std::runtime_error(FieldCount(line.fields.size()) + ", but the title line has " +
                              std::to_string(table.columns.size()));
   }
   CsvRow& row = table.rows.emplace_back();
   row.line = number;
-  for (const CsvField& field : line.fields) row.cells.push_back(book.Write(FieldText(text, field)));
+  for (const CsvField& field : line.fields) row.cells.push_back(strings.Create(FieldText(text, field)));
 }
 
-CsvTable ReadCsvFile(const std::string& path, CStringBook& book) {
+CsvTable ReadCsvFile(const std::string& path, CStringTracker& strings) {
   const std::string bytes = ReadBytes(path);
   const auto fail = [&](std::size_t number, const std::string& problem) {
     throw std::runtime_error("\"" + path + "\", line " + std::to_string(number) + ": " + problem);
   };
-  if (const std::size_t fault = FaultInUtf8(bytes); fault != std::string::npos) {
+  if (const std::size_t fault = FindInvalidUtf8(bytes); fault != std::string::npos) {
     const auto breaks = std::count(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(fault), '\n');
-    fail(1 + static_cast<std::size_t>(breaks), "this is not UTF-8");
+    fail(1 + static_cast<std::size_t>(breaks), "this is not UTF-8; save the file as UTF-8");
   }
   const StringOwner decoded = FromUtf8(bytes);
   WideView text = Units(decoded.get());
@@ -99,13 +102,15 @@ CsvTable ReadCsvFile(const std::string& path, CStringBook& book) {
     const auto breaks = static_cast<std::size_t>(std::count(line.begin(), line.end(), W('\n')));
     if (!line.empty() && line.back() == W('\r')) line.remove_suffix(1);
     try {
-      if (!line.empty()) AddLine(table, line, number, book);
+      if (!line.empty()) AddLine(table, line, number, strings);
     } catch (const std::runtime_error& problem) {
       fail(number, problem.what());
     }
     number += breaks + 1;
     begin = end + 1;
   }
-  if (table.columns.empty()) throw std::runtime_error("\"" + path + "\" holds no line of titles");
+  if (table.columns.empty()) {
+    throw std::runtime_error("\"" + path + "\" contains no line of titles; its first line must contain them");
+  }
   return table;
 }

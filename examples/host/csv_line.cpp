@@ -1,16 +1,19 @@
+// Splits one line of a CSV file at its commas. Fields are returned as positions, so nothing is copied until FieldText.
+
 #include "host/csv_line.h"
 
 #include "code_units.h"
 
-static constexpr std::size_t kNowhere = WideView::npos;
+static constexpr std::size_t kNotFound = WideView::npos;
 
-// The place of the quotation mark that closes a field whose content begins at `begin`; kNowhere if none does.
+// Returns the position of the quotation mark that closes a field whose content begins at `begin`; kNotFound if the
+// field is not closed.
 static std::size_t FindClosingQuote(WideView line, std::size_t begin) {
-  for (std::size_t quote = line.find(W('"'), begin); quote != kNowhere; quote = line.find(W('"'), quote + 2)) {
+  for (std::size_t quote = line.find(W('"'), begin); quote != kNotFound; quote = line.find(W('"'), quote + 2)) {
     const bool isDoubled = quote + 1 < line.size() && line[quote + 1] == W('"');
     if (!isDoubled) return quote;
   }
-  return kNowhere;
+  return kNotFound;
 }
 
 CsvLine SplitCsvLine(WideView line) {
@@ -20,20 +23,20 @@ CsvLine SplitCsvLine(WideView line) {
     std::size_t end = 0;
     if (begin < line.size() && line[begin] == W('"')) {
       const std::size_t quote = FindClosingQuote(line, begin + 1);
-      const std::size_t contentEnd = quote == kNowhere ? line.size() : quote;
+      const std::size_t contentEnd = quote == kNotFound ? line.size() : quote;
       result.fields.push_back({begin + 1, contentEnd - (begin + 1), true});
-      if (quote == kNowhere) {
+      if (quote == kNotFound) {
         result.problem = CsvProblem::OpenQuotes;
         return result;
       }
       end = quote + 1;
       if (end < line.size() && line[end] != W(',')) {
-        result.problem = CsvProblem::TextBehindQuotes;
+        result.problem = CsvProblem::TextAfterQuotes;
         return result;
       }
     } else {
       end = line.find(W(','), begin);
-      if (end == kNowhere) end = line.size();
+      if (end == kNotFound) end = line.size();
       result.fields.push_back({begin, end - begin, false});
     }
     if (end >= line.size()) return result;
@@ -47,7 +50,7 @@ WideText FieldText(WideView line, const CsvField& field) {
   text.reserve(content.size());
   for (std::size_t i = 0; i < content.size(); ++i) {
     text += content[i];
-    if (field.isQuoted && content[i] == W('"')) ++i;  // the second of two
+    if (field.isQuoted && content[i] == W('"')) ++i;  // skips the second of two quotation marks
   }
   return text;
 }

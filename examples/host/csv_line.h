@@ -1,4 +1,4 @@
-// The fields of one CSV line, as places in it.
+// The fields of one line of a CSV file, as positions in the line.
 
 #ifndef EXAMPLES_HOST_CSV_LINE_H
 #define EXAMPLES_HOST_CSV_LINE_H
@@ -8,26 +8,26 @@
 
 #include "code_units.h"
 
-/// CsvField is where the content of a field lies, without the quotation marks around it.
+/// CsvField is the position of a field's content in the line, without the quotation marks around it.
 struct CsvField {
   std::size_t begin = 0;
   std::size_t length = 0;
-  bool isQuoted = false;  // then a quotation mark inside is written twice
+  bool isQuoted = false;  // if true, each quotation mark in the content is written twice
 };
 
-enum class CsvProblem { None, OpenQuotes, TextBehindQuotes };
+enum class CsvProblem { None, OpenQuotes, TextAfterQuotes };
 
-/// CsvLine is a line's fields; with a problem, those up to and including the field that has it.
+/// CsvLine contains the fields of a line. If there is a problem, the last field in `fields` is the one that has it.
 struct CsvLine {
   std::vector<CsvField> fields;
   CsvProblem problem = CsvProblem::None;
 };
 
-/// SplitCsvLine finds the fields: always at least one. A quotation mark within an unquoted field is an ordinary
-/// character.
+/// SplitCsvLine finds the fields of a line. There is always at least one. A quotation mark inside an unquoted field is
+/// an ordinary character.
 CsvLine SplitCsvLine(WideView line);
 
-/// FieldText is the content of a field of this line.
+/// FieldText returns the content of a field of this line, with doubled quotation marks reduced to one.
 WideText FieldText(WideView line, const CsvField& field);
 
 #endif

@@ -1,3 +1,5 @@
+// The host's discovery: serves the library's queries from a list of classes in memory.
+
 #include "host/discovery.h"
 
 #include "code_units.h"
@@ -29,9 +31,9 @@ ZRRESULT CTableDiscovery::QueryInterface(const ZRUUID*, void** object) {
 
 ZRRESULT CTableDiscovery::QueryComponent(const ZRUUID* classId, ZRSTR* modulePath, ZrModuleEntryPoints*) {
   const Entry* entry = Find(classId);
-  if (entry == nullptr) return ZR_R_UNKNOWN_IDENTIFIER;  // the library goes on to the next discovery
-  answered_ = entry->modulePath.get();
-  *modulePath = ZrCopyString(answered_);
+  if (entry == nullptr) return ZR_R_UNKNOWN_IDENTIFIER;  // a failure makes the library ask the next discovery
+  lastModulePath_ = entry->modulePath.get();
+  *modulePath = ZrCopyString(lastModulePath_);
   return ZR_R_OK;
 }
 
@@ -55,8 +57,8 @@ ZRRESULT CTableDiscovery::QueryClassId(ZRSTR className, ZRUUID* classId) {
 ZRRESULT CTableDiscovery::QueryClassName(const ZRUUID* classId, ZRSTR* className) {
   const Entry* entry = Find(classId);
   if (entry == nullptr) return ZR_R_NOT_EXISTING;
-  // A copy of its own, since the library remembers names for as long as the process lives: it would never return a
-  // reference on ours.
+  // The library remembers class names until the process ends and never releases them. A deep copy keeps that reference
+  // off the host's own string, whose references are counted at the end.
   *className = ZrDeepCopyString(entry->className.get());
   return *className == nullptr ? ZR_R_NO_MEMORY : ZR_R_OK;
 }

@@ -1,4 +1,4 @@
-// The host's own list of classes, as the library asks for it: identifier, name, module file.
+// The host's list of classes: identifier, name and module file of each. The library asks it where a class lives.
 
 #ifndef EXAMPLES_HOST_DISCOVERY_H
 #define EXAMPLES_HOST_DISCOVERY_H
@@ -10,23 +10,24 @@
 #include "host/settings.h"
 #include "owners.h"
 
-/// CTableDiscovery is made with one reference, for its maker, and frees itself with the last one.
+/// CTableDiscovery starts with one reference, which belongs to its creator. The last Release deletes it.
 ///
-/// Fill it before it is registered: the library calls it under its management lock, but Add has no lock.
+/// Call Add and Settings().Add before registering the discovery, never afterwards: they have no lock, and the library
+/// may call the discovery from any thread, so a later Add is a data race.
 class CTableDiscovery final : public IZrComponentDiscovery {
  public:
   CTableDiscovery() = default;
   CTableDiscovery(const CTableDiscovery&) = delete;
   CTableDiscovery& operator=(const CTableDiscovery&) = delete;
 
-  /// Settings are what the library is given as its configuration "ZrCore".
+  /// Settings is the configuration "ZrCore", which the library reads when the discovery is registered.
   CSettings& Settings() { return *settings_; }
 
-  /// Add lists a class. The strings are lent; the discovery takes references of its own.
+  /// Add lists a class. The discovery keeps its own references to both strings.
   void Add(const ZRUUID& classId, ZRSTR className, ZRSTR modulePath);
 
-  /// Answered is the module path that QueryComponent gave most recently, lent; null if it was never asked.
-  ZRSTR Answered() const { return answered_; }
+  /// LastModulePath lends the module path that QueryComponent returned most recently; null if it has returned none.
+  ZRSTR LastModulePath() const { return lastModulePath_; }
 
   uint32_t AddRef() override;
   uint32_t Release() override;
@@ -43,12 +44,12 @@ class CTableDiscovery final : public IZrComponentDiscovery {
     StringOwner modulePath;
   };
 
-  ~CTableDiscovery() { settings_->Release(); }  // by the last Release only
+  ~CTableDiscovery() { settings_->Release(); }  // private: only the last Release may delete the object
   const Entry* Find(const ZRUUID* classId) const;
 
   uint32_t references_ = 1;
   std::vector<Entry> entries_;
-  ZRSTR answered_ = nullptr;  // lent by an entry
+  ZRSTR lastModulePath_ = nullptr;  // owned by an entry
   CSettings* settings_ = new CSettings;
 };
 

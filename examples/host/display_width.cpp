@@ -1,3 +1,5 @@
+// The width of a character comes from sorted tables of code point ranges, which are searched by bisection.
+
 #include "host/display_width.h"
 
 #include <algorithm>
@@ -10,7 +12,7 @@ struct CodePointRange {
 
 // clang-format off
 
-// Marks that stand on the character before them, of the scripts in daily use, and invisible controls. Sorted.
+// Combining marks of the scripts in common use, and invisible control characters. Sorted.
 static constexpr CodePointRange kZeroColumns[] = {
     {0x0300, 0x036F}, {0x0483, 0x0489}, {0x0591, 0x05BD}, {0x05BF, 0x05BF}, {0x05C1, 0x05C2}, {0x05C4, 0x05C5},
     {0x05C7, 0x05C7}, {0x0610, 0x061A}, {0x061C, 0x061C}, {0x064B, 0x065F}, {0x0670, 0x0670}, {0x06D6, 0x06DC},
@@ -47,7 +49,7 @@ static constexpr CodePointRange kZeroColumns[] = {
     {0xAAF6, 0xAAF6}, {0xABE5, 0xABE5}, {0xABE8, 0xABE8}, {0xABED, 0xABED}, {0xD7B0, 0xD7FB}, {0xFB1E, 0xFB1E},
     {0xFE00, 0xFE0F}, {0xFE20, 0xFE2F}, {0xFEFF, 0xFEFF}, {0xFFF9, 0xFFFB}, {0xE0001, 0xE007F}, {0xE0100, 0xE01EF},};
 
-// Characters of the East Asian square, and what is drawn like them. Sorted.
+// Wide East Asian characters, and other characters that terminals draw two columns wide, such as emoji. Sorted.
 static constexpr CodePointRange kTwoColumns[] = {
     {0x1100, 0x115F}, {0x231A, 0x231B}, {0x2329, 0x232A}, {0x23E9, 0x23EC}, {0x23F0, 0x23F0}, {0x23F3, 0x23F3},
     {0x25FD, 0x25FE}, {0x2614, 0x2615}, {0x2648, 0x2653}, {0x267F, 0x267F}, {0x2693, 0x2693}, {0x26A1, 0x26A1},
@@ -64,7 +66,7 @@ static constexpr CodePointRange kTwoColumns[] = {
     {0x1F6D0, 0x1F6D2}, {0x1F6D5, 0x1F6DF}, {0x1F6EB, 0x1F6EC}, {0x1F6F4, 0x1F6FC}, {0x1F7E0, 0x1F7F0}, {0x1F90C, 0x1F93A},
     {0x1F93C, 0x1F945}, {0x1F947, 0x1F9FF}, {0x1FA70, 0x1FAF6}, {0x20000, 0x3FFFD},};
 
-// Hebrew, Arabic, Syriac, Thaana, N'Ko and their relatives; presentation forms; the old scripts; Adlam. Sorted.
+// Hebrew, Arabic, Syriac, Thaana, N'Ko and related scripts; presentation forms; historic scripts; Adlam. Sorted.
 static constexpr CodePointRange kRightToLeft[] = {
     {0x0590, 0x08FF}, {0xFB1D, 0xFDFF}, {0xFE70, 0xFEFE}, {0x10800, 0x10FFF}, {0x1E800, 0x1EFFF},
 };
@@ -78,7 +80,8 @@ static constexpr bool IsSorted(const CodePointRange (&ranges)[count]) {
   }
   return true;
 }
-static_assert(IsSorted(kZeroColumns) && IsSorted(kTwoColumns) && IsSorted(kRightToLeft), "searched by halves");
+static_assert(IsSorted(kZeroColumns) && IsSorted(kTwoColumns) && IsSorted(kRightToLeft),
+              "bisection needs sorted tables");
 
 template <std::size_t count>
 static bool Contains(const CodePointRange (&ranges)[count], char32_t codePoint) {

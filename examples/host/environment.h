@@ -1,4 +1,4 @@
-// What the program wants to know of the system that it runs on.
+// The platform layer of the demo: the functions that differ between systems, implemented in posix/ and windows/.
 
 #ifndef EXAMPLES_HOST_ENVIRONMENT_H
 #define EXAMPLES_HOST_ENVIRONMENT_H
@@ -8,23 +8,25 @@
 #include <string>
 #include <vector>
 
-/// CommandLine is what the user asked for, without the program's name in front. UTF-8, if the user's terminal was.
+/// CommandLine returns the arguments without the program's name. They are UTF-8 on Windows; on POSIX systems they are
+/// the bytes that the terminal sent.
 std::vector<std::string> CommandLine(int count, char** values);
 
-/// ModuleFile is how the file of a module is called here: "bodies.so" or "bodies.dll".
-std::string ModuleFile(const std::string& module);
+/// ModuleFileName returns the name of a module's file on this system: "bodies.so" or "bodies.dll".
+std::string ModuleFileName(const std::string& module);
 
-/// BesideProgram is the path of a file that lies in the folder of the running program. UTF-8.
-std::string BesideProgram(const std::string& fileName);
+/// PathInProgramFolder returns the path of a file in the folder of the running program, in UTF-8.
+std::string PathInProgramFolder(const std::string& fileName);
 
-/// AbsolutePath is a path from the root, of a path in UTF-8. A module is looked for in the system's own folders if its
-/// path has no slash.
+/// AbsolutePath converts a path in UTF-8 to an absolute path. Use it for module paths: the system searches its own
+/// folders for a module path without a slash, not the current folder.
 std::string AbsolutePath(const std::string& path);
 
-/// OpenToRead opens the file of a path in UTF-8, for reading bytes; null, with a reason in errno, if that fails.
+/// OpenToRead opens a file for reading bytes. The path is UTF-8. The result is null, with the reason in errno, if the
+/// file can't be opened.
 std::FILE* OpenToRead(const std::string& path);
 
-/// OutputWidth is how many columns the terminal behind standard output has; 120 if it is none.
+/// OutputWidth returns the number of columns of the terminal; 120 if standard output is not a terminal.
 uint32_t OutputWidth();
 
 #endif

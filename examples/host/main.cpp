@@ -1,7 +1,8 @@
-// zrdemo: turns a class name into an object of a module, hands it a CSV file and shows the table that it makes.
+// zrdemo: creates an object by the name of its class, passes it the columns of a CSV file, and shows the converted
+// table.
 //
-// The host's part is here: it registers a discovery that knows which module file holds which class. The client's part
-// (table_client.h) knows class names only. At the end all references must have come back.
+// This file is the host: it registers a discovery that knows which module file contains which class. The client
+// (table_client.h) knows only the class name. At the end the host checks that every reference was released.
 
 #include <cstdio>
 #include <exception>
@@ -18,7 +19,7 @@
 #include "host/discovery.h"
 #include "host/environment.h"
 #include "host/result_text.h"
-#include "host/string_book.h"
+#include "host/string_tracker.h"
 #include "host/table_client.h"
 #include "host/table_text.h"
 #include "host/utf8.h"
@@ -33,13 +34,14 @@ struct Arguments {
   bool wantsHelp = false;
 };
 
-// What was wrong with the command line, as opposed to what it asked for.
+// The command line is wrong: the exit status is 2 instead of 1.
 struct UsageError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
 static Arguments ReadArguments(const std::vector<std::string>& values) {
-  Arguments arguments{BesideProgram(ModuleFile("bodies")), kClassName, BesideProgram("bodies.csv"), false};
+  Arguments arguments{PathInProgramFolder(ModuleFileName("bodies")), kClassName, PathInProgramFolder("bodies.csv"),
+                      false};
   int position = 0;
   for (std::size_t i = 0; i < values.size(); ++i) {
     const std::string_view value = values[i];
@@ -58,8 +60,8 @@ static Arguments ReadArguments(const std::vector<std::string>& values) {
 }
 
 static StringOwner DecodeArgument(const std::string& argument, const char* meaning) {
-  if (FaultInUtf8(argument) == std::string::npos) return FromUtf8(argument);
-  throw std::runtime_error(std::string("the ") + meaning + " is not UTF-8");
+  if (FindInvalidUtf8(argument) == std::string::npos) return FromUtf8(argument);
+  throw std::runtime_error(std::string("the argument for the ") + meaning + " is not UTF-8");
 }
 
 static std::string Text(const ZRUUID& uuid) {
@@ -68,100 +70,102 @@ static std::string Text(const ZRUUID& uuid) {
   return ToUtf8(StringOwner(text).get());
 }
 
-// One line of the report, flushed so that it stays ahead of what is written to standard error.
-static void Say(const char* topic, const std::string& text) {
+// Prints one line of the report. It is flushed so that it appears before later messages on standard error.
+static void PrintLine(const char* topic, const std::string& text) {
   std::printf("  %-13s %s\n", topic, text.c_str());
   (void)std::fflush(stdout);
 }
 
-static void Complain(const char* text) { std::fprintf(stderr, "zrdemo: %s\n", text); }
+static void PrintError(const char* text) { std::fprintf(stderr, "zrdemo: %s\n", text); }
 
-// What the library says of a class that no discovery lists: one with an identifier made this moment.
-static std::string AskForUnknown() {
+// Tries to create an object of a class that no discovery lists, by a new identifier, and describes the result.
+static std::string CreateUnknownClass() {
   const std::unique_ptr<ZRUUID, decltype(&ZrDestroyUUID)> classId(ZrGenerateUUID(), &ZrDestroyUUID);
   void* object = nullptr;
   const ZRRESULT result = ZrCreateInstance(classId.get(), 0, &kBodyTableInterface, 0, &object);
   return Text(*classId) + ": " + Describe(result);
 }
 
-static void SayFailures(const std::vector<std::string>& lines) {
-  constexpr std::size_t kMost = 10;
-  for (std::size_t i = 0; i < lines.size() && i < kMost; ++i) Say(i == 0 ? "Not converted" : "", lines[i]);
-  if (lines.size() > kMost) Say("", "and " + std::to_string(lines.size() - kMost) + " more");
+static void PrintFailures(const std::vector<std::string>& lines) {
+  constexpr std::size_t kMaxLines = 10;
+  for (std::size_t i = 0; i < lines.size() && i < kMaxLines; ++i) PrintLine(i == 0 ? "Not converted" : "", lines[i]);
+  if (lines.size() > kMaxLines) PrintLine("", "and " + std::to_string(lines.size() - kMaxLines) + " more");
 }
 
-static void Show(WideView text) {
+static void PrintText(WideView text) {
   const StringOwner string(MakeString(text));
   if (string == nullptr) throw std::bad_alloc();
   std::printf("\n%s", ToUtf8(string.get()).c_str());
 }
 
-// The client's road: name, identifier, object, columns of texts in, columns of values out.
+// The client's call path: name, identifier, object, columns of texts in, columns of values out.
 static void ShowTable(CTableClient& client, ZRSTR className, const CTableDiscovery& discovery, const CsvTable& table,
-                      const std::string& csvPath, CStringBook& book) {
-  Say("Asked for", ToUtf8(className));
+                      const std::string& csvPath, CStringTracker& strings) {
+  PrintLine("Class name", ToUtf8(className));
   client.Find(className);
-  Say("Identifier", Text(client.ClassId()) + ", which is " + client.ClassName());
-  Say("Not known", AskForUnknown());
+  PrintLine("Identifier", Text(client.ClassId()) + ", the class " + client.ClassName());
+  PrintLine("Unknown class", CreateUnknownClass());
   client.Open();
-  Say("Answered by", ToUtf8(discovery.Answered()));
+  PrintLine("Loaded from", ToUtf8(discovery.LastModulePath()));
   client.AddTable(table);
-  Say("Handed over", std::to_string(table.columns.size()) + " columns of " + std::to_string(table.rows.size()) +
+  PrintLine("Added", std::to_string(table.columns.size()) + " columns of " + std::to_string(table.rows.size()) +
                          " texts each, from " + csvPath);
-  Say("Shared", std::to_string(book.Strings()) + " strings, " + std::to_string(book.References()) +
-                    " references on them while the object holds its columns");
+  PrintLine("Shared", std::to_string(strings.Count()) + " strings, with " + std::to_string(strings.References()) +
+                          " references while the object exists");
   const CTableText text(table, client.Columns());
-  Show(text.Cells(OutputWidth()));
-  Show(text.Summary(client.Summary(), OutputWidth()));
+  PrintText(text.Cells(OutputWidth()));
+  PrintText(text.Summary(client.Summary(), OutputWidth()));
   std::printf("\n");
-  SayFailures(text.Failures());
+  PrintFailures(text.Failures());
 }
 
-// Registers, lets the client work, and takes everything down again, whether that went well or not.
+// Opens the library, registers the discovery, lets the client work, and releases everything again, also after a
+// failure. Returns whether all of it succeeded and no reference is left.
 static bool Run(const Arguments& arguments) {
-  CStringBook book;
-  const CsvTable table = ReadCsvFile(arguments.csvPath, book);
-  const ZRSTR listedName = book.Enter(FromUtf8(kClassName));
-  const ZRSTR modulePath = book.Enter(DecodeArgument(arguments.modulePath, "module path"));
-  // Not in the book: the library remembers a name that it could answer, and so may keep a reference on it.
+  CStringTracker strings;
+  const CsvTable table = ReadCsvFile(arguments.csvPath, strings);
+  const ZRSTR listedName = strings.Add(FromUtf8(kClassName));
+  const ZRSTR modulePath = strings.Add(DecodeArgument(arguments.modulePath, "module path"));
+  // Not tracked: the library remembers a class name that it found until the process ends, and keeps a reference to it.
   const StringOwner className = DecodeArgument(arguments.className, "class name");
 
-  (void)ZrInitialize();  // can't fail
+  (void)ZrInitialize();  // never fails
   CTableDiscovery* discovery = new CTableDiscovery;
   uint32_t cookie = 0;
   CTableClient client;
   bool isGood = true;
   try {
     discovery->Add(kBodyTableClass, listedName, modulePath);
-    // The library keeps the records of released REFs and SREFs for the next ones, so many of each.
+    // The library may keep the memory of up to 64 destroyed REFs and 16 destroyed SREFs, to reuse it for new ones.
     discovery->Settings().Add(W("EnableAllocator"), W("TRUE"));
     discovery->Settings().Add(W("ZR_VT_REF"), W("64"));
     discovery->Settings().Add(W("ZR_VT_SREF"), W("16"));
     if (const ZRRESULT result = ZrAddComponentDiscovery(discovery, &cookie); ZR_FAILED(result)) {
-      throw std::runtime_error("the discovery was refused: " + Describe(result));
+      throw std::runtime_error("can't register the discovery: " + Describe(result));
     }
-    std::printf("ZrCore demo: from a class name to an object of a module that the client never names\n\n");
-    Say("Registered", "a discovery, under cookie " + std::to_string(cookie) + ", that lists");
-    Say("", ToUtf8(listedName) + " " + Text(kBodyTableClass));
-    Say("", "in " + ToUtf8(modulePath));
-    Say("Configured", "by " + std::to_string(discovery->Settings().Asked()) + " values that the library asked for");
-    ShowTable(client, className.get(), *discovery, table, arguments.csvPath, book);
+    std::printf("ZrCore demo: a client creates an object by its class name, without knowing the module\n\n");
+    PrintLine("Registered", "a discovery with cookie " + std::to_string(cookie) + ", which lists the class");
+    PrintLine("", ToUtf8(listedName) + " " + Text(kBodyTableClass));
+    PrintLine("", "in the module " + ToUtf8(modulePath));
+    PrintLine("Configured", "the library read " + std::to_string(discovery->Settings().ValuesRead()) + " settings");
+    ShowTable(client, className.get(), *discovery, table, arguments.csvPath, strings);
   } catch (const std::exception& error) {
-    Complain(error.what());
+    PrintError(error.what());
     isGood = false;
   }
 
-  // In this order: the object's code goes with the module, and the module with the discovery.
+  // This order is required: removing the discovery unloads the module, and with it the code of the object. Calling an
+  // object afterwards runs unloaded code and crashes.
   const uint32_t objectCount = client.Close();
   if (cookie != 0 && ZR_FAILED(ZrRemoveComponentDiscovery(cookie))) isGood = false;
   (void)ZrUninitialize();
   const uint32_t discoveryCount = discovery->Release();
 
-  const bool isBalanced = objectCount == 0 && discoveryCount == 0 && book.Outstanding() == 0;
-  Say("References", "left: object " + std::to_string(objectCount) + ", discovery " + std::to_string(discoveryCount) +
-                        ", the " + std::to_string(book.Strings()) + " shared strings " +
-                        std::to_string(book.Outstanding()) +
-                        (isBalanced ? ". All given back." : ". NOT all given back!"));
+  const bool isBalanced = objectCount == 0 && discoveryCount == 0 && strings.Outstanding() == 0;
+  PrintLine("References", "left: object " + std::to_string(objectCount) + ", discovery " +
+                              std::to_string(discoveryCount) + ", the " + std::to_string(strings.Count()) +
+                              " shared strings " + std::to_string(strings.Outstanding()) +
+                              (isBalanced ? ". All released." : ". NOT all released: this is a leak!"));
   return isGood && isBalanced;
 }
 
@@ -174,7 +178,7 @@ int main(int count, char** values) {
     }
     bool isGood = Run(arguments);
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-      Complain("can't write to standard output");
+      PrintError("can't write to standard output");
       isGood = false;
     }
     return isGood ? 0 : 1;
@@ -182,7 +186,7 @@ int main(int count, char** values) {
     std::fprintf(stderr, "%s\n", error.what());
     return 2;
   } catch (const std::exception& error) {
-    Complain(error.what());
+    PrintError(error.what());
     return 1;
   }
 }

@@ -1,3 +1,5 @@
+// The library's registry provides the name of each code; this file adds what the code means for a user of the demo.
+
 #include "host/result_text.h"
 
 #include <zrcore/error_info.h>
@@ -13,10 +15,10 @@ struct Reason {
 };
 
 static constexpr Reason kReasons[] = {
-    {ZR_R_CLASS_NOT_REGISTERED, " (nobody offers this class)"},
+    {ZR_R_CLASS_NOT_REGISTERED, " (no discovery lists this class)"},
     {ZR_R_FILE_NOT_FOUND, " (the module can't be loaded)"},
     {ZR_R_INVALID_SYSTEM, " (the file is not a component module)"},
-    {ZR_R_NOT_SUPPORTED, " (the module refused to start)"},
+    {ZR_R_NOT_SUPPORTED, " (the module failed to start)"},
     {ZR_R_NO_INTERFACE, " (the object is not a table)"},
 };
 

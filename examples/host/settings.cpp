@@ -1,8 +1,10 @@
+// A configuration as a list of texts. Each query creates a value object with one reference for the caller.
+
 #include "host/settings.h"
 
 #include "code_units.h"
 
-/// CTextValue is one value, with a reference of its own on the text.
+/// CTextValue is one value. It owns a reference to its text.
 class CTextValue final : public CCounted<IZrConfigurationValue> {
  public:
   explicit CTextValue(ZRSTR text) : text_(ZrCopyString(text)) {}
@@ -31,7 +33,7 @@ ZRRESULT CSettings::QueryValue(ZRSTR name, IZrConfigurationValue** value) {
   for (const Entry& entry : entries_) {
     if (Units(entry.name.get()) != Units(name)) continue;
     *value = new CTextValue(entry.text.get());
-    ++asked_;
+    ++valuesRead_;
     return ZR_R_OK;
   }
   return ZR_R_NOT_EXISTING;

@@ -1,4 +1,4 @@
-// What the host configures: a list of names with values, as clients and the library itself ask for it.
+// The host's configuration: a list of names with values, which clients and the library itself can query.
 
 #ifndef EXAMPLES_HOST_SETTINGS_H
 #define EXAMPLES_HOST_SETTINGS_H
@@ -11,7 +11,8 @@
 #include "code_units.h"
 #include "owners.h"
 
-/// CCounted counts the references of an object that is made with one and frees itself with the last.
+/// CCounted implements reference counting. The object starts with one reference, which belongs to its creator; the last
+/// Release deletes it. It must be created with new.
 template <class... Interfaces>
 class CCounted : public Interfaces... {
  public:
@@ -37,14 +38,15 @@ class CCounted : public Interfaces... {
   uint32_t references_ = 1;
 };
 
-/// CSettings is a configuration and its only section. Fill it before anybody asks: Add has no lock.
+/// CSettings is a configuration and its only section. Add has no lock: calling it after other threads may query the
+/// settings is a data race.
 class CSettings final : public CCounted<IZrConfiguration, IZrConfigurationSection> {
  public:
-  /// Add lists a value. A text will do for any type: who asks converts it to what is wanted.
+  /// Add adds a value. Values of all types are texts: whoever reads one converts it to the type it needs.
   void Add(WideView name, WideView text);
 
-  /// Asked tells how many values have been given so far.
-  std::size_t Asked() const { return asked_; }
+  /// ValuesRead returns how many values have been queried so far.
+  std::size_t ValuesRead() const { return valuesRead_; }
 
   ZRRESULT QuerySection(IZrConfigurationSection** section) override;
   ZRRESULT QueryValue(ZRSTR name, IZrConfigurationValue** value) override;
@@ -55,7 +57,7 @@ class CSettings final : public CCounted<IZrConfiguration, IZrConfigurationSectio
     StringOwner text;
   };
   std::vector<Entry> entries_;
-  std::size_t asked_ = 0;
+  std::size_t valuesRead_ = 0;
 };
 
 #endif

@@ -1,3 +1,6 @@
+// The client's path: class name -> class identifier -> object -> arrays of texts in, arrays of values out. Each failure
+// becomes an exception with a message for the user.
+
 #include "host/table_client.h"
 
 #include <stdexcept>
@@ -6,12 +9,12 @@
 #include "host/result_text.h"
 #include "host/utf8.h"
 
-static void Require(ZRRESULT result, const char* deed) {
-  if (ZR_FAILED(result)) throw std::runtime_error(std::string("the object can't ") + deed + ": " + Describe(result));
+static void Require(ZRRESULT result, const char* action) {
+  if (ZR_FAILED(result)) throw std::runtime_error(std::string("the object can't ") + action + ": " + Describe(result));
 }
 
 void CTableClient::Find(ZRSTR className) {
-  // The sign alone tells failure: modules and hosts may have successes above zero.
+  // Only a negative result is a failure: modules and hosts may define positive success codes.
   if (const ZRRESULT result = ZrCLSIDFromClassName(className, &classId_); ZR_FAILED(result)) {
     throw std::runtime_error("no class is registered under the name \"" + ToUtf8(className) +
                              "\": " + Describe(result));
@@ -26,7 +29,9 @@ void CTableClient::Find(ZRSTR className) {
 void CTableClient::Open() {
   void* object = nullptr;
   const ZRRESULT result = ZrCreateInstance(&classId_, 0, &kBodyTableInterface, 0, &object);
-  if (ZR_FAILED(result)) throw std::runtime_error("no object of \"" + className_ + "\": " + Describe(result));
+  if (ZR_FAILED(result)) {
+    throw std::runtime_error("can't create an object of \"" + className_ + "\": " + Describe(result));
+  }
   table_ = static_cast<IBodyTable*>(object);
 }
 
@@ -40,7 +45,7 @@ void CTableClient::AddTable(const CsvTable& table) {
     }
     const CVariantOwner column = CVariantOwner::OfArray(ZR_VT_STR, std::move(texts));
     const CsvColumn& title = table.columns[c];
-    Require(table_->AddColumn(title.title, title.type, &column.Get()), "take a column");
+    Require(table_->AddColumn(title.title, title.type, &column.Get()), "add a column");
     ++columnCount_;
   }
 }
@@ -48,14 +53,14 @@ void CTableClient::AddTable(const CsvTable& table) {
 std::vector<ColumnValues> CTableClient::Columns() {
   std::vector<ColumnValues> columns(columnCount_);
   for (uint32_t c = 0; c < columnCount_; ++c) {
-    Require(table_->Column(c, columns[c].values.Address(), columns[c].codes.Address()), "give a column");
+    Require(table_->Column(c, columns[c].values.Address(), columns[c].codes.Address()), "return a column");
   }
   return columns;
 }
 
 CVariantOwner CTableClient::Summary() {
   CVariantOwner summary;
-  Require(table_->Summary(summary.Address()), "sum up the columns");
+  Require(table_->Summary(summary.Address()), "summarise the columns");
   return summary;
 }
 

@@ -1,4 +1,4 @@
-// The client: it knows the name of a class and what its objects can do. Where they come from it never learns.
+// The client: it knows the name of a class and the interface of its objects. It doesn't know which module creates them.
 
 #ifndef EXAMPLES_HOST_TABLE_CLIENT_H
 #define EXAMPLES_HOST_TABLE_CLIENT_H
@@ -11,13 +11,15 @@
 #include "host/csv_file.h"
 #include "owners.h"
 
-/// ColumnValues is what IBodyTable tells about a column, in arrays.
+/// ColumnValues contains the two arrays that IBodyTable::Column returns.
 struct ColumnValues {
   CVariantOwner values;
   CVariantOwner codes;
 };
 
-/// Every operation that fails throws std::runtime_error with one sentence for the user. None may be called before Open.
+/// CTableClient creates one object of a class and uses it. Call Find, then Open, then the other functions. AddTable,
+/// Columns and Summary must not be called before Open: they would dereference a null pointer. A failure throws
+/// std::runtime_error with a message for the user.
 class CTableClient {
  public:
   CTableClient() = default;
@@ -25,26 +27,26 @@ class CTableClient {
   CTableClient& operator=(const CTableClient&) = delete;
   ~CTableClient() { (void)Close(); }
 
-  /// Find turns the name into the class identifier, and that back into a name.
+  /// Find looks up the class identifier of a name, and the name of that identifier.
   void Find(ZRSTR className);
 
-  /// Open makes the object of the class that was found.
+  /// Open creates an object of the class that Find looked up. Call it only once: a second object would leak the first.
   void Open();
 
-  /// AddTable hands over the columns, one by one, each as an array of texts.
+  /// AddTable passes the columns to the object one by one, each as an array of texts.
   void AddTable(const CsvTable& table);
 
-  /// Columns gives the values of all columns.
+  /// Columns returns the values of all columns.
   std::vector<ColumnValues> Columns();
 
-  /// Summary gives an array of variants, as IBodyTable describes it.
+  /// Summary returns an array of variants; see IBodyTable::Summary.
   CVariantOwner Summary();
 
-  /// Close releases the object, if there is one, and answers how many references that left.
+  /// Close releases the object, if there is one, and returns the number of references that remain.
   uint32_t Close();
 
   const ZRUUID& ClassId() const { return classId_; }
-  const std::string& ClassName() const { return className_; }  // as it came back, in UTF-8
+  const std::string& ClassName() const { return className_; }  // the name that the library returned, in UTF-8
 
  private:
   ZRUUID classId_ = {};

@@ -1,5 +1,5 @@
-// The way of a cell: units -> paragraphs of glyphs, with each control character made visible -> lines that fit the
-// column -> units again, filled up with spaces by display width.
+// Each cell passes through these forms: code units -> paragraphs of glyphs, with control characters made visible ->
+// lines that fit into the column -> code units, padded with spaces to the display width of the column.
 
 #include "host/table_layout.h"
 
@@ -18,13 +18,13 @@ using Cell = std::vector<GlyphLine>;
 
 struct Column {
   std::size_t width = 1;
-  std::size_t least = 1;  // never narrower
+  std::size_t minWidth = 1;  // Narrow must not go below this
   bool isNumeric = false;
-  TableSide side = TableSide::ByContent;
+  Alignment alignment = Alignment::ByContent;
 };
 
-static constexpr std::size_t kLeastTextWidth = 6;
-static constexpr std::size_t kLeastSidedWidth = 16;
+static constexpr std::size_t kMinTextWidth = 6;
+static constexpr std::size_t kMinAlignedWidth = 16;
 static constexpr std::size_t kAnyWidth = std::numeric_limits<std::size_t>::max();
 static constexpr char32_t kReplacement = 0xFFFD;
 static constexpr WCHAR kLeftToRightMark = 0x200E;
@@ -32,7 +32,7 @@ static constexpr WCHAR kLeftToRightMark = 0x200E;
 static bool IsHighSurrogate(char32_t unit) { return (unit & 0xFFFFFC00u) == 0xD800u; }
 static bool IsLowSurrogate(char32_t unit) { return (unit & 0xFFFFFC00u) == 0xDC00u; }
 
-// A control character would move the cursor and with it the table, so it is shown as the picture of its name.
+// A control character would move the cursor and break the table, so it is replaced by its visible symbol.
 static char32_t Visible(char32_t codePoint) {
   if (codePoint < 0x20) return 0x2400 + codePoint;
   if (codePoint == 0x7F) return 0x2421;
@@ -41,7 +41,7 @@ static char32_t Visible(char32_t codePoint) {
   return codePoint;
 }
 
-// The paragraphs of a text: one, and one more for each line break in it.
+// Splits a text into paragraphs: one, plus one for each line break in it.
 static Cell Paragraphs(const WideText& text) {
   Cell paragraphs(1);
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -74,7 +74,7 @@ static std::size_t Width(const Cell& cell) {
   return width;
 }
 
-// A sign, digits with at most one point, an exponent: what a person reads as a number.
+// A number is an optional sign, digits with at most one decimal point, and an optional exponent.
 static bool IsNumber(const WideText& text) {
   static constexpr WCHAR kMinusSign = 0x2212;
   std::size_t at = 0;
@@ -101,13 +101,14 @@ static bool IsNumber(const WideText& text) {
   return at == text.size();
 }
 
-// Breaks a paragraph into lines of at most `limit` columns: at a space, which goes, or within a word that is wider
-// than the line. A mark stays with its character, and a line takes at least one character however narrow it is.
+// Breaks a paragraph into lines of at most `limit` columns. A line breaks at a space, which is dropped, or inside a
+// word that is wider than the line. A combining mark stays with its character. A line has at least one character, even
+// if that is wider than the limit.
 static void Wrap(const GlyphLine& paragraph, std::size_t limit, Cell& lines) {
   constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
   std::size_t begin = 0;
   std::size_t width = 0;
-  std::size_t space = kNone;  // the last one in the line
+  std::size_t space = kNone;  // the position of the last space in the line
   for (std::size_t i = 0; i < paragraph.size(); ++i) {
     if (width > 0 && width + paragraph[i].width > limit) {
       const bool isSpace = paragraph[i].codePoint == U' ';
@@ -133,11 +134,11 @@ static Cell Wrap(const Cell& paragraphs, std::size_t limit) {
   return lines;
 }
 
-static std::vector<Column> Measure(const std::vector<TableRow>& rows, const std::vector<TableSide>& sides) {
+static std::vector<Column> Measure(const std::vector<TableRow>& rows, const std::vector<Alignment>& alignments) {
   std::vector<Column> columns(rows[0].size());
   for (std::size_t c = 0; c < columns.size(); ++c) {
     Column& column = columns[c];
-    column.side = sides[c];
+    column.alignment = alignments[c];
     std::size_t filled = 0;
     std::size_t numbers = 0;
     for (std::size_t r = 0; r < rows.size(); ++r) {
@@ -147,20 +148,20 @@ static std::vector<Column> Measure(const std::vector<TableRow>& rows, const std:
       ++filled;
       if (!IsNumber(rows[r][c])) continue;
       ++numbers;
-      column.least = std::max(column.least, width);
+      column.minWidth = std::max(column.minWidth, width);
     }
     column.isNumeric = numbers * 2 > filled;
-    const std::size_t least = column.side == TableSide::ByContent ? kLeastTextWidth : kLeastSidedWidth;
-    column.least = std::max(column.least, std::min(column.width, least));
+    const std::size_t minWidth = column.alignment == Alignment::ByContent ? kMinTextWidth : kMinAlignedWidth;
+    column.minWidth = std::max(column.minWidth, std::min(column.width, minWidth));
   }
   return columns;
 }
 
-// Cuts the widest columns down to one common width, the largest with which the table fits.
+// Limits the widest columns to one common width: the largest with which the table fits.
 static void Narrow(std::vector<Column>& columns, std::size_t width) {
   const std::size_t frame = columns.size() * 3 + 1;
   const auto capped = [](const Column& column, std::size_t cap) {
-    return std::max(column.least, std::min(column.width, cap));
+    return std::max(column.minWidth, std::min(column.width, cap));
   };
   const auto total = [&](std::size_t cap) {
     std::size_t sum = frame;
@@ -170,9 +171,9 @@ static void Narrow(std::vector<Column>& columns, std::size_t width) {
   if (total(kAnyWidth) <= width) return;
   std::size_t cap = width;
   while (cap > 1 && total(cap) > width) --cap;
-  std::size_t spare = width - std::min(width, total(cap));  // fewer columns than there are wide ones
+  std::size_t spare = width - std::min(width, total(cap));  // less than the number of wide columns: one each
   for (Column& column : columns) {
-    const bool isWide = column.width > cap && column.least <= cap;
+    const bool isWide = column.width > cap && column.minWidth <= cap;
     column.width = capped(column, cap);
     if (isWide && spare > 0) {
       ++column.width;
@@ -190,18 +191,19 @@ static void Append(WideText& out, char32_t codePoint) {
   out += static_cast<WCHAR>(0xDC00 + ((codePoint - 0x10000) & 0x3FF));
 }
 
-static void AppendLine(WideText& out, const GlyphLine& line, std::size_t width, bool isToTheRight) {
+static void AppendLine(WideText& out, const GlyphLine& line, std::size_t width, bool isRightAligned) {
   const std::size_t used = Width(line);
   const std::size_t fill = width - std::min(width, used);
-  if (isToTheRight) out.append(fill, W(' '));
+  if (isRightAligned) out.append(fill, W(' '));
   bool isRightToLeft = false;
   for (const Glyph& glyph : line) {
     Append(out, glyph.codePoint);
     isRightToLeft = isRightToLeft || IsRightToLeft(glyph.codePoint);
   }
-  // Where a terminal knows of direction, the mark keeps the cells behind this one from being drawn in front of it.
+  // In a terminal that supports right-to-left text, the mark keeps the next cells from being drawn to the left of this
+  // one.
   if (isRightToLeft) out += kLeftToRightMark;
-  if (!isToTheRight) out.append(fill, W(' '));
+  if (!isRightAligned) out.append(fill, W(' '));
 }
 
 static void AppendRule(WideText& out, const std::vector<Column>& columns, const WCHAR (&ends)[4]) {
@@ -216,7 +218,7 @@ static void AppendRule(WideText& out, const std::vector<Column>& columns, const 
 static void AppendRow(WideText& out, const TableRow& row, const std::vector<Column>& columns, bool isTitle) {
   std::vector<Cell> cells;
   cells.reserve(row.size());
-  const GlyphLine below;  // what a cell shows under its last line
+  const GlyphLine below;  // empty: fills the lines below the last line of a cell
   std::size_t height = 1;
   for (std::size_t c = 0; c < row.size(); ++c) {
     cells.push_back(Wrap(Paragraphs(row[c]), columns[c].width));
@@ -226,16 +228,16 @@ static void AppendRow(WideText& out, const TableRow& row, const std::vector<Colu
     for (std::size_t c = 0; c < cells.size(); ++c) {
       out += c == 0 ? W("│ ") : W(" │ ");
       const bool isNumber = isTitle ? columns[c].isNumeric : IsNumber(row[c]);
-      const TableSide side = columns[c].side;
-      const bool isToTheRight = side == TableSide::ByContent ? isNumber : side == TableSide::Right;
-      AppendLine(out, h < cells[c].size() ? cells[c][h] : below, columns[c].width, isToTheRight);
+      const Alignment alignment = columns[c].alignment;
+      const bool isRightAligned = alignment == Alignment::ByContent ? isNumber : alignment == Alignment::Right;
+      AppendLine(out, h < cells[c].size() ? cells[c][h] : below, columns[c].width, isRightAligned);
     }
     out += W(" │\n");
   }
 }
 
-WideText LayOutTable(const std::vector<TableRow>& rows, const std::vector<TableSide>& sides, std::size_t width) {
-  std::vector<Column> columns = Measure(rows, sides);
+WideText LayOutTable(const std::vector<TableRow>& rows, const std::vector<Alignment>& alignments, std::size_t width) {
+  std::vector<Column> columns = Measure(rows, alignments);
   if (width != 0) Narrow(columns, width);
   WideText out;
   AppendRule(out, columns, W("╭┬╮"));

@@ -1,4 +1,4 @@
-// A table of texts as lines for a terminal.
+// Lays out a table of texts as lines for a terminal.
 
 #ifndef EXAMPLES_HOST_TABLE_LAYOUT_H
 #define EXAMPLES_HOST_TABLE_LAYOUT_H
@@ -10,17 +10,18 @@
 
 using TableRow = std::vector<WideText>;
 
-/// TableSide is where the cells of a column go. ByContent: numbers to the right, the rest to the left.
-enum class TableSide { ByContent, Left, Right };
+/// Alignment is the horizontal alignment of a column. ByContent aligns numbers to the right and other texts to the
+/// left.
+enum class Alignment { ByContent, Left, Right };
 
-/// LayOutTable frames and aligns the rows.
+/// LayOutTable returns the rows as a table with a frame.
 ///
-/// If the table is wider than wanted, the widest columns of text become narrower and their cells go on in more lines.
-/// Columns have a least width, and numbers are never broken: a table of many columns may stay too wide.
+/// If the table would be wider than `width`, the widest columns become narrower and their cells take several lines.
+/// Columns have a minimum width, and numbers are never broken, so a table with many columns may stay too wide.
 ///
-/// @param rows   the titles first; all of one length, which is not 0.
-/// @param sides  one for each column.
-/// @param width  in columns of a terminal; 0 means any.
-WideText LayOutTable(const std::vector<TableRow>& rows, const std::vector<TableSide>& sides, std::size_t width);
+/// @param rows        the first row contains the titles. All rows must have the same number of cells, at least one.
+/// @param alignments  one per column.
+/// @param width       in columns of the terminal; 0 means no limit.
+WideText LayOutTable(const std::vector<TableRow>& rows, const std::vector<Alignment>& alignments, std::size_t width);
 
 #endif

@@ -1,3 +1,5 @@
+// Converts the values of the object to texts, marks the cells that did not convert, and lays out both tables.
+
 #include "host/table_text.h"
 
 #include <algorithm>
@@ -12,8 +14,8 @@
 
 static constexpr WideView kMark = W(" ✗");
 
-// On one line: a line break in a cell is a blank here, as is all else that would move the cursor.
-static std::string Shown(ZRSTR string) {
+// Returns a string as UTF-8 on one line: every control character, line breaks included, becomes a space.
+static std::string OnOneLine(ZRSTR string) {
   std::string text = ToUtf8(string);
   for (char& byte : text) {
     if (static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F) byte = ' ';
@@ -21,7 +23,8 @@ static std::string Shown(ZRSTR string) {
   return text;
 }
 
-static WideText Wide(const char* ascii) { return WideText(ascii, ascii + std::char_traits<char>::length(ascii)); }
+// Every character of `ascii` must be below 0x80.
+static WideText FromAscii(const char* ascii) { return WideText(ascii, ascii + std::char_traits<char>::length(ascii)); }
 
 CTableText::CTableText(const CsvTable& table, const std::vector<ColumnValues>& columns) : table_(table) {
   for (std::size_t c = 0; c < columns.size(); ++c) columns_.push_back(ReadColumn(c, columns[c]));
@@ -29,7 +32,7 @@ CTableText::CTableText(const CsvTable& table, const std::vector<ColumnValues>& c
 
 CTableText::ColumnText CTableText::ReadColumn(std::size_t column, const ColumnValues& values) {
   const CsvColumn& title = table_.columns[column];
-  // As variants, values of all types are alike.
+  // As an array of variants, columns of all types can be handled alike.
   const ArrayOwner variants = CopyArray(values.values.Array());
   (void)ZrSafeArrayChangeType(variants.get(), 0, ZR_VT_VARIANT);
   const CElements<ZRVARIANT> value(variants.get());
@@ -40,15 +43,16 @@ CTableText::ColumnText CTableText::ReadColumn(std::size_t column, const ColumnVa
   text.cells.resize(table_.rows.size());
   for (std::size_t r = 0; r < table_.rows.size(); ++r) {
     if (code[r] == ZR_R_OK) {
-      ZRVARIANT shown = value[r];                             // lent by the array
-      if (title.type == ZR_VT_BOOL) shown.Type = ZR_VT_BOOL;  // as an element it was a number
+      ZRVARIANT shown = value[r];                             // the array still owns the value: don't clear it
+      if (title.type == ZR_VT_BOOL) shown.Type = ZR_VT_BOOL;  // the conversion made a number of it
       text.cells[r] = ValueText(shown);
       if (hasFraction) text.fraction = std::max(text.fraction, FractionLength(text.cells[r]));
     } else if (code[r] != ZR_R_EMPTY_VALUE) {
       const ZRSTR cell = table_.rows[r].cells[column];
       text.cells[r].append(Units(cell)).append(kMark);
-      failures_.push_back("line " + std::to_string(table_.rows[r].line) + ", \"" + Shown(title.title) + "\": \"" +
-                          Shown(cell) + "\" is no " + TypeName(title.type) + ": " + Describe(code[r]));
+      failures_.push_back("line " + std::to_string(table_.rows[r].line) + ", \"" + OnOneLine(title.title) + "\": \"" +
+                          OnOneLine(cell) + "\" does not convert to " + TypeName(title.type) + ": " +
+                          Describe(code[r]));
     }
   }
   for (std::size_t r = 0; r < table_.rows.size(); ++r) {
@@ -59,15 +63,15 @@ CTableText::ColumnText CTableText::ReadColumn(std::size_t column, const ColumnVa
 
 WideText CTableText::Cells(std::size_t width) const {
   std::vector<TableRow> rows(table_.rows.size() + 1);
-  std::vector<TableSide> sides;
+  std::vector<Alignment> alignments;
   for (std::size_t c = 0; c < columns_.size(); ++c) {
     const CsvColumn& title = table_.columns[c];
-    const TableSide side = title.type == ZR_VT_STR ? TableSide::ByContent : TableSide::Left;
-    sides.push_back(IsNumber(title.type) ? TableSide::Right : side);
+    const Alignment alignment = title.type == ZR_VT_STR ? Alignment::ByContent : Alignment::Left;
+    alignments.push_back(IsNumber(title.type) ? Alignment::Right : alignment);
     rows[0].emplace_back(Units(title.title));
     for (std::size_t r = 0; r < table_.rows.size(); ++r) rows[r + 1].push_back(columns_[c].cells[r]);
   }
-  return LayOutTable(rows, sides, width);
+  return LayOutTable(rows, alignments, width);
 }
 
 WideText CTableText::Summary(const CVariantOwner& summary, std::size_t width) const {
@@ -84,9 +88,9 @@ WideText CTableText::Summary(const CVariantOwner& summary, std::size_t width) co
       row.push_back(ValueText(cell.Get(), fraction));
       if (isReal) FillFraction(row.back(), fraction);
     }
-    row.push_back(Wide(TypeName(table_.columns[c].type)));
+    row.push_back(FromAscii(TypeName(table_.columns[c].type)));
   }
-  std::vector<TableSide> sides(rows[0].size(), TableSide::Right);
-  sides.front() = sides.back() = TableSide::Left;
-  return LayOutTable(rows, sides, width);
+  std::vector<Alignment> alignments(rows[0].size(), Alignment::Right);
+  alignments.front() = alignments.back() = Alignment::Left;
+  return LayOutTable(rows, alignments, width);
 }

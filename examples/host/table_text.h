@@ -1,4 +1,4 @@
-// What came back from the table's object, as lines of text.
+// The values that the object returned, as tables and lines of text.
 
 #ifndef EXAMPLES_HOST_TABLE_TEXT_H
 #define EXAMPLES_HOST_TABLE_TEXT_H
@@ -13,23 +13,24 @@
 
 class CTableText {
  public:
-  /// @param table    what was handed over; outlives this.
-  /// @param columns  what came back, one for each column.
+  /// @param table    the table that was passed to the object. It must not be destroyed before this.
+  /// @param columns  the values that the object returned, one per column.
   CTableText(const CsvTable& table, const std::vector<ColumnValues>& columns);
 
-  /// Cells is the table itself, for a terminal of this width. A text that is no value is shown as it is, with a mark.
+  /// Cells returns the table itself, for a terminal of this width. A cell that didn't convert shows its text and a
+  /// mark.
   WideText Cells(std::size_t width) const;
 
-  /// Summary is a table of what the object tells about each column.
+  /// Summary returns the summary as a table, one row per column.
   WideText Summary(const CVariantOwner& summary, std::size_t width) const;
 
-  /// Failures gives a line for each text that is no value of its column's type: where it is, and why.
+  /// Failures returns one line of text for each cell that didn't convert: its place, its text and the reason.
   const std::vector<std::string>& Failures() const { return failures_; }
 
  private:
   struct ColumnText {
     std::vector<WideText> cells;
-    unsigned fraction = 0;  // the most digits behind a point
+    unsigned fraction = 0;  // the largest number of digits after a decimal point
   };
 
   ColumnText ReadColumn(std::size_t column, const ColumnValues& values);

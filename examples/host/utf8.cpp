@@ -1,3 +1,5 @@
+// The strict check compares each character with a table of the legal byte sequences. The conversions use the library.
+
 #include "host/utf8.h"
 
 #include <zrcore/unicode.h>
@@ -6,8 +8,8 @@
 #include <limits>
 #include <new>
 
-// What a first byte says. The second byte's range is where overlong forms, surrogates and too large values are told
-// from good ones; all further bytes are 0x80 to 0xBF.
+// The legal bytes of a character, by its first byte. The range of the second byte excludes overlong forms, surrogates
+// and values above U+10FFFF. All further bytes are 0x80 to 0xBF.
 struct Lead {
   std::size_t length;
   unsigned char first, last;
@@ -28,7 +30,7 @@ static constexpr Lead kLeads[] = {
 };
 // clang-format on
 
-// The length of the character at the start of the bytes, of which there is at least one; 0 if there is none.
+// Returns the length of the character at the start of `bytes`, which must not be empty; 0 if the bytes are not valid.
 static std::size_t CharacterLength(std::string_view bytes) {
   const auto isIn = [&](std::size_t i, unsigned char least, unsigned char most) {
     const auto byte = static_cast<unsigned char>(bytes[i]);
@@ -46,7 +48,7 @@ static std::size_t CharacterLength(std::string_view bytes) {
   return 0;
 }
 
-std::size_t FaultInUtf8(std::string_view bytes) {
+std::size_t FindInvalidUtf8(std::string_view bytes) {
   for (std::size_t at = 0; at < bytes.size();) {
     const std::size_t length = CharacterLength(bytes.substr(at));
     if (length == 0) return at;
@@ -66,7 +68,7 @@ StringOwner FromUtf8(const std::string& bytes) {
 }
 
 std::string ToUtf8(ZRSTR string) {
-  const std::int32_t size = ZrZRSTRtoUTF8(string, nullptr, 0);  // with the zero byte; 0 for a null string
+  const std::int32_t size = ZrZRSTRtoUTF8(string, nullptr, 0);  // includes the zero byte; 0 for a null string
   if (size <= 1) return {};
   std::string bytes(static_cast<std::size_t>(size), '\0');
   (void)ZrZRSTRtoUTF8(string, bytes.data(), size);

@@ -1,4 +1,4 @@
-// The way between a terminal's or a file's UTF-8 and the 16-bit text of the library.
+// Conversion between UTF-8, in files and on terminals, and the library's 16-bit strings.
 
 #ifndef EXAMPLES_HOST_UTF8_H
 #define EXAMPLES_HOST_UTF8_H
@@ -9,16 +9,17 @@
 
 #include "owners.h"
 
-/// FaultInUtf8 is the place of the first byte that begins no UTF-8; npos if all is well. It is strict: no overlong
-/// forms, no surrogates, nothing beyond U+10FFFF, no character that breaks off.
-std::size_t FaultInUtf8(std::string_view bytes);
+/// FindInvalidUtf8 returns the position of the first byte that doesn't begin a valid character; npos if all bytes are
+/// valid. It is strict: overlong forms, surrogates, values above U+10FFFF and incomplete characters are invalid.
+std::size_t FindInvalidUtf8(std::string_view bytes);
 
-/// FromUtf8 makes a string of UTF-8 without a fault. The library's own check is loose, so check strictly before.
+/// FromUtf8 converts valid UTF-8 to a string. Call FindInvalidUtf8 first: the library accepts some invalid sequences.
 ///
-/// Throws std::bad_alloc, also for a text that a string has no room for.
+/// Throws std::bad_alloc when out of memory, or if the text is too long for a string.
 StringOwner FromUtf8(const std::string& bytes);
 
-/// ToUtf8 writes an unpaired surrogate as U+FFFD, since no UTF-8 exists for it. A zero unit ends the text.
+/// ToUtf8 converts a string to UTF-8. An unpaired surrogate, which UTF-8 can't represent, becomes U+FFFD. The result
+/// ends before the first zero unit.
 std::string ToUtf8(ZRSTR string);
 
 #endif

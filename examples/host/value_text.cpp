@@ -1,3 +1,5 @@
+// The library converts each value to text; this file shortens the text or adds to it for the table.
+
 #include "host/value_text.h"
 
 #include <zrcore/zrcore.h>
@@ -20,9 +22,10 @@ static WideText LibraryText(const ZRVARIANT& value) {
   return WideText(Units(text.Get().Value.string));
 }
 
-// Without those that end a fraction. The library writes all digits, six of a real number and seven of a time.
+// Removes the zeros at the end of a fraction. The library always writes six digits for a real number and seven for a
+// time.
 static WideText WithoutZeros(WideText text) {
-  if (FractionLength(text) == 0) return text;  // such as an infinity
+  if (FractionLength(text) == 0) return text;  // no fraction, for example an infinity
   text.resize(text.find_last_not_of(W('0')) + 1);
   if (text.back() == W('.')) text.pop_back();
   return text;

@@ -1,4 +1,4 @@
-// Values as a table shows them.
+// The text of a value in a table.
 
 #ifndef EXAMPLES_HOST_VALUE_TEXT_H
 #define EXAMPLES_HOST_VALUE_TEXT_H
@@ -9,21 +9,21 @@
 
 #include "code_units.h"
 
-/// IsNumber tells whether values of this type are numbers to a reader, IsReal whether they may have a fraction.
+/// IsNumber returns whether the values of this type are numbers; IsReal whether they can have a fraction.
 bool IsNumber(uint16_t type) noexcept;
 bool IsReal(uint16_t type) noexcept;
 
-/// ValueText is the text that the library converts a value to, without what says nothing: zeros at the end of a
-/// fraction or of a REF, the time of day of a date. A date has its day of the week.
+/// ValueText returns the text of a value, shortened for a table. Zeros at the end of a fraction or of a REF are left
+/// out, and so is the time of day of a date at midnight. A date begins with its day of the week.
 ///
-/// @param fraction  the most digits behind the point of a real number, which is rounded to them; up to 6. Of a date, 0
-///                  leaves out the time of day.
+/// @param fraction  for a real number, the maximum number of digits after the decimal point, at most 6; the number is
+///                  rounded. For a date, 0 leaves out the time of day.
 WideText ValueText(const ZRVARIANT& value, unsigned fraction = 6);
 
-/// FractionLength is how many digits behind its point the text of a number or a time of day has.
+/// FractionLength returns the number of digits after the decimal point in the text of a number or a time of day.
 unsigned FractionLength(const WideText& text);
 
-/// FillFraction puts zeros at the end of a number until it has so many digits behind its point.
+/// FillFraction appends zeros to the text of a number until it has `length` digits after the decimal point.
 void FillFraction(WideText& number, unsigned length);
 
 #endif

@@ -1,9 +1,12 @@
+// The operations of IBodyTable. Each one builds its result completely before it changes the table or an out-value, so a
+// failure changes nothing.
+
 #include "module/body_table_object.h"
 
 #include <new>
 #include <utility>
 
-// Between modules only codes travel: no exception may leave an operation.
+// An exception must not leave an operation: only result codes cross the boundary between host and module.
 template <class Body>
 static ZRRESULT Guarded(Body&& body) noexcept {
   try {
@@ -15,7 +18,8 @@ static ZRRESULT Guarded(Body&& body) noexcept {
   }
 }
 
-static void Give(CVariantOwner from, ZRVARIANT* to) noexcept {
+// Releases the old value of `*to`, which must be an initialised variant.
+static void MoveTo(CVariantOwner from, ZRVARIANT* to) noexcept {
   (void)ZrVariantClear(to);
   *to = from.Detach();
 }
@@ -23,7 +27,8 @@ static void Give(CVariantOwner from, ZRVARIANT* to) noexcept {
 uint32_t CBodyTable::AddRef() { return ZrInterlockedIncrementU32(&references_); }
 
 uint32_t CBodyTable::Release() {
-  // What the decrement answered, not what the field holds a moment later: only one thread sees zero.
+  // Use the result of the decrement and don't read the field again: exactly one thread gets zero, and after a decrement
+  // another thread may already have deleted the object.
   const uint32_t left = ZrInterlockedDecrementU32(&references_);
   if (left == 0) delete this;
   return left;
@@ -66,8 +71,8 @@ ZRRESULT CBodyTable::Column(uint32_t column, ZRVARIANT* values, ZRVARIANT* codes
     CVariantOwner codesCopy;
     (void)ZrVariantCopy(valuesCopy.Address(), &columns_[column].values.Get());
     (void)ZrVariantCopy(codesCopy.Address(), &columns_[column].codes.Get());
-    Give(std::move(valuesCopy), values);
-    Give(std::move(codesCopy), codes);
+    MoveTo(std::move(valuesCopy), values);
+    MoveTo(std::move(codesCopy), codes);
     return ZR_R_OK;
   });
 }
@@ -78,7 +83,7 @@ ZRRESULT CBodyTable::Summary(ZRVARIANT* summary) {
     const ZrSafeArrayBound bounds[] = {{static_cast<uint32_t>(columns_.size()), 0}, {kSummaryCells, 0}};
     ArrayOwner rows(ZrSafeArrayCreate(ZR_VT_VARIANT, 2, bounds));
     for (uint32_t c = 0; c < columns_.size(); ++c) Summarize(columns_[c], rows.get(), c);
-    Give(CVariantOwner::OfArray(ZR_VT_VARIANT, std::move(rows)), summary);
+    MoveTo(CVariantOwner::OfArray(ZR_VT_VARIANT, std::move(rows)), summary);
     return ZR_R_OK;
   });
 }

@@ -1,4 +1,4 @@
-// The object behind IBodyTable: columns of one type each.
+// The class that implements IBodyTable: a list of columns, each with its own type.
 
 #ifndef EXAMPLES_MODULE_BODY_TABLE_OBJECT_H
 #define EXAMPLES_MODULE_BODY_TABLE_OBJECT_H
@@ -23,10 +23,10 @@ class CBodyTable final : public IBodyTable {
   ZRRESULT Summary(ZRVARIANT* summary) override;
 
  private:
-  ~CBodyTable() = default;  // by the last Release only
+  ~CBodyTable() = default;  // private: only the last Release may delete the object
 
   uint32_t references_ = 1;
-  uint32_t rowCount_ = 0;  // of each column, once there is any
+  uint32_t rowCount_ = 0;  // the number of elements in each column; meaningless while there are no columns
   std::vector<struct TableColumn> columns_;
 };
 

@@ -1,11 +1,11 @@
-// The three functions by which the library reaches the module. Their names are all that a loader sees of it.
+// The three functions that every component module must export. The library loads the file and calls them.
 
 #include <new>
 
 #include "body_table.h"
 #include "module/body_table_object.h"
 
-// Nothing here needs a start or an end: the module has no state but its objects.
+// Starting and stopping need no work here, because the module has no state except its objects.
 ZRRESULT ZrInitModule() { return ZR_R_OK; }
 
 void ZrExitModule() {}
@@ -17,7 +17,8 @@ ZRRESULT ZrCreateInstanceModule(const ZRUUID* classId, uint64_t, const ZRUUID* i
 
   CBodyTable* table = new (std::nothrow) CBodyTable;
   if (table == nullptr) return ZR_R_NO_MEMORY;
-  // The caller's reference comes from the interface; if there is no such interface, the object goes with ours.
+  // QueryInterface adds the caller's reference. Release removes the first one, so that the object is deleted if it
+  // doesn't have the interface.
   const ZRRESULT result = table->QueryInterface(interfaceId, object);
   table->Release();
   return result;

@@ -1,3 +1,5 @@
+// The demo's platform layer for Windows. Paths and arguments are UTF-8 outside this file and UTF-16 in system calls.
+
 #include <windows.h>
 
 #include <filesystem>
@@ -8,9 +10,10 @@
 
 static std::string Utf8(const std::filesystem::path& path) { return path.u8string(); }
 
-// The values that main receives are in the system's code page, which has no place for most characters.
+// The arguments of main are in the system's code page, which lacks most characters, so the command line is read as
+// UTF-16.
 std::vector<std::string> CommandLine(int, char**) {
-  SetConsoleOutputCP(CP_UTF8);  // what is written is UTF-8 too
+  SetConsoleOutputCP(CP_UTF8);  // the demo writes UTF-8
   int count = 0;
   const std::unique_ptr<wchar_t*, decltype(&LocalFree)> values(CommandLineToArgvW(GetCommandLineW(), &count),
                                                                &LocalFree);
@@ -19,10 +22,10 @@ std::vector<std::string> CommandLine(int, char**) {
   return arguments;
 }
 
-std::string ModuleFile(const std::string& module) { return module + ".dll"; }
+std::string ModuleFileName(const std::string& module) { return module + ".dll"; }
 
-std::string BesideProgram(const std::string& fileName) {
-  std::wstring program(32768, L'\0');  // no path is longer
+std::string PathInProgramFolder(const std::string& fileName) {
+  std::wstring program(32768, L'\0');  // the longest path on Windows
   const DWORD length = GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size()));
   program.resize(length);
   return Utf8(std::filesystem::path(program).parent_path() / std::filesystem::u8path(fileName));
@@ -35,8 +38,8 @@ std::string AbsolutePath(const std::string& path) {
 std::FILE* OpenToRead(const std::string& path) { return _wfopen(std::filesystem::u8path(path).c_str(), L"rb"); }
 
 uint32_t OutputWidth() {
-  constexpr uint32_t kUsualWidth = 120;
+  constexpr uint32_t kDefaultWidth = 120;
   CONSOLE_SCREEN_BUFFER_INFO screen;
-  if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &screen)) return kUsualWidth;
+  if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &screen)) return kDefaultWidth;
   return static_cast<uint32_t>(screen.srWindow.Right - screen.srWindow.Left + 1);
 }
