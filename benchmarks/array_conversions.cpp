@@ -1,5 +1,5 @@
-// Safe arrays whose elements become another type, beside containers that are converted element by element into a new
-// one that has room for all.
+// Converting all elements of a safe array to another type. The peers convert element by element into a new container
+// whose memory is reserved beforehand.
 
 #include <algorithm>
 #include <array>
@@ -18,16 +18,16 @@
 
 static void ZrCoreConvertRow(const std::string& operation, uint32_t count, CArray (*make)(uint32_t), uint16_t target) {
   Require(ZrSafeArrayChangeType(make(10).Get(), 0, target) == ZR_R_OK, "the elements convert");
-  ApartRow(
+  RowOnCopies(
       operation, "ZrCore", count, [make, count] { return make(count); },
       [target](CArray array) { Consume(ZrSafeArrayChangeType(array.Get(), 0, target)); });
 }
 
-// From container to container, by a function of one element.
+// Registers a row that converts one container to another, element by element.
 template <class From, class To, class At, class Convert>
 static void ConvertRow(const std::string& operation, const std::string& library, uint32_t count, At at,
                        Convert convert) {
-  ApartRow(
+  RowOnCopies(
       operation, library, count, [count, at] { return Filled<From>(count, at); },
       [convert](From source) {
         To made;
@@ -59,13 +59,14 @@ static void PocoConvertRow(const std::string& operation, const std::string& rema
 }
 #endif
 
-static bool FloorIsInt32(double value) { return value >= -2147483648.0 && value <= 2147483647.0; }
+static bool FitsInt32(double value) { return value >= -2147483648.0 && value <= 2147483647.0; }
 
-// A loop into memory that nobody zeroed before. The source is gone with it, as an array's old elements are.
+// The lower bound: a loop that writes into memory that is not zeroed first. It also frees the source, as ZrCore frees
+// the old elements.
 template <class From, class To, class At, class Convert>
 static void LoopRow(const std::string& operation, uint32_t count, At at, Convert convert) {
-  ApartRow(
-      operation, "floor", count, [count, at] { return Filled<std::vector<From>>(count, at); },
+  RowOnCopies(
+      operation, "lower bound", count, [count, at] { return Filled<std::vector<From>>(count, at); },
       [count, convert](std::vector<From> source) {
         auto* made = static_cast<To*>(std::malloc(count * sizeof(To)));
         const From* from = source.data();
@@ -81,14 +82,14 @@ static void NumberRows(uint32_t count) {
   std::string operation = Elements(count, "int32 to double");
   ZrCoreConvertRow(
       operation, count, [](uint32_t some) { return FilledArray<int32_t>(ZR_VT_I4, some, IntegerAt); }, ZR_VT_R8);
-  ApartRow(
+  RowOnCopies(
       operation, "std::vector", count, [count] { return Filled<std::vector<int32_t>>(count, IntegerAt); },
       [](std::vector<int32_t> source) {
         const std::vector<double> made(source.begin(), source.end());
         Consume(made.data());
       });
 #if BENCH_QT
-  ApartRow(
+  RowOnCopies(
       operation, "QList", count, [count] { return Filled<QList<int32_t>>(count, IntegerAt); },
       [](QList<int32_t> source) {
         const QList<double> made(source.cbegin(), source.cend());
@@ -105,7 +106,7 @@ static void NumberRows(uint32_t count) {
   ZrCoreConvertRow(
       operation, count, [](uint32_t some) { return FilledArray<double>(ZR_VT_R8, some, RealAt); }, ZR_VT_I4);
   ConvertRow<std::vector<double>, std::vector<int32_t>>(operation, "std::vector", count, RealAt, [](double value) {
-    return FloorIsInt32(value) ? static_cast<int32_t>(value) : 0;
+    return FitsInt32(value) ? static_cast<int32_t>(value) : 0;
   });
 #if BENCH_QT
   QtConvertRow(operation, count, RealAt, QMetaType::Int);
@@ -121,7 +122,7 @@ static void NumberRows(uint32_t count) {
 }
 
 template <class Number>
-static Number FloorRead(const std::u16string& text) {
+static Number LowerBoundRead(const std::u16string& text) {
   std::array<char, 48> narrow;
   const std::size_t length = std::min(text.size(), narrow.size());
   for (std::size_t at = 0; at < length; ++at) narrow[at] = static_cast<char>(text[at]);
@@ -145,8 +146,8 @@ static void ReadRows(uint32_t count) {
   ConvertRow<std::vector<std::string>, std::vector<int32_t>>(
       operation, "strtol (char)", count, IntegerTextAt,
       [](const std::string& text) { return static_cast<int32_t>(std::strtol(text.c_str(), nullptr, 10)); });
-  ConvertRow<std::vector<std::u16string>, std::vector<int32_t>>(operation, "floor", count, IntegerTextAt,
-                                                                FloorRead<int32_t>);
+  ConvertRow<std::vector<std::u16string>, std::vector<int32_t>>(operation, "lower bound", count, IntegerTextAt,
+                                                                LowerBoundRead<int32_t>);
 
   operation = Elements(count, "texts to double");
   ZrCoreConvertRow(
@@ -162,25 +163,25 @@ static void ReadRows(uint32_t count) {
   ConvertRow<std::vector<std::string>, std::vector<double>>(
       operation, "strtod (char)", count, RealTextAt,
       [](const std::string& text) { return std::strtod(text.c_str(), nullptr); });
-  ConvertRow<std::vector<std::u16string>, std::vector<double>>(operation, "floor", count, RealTextAt,
-                                                               FloorRead<double>);
+  ConvertRow<std::vector<std::u16string>, std::vector<double>>(operation, "lower bound", count, RealTextAt,
+                                                               LowerBoundRead<double>);
 }
 
-// A text in a block as a string has it.
+// A text in a memory block with the layout of a counted string.
 struct CFree {
   void operator()(void* block) const { std::free(block); }
 };
-using CFloorText = std::unique_ptr<WCHAR, CFree>;
+using CLowerBoundText = std::unique_ptr<WCHAR, CFree>;
 
 template <class... Format>
-static CFloorText FloorWrite(Format... format) {
+static CLowerBoundText LowerBoundWrite(Format... format) {
   std::array<char, 64> narrow;
   const char* end = std::to_chars(narrow.data(), narrow.data() + narrow.size(), format...).ptr;
   const auto length = static_cast<std::size_t>(end - narrow.data());
   auto* units = static_cast<WCHAR*>(std::malloc(8 + (length + 1) * sizeof(WCHAR)));
   for (std::size_t at = 0; at < length; ++at) units[at + 4] = static_cast<WCHAR>(narrow[at]);
   units[length + 4] = 0;
-  return CFloorText(units);
+  return CLowerBoundText(units);
 }
 
 static void WriteIntegerRows(const std::string& what, uint32_t count, int32_t (*at)(uint32_t),
@@ -198,8 +199,8 @@ static void WriteIntegerRows(const std::string& what, uint32_t count, int32_t (*
 #endif
   ConvertRow<Integers, std::vector<std::string>>(operation, "std::to_string (char)", count, at,
                                                  [](int32_t value) { return std::to_string(value); });
-  ConvertRow<Integers, std::vector<CFloorText>>(operation, "floor by contract", count, at,
-                                                [](int32_t value) { return FloorWrite(value); });
+  ConvertRow<Integers, std::vector<CLowerBoundText>>(operation, "lower bound by contract", count, at,
+                                                     [](int32_t value) { return LowerBoundWrite(value); });
 }
 
 static void WriteRows(uint32_t count) {
@@ -225,9 +226,9 @@ static void WriteRows(uint32_t count) {
   ConvertRow<Reals, std::vector<std::string>>(operation, "fmt (char)", count, RealAt,
                                               [](double value) { return fmt::format("{:f}", value); });
 #endif
-  ConvertRow<Reals, std::vector<CFloorText>>(operation, "floor by contract", count, RealAt, [](double value) {
-    return FloorWrite(value, std::chars_format::fixed, 6);
-  });
+  ConvertRow<Reals, std::vector<CLowerBoundText>>(
+      operation, "lower bound by contract", count, RealAt,
+      [](double value) { return LowerBoundWrite(value, std::chars_format::fixed, 6); });
 }
 
 void ArrayConversionRows() {

@@ -1,4 +1,4 @@
-// Arrays as each library has them, for the rows on arrays: elements, containers, and copies to work on.
+// Data for the rows on arrays: the same elements in the containers of each library, and copies to work on.
 
 #pragma once
 
@@ -13,7 +13,7 @@
 #include "texts.h"
 #include "zrcore/array.h"
 
-// The peers, for all who include this.
+// The peers' headers, for all files that include this one.
 #if BENCH_QT
 #include <QList>
 #include <QString>
@@ -42,7 +42,7 @@ inline std::string IntegerTextAt(uint32_t index) { return std::to_string(Integer
 inline std::string RealTextAt(uint32_t index) { return std::to_string(RealAt(index)); }
 inline std::string SentenceAt(uint32_t index) { return "a sentence with the number " + std::to_string(10'000 + index); }
 
-// An element as each library has it.
+// Converts an element to the type that a library uses for it.
 template <class Element, class Value>
 Element As(const Value& value) {
   if constexpr (std::is_constructible_v<Element, const Value&>) {
@@ -71,7 +71,7 @@ Container Filled(uint32_t count, At at) {
 
 // ---- Containers -----------------------------------------------------------------------------------------------------
 
-// Copies with the array, as a container of the standard library does.
+// Owns a safe array. Copying it copies the array and its elements, as for a container of the standard library.
 class CArray {
  public:
   CArray(uint16_t tag, std::vector<ZrSafeArrayBound> bounds)
@@ -85,7 +85,7 @@ class CArray {
   ~CArray() { ZrSafeArrayDestroy(array_); }
 
   ZRSAFEARRAY Get() const { return array_; }
-  // Calls `write` with the elements.
+  // Calls `write` with a pointer to the first element.
   template <class Element, class Write>
   void Access(Write write) const {
     void* data = nullptr;
@@ -98,7 +98,7 @@ class CArray {
   ZRSAFEARRAY array_ = nullptr;
 };
 
-// No other block is made on the way, which would leave a hole in the heap in front of the array.
+// Allocates only the array and its elements. A temporary block would leave a gap in the heap before the array.
 template <class Element, class At>
 CArray FilledArray(uint16_t tag, uint32_t count, At at) {
   CArray array(tag, count);
@@ -108,15 +108,15 @@ CArray FilledArray(uint16_t tag, uint32_t count, At at) {
   return array;
 }
 
-// A copy that shares no block with the original.
+// Returns a copy that shares no memory with the original.
 template <class Container>
-Container Apart(const Container& container) {
+Container DeepCopy(const Container& container) {
   return container;
 }
 
 #if BENCH_QT
 template <class Element>
-QList<Element> Apart(const QList<Element>& list) {
+QList<Element> DeepCopy(const QList<Element>& list) {
   QList<Element> copy(list);
   copy.detach();
   return copy;
@@ -136,7 +136,7 @@ GArrayHolder HoldGArray(uint32_t count) {
   return array;
 }
 
-inline GArrayHolder Apart(const GArrayHolder& array) { return GArrayHolder(g_array_copy(array.get())); }
+inline GArrayHolder DeepCopy(const GArrayHolder& array) { return GArrayHolder(g_array_copy(array.get())); }
 
 using GVariantHolder = std::shared_ptr<GVariant>;
 
@@ -145,10 +145,11 @@ inline GVariantHolder HoldGVariant(const GVariantType* type, const void* data, g
 }
 #endif
 
-// Calls `use` with a copy of what `make` made. The copy was made outside the measured time; its release counts, as does
-// that of the result. Of the small ones some are made at once, so that stopping the clock doesn't show.
+// Registers a row that calls `use` with a copy of the result of `make`. Making the copy is not measured; `use` releases
+// the copy and its result within the measured time. Small copies are made 16 at a time, because stopping the clock for
+// each of them would distort the result.
 template <class Make, class Use>
-void ApartRow(const std::string& operation, const std::string& library, uint32_t count, Make make, Use use) {
+void RowOnCopies(const std::string& operation, const std::string& library, uint32_t count, Make make, Use use) {
   RegisterRow(operation, library, [=](benchmark::State& state) {
     const auto original = make();
     const uint32_t atOnce = count <= kFew ? 16 : 1;
@@ -157,7 +158,7 @@ void ApartRow(const std::string& operation, const std::string& library, uint32_t
     while (state.KeepRunningBatch(atOnce)) {
       state.PauseTiming();
       copies.clear();
-      for (uint32_t copy = 0; copy < atOnce; ++copy) copies.push_back(Apart(original));
+      for (uint32_t copy = 0; copy < atOnce; ++copy) copies.push_back(DeepCopy(original));
       state.ResumeTiming();
       for (auto& copy : copies) use(std::move(copy));
     }

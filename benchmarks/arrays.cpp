@@ -1,4 +1,5 @@
-// Safe arrays beside the containers of the frameworks and std::vector. Whole arrays: a row's time is for all elements.
+// Safe arrays, compared with std::vector and the containers of the frameworks. The time of a row is for all elements,
+// except in the rows that get or put one element.
 
 #include <array>
 #include <atomic>
@@ -12,7 +13,7 @@
 
 #include "array_fixtures.h"
 
-// ---- Life -----------------------------------------------------------------------------------------------------------
+// ---- Creation, copy, resize -----------------------------------------------------------------------------------------
 
 static void CreateRows(uint32_t count) {
   const std::string operation = Elements(count, "doubles, create+destroy");
@@ -40,7 +41,7 @@ static void CreateRows(uint32_t count) {
     Consume(array->data);
   });
 #endif
-  Row(operation, "floor", [count] {
+  Row(operation, "lower bound", [count] {
     void* block = std::calloc(count, sizeof(double));
     Consume(block);
     std::free(block);
@@ -50,7 +51,7 @@ static void CreateRows(uint32_t count) {
 template <class Container>
 static void CopyRow(const std::string& operation, const std::string& library, const Container& original) {
   Row(operation, library, [original = std::make_shared<const Container>(original)] {
-    const Container copy = Apart(*original);
+    const Container copy = DeepCopy(*original);
     Consume(copy);
   });
 }
@@ -70,7 +71,7 @@ static void CopyNumberRows(uint32_t count) {
     g_array_unref(copy);
   });
 #endif
-  Row(operation, "floor", [count, original = std::make_shared<const std::vector<double>>(count)] {
+  Row(operation, "lower bound", [count, original = std::make_shared<const std::vector<double>>(count)] {
     void* block = std::malloc(count * sizeof(double));
     std::memcpy(block, original->data(), count * sizeof(double));
     Consume(block);
@@ -86,7 +87,7 @@ static void CopyTextRows(uint32_t count) {
 #if BENCH_QT
   CopyRow(operation, "QList of QString", Filled<QList<QString>>(count, SentenceAt));
 #endif
-  Row(operation, "floor by contract",
+  Row(operation, "lower bound by contract",
       [count, counts = std::make_shared<std::vector<std::atomic<uint64_t>>>(count * 5)] {
         const std::unique_ptr<std::atomic<uint64_t>*[]> copy(new std::atomic<uint64_t>*[count]);
         for (uint32_t index = 0; index < count; ++index) (copy[index] = &(*counts)[index * 5])->fetch_add(1);
@@ -95,7 +96,7 @@ static void CopyTextRows(uint32_t count) {
       });
 }
 
-// Integers, reals and texts by turns.
+// Integers, reals and texts in turn.
 template <class Container>
 static Container Mixed(uint32_t count) {
   Container container;
@@ -140,9 +141,9 @@ static void CopyVariantRows(uint32_t count) {
 }
 
 static void RedimRows(uint32_t count) {
-  const std::string operation = Elements(count, "doubles, larger by half+destroy");
+  const std::string operation = Elements(count, "doubles, resize to 1.5x+destroy");
   const uint32_t more = count + count / 2;
-  ApartRow(
+  RowOnCopies(
       operation, "ZrCore", count, [count] { return FilledArray<double>(ZR_VT_R8, count, RealAt); },
       [more](CArray array) {
         const ZrSafeArrayBound bound = {more, 0};
@@ -152,19 +153,19 @@ static void RedimRows(uint32_t count) {
     container.resize(more);
     Consume(container);
   };
-  ApartRow(
+  RowOnCopies(
       operation, "std::vector", count, [count] { return Filled<std::vector<double>>(count, RealAt); }, resize);
 #if BENCH_QT
-  ApartRow(
+  RowOnCopies(
       operation, "QList", count, [count] { return Filled<QList<double>>(count, RealAt); }, resize);
 #endif
 #if BENCH_GLIB
-  ApartRow(
+  RowOnCopies(
       operation, "GArray", count, [count] { return HoldGArray<double>(count); },
       [more](GArrayHolder array) { Consume(g_array_set_size(array.get(), more)); });
 #endif
-  ApartRow(
-      operation, "floor", count, [count] { return std::vector<double>(count); },
+  RowOnCopies(
+      operation, "lower bound", count, [count] { return std::vector<double>(count); },
       [count, more](std::vector<double> old) {
         auto* block = static_cast<double*>(std::malloc(more * sizeof(double)));
         std::memcpy(block, old.data(), count * sizeof(double));
@@ -176,9 +177,10 @@ static void RedimRows(uint32_t count) {
 
 // ---- Elements and blocks --------------------------------------------------------------------------------------------
 
-// What one call must do: tests for null, the flag taken and left, the offset from the bounds.
+// The offset of an element, computed from the bounds. Every get and put must do this, and set and clear the access
+// flag.
 template <std::size_t dimensions>
-static uint32_t FloorOffset(const std::array<ZrSafeArrayBound, dimensions>& bounds, const uint32_t* indices) {
+static uint32_t LowerBoundOffset(const std::array<ZrSafeArrayBound, dimensions>& bounds, const uint32_t* indices) {
   uint32_t offset = 0;
   for (std::size_t at = 0; at < dimensions; ++at) {
     offset = offset * bounds[at].elementCount + (indices[at] - static_cast<uint32_t>(bounds[at].lowerBound));
@@ -196,8 +198,9 @@ static void ElementRows(const std::array<ZrSafeArrayBound, dimensions>& bounds,
   int32_t read = 0;
   Require(ZrSafeArrayPutElement(array->Get(), indices.data(), &written) == ZR_R_OK &&
               ZrSafeArrayGetElement(array->Get(), indices.data(), &read) == ZR_R_OK && read == written,
-          "an array gives back what it got");
-  const uint32_t at = FloorOffset(bounds, indices.data()), count = bounds[0].elementCount * (dimensions == 1 ? 1 : 100);
+          "an array returns the element that was stored");
+  const uint32_t at = LowerBoundOffset(bounds, indices.data()),
+                 count = bounds[0].elementCount * (dimensions == 1 ? 1 : 100);
   const auto numbers = std::make_shared<std::vector<int32_t>>(count);
   const auto flag = std::make_shared<std::atomic<int32_t>>(0);
 
@@ -224,10 +227,10 @@ static void ElementRows(const std::array<ZrSafeArrayBound, dimensions>& bounds,
   Row(operation, "std::vector of Poco::Dynamic::Var",
       [variables, at] { Consume((*variables)[at].convert<int32_t>()); });
 #endif
-  Row(operation, "floor by contract", [numbers, bounds, indices, flag] {
+  Row(operation, "lower bound by contract", [numbers, bounds, indices, flag] {
     if (flag->exchange(1) != 0) return;
     Consume(indices);
-    Consume((*numbers)[FloorOffset(bounds, indices.data())]);
+    Consume((*numbers)[LowerBoundOffset(bounds, indices.data())]);
     flag->exchange(0);
   });
 
@@ -252,10 +255,10 @@ static void ElementRows(const std::array<ZrSafeArrayBound, dimensions>& bounds,
     Consume(variables->data());
   });
 #endif
-  Row(operation, "floor by contract", [numbers, bounds, indices, flag] {
+  Row(operation, "lower bound by contract", [numbers, bounds, indices, flag] {
     if (flag->exchange(1) != 0) return;
     Consume(indices);
-    (*numbers)[FloorOffset(bounds, indices.data())] = written;
+    (*numbers)[LowerBoundOffset(bounds, indices.data())] = written;
     flag->exchange(0);
   });
 }
@@ -313,7 +316,7 @@ static void CompareRows(uint32_t count) {
         Consume(g_variant_equal(left.get(), right.get()));
       });
 #endif
-  Row(operation, "floor",
+  Row(operation, "lower bound",
       [count, numbers, others] { Consume(std::memcmp(numbers->data(), others->data(), count * sizeof(double))); });
 }
 

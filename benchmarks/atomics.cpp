@@ -1,4 +1,4 @@
-// Atomic counters. All peers inline the one instruction; ZrCore's stands behind a call.
+// Atomic counters. Peers inline the single instruction; ZrCore calls an exported function.
 
 #include "zrcore/atomic.h"
 
@@ -16,16 +16,16 @@
 #include <glib.h>
 #endif
 
-// A value alone in its cache line.
+// A value that shares its cache line with nothing else.
 template <class Value>
-struct alignas(64) Alone {
+struct alignas(64) CacheLine {
   Value value{};
 };
 
 template <class Value, class Increment>
 static void IncrementRows(const std::string& library, const Increment& increment) {
   RowOnOneAndTwoThreads("atomic increment", library,
-                        [increment, alone = std::make_shared<Alone<Value>>()] { Consume(increment(alone->value)); });
+                        [increment, line = std::make_shared<CacheLine<Value>>()] { Consume(increment(line->value)); });
 }
 
 void AtomicRows() {
@@ -39,5 +39,6 @@ void AtomicRows() {
 #if BENCH_GLIB
   IncrementRows<int32_t>("g_atomic_int_add", [](int32_t& value) { return g_atomic_int_add(&value, 1) + 1; });
 #endif
-  IncrementRows<std::atomic<int32_t>>("floor", [](std::atomic<int32_t>& value) { return BoundaryIncrement(&value); });
+  IncrementRows<std::atomic<int32_t>>("lower bound",
+                                      [](std::atomic<int32_t>& value) { return BoundaryIncrement(&value); });
 }

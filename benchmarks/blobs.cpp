@@ -1,4 +1,5 @@
-// Blobs beside the byte buffers of the frameworks. Containers copy at once, QByteArray and GBytes share.
+// Blobs, compared with the byte buffers of the frameworks. A copy of a standard container copies the bytes; a copy of a
+// blob, QByteArray or GBytes shares them until one is written.
 
 #include <cstdlib>
 #include <cstring>
@@ -27,30 +28,30 @@ static Bytes Content(std::size_t size) {
 
 static const char* Characters(const Bytes& bytes) { return reinterpret_cast<const char*>(bytes.data()); }
 
-// A handle that a row holds for as long as it may run.
+// Shared ownership of a blob handle, so that a row can keep it.
 static std::shared_ptr<tagZRBLOB> Share(const Bytes& bytes) {
   return std::shared_ptr<tagZRBLOB>(ZrCreateBlob(static_cast<uint32_t>(bytes.size()), bytes.data()), ZrDestroyBlob);
 }
 
-// What the contract asks for, without the calls and checks: a handle, an element, a block and a defined buffer.
-struct FloorBlob {
+// The allocations that the contract requires for a blob: a handle, an element, a block and an initialised buffer.
+struct LowerBoundBlob {
   void* handle;
   void* element;
   int32_t* block;
   uint8_t* buffer;
 };
 
-static FloorBlob FloorCreate(const Bytes& bytes) {
+static LowerBoundBlob LowerBoundCreate(const Bytes& bytes) {
   const std::size_t capacity = (bytes.size() & ~std::size_t{1023}) + 1024;
-  FloorBlob blob = {std::malloc(16), std::malloc(16), static_cast<int32_t*>(std::malloc(24)),
-                    static_cast<uint8_t*>(std::malloc(capacity))};
+  LowerBoundBlob blob = {std::malloc(16), std::malloc(16), static_cast<int32_t*>(std::malloc(24)),
+                         static_cast<uint8_t*>(std::malloc(capacity))};
   *blob.block = 1;
   std::memcpy(blob.buffer, bytes.data(), bytes.size());
   std::memset(blob.buffer + bytes.size(), 0, capacity - bytes.size());
   return blob;
 }
 
-static void FloorDestroy(const FloorBlob& blob) {
+static void LowerBoundDestroy(const LowerBoundBlob& blob) {
   std::free(blob.buffer);
   std::free(blob.block);
   std::free(blob.element);
@@ -97,12 +98,12 @@ static void CreateRows() {
     g_byte_array_unref(array);
   });
 #endif
-  Row(operation, "floor by contract", [bytes] {
-    const FloorBlob blob = FloorCreate(bytes);
+  Row(operation, "lower bound by contract", [bytes] {
+    const LowerBoundBlob blob = LowerBoundCreate(bytes);
     Consume(blob);
-    FloorDestroy(blob);
+    LowerBoundDestroy(blob);
   });
-  Row(operation, "floor", [bytes] {
+  Row(operation, "lower bound", [bytes] {
     void* block = std::malloc(64);
     std::memcpy(block, bytes.data(), 64);
     Consume(block);
@@ -147,7 +148,7 @@ static void CopyRows() {
   });
 #endif
   auto count = std::make_shared<int32_t>(1);
-  RowOnOneAndTwoThreads(operation, "floor by contract", [count] {
+  RowOnOneAndTwoThreads(operation, "lower bound by contract", [count] {
     void* element = std::malloc(16);
     void* handle = std::malloc(16);
     Consume(__atomic_add_fetch(count.get(), 1, __ATOMIC_SEQ_CST));
@@ -157,7 +158,7 @@ static void CopyRows() {
     std::free(element);
     std::free(handle);
   });
-  RowOnOneAndTwoThreads(operation, "floor", [count] {
+  RowOnOneAndTwoThreads(operation, "lower bound", [count] {
     Consume(__atomic_add_fetch(count.get(), 1, __ATOMIC_SEQ_CST));
     Consume(__atomic_sub_fetch(count.get(), 1, __ATOMIC_SEQ_CST));
   });
@@ -167,9 +168,9 @@ static void WriteRows() {
   const std::string operation = "blob write after copy+destroy 4 KiB";
   const Bytes bytes = Content(4096);
 
-  // Its position is at the start, so the copy overwrites the first bytes.
+  // The copy starts at the position of the original, which is the start, so the write overwrites the first bytes.
   auto shared = Share(bytes);
-  Require(ZrSeekBlob(shared.get(), 0, ZR_BLOB_SEEK_START, 0) == ZR_R_OK, "a blob can be sought in");
+  Require(ZrSeekBlob(shared.get(), 0, ZR_BLOB_SEEK_START, 0) == ZR_R_OK, "a blob's position can be set");
   Row(operation, "ZrCore", [shared] {
     ZRBLOB copy = ZrCopyBlob(shared.get());
     Consume(ZrWriteBlob(copy, "12345678", 8));
@@ -202,21 +203,21 @@ static void WriteRows() {
   });
 #endif
   auto count = std::make_shared<int32_t>(1);
-  Row(operation, "floor by contract", [bytes, count] {
+  Row(operation, "lower bound by contract", [bytes, count] {
     void* element = std::malloc(16);
     void* handle = std::malloc(16);
     Consume(__atomic_add_fetch(count.get(), 1, __ATOMIC_SEQ_CST));
-    const FloorBlob blob = {handle, std::malloc(16), static_cast<int32_t*>(std::malloc(24)),
-                            static_cast<uint8_t*>(std::malloc(5120))};
+    const LowerBoundBlob blob = {handle, std::malloc(16), static_cast<int32_t*>(std::malloc(24)),
+                                 static_cast<uint8_t*>(std::malloc(5120))};
     std::memcpy(blob.buffer, bytes.data(), 4096);
     std::memset(blob.buffer + 4096, 0, 1024);
     Consume(__atomic_sub_fetch(count.get(), 1, __ATOMIC_SEQ_CST));
     std::free(element);
     std::memcpy(blob.buffer, "12345678", 8);
     Consume(blob);
-    FloorDestroy(blob);
+    LowerBoundDestroy(blob);
   });
-  Row(operation, "floor", [bytes] {
+  Row(operation, "lower bound", [bytes] {
     void* block = std::malloc(4096);
     std::memcpy(block, bytes.data(), 4096);
     Consume(block);
@@ -224,7 +225,7 @@ static void WriteRows() {
   });
 }
 
-// Each from an object with one byte to one with 1001.
+// Each row starts with a buffer of one byte and ends with 1001.
 static void AppendRows() {
   const std::string operation = "blob 1000 appends of 1 B";
   constexpr int kAppends = 1000;
@@ -282,7 +283,7 @@ static void AppendRows() {
     g_byte_array_unref(array);
   });
 #endif
-  Row(operation, "floor by contract", [] {
+  Row(operation, "lower bound by contract", [] {
     auto* buffer = static_cast<uint8_t*>(std::malloc(kAppends));
     for (int i = 0; i < kAppends; ++i) {
       BoundaryNothing();
@@ -291,7 +292,7 @@ static void AppendRows() {
     }
     std::free(buffer);
   });
-  Row(operation, "floor", [] {
+  Row(operation, "lower bound", [] {
     auto* buffer = static_cast<uint8_t*>(std::malloc(kAppends));
     for (int i = 0; i < kAppends; ++i) {
       buffer[i] = 'y';

@@ -1,4 +1,5 @@
-// What a call over the boundary of a shared library costs, with nothing or next to nothing done behind it.
+// Functions of a shared library that do almost nothing. They measure the cost of the call itself, and the lower bounds
+// by contract use them for the calls that every user of ZrCore makes.
 
 #pragma once
 
@@ -9,8 +10,8 @@
 
 BOUNDARY_API void BoundaryNothing() noexcept;
 
-// One reference more, and one less: the least that a counted handle costs a caller who can't see behind it.
+// Adds and removes a reference: the least cost of a reference-counted handle whose functions can't be inlined.
 BOUNDARY_API void BoundaryRetain(std::atomic<uint32_t>* count) noexcept;
 BOUNDARY_API void BoundaryRelease(std::atomic<uint32_t>* count) noexcept;
 
-BOUNDARY_API int32_t BoundaryIncrement(std::atomic<int32_t>* value) noexcept;  // 0 for null
+BOUNDARY_API int32_t BoundaryIncrement(std::atomic<int32_t>* value) noexcept;  // returns 0 for null

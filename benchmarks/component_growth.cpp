@@ -1,9 +1,9 @@
-// How the cost of the component registry grows with the number of classes and of discoveries. Each discovery stands for
-// a plug-in. The plug-ins hand over entry points of their own, so no file is loaded.
+// How the cost of the component registry grows with the number of classes and of discoveries. Each discovery represents
+// a plug-in. The plug-ins provide their own entry points, so no file is loaded.
 //
 // Times are per creation or per class, so the rows of different sizes compare directly.
-//   - A first creation asks the discoveries in ascending order of their cookies until one knows the class. The contract
-//     requires this, so the time grows linearly with the number of discoveries: on average half of them are asked.
+//   - The first creation of a class asks the discoveries in ascending order of their cookies until one knows the class.
+//     The contract requires this, so the time grows linearly with the number of discoveries: on average half are asked.
 //   - A creation of a known class and a removal may grow by the logarithm of the number of classes. This bounds the
 //     work. The time grows faster, for the peers too, since many classes exceed the processor's caches.
 //
@@ -32,7 +32,7 @@ struct Size {
 
 static constexpr Size kSizes[] = {{1, 1000}, {1, 10'000}, {1, 100'000}, {10, 100}, {kMostPlugIns, 100}};
 
-// The identifier holds the number of the plug-in, so a discovery recognises its classes in next to no time. The first
+// The identifier contains the number of the plug-in, so a discovery recognises its classes at almost no cost. The first
 // field is scattered, as in random identifiers.
 static constexpr ZRUUID PlugInClass(uint32_t plugIn, uint32_t index) {
   const uint32_t scattered = (plugIn * 100'003u + index) * 0x9E3779B1u;

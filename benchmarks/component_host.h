@@ -1,5 +1,5 @@
-// The side of the host that the component rows share: a discovery that knows some widgets of one module file, a module
-// file opened by hand for those that do without a component system, and what their maps compare identifiers by.
+// What the component rows share: a discovery for the widget classes of one module file, the entry points of a module
+// that is loaded without the component system, and comparison and hash functions for identifiers.
 
 #pragma once
 
@@ -33,7 +33,7 @@ using ZrString = std::unique_ptr<WCHAR, decltype(&ZrDestroyString)>;
 
 inline ZrString MakeZrString(const std::u16string& text) { return {ZrCreateString(text.c_str()), ZrDestroyString}; }
 
-// Lives as long as its owner says: the counts are the custom's, and nobody reads them.
+// Its owner decides when it is destroyed: AddRef and Release count nothing, and the library doesn't read their results.
 class CModuleDiscovery final : public IZrComponentDiscovery {
  public:
   CModuleDiscovery(const std::string& modulePath, uint32_t first, uint32_t count)
@@ -70,8 +70,8 @@ class CModuleDiscovery final : public IZrComponentDiscovery {
   uint32_t first_, count_;
 };
 
-// Keeps the component system open. There is one per process, so only one host may exist at a time: each row opens the
-// system for its own run, and the next row finds it empty.
+// Keeps the component system open while it exists. There is one component system per process, so only one CHost may
+// exist at a time. Each row opens the system for its own run, so the next row finds it empty.
 class CHost {
  public:
   CHost() { Require(ZR_SUCCEEDED(ZrInitialize()), "the component system opens"); }
@@ -84,7 +84,7 @@ class CHost {
   CHost& operator=(const CHost&) = delete;
 };
 
-// The three functions of a component module, found by whoever loaded the file.
+// Returns the three functions of a component module. `find` returns the address of an exported function by its name.
 template <class Find>
 ZrModuleEntryPoints FindEntryPoints(Find&& find) {
   return {reinterpret_cast<ZrCreateInstanceModuleFunction>(find("ZrCreateInstanceModule")),

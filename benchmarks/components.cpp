@@ -1,7 +1,9 @@
-// Class names to identifiers, and objects of a module that is loaded and started: what a host does all day.
+// The two most frequent calls of a host: looking up the identifier of a class name, and creating an object of a module
+// that is already loaded and started.
 //
-// Peers look up one name, or cast a kept factory. The component system asks whether it is open, takes its registry's
-// lock, finds the class, its module and the module's record of the class, and holds both while it calls.
+// Peers do less: they look up one name, or use a factory that they keep. The component system checks that it is open,
+// takes the lock of its registry, looks up the class, its module and the module's record of the class, and keeps both
+// alive during the call.
 
 #include <cstring>
 #include <map>
@@ -30,7 +32,7 @@
 #include <glib-object.h>
 #endif
 
-// A host that has used every class and every name once, so that the registry finds the measured one among all of them.
+// A host that has used every class and every name once, so that the measured lookup searches among all of them.
 class CWidgetHost {
  public:
   CWidgetHost() {
@@ -44,7 +46,8 @@ class CWidgetHost {
       ZRUUID found{};
       uint8_t equal = 0;
       Require(ZR_SUCCEEDED(ZrCLSIDFromClassName(MakeZrString(WidgetName(i)).get(), &found)), "a class name is known");
-      Require(ZR_SUCCEEDED(ZrCompareUUID(&classId, &found, &equal)) && equal == 1, "a class name names its class");
+      Require(ZR_SUCCEEDED(ZrCompareUUID(&classId, &found, &equal)) && equal == 1,
+              "a class name leads to its class identifier");
     }
   }
   ~CWidgetHost() { (void)ZrRemoveComponentDiscovery(cookie_); }
@@ -59,7 +62,7 @@ class CWidgetHost {
 
 // ---- Class names ----------------------------------------------------------------------------------------------------
 
-// The obvious cache: a map under a recursive lock.
+// The cache that a user would write: a map, protected by a recursive lock.
 template <class Map>
 static void NameMapRow(const std::string& library) {
   struct Cache {
@@ -114,14 +117,14 @@ static void NameRows() {
     Consume(found);
   });
 #endif
-  NameMapRow<std::map<std::u16string, ZRUUID, TextLess>>("floor");
+  NameMapRow<std::map<std::u16string, ZRUUID, TextLess>>("lower bound");
 }
 
 // ---- Objects --------------------------------------------------------------------------------------------------------
 
 static const std::string kObject = "object create+release, warm";
 
-// A module file opened by hand and started.
+// A module file that is loaded and started without the component system.
 class CModule {
  public:
   explicit CModule(const char* path) : handle_(dlopen(path, RTLD_NOW | RTLD_LOCAL)) {
@@ -143,7 +146,7 @@ class CModule {
   ZrModuleEntryPoints entryPoints_{};
 };
 
-// The obvious registry: a map of shared modules under a recursive lock.
+// The registry that a user would write: a map of shared modules, protected by a recursive lock.
 template <class Map>
 static void ObjectMapRow(const std::string& library, const std::shared_ptr<CModule>& module) {
   struct Registry {
@@ -163,10 +166,11 @@ static void ObjectMapRow(const std::string& library, const std::shared_ptr<CModu
   });
 }
 
-// Two recursive locks, a start mutex, three maps, three shared pointers, and the call.
-class CContractFloor {
+// What the contract requires for one creation: two recursive locks, a start mutex, three maps, three shared pointers,
+// and the call.
+class CContractLowerBound {
  public:
-  explicit CContractFloor(const std::shared_ptr<CModule>& module) {
+  explicit CContractLowerBound(const std::shared_ptr<CModule>& module) {
     discoveries_.emplace(1u, std::make_shared<uint32_t>(1));
     for (uint32_t i = 0; i < kClassCount; ++i) {
       components_.emplace(WidgetClass(i), std::make_shared<Component>(Component{1, module}));
@@ -279,8 +283,9 @@ static void ObjectRows() {
 #if BENCH_GLIB
   GObjectRow();
 #endif
-  Row(kObject, "floor", [module, id] { module->Use(id); });
-  Row(kObject, "floor by contract", [floor = std::make_shared<CContractFloor>(module), id] { floor->Use(id); });
+  Row(kObject, "lower bound", [module, id] { module->Use(id); });
+  Row(kObject, "lower bound by contract",
+      [bound = std::make_shared<CContractLowerBound>(module), id] { bound->Use(id); });
 }
 
 void ComponentRows() {

@@ -1,5 +1,4 @@
-// Recursive locks. Poco::Mutex, GRecMutex and QRecursiveMutex let their owner in again; std::mutex doesn't, and so does
-// an easier job.
+// Recursive locks: the owner may enter again. All peers except std::mutex are recursive too; std::mutex does less work.
 
 #include <atomic>
 #include <memory>
@@ -20,7 +19,7 @@
 #include <Poco/Mutex.h>
 #endif
 
-// The least that a recursive lock is: an owner word over the platform's plain lock.
+// The lower bound of a recursive lock: the platform's plain mutex, its owner and a depth.
 class COwnedMutex {
  public:
   void lock() {
@@ -43,7 +42,7 @@ class COwnedMutex {
   unsigned depth_ = 0;
 };
 
-// The other libraries' locks under one pair of names.
+// Adapters that give ZrCore's and GLib's locks the member functions lock and unlock.
 struct ZrLock {
   ZRCRITICALSECTION section = nullptr;
   ZrLock() { Require(ZR_SUCCEEDED(ZrInitializeCriticalSection(&section)), "a lock is made"); }
@@ -66,7 +65,7 @@ struct GLock {
 };
 #endif
 
-// A lock and what it guards, away from everybody else's cache lines.
+// A lock and the value that it protects, each on cache lines of its own.
 template <class Lock>
 struct alignas(64) Guarded {
   Lock lock;
@@ -109,5 +108,5 @@ void LockRows() {
 #if BENCH_POCO
   RecursiveRows<Poco::Mutex>("Poco::Mutex");
 #endif
-  RecursiveRows<COwnedMutex>("floor");
+  RecursiveRows<COwnedMutex>("lower bound");
 }

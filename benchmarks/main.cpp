@@ -1,9 +1,10 @@
-// Runs the rows. Google Benchmark's options apply, and one of our own:
+// The benchmark program: registers all rows and runs those that are selected. It accepts Google Benchmark's options,
+// and one more:
 //
 //   --progress=RUNS   shows progress on file descriptor 3. RUNS is the number of rows times the number of repetitions.
 //
-// Google Benchmark's own output can't serve as progress: it reports a row after the last repetition of that row, and in
-// random order those all come near the end.
+// Google Benchmark's own output doesn't show progress: it reports a row after the last repetition of that row, and in
+// random order the last repetitions all run near the end.
 
 #include <benchmark/benchmark.h>
 
@@ -14,14 +15,14 @@
 
 #include "row.h"
 
-// A process with a single thread gets cheaper counts and locks from the C++ runtime, which no host of components would
-// have. So a second thread exists for as long as anything is measured, and sleeps.
-class CCompany {
+// The C++ runtime uses cheaper reference counts and locks while a process has only one thread. A host of components has
+// several, so a second thread exists during all measurements. It only sleeps.
+class CSecondThread {
  public:
-  CCompany() : thread_([end = end_.get_future()] { end.wait(); }) {}
-  CCompany(const CCompany&) = delete;
-  CCompany& operator=(const CCompany&) = delete;
-  ~CCompany() {
+  CSecondThread() : thread_([end = end_.get_future()] { end.wait(); }) {}
+  CSecondThread(const CSecondThread&) = delete;
+  CSecondThread& operator=(const CSecondThread&) = delete;
+  ~CSecondThread() {
     end_.set_value();
     thread_.join();
   }
@@ -32,7 +33,7 @@ class CCompany {
 };
 
 int main(int argc, char** argv) {
-  CCompany company;
+  CSecondThread secondThread;
   benchmark::Initialize(&argc, argv);
   const char progress[] = "--progress=";
   if (argc == 2 && std::strncmp(argv[1], progress, sizeof progress - 1) == 0) {
@@ -47,7 +48,7 @@ int main(int argc, char** argv) {
     addRows();
   const std::size_t count = benchmark::RunSpecifiedBenchmarks();
 
-  benchmark::ClearRegisteredBenchmarks();  // and with them what the rows own, while the libraries are still up
+  benchmark::ClearRegisteredBenchmarks();  // destroys what the rows own while the libraries can still release it
   benchmark::Shutdown();
   return count == 0 ? 1 : 0;
 }

@@ -1,5 +1,5 @@
-// Memory blocks, and the cache of freed items in front of the heap. The cache is no export: its sources are compiled
-// into this program, with settings of its own.
+// Memory blocks, and the cache of freed items that the library uses before the heap. The library doesn't export the
+// cache, so its sources are compiled into this program, which has its own copy of the cache's settings.
 
 #include "zrcore/memory.h"
 
@@ -42,9 +42,9 @@ static void BlockRows(std::size_t size) {
     g_free(block);
   });
 #endif
-  Row(operation, "floor", [size] {
+  Row(operation, "lower bound", [size] {
     auto* block = static_cast<char*>(std::malloc(size + 4));
-    std::memset(block, 1, 4);  // another value, or the compiler would make it calloc
+    std::memset(block, 1, 4);  // not zero, or the compiler would turn malloc and memset into calloc
     std::memset(block + 4, 0, size);
     Consume(block);
     std::free(block);
@@ -52,15 +52,15 @@ static void BlockRows(std::size_t size) {
 }
 
 static void CacheRows() {
-  const std::string operation = "item take+give 24 bytes";
-  const auto takeAndGive = [](bool isEnabled) {
-    CItemAllocator::SetEnabled(isEnabled);  // a plain store; the rows may run in any order
+  const std::string operation = "item allocate+free 24 bytes";
+  const auto allocateAndFree = [](bool isEnabled) {
+    CItemAllocator::SetEnabled(isEnabled);  // here, because the rows run in random order; it costs only a store
     void* item = g_items.Allocate(24);
     Consume(item);
     g_items.Recycle(item);
   };
-  RowOnOneAndTwoThreads(operation, "ZrCore", [takeAndGive] { takeAndGive(true); });
-  Row(operation, "ZrCore, cache off (heap)", [takeAndGive] { takeAndGive(false); });
+  RowOnOneAndTwoThreads(operation, "ZrCore", [allocateAndFree] { allocateAndFree(true); });
+  Row(operation, "ZrCore, cache off (heap)", [allocateAndFree] { allocateAndFree(false); });
   RowOnOneAndTwoThreads(operation, "malloc+free", [] {
     void* item = std::malloc(24);
     Consume(item);
@@ -102,7 +102,7 @@ static void CacheRows() {
     Item* first = &item;
   };
   auto list = std::make_shared<FreeList>();
-  Row(operation, "floor", [list] {
+  Row(operation, "lower bound", [list] {
     Item* item = list->first;
     list->first = item->next;
     Consume(item);
@@ -110,7 +110,7 @@ static void CacheRows() {
     list->first = item;
     Consume(list);
   });
-  Row(operation, "floor by contract", [list] {  // the flag taken and left, twice
+  Row(operation, "lower bound by contract", [list] {  // sets and clears the flag twice
     Consume(list->busy.exchange(1, std::memory_order_acquire));
     Item* item = list->first;
     list->first = item->next;

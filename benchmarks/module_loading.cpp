@@ -1,5 +1,5 @@
-// A module from the file to the first object and back: loaded, its functions found, started, asked for one object,
-// stopped, unloaded. All but the Qt plug-in use one and the same file, which nothing else keeps loaded.
+// Loading a module: the file is loaded, its functions are looked up, the module is started, creates one object, is
+// stopped and unloaded. All libraries except Qt load the same file, and nothing else keeps it loaded.
 
 #include <memory>
 #include <string>
@@ -27,8 +27,8 @@ static bool IsLoaded(const char* path) {
 
 struct CNoHost {};
 
-// Whoever keeps the file loaded behind the caller's back, or never loads it, would win easily. `run` calls what it is
-// given while it holds its object.
+// Registers a row after checking once that `run` really loads the file and unloads it again: a library that keeps the
+// file loaded would look fast. `run` must call its argument while its object exists.
 template <class Host = CNoHost, class Operation>
 static void ColdRow(const std::string& library, const char* path, const Operation& run) {
   {
@@ -83,7 +83,7 @@ void ModuleLoadingRows() {
 #if BENCH_QT
   ColdRow("QPluginLoader", BENCH_QT_COLD_PLUGIN, [path = QString::fromUtf8(BENCH_QT_COLD_PLUGIN)](auto meanwhile) {
     QPluginLoader loader(path);
-    loader.setLoadHints(QLibrary::ResolveAllSymbolsHint);  // instead of the default, which keeps the file loaded
+    loader.setLoadHints(QLibrary::ResolveAllSymbolsHint);  // the default hints keep the file loaded
     {
       std::unique_ptr<Widget> widget(qobject_cast<WidgetFactory*>(loader.instance())->Create());
       Consume(widget);
@@ -92,7 +92,7 @@ void ModuleLoadingRows() {
     loader.unload();
   });
 #endif
-  ColdRow("floor", BENCH_COLD_MODULE, [](auto meanwhile) {
+  ColdRow("lower bound", BENCH_COLD_MODULE, [](auto meanwhile) {
     void* module = dlopen(BENCH_COLD_MODULE, RTLD_NOW | RTLD_LOCAL);
     UseEntryPoints([module](const char* name) { return dlsym(module, name); }, meanwhile);
     dlclose(module);

@@ -1,4 +1,14 @@
-"""Prints the medians of a benchmark run as one table, ZrCore against the best peer of each operation."""
+"""Prints the medians of a benchmark run as one table: for each operation ZrCore, its fastest peer and the lower bounds.
+
+  python3 benchmarks/print_table.py FILE
+
+  FILE   the results of zrcore_benchmarks as JSON; tools/bench writes build/benchmark/benchmarks.json
+
+A row in which ZrCore is slower than the fastest peer is red on a terminal. Otherwise, or if NO_COLOR is set, it ends
+with "!".
+
+Exit status: 0 the table was printed, 1 wrong usage, or the file can't be read or contains a row that failed.
+"""
 
 import json
 import os
@@ -7,21 +17,25 @@ import statistics
 import sys
 
 OURS = "ZrCore"
+LOWER_BOUND = "lower bound"   # the library name of the rows that are not a library; it may be followed by a remark
 
 
 def medians(run):
-    """{operation: {library: ns}} in the order of the rows; errors end the program."""
+    """Returns {operation: {library: ns}} in the order in which the program registers its rows.
+
+    A row that reports an error ends the program.
+    """
     samples = {}
-    for entry in sorted(run["benchmarks"], key=lambda entry: entry["family_index"]):   # they stand as they were run
+    for entry in sorted(run["benchmarks"], key=lambda entry: entry["family_index"]):   # they are listed as they ran
         if entry.get("error_occurred"):
-            sys.exit(f"{entry['name']}: {entry.get('error_message', 'failed')}")
+            sys.exit(f"print_table.py: the row {entry['name']} failed: {entry.get('error_message', 'no reason given')}")
         if entry["run_type"] != "iteration":
             continue
-        # The library appends how it measured: "/real_time/threads:2".
+        # Google Benchmark appends how it measured, for example "/real_time/threads:2".
         name = re.sub(r"(/real_time|/(threads|repeats|iterations):\d+|/min_time:[\d.]+)*$", "", entry["run_name"])
         operation, _, library = name.partition("/")
         threads = entry["threads"]
-        # Threads: wall time as one of them sees it; the library reports it divided among them.
+        # With several threads Google Benchmark divides the wall time by their number. The table shows the time of one.
         time = entry["real_time"] * threads if threads > 1 else entry["cpu_time"]
         samples.setdefault(operation, {}).setdefault(library, []).append(time)
     return {
@@ -37,33 +51,39 @@ def number(value):
 
 
 def rows(table):
-    """One row an operation, and whether ZrCore is behind in it. A peer with a remark in parentheses does an easier job."""
+    """Yields one row per operation, and whether ZrCore is slower than the fastest peer.
+
+    A library whose name has a remark in parentheses does less work than ZrCore, so it is not compared.
+    """
     for operation, libraries in table.items():
         ours = libraries.get(OURS)
-        floors = [time for library, time in libraries.items() if library.startswith("floor")]
+        lower_bounds = [time for library, time in libraries.items() if library.startswith(LOWER_BOUND)]
         peers = {library: time for library, time in libraries.items()
-                 if library != OURS and not library.startswith("floor") and "(" not in library}
+                 if library != OURS and not library.startswith(LOWER_BOUND) and "(" not in library}
         best = min(peers, key=peers.get, default=None)
         ratio = ours / peers[best] if ours and best else None
         yield (operation, number(ours), number(peers.get(best)), best or "-", number(ratio),
-               " / ".join(map(number, floors)) or "-"), ratio is not None and ratio > 1
+               " / ".join(map(number, lower_bounds)) or "-"), ratio is not None and ratio > 1
 
 
 def main():
+    if len(sys.argv) != 2:
+        sys.exit("usage: python3 benchmarks/print_table.py FILE")
     with open(sys.argv[1], encoding="utf-8") as file:
         table = medians(json.load(file))
     on_terminal = sys.stdout.isatty() and "NO_COLOR" not in os.environ
-    head = ("operation", "ZrCore ns", "best peer ns", "best peer", "ratio", "floor ns")
+    head = ("operation", "ZrCore ns", "best peer ns", "best peer", "ratio", "lower bound ns")
     lines = [(head, False)] + list(rows(table))
     widths = [max(len(cells[i]) for cells, _ in lines) for i in range(len(head))]
     left = (0, 3)   # the columns of text
-    for cells, behind in lines:
+    for cells, is_slower in lines:
         text = "  ".join(cell.ljust(width) if i in left else cell.rjust(width)
                          for i, (cell, width) in enumerate(zip(cells, widths)))
-        if behind and on_terminal:
+        if is_slower and on_terminal:
             text = f"\033[1;31m{text}\033[0m"
-        print(text + (" !" if behind and not on_terminal else ""))
-    print("\nMedians. Processor time; on two threads wall time as one of them sees it. Floors: by physics / by contract.")
+        print(text + (" !" if is_slower and not on_terminal else ""))
+    print("\nMedians of processor time; for rows with two threads, of the wall time of one thread.\n"
+          "Lower bounds: the least work that does the job / with the calls, locks and blocks that the contract needs.")
 
 
 if __name__ == "__main__":

@@ -1,3 +1,5 @@
+// The estimate of the time left assumes that the remaining runs take as long as the average of those done.
+
 #include "progress.h"
 
 #include <unistd.h>
@@ -11,7 +13,7 @@ using Clock = std::chrono::steady_clock;
 static constexpr int kDescriptor = 3;
 static constexpr double kSecondsBeforeEstimate = 2;
 
-static std::uint64_t g_runs = 0;  // 0 means that nothing is shown
+static std::uint64_t g_runs = 0;  // 0 until ShowProgress is called: nothing is shown
 static std::uint64_t g_runsDone = 0;
 static Clock::time_point g_start, g_lastShown;
 
@@ -29,7 +31,7 @@ static void Show(Clock::time_point now) {
     std::snprintf(left, sizeof left, ", %.0f %s left", isShort ? seconds : seconds / 60, isShort ? "s" : "min");
   }
   char line[96];
-  const int length = std::snprintf(line, sizeof line, "\r%ju of %ju runs%s\033[K",  // erases what a longer line left
+  const int length = std::snprintf(line, sizeof line, "\r%ju of %ju runs%s\033[K",  // erases the rest of a longer line
                                    std::uintmax_t{g_runsDone}, std::uintmax_t{g_runs}, left);
   (void)!write(kDescriptor, line, static_cast<std::size_t>(length));
 }

@@ -7,11 +7,11 @@
 
 #include <cstdint>
 
-// From now on the line is written to file descriptor 3. `runs` is the number of runs that the program will do.
+// Starts writing the line to file descriptor 3. `runs` is the total number of runs.
 void ShowProgress(std::uint64_t runs);
 
-// Counts the runs of one row. Google Benchmark calls the row more often than that: before the first run it makes
-// attempts, which find out how many iterations a run needs.
+// Counts the runs of one row. Google Benchmark also calls the row before the first run, to find out how many iterations
+// a run needs. Those attempts are not counted.
 class CRunCounter {
  public:
   // Call this at the end of each call of the row, on each of its threads.

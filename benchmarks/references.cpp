@@ -1,4 +1,5 @@
-// References. ZrCore gives heap records and 16-bit text; peers that write bytes carry "(char)".
+// References to text and back. ZrCore returns records on the heap and 16-bit text. A peer with the remark "(char)"
+// writes 8-bit text.
 
 #include <array>
 #include <charconv>
@@ -34,9 +35,9 @@ static std::string TextOf(const Words& w) {
   return text;
 }
 
-// ---- Floors ---------------------------------------------------------------------------------------------------------
+// ---- Lower bounds ---------------------------------------------------------------------------------------------------
 
-static char* FloorWrite(const Words& words, char* at) {
+static char* LowerBoundWrite(const Words& words, char* at) {
   for (uint32_t word : words) {
     at = std::to_chars(at, at + 10, word).ptr;
     *at++ = '.';
@@ -44,7 +45,7 @@ static char* FloorWrite(const Words& words, char* at) {
   return at - 1;
 }
 
-static const char* FloorRead(const char* at, const char* end, Words& words) {
+static const char* LowerBoundRead(const char* at, const char* end, Words& words) {
   for (uint32_t& word : words) at = std::from_chars(at, end, word).ptr + 1;
   return at - 1;
 }
@@ -54,8 +55,9 @@ static const char* FloorRead(const char* at, const char* end, Words& words) {
 static void WriteRows(const std::string& kind, const Words& words) {
   const std::string operation = "reference to text " + kind;
   const std::string expected = TextOf(words);
-  char floorText[80];
-  Require(std::string(floorText, FloorWrite(words, floorText)) == expected, "the floor writes the same text");
+  char lowerBoundText[80];
+  Require(std::string(lowerBoundText, LowerBoundWrite(words, lowerBoundText)) == expected,
+          "the lower bound writes the same text");
 
   ZRREF value;
   std::memcpy(value.words, words.data(), sizeof value.words);
@@ -95,14 +97,14 @@ static void WriteRows(const std::string& kind, const Words& words) {
   Row(operation, "QString::asprintf",
       [w = words] { Consume(QString::asprintf("%u.%u.%u.%u.%u.%u", w[0], w[1], w[2], w[3], w[4], w[5])); });
 #endif
-  Row(operation, "floor", [words] {
+  Row(operation, "lower bound", [words] {
     char text[80];
-    Consume(FloorWrite(words, text));
+    Consume(LowerBoundWrite(words, text));
     Consume(text);
   });
-  Row(operation, "floor by contract", [words] {
+  Row(operation, "lower bound by contract", [words] {
     char text[80];
-    const std::size_t length = static_cast<std::size_t>(FloorWrite(words, text) - text);
+    const std::size_t length = static_cast<std::size_t>(LowerBoundWrite(words, text) - text);
     char* block = static_cast<char*>(std::malloc(8 + (length + 1) * sizeof(WCHAR)));
     auto* units = reinterpret_cast<WCHAR*>(block + 8);
     for (std::size_t at = 0; at < length; ++at) units[at] = static_cast<WCHAR>(text[at]);
@@ -116,8 +118,8 @@ static void ReadRows(const std::string& kind, const Words& words) {
   const std::string operation = "reference from text+destroy " + kind;
   const std::string text = TextOf(words);
   Words read{};
-  Require(FloorRead(text.data(), text.data() + text.size(), read) == text.data() + text.size() && read == words,
-          "the floor reads the same reference");
+  Require(LowerBoundRead(text.data(), text.data() + text.size(), read) == text.data() + text.size() && read == words,
+          "the lower bound reads the same reference");
 
   std::shared_ptr<WCHAR> string(ZrCreateString(Widened(text).c_str()), ZrDestroyString);
   ZRREF* checked = nullptr;
@@ -161,16 +163,16 @@ static void ReadRows(const std::string& kind, const Words& words) {
     Consume(w);
   });
 #endif
-  Row(operation, "floor", [text] {
+  Row(operation, "lower bound", [text] {
     Words w;
-    Consume(FloorRead(text.data(), text.data() + text.size(), w));
+    Consume(LowerBoundRead(text.data(), text.data() + text.size(), w));
     Consume(w);
   });
-  Row(operation, "floor by contract", [text = Widened(text)] {
+  Row(operation, "lower bound by contract", [text = Widened(text)] {
     char narrow[80];
     for (std::size_t at = 0; at < text.size(); ++at) narrow[at] = static_cast<char>(text[at]);
     auto* record = static_cast<Words*>(std::malloc(sizeof(Words)));
-    Consume(FloorRead(narrow, narrow + text.size(), *record));
+    Consume(LowerBoundRead(narrow, narrow + text.size(), *record));
     Consume(record);
     std::free(record);
   });
@@ -180,7 +182,8 @@ void ReferenceRows() {
   const std::pair<const char*, Words> kKinds[] = {{"11 units", {1, 2, 3, 4, 5, 6}},
                                                   {"42 units", {4294967295, 12345, 65535, 1234567, 54321, 98765}}};
   for (const auto& [kind, words] : kKinds) {
-    Require(TextOf(words).size() == static_cast<std::size_t>(std::atoi(kind)), "the text is as long as the row says");
+    Require(TextOf(words).size() == static_cast<std::size_t>(std::atoi(kind)),
+            "the text has the length in the row's name");
     WriteRows(kind, words);
   }
   for (const auto& [kind, words] : kKinds) ReadRows(kind, words);

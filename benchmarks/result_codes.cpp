@@ -1,4 +1,4 @@
-// The texts of result codes. The peers' are 8-bit.
+// Looking up the text of a result code. The peers return 8-bit text.
 
 #include <algorithm>
 #include <array>
@@ -23,7 +23,7 @@ struct LockedTexts {
   Map texts;
 };
 
-// What a user would write: a map of strings under a mutex.
+// The registry that a user would write: a map of strings, protected by a mutex.
 template <class Map>
 static void MapRow(const std::string& operation, const std::string& library) {
   auto registry = std::make_shared<LockedTexts<Map>>();
@@ -65,13 +65,13 @@ void ResultCodeRows() {
     texts->codes[at] = 0x80000000 + static_cast<uint32_t>(at);
     texts->counts[at] = 1;
   }
-  Row(operation, "floor", [texts] {
+  Row(operation, "lower bound", [texts] {
     std::atomic<uint32_t>& count = texts->counts[4];
     count.fetch_add(1, std::memory_order_relaxed);
     Consume(&count);
     Consume(count.fetch_sub(1, std::memory_order_acq_rel) == 1);
   });
-  Row(operation, "floor by contract", [texts] {  // the lock, the look-up, and the string's count over the boundary
+  Row(operation, "lower bound by contract", [texts] {  // lock, lookup, and the string's reference count by calls
     std::atomic<uint32_t>* count = nullptr;
     {
       const std::lock_guard hold(texts->mutex);

@@ -1,15 +1,17 @@
-// How a measurement comes into the table: one line, Row("operation", "library", callable).
+// A row is one measurement in the table: Row("operation", "library", callable) registers it.
 //
-//   - The operation's name is the same in all rows that compete. ZrCore comes first, then the peers, then the floors.
-//   - A library name with a remark in parentheses, "std::string (char)", does an easier job than the others: it is
-//     measured and shown, but nobody is measured against it. "floor" is a few lines of our own: the least that the
-//     operation costs by physics; "floor by contract" adds the calls, locks and blocks that the contract asks for.
-//   - What creates also destroys. Results go through Consume, which also makes the compiler forget what it knows of
-//     memory, so nothing moves out of the loop.
-//   - The callable owns what it works on, by value or by shared pointer, and is called as const: on two threads both
-//     call the same one.
+//   - Rows that compete have the same operation name. Register ZrCore first, then the peers, then the lower bounds.
+//   - A remark in parentheses after the library name, as in "std::string (char)", means that this library does less
+//     work. It is measured and shown, but ZrCore is not compared with it.
+//   - "lower bound" is a few lines written here: the least work that does the job. "lower bound by contract" adds the
+//     calls, locks and memory blocks that the library's contract requires.
+//   - A row that creates a value also destroys it. Pass every result to Consume: it keeps the compiler from removing
+//   the
+//     work or moving it out of the loop.
+//   - The callable must own the data it works on, by value or by shared pointer. It is called as const. On two threads
+//     both call the same callable: data that it changes without synchronisation is a data race.
 //
-// A family is one file with one function, declared below and called by main.cpp.
+// Each family of rows is one file with one function, which is declared below and called by main.cpp.
 
 #pragma once
 
@@ -46,14 +48,15 @@ inline void Consume(const Value& value) {
   benchmark::DoNotOptimize(value);
 }
 
-// Set-up that fails ends the program: a call that only answers an error would look splendid in the table.
+// Ends the program if `claim` is false. Rows check their set-up with it, because a call that only returns an error is
+// fast and would look good in the table.
 inline void Require(bool claim, const char* text) {
   if (claim) return;
-  std::fprintf(stderr, "benchmarks: not so: %s\n", text);
+  std::fprintf(stderr, "zrcore_benchmarks: the set-up of a row is wrong; this does not hold: %s\n", text);
   std::exit(2);
 }
 
-// Registers a row whose `measure` iterates over the state itself. Most rows need only Row.
+// Registers a row whose `measure` contains the measured loop. Most rows need only Row.
 template <class Measure>
 benchmark::internal::Benchmark* RegisterRow(const std::string& operation, const std::string& library, Measure measure) {
   return benchmark::RegisterBenchmark((operation + "/" + library).c_str(),
@@ -70,8 +73,8 @@ benchmark::internal::Benchmark* Row(const std::string& operation, const std::str
   });
 }
 
-// Each run constructs a `Scope` before the measured loop and destroys it afterwards. Use it for global state that the
-// next row must find clean.
+// Registers a row that constructs a `Scope` before the measured loop of each run and destroys it afterwards. Use it for
+// global state, which must be reset before the next row runs.
 template <class Scope, class Operation>
 benchmark::internal::Benchmark* RowWithin(const std::string& operation, const std::string& library, Operation run) {
   return RegisterRow(operation, library, [run = std::move(run)](benchmark::State& state) {
@@ -80,7 +83,7 @@ benchmark::internal::Benchmark* RowWithin(const std::string& operation, const st
   });
 }
 
-// Wall time: the time that a thread waits for the other one is what these rows are about.
+// Measures wall time instead of processor time, so that the time a thread waits for the other one is included.
 template <class Operation>
 void RowOnTwoThreads(const std::string& operation, const std::string& library, Operation run) {
   Row(operation + ", 2 threads", library, std::move(run))->Threads(2)->UseRealTime();

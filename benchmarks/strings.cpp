@@ -1,4 +1,5 @@
-// Counted strings beside those of the frameworks. Peers of 8-bit text move half the bytes and carry "(char)".
+// Counted strings, compared with the strings of the frameworks. A peer with the remark "(char)" uses 8-bit text and so
+// moves half as many bytes.
 
 #include <atomic>
 #include <cstdlib>
@@ -22,7 +23,7 @@
 #include <glib.h>
 #endif
 
-// A reference that a row holds for as long as it may run.
+// Shared ownership of a string reference, so that a row can keep it.
 using SharedString = std::shared_ptr<WCHAR>;
 
 static SharedString Share(const std::u16string& text) {
@@ -54,7 +55,7 @@ static void CreateRows() {
   const std::string operation = "string create+destroy 16 units";
   const std::u16string text = Text(16);
 
-  // All start from a terminated text of a length that nobody knows yet.
+  // All start from a zero-terminated text whose length must be determined first.
   Row(operation, "ZrCore", [text] {
     ZRSTR s = ZrCreateString(text.c_str());
     Consume(s);
@@ -91,7 +92,7 @@ static void CreateRows() {
     g_ref_string_release(s);
   });
 #endif
-  Row(operation, "floor", [text] {
+  Row(operation, "lower bound", [text] {
     const std::size_t bytes = (text.size() + 1) * sizeof(WCHAR);
     void* block = std::malloc(8 + bytes);
     std::memcpy(static_cast<char*>(block) + 8, text.data(), bytes);
@@ -139,12 +140,12 @@ static void CopyRows() {
   });
 #endif
   auto count = std::make_shared<std::atomic<uint32_t>>(1);
-  RowOnOneAndTwoThreads(operation, "floor", [count] {
+  RowOnOneAndTwoThreads(operation, "lower bound", [count] {
     count->fetch_add(1, std::memory_order_relaxed);
     Consume(count);
     Consume(count->fetch_sub(1, std::memory_order_acq_rel) == 1);
   });
-  RowOnOneAndTwoThreads(operation, "floor by contract", [count] {
+  RowOnOneAndTwoThreads(operation, "lower bound by contract", [count] {
     BoundaryRetain(count.get());
     Consume(count);
     BoundaryRelease(count.get());
@@ -191,7 +192,7 @@ static void AppendRows() {
     g_free(s);
   });
 #endif
-  Row(operation, "floor", [left = text, right = text] {
+  Row(operation, "lower bound", [left = text, right = text] {
     const std::size_t first = left.size() * sizeof(WCHAR), second = (right.size() + 1) * sizeof(WCHAR);
     char* block = static_cast<char*>(std::malloc(8 + first + second));
     std::memcpy(block + 8, left.data(), first);
@@ -201,8 +202,8 @@ static void AppendRows() {
   });
 }
 
-// Two strings of one content and two addresses. Equality answers faster than order where a library tells them apart, so
-// both forms of a peer compete.
+// Compares two strings with the same content at different addresses. In some libraries testing for equality is faster
+// than determining the order, so both functions of a peer are measured.
 static void CompareRows(std::size_t units) {
   const std::string operation = "string compare " + std::to_string(units) + " equal units";
   const std::u16string text = Text(units);
@@ -226,7 +227,7 @@ static void CompareRows(std::size_t units) {
                          static_cast<int32_t>(right.size()), false));
   });
 #endif
-  Row(operation, "floor",
+  Row(operation, "lower bound",
       [left = text, right = text] { Consume(std::memcmp(left.data(), right.data(), left.size() * sizeof(WCHAR))); });
 }
 

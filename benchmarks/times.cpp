@@ -1,5 +1,5 @@
-// Points in time and durations. Most peers count from 1970, in coarser ticks, and write 8-bit text; several write no
-// more than six digits of a second.
+// Date-times and time spans: fields, values and text. Most peers count from 1970 in coarser ticks and write 8-bit text;
+// several write at most six digits of a second.
 
 #include <array>
 #include <chrono>
@@ -57,9 +57,9 @@ static ZRDATETIME Value() {
 
 static int64_t SecondsFrom1970() { return Value() / ZR_TICKS_PER_SECOND - kSecondsTo1970; }
 
-// ---- Floors ---------------------------------------------------------------------------------------------------------
+// ---- Lower bounds ---------------------------------------------------------------------------------------------------
 
-static ZRDATETIMESTRUCT FloorFields(ZRDATETIME value) {
+static ZRDATETIMESTRUCT LowerBoundFields(ZRDATETIME value) {
   const auto days = static_cast<uint32_t>(value / ZR_TICKS_PER_DAY);
   const auto seconds = static_cast<uint32_t>(value % ZR_TICKS_PER_DAY / ZR_TICKS_PER_SECOND);
   const uint32_t n1 = 4 * (days + 306) + 3, century = n1 / 146097, n2 = n1 % 146097 | 3;
@@ -77,7 +77,7 @@ static ZRDATETIMESTRUCT FloorFields(ZRDATETIME value) {
   return record;
 }
 
-static ZRDATETIME FloorValue(const ZRDATETIMESTRUCT& r) {
+static ZRDATETIME LowerBoundValue(const ZRDATETIMESTRUCT& r) {
   static constexpr int kBefore[] = {0, 0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
   const int y = r.year - 1601;
   const bool isLeap = r.year % 4 == 0 && (r.year % 100 != 0 || r.year % 400 == 0);
@@ -85,7 +85,7 @@ static ZRDATETIME FloorValue(const ZRDATETIMESTRUCT& r) {
   return (((days * 24 + r.hour) * 60 + r.minute) * 60 + r.second) * ZR_TICKS_PER_SECOND + r.fraction;
 }
 
-static void FloorPair(WCHAR* at, int value) {
+static void LowerBoundPair(WCHAR* at, int value) {
   static const std::array<std::array<WCHAR, 2>, 100> kPairs = [] {
     std::array<std::array<WCHAR, 2>, 100> pairs{};
     for (std::size_t i = 0; i < 100; ++i)
@@ -95,31 +95,31 @@ static void FloorPair(WCHAR* at, int value) {
   std::memcpy(at, kPairs[static_cast<std::size_t>(value)].data(), 4);
 }
 
-static void FloorTime(WCHAR* at, int hour, int minute, int second, int ticks) {
-  FloorPair(at, hour);
-  FloorPair(at + 3, minute);
-  FloorPair(at + 6, second);
+static void LowerBoundTime(WCHAR* at, int hour, int minute, int second, int ticks) {
+  LowerBoundPair(at, hour);
+  LowerBoundPair(at + 3, minute);
+  LowerBoundPair(at + 6, second);
   at[2] = at[5] = ':';
   at[8] = '.';
   at[9] = static_cast<WCHAR>('0' + ticks / 1000000);
-  FloorPair(at + 10, ticks / 10000 % 100);
-  FloorPair(at + 12, ticks / 100 % 100);
-  FloorPair(at + 14, ticks % 100);
+  LowerBoundPair(at + 10, ticks / 10000 % 100);
+  LowerBoundPair(at + 12, ticks / 100 % 100);
+  LowerBoundPair(at + 14, ticks % 100);
   at[16] = 0;
 }
 
-static void FloorText(WCHAR* at, const ZRDATETIMESTRUCT& r) {
-  FloorPair(at, r.year / 100);
-  FloorPair(at + 2, r.year % 100);
-  FloorPair(at + 5, r.month);
-  FloorPair(at + 8, r.day);
+static void LowerBoundText(WCHAR* at, const ZRDATETIMESTRUCT& r) {
+  LowerBoundPair(at, r.year / 100);
+  LowerBoundPair(at + 2, r.year % 100);
+  LowerBoundPair(at + 5, r.month);
+  LowerBoundPair(at + 8, r.day);
   at[4] = at[7] = '-';
   at[10] = ' ';
-  FloorTime(at + 11, r.hour, r.minute, r.second, r.fraction);
+  LowerBoundTime(at + 11, r.hour, r.minute, r.second, r.fraction);
 }
 
 template <int width>
-static int FloorNumber(const WCHAR* at, bool* isPlain) {
+static int LowerBoundNumber(const WCHAR* at, bool* isPlain) {
   int value = 0;
   for (int place = 0; place < width; ++place) {
     const int digit = at[place] - '0';
@@ -129,30 +129,31 @@ static int FloorNumber(const WCHAR* at, bool* isPlain) {
   return value;
 }
 
-static bool FloorRead(const WCHAR* at, ZRDATETIMESTRUCT* record) {
+static bool LowerBoundRead(const WCHAR* at, ZRDATETIMESTRUCT* record) {
   bool isPlain = true;
   *record = {};
-  record->year = static_cast<int16_t>(FloorNumber<4>(at, &isPlain));
-  record->month = static_cast<int8_t>(FloorNumber<2>(at + 5, &isPlain));
-  record->day = static_cast<int8_t>(FloorNumber<2>(at + 8, &isPlain));
-  record->hour = static_cast<int8_t>(FloorNumber<2>(at + 11, &isPlain));
-  record->minute = static_cast<int8_t>(FloorNumber<2>(at + 14, &isPlain));
-  record->second = static_cast<int8_t>(FloorNumber<2>(at + 17, &isPlain));
-  record->fraction = FloorNumber<7>(at + 20, &isPlain);
+  record->year = static_cast<int16_t>(LowerBoundNumber<4>(at, &isPlain));
+  record->month = static_cast<int8_t>(LowerBoundNumber<2>(at + 5, &isPlain));
+  record->day = static_cast<int8_t>(LowerBoundNumber<2>(at + 8, &isPlain));
+  record->hour = static_cast<int8_t>(LowerBoundNumber<2>(at + 11, &isPlain));
+  record->minute = static_cast<int8_t>(LowerBoundNumber<2>(at + 14, &isPlain));
+  record->second = static_cast<int8_t>(LowerBoundNumber<2>(at + 17, &isPlain));
+  record->fraction = LowerBoundNumber<7>(at + 20, &isPlain);
   return isPlain;
 }
 
-static void RequireTrueFloors() {
+static void RequireCorrectLowerBounds() {
   const ZRDATETIMESTRUCT record = Record();
-  ZRDATETIMESTRUCT fields = FloorFields(Value()), read;
+  ZRDATETIMESTRUCT fields = LowerBoundFields(Value()), read;
   fields.dayOfWeek = record.dayOfWeek;
   fields.millisecond = record.millisecond;
-  Require(std::memcmp(&fields, &record, sizeof record) == 0, "the floor finds the same fields");
-  Require(FloorValue(record) == Value(), "the floor finds the same value");
+  Require(std::memcmp(&fields, &record, sizeof record) == 0, "the lower bound finds the same fields");
+  Require(LowerBoundValue(record) == Value(), "the lower bound finds the same value");
   std::array<WCHAR, 28> text;
-  FloorText(text.data(), record);
-  Require(std::u16string(text.data()) == Widened(kText), "the floor writes the same text");
-  Require(FloorRead(text.data(), &read) && FloorValue(read) == Value(), "the floor reads the same value");
+  LowerBoundText(text.data(), record);
+  Require(std::u16string(text.data()) == Widened(kText), "the lower bound writes the same text");
+  Require(LowerBoundRead(text.data(), &read) && LowerBoundValue(read) == Value(),
+          "the lower bound reads the same value");
 }
 
 // ---- Fields ---------------------------------------------------------------------------------------------------------
@@ -214,10 +215,10 @@ static void ToFieldsRows() {
   Row(operation, "absl::Time",
       [moment = absl::FromUnixSeconds(seconds)] { Consume(absl::ToCivilSecond(moment, absl::UTCTimeZone())); });
 #endif
-  Row(operation, "floor", [value = Value()] {
+  Row(operation, "lower bound", [value = Value()] {
     ZRDATETIME opaque = value;
     benchmark::DoNotOptimize(opaque);
-    Consume(FloorFields(opaque));
+    Consume(LowerBoundFields(opaque));
   });
 }
 
@@ -270,10 +271,10 @@ static void FromFieldsRows() {
   Row(operation, "absl::Time",
       [] { Consume(absl::FromCivil(absl::CivilSecond(2012, 3, 4, 5, 6, 7), absl::UTCTimeZone())); });
 #endif
-  Row(operation, "floor", [record = Record()] {
+  Row(operation, "lower bound", [record = Record()] {
     auto opaque = record;
     benchmark::DoNotOptimize(opaque);
-    Consume(FloorValue(opaque));
+    Consume(LowerBoundValue(opaque));
   });
 }
 
@@ -325,14 +326,14 @@ static void ToTextRows() {
     Consume(boost::posix_time::to_iso_extended_string(moment));
   });
 #endif
-  Row(operation, "floor", [record = Record()] {
+  Row(operation, "lower bound", [record = Record()] {
     std::array<WCHAR, 28> text;
-    FloorText(text.data(), record);
+    LowerBoundText(text.data(), record);
     Consume(text);
   });
-  Row(operation, "floor by contract", [record = Record()] {
+  Row(operation, "lower bound by contract", [record = Record()] {
     char* block = static_cast<char*>(std::malloc(8 + 28 * sizeof(WCHAR)));
-    FloorText(reinterpret_cast<WCHAR*>(block + 8), record);
+    LowerBoundText(reinterpret_cast<WCHAR*>(block + 8), record);
     Consume(block);
     std::free(block);
   });
@@ -382,9 +383,9 @@ static void FromTextRows() {
 #if BENCH_BOOST
   Row(operation, "boost::posix_time (char)", [text] { Consume(boost::posix_time::time_from_string(text)); });
 #endif
-  Row(operation, "floor", [string = Widened(kText)] {
+  Row(operation, "lower bound", [string = Widened(kText)] {
     ZRDATETIMESTRUCT record;
-    Consume(FloorRead(string.c_str(), &record));
+    Consume(LowerBoundRead(string.c_str(), &record));
     Consume(record);
   });
 }
@@ -425,7 +426,7 @@ static void SpanRows() {
     Consume(boost::posix_time::to_simple_string(duration));
   });
 #endif
-  Row(operation, "floor by contract", [span = kSpan] {
+  Row(operation, "lower bound by contract", [span = kSpan] {
     ZRTIMESPAN s = span;
     benchmark::DoNotOptimize(s);
     char* block = static_cast<char*>(std::malloc(8 + 22 * sizeof(WCHAR)));
@@ -434,7 +435,7 @@ static void SpanRows() {
     at[3] = static_cast<WCHAR>('0' + s / ZR_TICKS_PER_DAY);
     at[4] = '.';
     const int seconds = static_cast<int>(s % ZR_TICKS_PER_DAY / ZR_TICKS_PER_SECOND);
-    FloorTime(at + 5, seconds / 3600, seconds / 60 % 60, seconds % 60, static_cast<int>(s % ZR_TICKS_PER_SECOND));
+    LowerBoundTime(at + 5, seconds / 3600, seconds / 60 % 60, seconds % 60, static_cast<int>(s % ZR_TICKS_PER_SECOND));
     Consume(block);
     std::free(block);
   });
@@ -465,19 +466,19 @@ static void SpanRows() {
   Row(operation, "boost::time_duration",
       [text = std::string("26:03:04.000000")] { Consume(boost::posix_time::duration_from_string(text)); });
 #endif
-  Row(operation, "floor", [string = Widened(kSpanText)] {
+  Row(operation, "lower bound", [string = Widened(kSpanText)] {
     bool isPlain = true;
     const WCHAR* at = string.c_str();
-    const int64_t days = FloorNumber<1>(at + 3, &isPlain);
-    const int hours = FloorNumber<2>(at + 5, &isPlain), minutes = FloorNumber<2>(at + 8, &isPlain),
-              seconds = FloorNumber<2>(at + 11, &isPlain), ticks = FloorNumber<7>(at + 14, &isPlain);
+    const int64_t days = LowerBoundNumber<1>(at + 3, &isPlain);
+    const int hours = LowerBoundNumber<2>(at + 5, &isPlain), minutes = LowerBoundNumber<2>(at + 8, &isPlain),
+              seconds = LowerBoundNumber<2>(at + 11, &isPlain), ticks = LowerBoundNumber<7>(at + 14, &isPlain);
     Consume(isPlain);
     Consume((((days * 24 + hours) * 60 + minutes) * 60 + seconds) * ZR_TICKS_PER_SECOND + ticks);
   });
 }
 
 void TimeRows() {
-  RequireTrueFloors();
+  RequireCorrectLowerBounds();
   ToFieldsRows();
   FromFieldsRows();
   ToTextRows();

@@ -1,4 +1,5 @@
-// UTF-8 to a new 16-bit string and back, and comparison without regard to case. A size is that of the text in UTF-8.
+// UTF-8 to a new 16-bit string and back, and case-insensitive comparison. The size in a row's name is the size of the
+// text in UTF-8.
 
 #include <cstdlib>
 #include <cstring>
@@ -27,7 +28,7 @@
 #endif
 
 struct Sample {
-  std::string name;   // as the operation's name has it
+  std::string name;   // part of the operation's name
   std::string bytes;  // whole characters
 };
 
@@ -106,8 +107,8 @@ static void FromUtf8Rows(const Sample& sample) {
     std::free(text);
   });
 #endif
-  // What is moved, and a block for it.
-  Row(operation, "floor", [bytes, units = Widen(bytes).size()] {
+  // A block of the right size, with every byte written once.
+  Row(operation, "lower bound", [bytes, units = Widen(bytes).size()] {
     char* block = static_cast<char*>(std::malloc(8 + (units + 1) * 2));
     std::memset(block, bytes[0], 8 + (units + 1) * 2);
     Consume(block);
@@ -119,7 +120,7 @@ static void ToUtf8Rows(const Sample& sample) {
   const std::string operation = "string to new UTF-8, " + sample.name;
   const std::u16string text = Widen(sample.bytes);
 
-  // The size is asked for, as callers do who don't know it.
+  // The first call determines the size, as in a caller that doesn't know it.
   std::shared_ptr<WCHAR> string(ZrCreateString(text.c_str()), ZrDestroyString);
   Row(operation, "ZrCore", [string] {
     int32_t size = -1;
@@ -161,7 +162,7 @@ static void ToUtf8Rows(const Sample& sample) {
     std::free(bytes);
   });
 #endif
-  Row(operation, "floor", [size = sample.bytes.size(), text] {
+  Row(operation, "lower bound", [size = sample.bytes.size(), text] {
     char* block = static_cast<char*>(std::malloc(size + 1));
     std::memset(block, text[0], size + 1);
     Consume(block);
@@ -182,13 +183,13 @@ static void CaselessRows(const std::string& operation, const std::u16string& lef
 #endif
 #if BENCH_GLIB
   const std::string narrowLeft(left.begin(), left.end()), narrowRight(right.begin(), right.end());
-  if (g_ascii_strcasecmp(narrowLeft.c_str(), narrowRight.c_str()) == 0) {  // else it would stop at the first difference
+  if (g_ascii_strcasecmp(narrowLeft.c_str(), narrowRight.c_str()) == 0) {  // otherwise it stops at the first difference
     Row(operation, "g_ascii_strcasecmp (char)",
         [narrowLeft, narrowRight] { Consume(g_ascii_strcasecmp(narrowLeft.c_str(), narrowRight.c_str())); });
   }
 #endif
 #if defined(__SSE2__)
-  Row(operation, "floor", [left, right] {  // an ASCII fold of a length known beforehand
+  Row(operation, "lower bound", [left, right] {  // compares ASCII only, and knows the length
     int mask = 0xFFFF;
     for (std::size_t at = 0; at + 8 <= left.size(); at += 8) {
       const auto fold = [at](const std::u16string& text) {
@@ -205,20 +206,22 @@ static void CaselessRows(const std::string& operation, const std::u16string& lef
 }
 
 void UnicodeRows() {
-  // Before the library reads it, on first use: the one locale with more than ASCII letters that every system has.
+  // Set before first use, when the library reads it. This locale exists on every system and has more than ASCII
+  // letters.
   Require(setenv("LC_ALL", "C.utf8", 1) == 0, "the locale is set");
   for (const Sample& sample : Samples()) {
     FromUtf8Rows(sample);
     ToUtf8Rows(sample);
   }
-  CaselessRows("compare without case 32 units", u"The Quick Brown Fox Jumps Over A",
+  CaselessRows("case-insensitive compare 32 units", u"The Quick Brown Fox Jumps Over A",
                u"tHE qUICK bROWN fOX jUMPS oVER a");
-  // Alike in both texts, and then in two cases, which only a look into the locale's tables can tell.
-  CaselessRows("compare without case 32 units, 8 accented",
+  // First with accented letters that are the same in both texts, then with accented letters that differ in case, so
+  // that the comparison must use the locale's tables.
+  CaselessRows("case-insensitive compare 32 units, 8 accented",
                u"D\xE9j\xE0 vu, \xE9l\xE8ve fran\xE7"
                u"ais \xE0 la \xEEle.",
                u"d\xE9J\xE0 VU, \xE9L\xE8VE FRAN\xE7"
                u"AIS \xE0 LA \xEELE.");
-  CaselessRows("compare without case 32 units, 4 accented in two cases",
+  CaselessRows("case-insensitive compare 32 units, 4 accented in two cases",
                u"D\xE9j\xE0 vu, nos \xE9l\xE8ves anglais ici.", u"d\xC9J\xC0 VU, NOS \xC9L\xC8VES ANGLAIS ICI.");
 }

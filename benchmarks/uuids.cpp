@@ -1,4 +1,5 @@
-// Identifiers. ZrCore gives heap records and 16-bit text; most peers hand out values and 8-bit text.
+// UUIDs: generation, text and comparison. ZrCore returns records on the heap and 16-bit text; most peers return values
+// and 8-bit text.
 
 #include <array>
 #include <cstdlib>
@@ -33,7 +34,7 @@
 #include <glib.h>
 #endif
 
-// The form that all of the parsers take. The second differs in the last digit, where an order is decided last.
+// A form that all parsers accept. The second text differs in the last digit, so a comparison must look at all of it.
 static constexpr char kText[] = "01234567-89ab-cdef-0123-456789abcdef";
 static constexpr char kLaterText[] = "01234567-89ab-cdef-0123-456789abcdf0";
 
@@ -43,7 +44,7 @@ static ZRUUID Parse(const char* text) {
   return uuid;
 }
 
-// ---- Floors: the least that text costs, by tables -------------------------------------------------------------------
+// ---- Lower bounds: conversion by tables -----------------------------------------------------------------------------
 
 struct DigitTables {
   std::array<std::array<WCHAR, 2>, 256> pairs{};
@@ -60,11 +61,12 @@ struct DigitTables {
 };
 static constexpr DigitTables kDigits;
 
-// Where the bytes of the record stand in the text, in the order of the text: the wider fields are little-endian.
+// For each pair of digits in the text: the index of its byte in the record (whose wider fields are little-endian), and
+// the position of the pair in the text.
 static constexpr std::array<uint8_t, 16> kRecordByte = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
 static constexpr std::array<uint8_t, 16> kTextPlace = {0, 2, 4, 6, 9, 11, 14, 16, 19, 21, 24, 26, 28, 30, 32, 34};
 
-static void FloorFormat(const ZRUUID& uuid, WCHAR* text) {
+static void LowerBoundFormat(const ZRUUID& uuid, WCHAR* text) {
   std::array<uint8_t, 16> bytes;
   std::memcpy(bytes.data(), &uuid, 16);
   text[0] = u'{';
@@ -75,7 +77,7 @@ static void FloorFormat(const ZRUUID& uuid, WCHAR* text) {
     std::memcpy(text + 1 + kTextPlace[i], kDigits.pairs[bytes[kRecordByte[i]]].data(), 4);
 }
 
-static bool FloorParse(const char* text, ZRUUID* uuid) {
+static bool LowerBoundParse(const char* text, ZRUUID* uuid) {
   std::array<uint8_t, 16> bytes;
   uint8_t seen = 0;
   for (std::size_t i = 0; i < 16; ++i) {
@@ -88,16 +90,18 @@ static bool FloorParse(const char* text, ZRUUID* uuid) {
   return seen < 16;
 }
 
-static void RequireTrueFloors() {
+static void RequireCorrectLowerBounds() {
   const ZRUUID uuid = Parse(kText);
-  ZRUUID floor{};
-  Require(FloorParse(kText, &floor) && std::memcmp(&uuid, &floor, 16) == 0, "the floor reads the same UUID");
+  ZRUUID parsed{};
+  Require(LowerBoundParse(kText, &parsed) && std::memcmp(&uuid, &parsed, 16) == 0,
+          "the lower bound reads the same UUID");
   std::array<WCHAR, 39> text;
-  FloorFormat(uuid, text.data());
+  LowerBoundFormat(uuid, text.data());
   ZRSTR string = nullptr;
   int32_t order = 1;
   Require(ZR_SUCCEEDED(ZrStringFromUUID(&uuid, &string)), "a UUID's text is written");
-  Require(ZR_SUCCEEDED(ZrCompareStringW(string, text.data(), &order)) && order == 0, "the floor writes the same text");
+  Require(ZR_SUCCEEDED(ZrCompareStringW(string, text.data(), &order)) && order == 0,
+          "the lower bound writes the same text");
   ZrDestroyString(string);
 }
 
@@ -138,7 +142,7 @@ static void GenerateRows() {
   });
 #endif
 #if defined(__linux__)
-  Row(operation, "floor", [] {
+  Row(operation, "lower bound", [] {
     ZRUUID uuid;
     Consume(getrandom(&uuid, sizeof uuid, 0));
     Consume(uuid);
@@ -172,14 +176,14 @@ static void FormatRows() {
     Consume(text);
   });
 #endif
-  Row(operation, "floor", [uuid = Parse(kText)] {
+  Row(operation, "lower bound", [uuid = Parse(kText)] {
     std::array<WCHAR, 39> text;
-    FloorFormat(uuid, text.data());
+    LowerBoundFormat(uuid, text.data());
     Consume(text);
   });
-  Row(operation, "floor by contract", [uuid = Parse(kText)] {
+  Row(operation, "lower bound by contract", [uuid = Parse(kText)] {
     char* block = static_cast<char*>(std::malloc(8 + 39 * sizeof(WCHAR)));
-    FloorFormat(uuid, reinterpret_cast<WCHAR*>(block + 8));
+    LowerBoundFormat(uuid, reinterpret_cast<WCHAR*>(block + 8));
     Consume(block);
     std::free(block);
   });
@@ -217,14 +221,14 @@ static void ParseRows() {
 #if BENCH_GLIB
   Row(operation, "g_uuid_string_is_valid (checks only)", [text] { Consume(g_uuid_string_is_valid(text.c_str())); });
 #endif
-  Row(operation, "floor", [text] {
+  Row(operation, "lower bound", [text] {
     ZRUUID uuid;
-    Consume(FloorParse(text.c_str(), &uuid));
+    Consume(LowerBoundParse(text.c_str(), &uuid));
     Consume(uuid);
   });
 }
 
-// One peer's type under both comparisons.
+// Registers both comparisons of a peer.
 template <class Uuid>
 static void ComparisonRows(const std::string& library, const Uuid& uuid, const Uuid& later) {
   Require(uuid == Uuid(uuid) && uuid < later, "a peer's UUIDs compare");
@@ -258,17 +262,17 @@ static void CompareRows() {
   Row("UUID equal", "libuuid", [=, left = uuid, right = uuid] { Consume(compare(left, right) == 0); });
   Row("UUID less", "libuuid", [=, left = uuid, right = later] { Consume(compare(left, right) < 0); });
 #endif
-  Row("UUID equal", "floor", [left = uuid, right = uuid] {
+  Row("UUID equal", "lower bound", [left = uuid, right = uuid] {
     uint64_t a[2], b[2];
     std::memcpy(a, &left, 16);
     std::memcpy(b, &right, 16);
     Consume(((a[0] ^ b[0]) | (a[1] ^ b[1])) == 0);
   });
-  Row("UUID less", "floor", [left = uuid, right = later] { Consume(std::memcmp(&left, &right, 16) < 0); });
+  Row("UUID less", "lower bound", [left = uuid, right = later] { Consume(std::memcmp(&left, &right, 16) < 0); });
 }
 
 void UuidRows() {
-  RequireTrueFloors();
+  RequireCorrectLowerBounds();
   GenerateRows();
   FormatRows();
   ParseRows();

@@ -1,6 +1,6 @@
-// Conversions of variants beside those of the frameworks and a visited std::variant. A row converts into a record that
-// is empty before; what is converted to an owned value is also cleared. GValue reads no numbers from text, and its
-// texts are bytes, as those of Poco are.
+// Converting variants, compared with the frameworks and with a visitor of std::variant. A row converts into an empty
+// variant and clears it if the result owns memory. GValue can't convert text to numbers. GValue and Poco use 8-bit
+// text.
 
 #include <array>
 #include <charconv>
@@ -14,11 +14,11 @@
 
 #include "variant_fixtures.h"
 
-// ---- Floors ---------------------------------------------------------------------------------------------------------
+// ---- Lower bounds ---------------------------------------------------------------------------------------------------
 
-// A conversion that is checked, and the least it takes: 0 or a failure.
+// Parses a number. Returns false if any part of the text is not part of the number.
 template <class Number>
-static bool FloorRead(const std::u16string& text, Number& number) {
+static bool LowerBoundRead(const std::u16string& text, Number& number) {
   std::array<char, 48> narrow;
   if (text.size() > narrow.size()) return false;
   for (std::size_t at = 0; at < text.size(); ++at) narrow[at] = static_cast<char>(text[at]);
@@ -27,22 +27,23 @@ static bool FloorRead(const std::u16string& text, Number& number) {
   return stop == end && error == std::errc();
 }
 
-static char* FloorWrite(char* at, char* end, int32_t value) { return std::to_chars(at, end, value).ptr; }
+static char* LowerBoundWrite(char* at, char* end, int32_t value) { return std::to_chars(at, end, value).ptr; }
 
-static char* FloorWrite(char* at, char* end, double value) {
+static char* LowerBoundWrite(char* at, char* end, double value) {
   return std::to_chars(at, end, value, std::chars_format::fixed, 6).ptr;
 }
 
-// In millionths, which is enough for the value of the rows alone.
-static char* FloorWriteScaled(char* at, char* end, double value) {
+// Writes six digits after the point, computed from a whole number of millionths. This is exact enough only for values
+// like the one in the rows.
+static char* LowerBoundWriteScaled(char* at, char* end, double value) {
   const auto millionths = static_cast<uint64_t>(value * 1e6 + 0.5);
   at = std::to_chars(at, end, millionths / 1'000'000).ptr;
-  std::to_chars(at, end, 1'000'000 + millionths % 1'000'000);  // whose first digit the point overwrites
+  std::to_chars(at, end, 1'000'000 + millionths % 1'000'000);  // seven digits; the point replaces the first
   *at = '.';
   return at + 7;
 }
 
-static WCHAR* FloorWiden(const char* text, const char* end) {
+static WCHAR* LowerBoundWiden(const char* text, const char* end) {
   const auto length = static_cast<std::size_t>(end - text);
   auto* units = static_cast<WCHAR*>(std::malloc(8 + (length + 1) * sizeof(WCHAR)));
   for (std::size_t at = 0; at < length; ++at) units[at + 4] = static_cast<WCHAR>(text[at]);
@@ -50,7 +51,7 @@ static WCHAR* FloorWiden(const char* text, const char* end) {
   return units;
 }
 
-static bool FloorIsInt32(double value) { return value >= -2147483648.0 && value <= 2147483647.0; }
+static bool FitsInt32(double value) { return value >= -2147483648.0 && value <= 2147483647.0; }
 
 // ---- Conversion -----------------------------------------------------------------------------------------------------
 
@@ -73,14 +74,14 @@ static void ZrCoreOwnedRow(const std::string& operation, const Holder& source, u
   });
 }
 
-// The visitor knows neither the type of the source nor that of the result before it runs.
+// The visitor learns the types of the source and of the result only when it runs.
 template <class Target>
 static void VisitorRow(const std::string& operation, const Visited& source) {
   struct CVisitor {
     bool operator()(std::monostate) const { return false; }
     bool operator()(double value) const {
       if constexpr (std::is_same_v<Target, int32_t>) {
-        if (!FloorIsInt32(value)) return false;
+        if (!FitsInt32(value)) return false;
       }
       result = static_cast<Target>(value);
       return true;
@@ -90,7 +91,7 @@ static void VisitorRow(const std::string& operation, const Visited& source) {
     bool operator()(bool value) const { return (*this)(static_cast<double>(value)); }
     bool operator()(const SharedText& text) const {
       Target number;
-      if (!FloorRead(*text, number)) return false;
+      if (!LowerBoundRead(*text, number)) return false;
       result = number;
       return true;
     }
@@ -112,7 +113,7 @@ static void VisitorTextRow(const std::string& operation, const Visited& source) 
     std::array<char, 48> text;
     const auto write = [&text, &result](auto value) {
       if constexpr (std::is_arithmetic_v<decltype(value)> && !std::is_same_v<decltype(value), bool>) {
-        char* end = FloorWrite(text.data(), text.data() + text.size(), static_cast<Number>(value));
+        char* end = LowerBoundWrite(text.data(), text.data() + text.size(), static_cast<Number>(value));
         result = std::make_shared<const std::u16string>(text.data(), end);
       }
     };
@@ -164,7 +165,7 @@ static void NumberRows() {
   PocoRow<double>(operation, "", Poco::Dynamic::Var(kInteger));
 #endif
   VisitorRow<double>(operation, kInteger);
-  Row(operation, "floor", [value = kInteger] {
+  Row(operation, "lower bound", [value = kInteger] {
     Consume(value);
     Consume(static_cast<double>(value));
   });
@@ -181,17 +182,17 @@ static void NumberRows() {
   PocoRow<Poco::Int32>(operation, "", Poco::Dynamic::Var(kReal));
 #endif
   VisitorRow<int32_t>(operation, kReal);
-  Row(operation, "floor", [value = kReal] {
+  Row(operation, "lower bound", [value = kReal] {
     Consume(value);
-    if (FloorIsInt32(value)) Consume(static_cast<int32_t>(value));
+    if (FitsInt32(value)) Consume(static_cast<int32_t>(value));
   });
 }
 
 template <class Number>
-static void ReadFloorRow(const std::string& operation, const char* text) {
-  Row(operation, "floor", [text = Widened(text)] {
+static void ReadLowerBoundRow(const std::string& operation, const char* text) {
+  Row(operation, "lower bound", [text = Widened(text)] {
     Number number;
-    Consume(FloorRead(text, number));
+    Consume(LowerBoundRead(text, number));
     Consume(number);
   });
 }
@@ -207,7 +208,7 @@ static void ReadRows() {
   PocoRow<Poco::Int32>(operation, "", Poco::Dynamic::Var(std::string(kIntegerText)));
 #endif
   VisitorRow<int32_t>(operation, VisitedText(kIntegerText));
-  ReadFloorRow<int32_t>(operation, kIntegerText);
+  ReadLowerBoundRow<int32_t>(operation, kIntegerText);
 
   operation = "variant text to double";
   ZrCoreNumberRow(operation, HoldText(kRealText), ZR_VT_R8);
@@ -220,12 +221,12 @@ static void ReadRows() {
 #endif
   Row(operation, "strtod (char)", [text = std::string(kRealText)] { Consume(std::strtod(text.c_str(), nullptr)); });
   VisitorRow<double>(operation, VisitedText(kRealText));
-  ReadFloorRow<double>(operation, kRealText);
+  ReadLowerBoundRow<double>(operation, kRealText);
 
-  // No framework has references; its own reader is the floor.
+  // No framework has references, so the lower bound is the library's own parser without the variant.
   operation = "variant text to reference+clear";
   ZrCoreOwnedRow(operation, HoldText(kReferenceText), ZR_VT_REF);
-  Row(operation, "floor by contract", [text = HoldText(kReferenceText)] {
+  Row(operation, "lower bound by contract", [text = HoldText(kReferenceText)] {
     ZRREF* ref = nullptr;
     Consume(ZrStringToREF(text->Value.string, &ref));
     ZrDestroyREF(ref);
@@ -236,7 +237,7 @@ static void ReadRows() {
 #if BENCH_QT
   QtConvertRow(operation, QVariant(QString(kDateTimeText)), QMetaType::QDateTime);
 #endif
-  Row(operation, "floor by contract", [text = HoldText(kDateTimeText)] {
+  Row(operation, "lower bound by contract", [text = HoldText(kDateTimeText)] {
     ZRDATETIMESTRUCT record;
     ZRDATETIME value;
     Consume(ZrDateTimeStringToDateTimeStruct(text->Value.string, &record));
@@ -245,22 +246,23 @@ static void ReadRows() {
   });
 }
 
-// The floors by contract write into a block as a string has it.
+// The lower bound by contract writes into a memory block with the layout of a counted string.
 template <class Number, class Write>
-static void WriteFloorRows(const std::string& operation, Number number, const char* expected, Write write) {
+static void WriteLowerBoundRows(const std::string& operation, Number number, const char* expected, Write write) {
   std::array<char, 64> text;
   char* const end = text.data() + text.size();
-  Require(std::string(text.data(), write(text.data(), end, number)) == expected, "the floor writes the same text");
-  Row(operation, "floor", [number, write] {
+  Require(std::string(text.data(), write(text.data(), end, number)) == expected,
+          "the lower bound writes the same text");
+  Row(operation, "lower bound", [number, write] {
     std::array<char, 64> buffer;
     Consume(number);
     Consume(write(buffer.data(), buffer.data() + buffer.size(), number));
     Consume(buffer);
   });
-  Row(operation, "floor by contract", [number, write] {
+  Row(operation, "lower bound by contract", [number, write] {
     std::array<char, 64> buffer;
     Consume(number);
-    WCHAR* block = FloorWiden(buffer.data(), write(buffer.data(), buffer.data() + buffer.size(), number));
+    WCHAR* block = LowerBoundWiden(buffer.data(), write(buffer.data(), buffer.data() + buffer.size(), number));
     Consume(block);
     std::free(block);
   });
@@ -280,8 +282,8 @@ static void WriteRows() {
   PocoRow<std::string>(operation, "", Poco::Dynamic::Var(kInteger));
 #endif
   VisitorTextRow<int32_t>(operation, kInteger);
-  WriteFloorRows(operation, kInteger, kIntegerText,
-                 [](char* at, char* end, int32_t value) { return FloorWrite(at, end, value); });
+  WriteLowerBoundRows(operation, kInteger, kIntegerText,
+                      [](char* at, char* end, int32_t value) { return LowerBoundWrite(at, end, value); });
 
   operation = "variant double to text+clear";
   ZrCoreOwnedRow(operation, HoldReal(kReal), ZR_VT_STR);
@@ -296,7 +298,7 @@ static void WriteRows() {
   PocoRow<std::string>(operation, " (shortest)", Poco::Dynamic::Var(kReal));
 #endif
   VisitorTextRow<double>(operation, kReal);
-  WriteFloorRows(operation, kReal, kRealText, FloorWriteScaled);
+  WriteLowerBoundRows(operation, kReal, kRealText, LowerBoundWriteScaled);
 }
 
 void VariantConversionRows() {

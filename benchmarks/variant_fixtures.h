@@ -1,4 +1,4 @@
-// The values of the rows on variants, as each library holds them.
+// Data for the rows on variants: the same values in the types of each library.
 
 #pragma once
 
@@ -11,7 +11,7 @@
 #include "texts.h"
 #include "zrcore/variant.h"
 
-// The peers, for all who include this.
+// The peers' headers, for all files that include this one.
 #if BENCH_QT
 #include <QDateTime>
 #include <QString>
@@ -37,7 +37,7 @@ static_assert(sizeof kSentence == 32 + 1);
 
 // ---- The values -----------------------------------------------------------------------------------------------------
 
-// A record that a row holds for as long as it may run.
+// Shared ownership of a variant, so that a row can keep it. The last owner clears it.
 using Holder = std::shared_ptr<const ZRVARIANT>;
 
 inline Holder Hold(const ZRVARIANT& variant) {
@@ -77,7 +77,7 @@ inline Holder HoldConverted(const Holder& source, uint16_t target) {
   return Hold(variant);
 }
 
-// What stands for a variant in a program that needs these types alone.
+// The std::variant that a program would use if it needed only these types.
 using Visited = std::variant<std::monostate, bool, int32_t, int64_t, double, SharedText>;
 
 inline Visited VisitedText(const std::string& text) { return std::make_shared<const std::u16string>(Widened(text)); }

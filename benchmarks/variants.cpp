@@ -1,4 +1,5 @@
-// Variants beside the dynamic values of the frameworks and a visited std::variant. GValue compares nothing.
+// Variants, compared with the dynamic values of the frameworks and with std::variant. GValue has no comparison, so it
+// has no rows there.
 
 #include <atomic>
 #include <cstdint>
@@ -10,7 +11,7 @@
 
 #include "variant_fixtures.h"
 
-// ---- Life -----------------------------------------------------------------------------------------------------------
+// ---- Creation and copy ----------------------------------------------------------------------------------------------
 
 static void InitRows() {
   const std::string operation = "variant init+clear";
@@ -35,13 +36,13 @@ static void InitRows() {
     Consume(value);
   });
 #endif
-  Row(operation, "floor", [] {
+  Row(operation, "lower bound", [] {
     ZRVARIANT variant = ZR_VARIANT_INIT;
     Consume(variant);
   });
 }
 
-// A copy of each library's kind of value, and its end.
+// Registers a row that copies a value and destroys the copy.
 template <class Value>
 static void CopyRow(const std::string& operation, const std::string& library, const Value& value) {
   Row(operation, library, [value] {
@@ -71,7 +72,7 @@ static void ZrCoreCopyRow(const std::string& operation, const Holder& source) {
 }
 
 static void AtomicPairRow(const std::string& operation) {
-  Row(operation, "floor", [count = std::make_shared<std::atomic<uint32_t>>(1)] {
+  Row(operation, "lower bound", [count = std::make_shared<std::atomic<uint32_t>>(1)] {
     count->fetch_add(1);
     Consume(count->fetch_sub(1));
   });
@@ -90,7 +91,7 @@ static void CopyRows() {
 #if BENCH_POCO
   CopyRow(operation, "Poco::Dynamic::Var", Poco::Dynamic::Var(kInteger));
 #endif
-  Row(operation, "floor", [source = HoldInteger(kInteger)] {
+  Row(operation, "lower bound", [source = HoldInteger(kInteger)] {
     const ZRVARIANT copy = *source;
     Consume(copy);
   });
@@ -124,7 +125,7 @@ static void CopyRows() {
 #if BENCH_QT
   CopyRow(operation, "QVariant(QUuid)", QVariant(QUuid::createUuid()));
 #endif
-  Row(operation, "floor by contract", [] {
+  Row(operation, "lower bound by contract", [] {
     void* record = std::malloc(sizeof(ZRUUID));
     std::memset(record, 1, sizeof(ZRUUID));
     Consume(record);
@@ -136,7 +137,8 @@ static void CopyRows() {
 
 static void ZrCoreCompareRow(const std::string& operation, const Holder& left, const Holder& right, bool expected) {
   uint8_t checked = 2;
-  Require(ZrVariantCompare(left.get(), right.get(), &checked) == ZR_R_OK && checked == expected, "it compares");
+  Require(ZrVariantCompare(left.get(), right.get(), &checked) == ZR_R_OK && checked == expected,
+          "two variants compare as expected");
   Row(operation, "ZrCore", [left, right] {
     uint8_t equal = 0;
     Consume(ZrVariantCompare(left.get(), right.get(), &equal));
@@ -163,7 +165,7 @@ static void CompareRows() {
   EqualRow(operation, "Poco::Dynamic::Var", Poco::Dynamic::Var(kInteger), Poco::Dynamic::Var(kInteger));
 #endif
   EqualRow(operation, "std::variant", Visited(kInteger), Visited(kInteger));
-  Row(operation, "floor", [left = HoldInteger(kInteger), right = HoldInteger(kInteger)] {
+  Row(operation, "lower bound", [left = HoldInteger(kInteger), right = HoldInteger(kInteger)] {
     Consume(std::memcmp(left.get(), right.get(), sizeof(ZRVARIANT)) == 0);
   });
 
@@ -190,7 +192,7 @@ static void CompareRows() {
   operation = "variant compare texts of 32 units";
   ZrCoreCompareRow(operation, HoldText(kSentence), HoldText(kSentence), true);
 #if BENCH_QT
-  // Of two pieces, else they would share one block, and it would compare the addresses alone.
+  // Two separate strings. If they shared one block, QString would compare only the addresses.
   EqualRow(operation, "QVariant", QVariant(QString(kSentence)), QVariant(QString(kSentence)));
 #endif
 #if BENCH_POCO
@@ -199,7 +201,7 @@ static void CompareRows() {
 #endif
   using Valued = std::variant<std::monostate, int32_t, double, std::u16string>;
   EqualRow(operation, "std::variant (text by value)", Valued(Widened(kSentence)), Valued(Widened(kSentence)));
-  Row(operation, "floor", [left = Widened(kSentence), right = Widened(kSentence)] {
+  Row(operation, "lower bound", [left = Widened(kSentence), right = Widened(kSentence)] {
     Consume(std::memcmp(left.data(), right.data(), left.size() * sizeof(WCHAR)) == 0);
   });
 }

@@ -1,3 +1,5 @@
+// A class library for Poco's class loader: as many classes as the ZrCore module has, all from one template.
+
 #include <Poco/ClassLibrary.h>
 
 #include <string>

@@ -1,3 +1,5 @@
+// The Qt plug-in: its instance is a factory for widgets.
+
 #include "modules/qt_plugin.h"
 
 class QtWidget final : public Widget {

@@ -1,3 +1,5 @@
+// The interface of the Qt plug-in, shared by the plug-in and the benchmarks.
+
 #pragma once
 
 #include <QObject>

@@ -1,5 +1,6 @@
-// What every module here makes, and what its classes are called. All sides know the same number of classes, so that all
-// look up among equally many; few enough for a host, and too many for a hash map that scans while it is small.
+// The objects that the modules create, and the identifiers and names of their classes. ZrCore and all peers register
+// the same number of classes, so that each lookup searches among equally many. The number is realistic for a host, and
+// large enough that a hash map doesn't fall back to a linear scan.
 
 #pragma once
 
@@ -10,7 +11,7 @@
 
 inline constexpr uint32_t kClassCount = 32;
 inline constexpr uint32_t kMeasuredClass = 21;       // neither the first nor the last in any order
-inline constexpr uint32_t kColdClass = kClassCount;  // one more, which lives in the module that comes and goes
+inline constexpr uint32_t kColdClass = kClassCount;  // one more class, in the module that is loaded and unloaded
 
 inline constexpr ZRUUID kWidgetInterface = {
     0x9B1C3A60, 0x2D4E, 0x4F10, {0x8A, 0x01, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66}};
@@ -28,7 +29,7 @@ inline std::u16string WidgetName(uint32_t index) {
   return std::u16string(u"Benchmark.Widget.") + digits;
 }
 
-// The object as the peers make it: destroyed by its destructor. ZrCore's counts its references.
+// The object that the peers create. It is destroyed with delete; ZrCore's object counts its references.
 struct Widget {
   virtual ~Widget() = default;
   virtual uint64_t Value() const = 0;

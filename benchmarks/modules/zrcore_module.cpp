@@ -1,4 +1,4 @@
-// A small component module. Its three functions also serve the peers that load any module file.
+// A small component module. Peers that can load any shared library use its three functions too.
 
 #include <cstring>
 #include <new>
