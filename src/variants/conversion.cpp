@@ -1,4 +1,20 @@
-// The frame that every conversion goes through: its order of steps, and what becomes of the destination.
+// ZrVariantChangeType: the choice of the conversion, and what happens to the destination.
+//
+//     ZrVariantChangeType
+//       |-- equal tags ----------> a copy, or nothing in place
+//       |-- by-reference source -> refused
+//       |-- array source --------> ChangeArray: converts the elements of a private copy
+//       |-- in place ------------> ChangeInPlace --.
+//       '-- otherwise -----------> ChangeScalar ---+--> ConvertScalar --> rule of the table --> target function
+//
+// What holds for the destination:
+//   1. A failure of an array conversion leaves it unchanged; the array is converted before the destination is touched.
+//   2. A failed scalar conversion into another record leaves the destination released and empty.
+//   3. A failed scalar conversion in place restores the value.
+//   4. The source may be part of what the destination owns, such as an element of its array. So what the destination
+//      owned is released after the conversion. Only with equal tags is it released first.
+//
+// A source is normalised before it is converted; see conversion.h.
 
 #include "variants/conversion.h"
 
@@ -11,15 +27,17 @@
 
 // ---- Dispatch ------------------------------------------------------------------------------------------------------
 
+// How to convert to a tag. Without a function nothing converts to it, and `refusal` is the result for every source:
+// tags that exist but have no conversion return ZR_R_NOT_SUPPORTED, all others ZR_R_INVALID_ARGUMENTS.
 struct CTarget {
   TargetFunction* convert = nullptr;
   Column column = kColumnCount;
-  ZRRESULT refusal = ZR_R_INVALID_ARGUMENTS;  // where there is no function
+  ZRRESULT refusal = ZR_R_INVALID_ARGUMENTS;
 };
 
 struct CTargetRow {
   uint16_t tag;
-  CTarget what;
+  CTarget target;
 };
 
 static constexpr CTarget kNoConversion{nullptr, kColumnCount, ZR_R_NOT_SUPPORTED};
@@ -57,14 +75,16 @@ static constexpr CTargetRow kTargetRows[] = {
 };
 // clang-format on
 
+// The rows above by tag. Entries without a row, the shared one for great tags included, refuse with
+// ZR_R_INVALID_ARGUMENTS.
 static constexpr auto kTargets = [] {
   std::array<CTarget, kTagCount> targets{};
-  for (const CTargetRow& row : kTargetRows) targets[row.tag] = row.what;
+  for (const CTargetRow& row : kTargetRows) targets[row.tag] = row.target;
   return targets;
 }();
 
 ZRRESULT ConvertScalar(const ZRVARIANT& source, uint16_t target, ZRVARIANTVALUE& value) {
-  const CTarget& to = kTargets[target <= ZR_VT_LAST ? target : ZR_VT_LAST + 1];  // flags make it greater
+  const CTarget& to = kTargets[target <= ZR_VT_LAST ? target : ZR_VT_LAST + 1];  // flags make `target` greater, too
   if (to.convert == nullptr) return to.refusal;
   const Rule rule = RuleFor(source.Type, to.column);
   if (rule == Rule::NotSupported) return ZR_R_NOT_SUPPORTED;
@@ -78,16 +98,17 @@ Rule RuleOf(uint16_t source, uint16_t target) noexcept {
   return to.refusal == ZR_R_NOT_SUPPORTED ? Rule::NotSupported : Rule::Invalid;
 }
 
-// ---- The frame -----------------------------------------------------------------------------------------------------
+// ---- The destination -----------------------------------------------------------------------------------------------
 
-// A scalar as ZrVariantCopy would give it, but with the payload of the original and without an owner: the original
-// itself, or `copy` where a copy is not the same 16 bytes.
+// The record that ZrVariantCopy would make of a scalar, with the original's payload and without owning it; see
+// LendCopy. Returns the original itself for numbers, whose copies have the same 16 bytes, and otherwise fills and
+// returns `copy`. The record that is returned must not outlive either of the two.
 static const ZRVARIANT& Lend(const ZRVARIANT& original, ZRVARIANT& copy) noexcept {
   const PayloadKind kind = TagOf(original.Type).kind;
   if (IsInline(kind)) return original;
   copy = kResetVariant;
   copy.Type = original.Type;
-  if (!IsOwned(kind)) return copy;
+  if (!IsOwned(kind)) return copy;  // no payload: ZR_VT_EMPTY and tags that are not assigned
   copy.Value = original.Value;
   if (kind == PayloadKind::String && copy.Value.string == nullptr) copy.Value.string = &g_emptyString.terminator;
   if (kind == PayloadKind::Sref && copy.Value.sref != nullptr && copy.Value.sref->ref == nullptr &&
@@ -102,49 +123,59 @@ ZRVARIANT LendCopy(const ZRVARIANT& original) noexcept {
   return Lend(original, copy);
 }
 
+// Converts into a record that has been reset. After a failure the record stays empty, but Value may hold what the
+// target function has stored; nobody releases it.
 static ZRRESULT ConvertIntoReset(ZRVARIANT& destination, const ZRVARIANT& source, uint16_t target) {
   const ZRRESULT result = ConvertScalar(source, target, destination.Value);
   if (result == ZR_R_OK) destination.Type = target;
   return result;
 }
 
-// What the destination held lives until the end: the source may lie within it.
+// The general path: the old value of the destination is released at the end, since the source may be part of it.
 static ZRRESULT ChangeAndRelease(ZRVARIANT& destination, const ZRVARIANT& source, uint16_t target) {
-  const CVariantHolder before = CVariantHolder::Adopt(destination);
+  const CVariantHolder oldValue = CVariantHolder::Adopt(destination);
   ZRVARIANT copy;
   return ConvertIntoReset(destination, Lend(source, copy), target);
 }
 
-// Whether the original does as well as its copy: the marker words differ at most, which no conversion reads.
-static bool IsLentAsItIs(const ZRVARIANT& original) noexcept {
+// Whether the original can be converted without being normalised: the payload of a copy would be the same. A copy may
+// have other marker words, but no conversion reads them.
+static bool IsNormalised(const ZRVARIANT& original) noexcept {
   switch (TagOf(original.Type).kind) {
     case PayloadKind::String:
       return original.Value.string != nullptr;
     case PayloadKind::Sref:
-      return original.Value.sref == nullptr;
+      return original.Value.sref == nullptr;  // others are left to the general path, which examines ref and text
     default:
       return true;
   }
 }
 
+// The short path, for a destination that owns nothing and a source that needs no copy of its record, avoids building
+// two records. It may reset the destination first: the source is another record, and no owned part of the destination.
 static ZRRESULT ChangeScalar(ZRVARIANT& destination, const ZRVARIANT& source, uint16_t target) {
-  if (OwnsSomething(destination.Type) || !IsLentAsItIs(source)) return ChangeAndRelease(destination, source, target);
+  if (OwnsSomething(destination.Type) || !IsNormalised(source)) return ChangeAndRelease(destination, source, target);
   destination = kResetVariant;
   return ConvertIntoReset(destination, source, target);
 }
 
-// A conversion in place at work. One that doesn't succeed, by a code or an exception, puts back what the record held.
+// One conversion in place. If it does not succeed, by a result code or by an exception, the destructor restores the
+// value.
+//
+// While it runs, `variant_` is the destination and starts empty; `oldValue_` owns the old payload, and `working_`
+// borrows it as the source. The members are initialised in the order of their declaration, which is the order of the
+// steps: save the record, take over what it owned and reset it, normalise what was saved.
 class CConversionInPlace {
  public:
   explicit CConversionInPlace(ZRVARIANT& variant) noexcept
       : variant_(variant),
         original_(variant),
-        before_(CVariantHolder::Adopt(variant)),
+        oldValue_(CVariantHolder::Adopt(variant)),
         working_(Lend(original_, copy_)) {}
   CConversionInPlace(const CConversionInPlace&) = delete;
   CConversionInPlace& operator=(const CConversionInPlace&) = delete;
   ~CConversionInPlace() {
-    if (!hasSucceeded_) PutBack();
+    if (!hasSucceeded_) Restore();
   }
 
   ZRRESULT Run(uint16_t target) {
@@ -153,38 +184,45 @@ class CConversionInPlace {
       hasSucceeded_ = true;
       variant_.Type = target;
     } else {
-      ReleasePayload(TagOf(target).kind, variant_.Value);  // nobody else could ever find it again
+      ReleasePayload(TagOf(target).kind, variant_.Value);  // Restore overwrites it, so it would leak
     }
     return result;
   }
 
  private:
-  // As a copy would be, which is the value itself but where a copy differs.
-  void PutBack() noexcept {
+  // Restores the value as ZrVariantCopy would have copied it:
+  //
+  //     same payload as before   the record owns it again
+  //     null string              became the shared empty string, which gets one more reference
+  //     SREF without content     became null; `oldValue_` still owns the old SREF and releases it
+  void Restore() noexcept {
     variant_ = working_;
     if (working_.Value.address == original_.Value.address) {
-      (void)before_.Detach();
+      (void)oldValue_.Detach();
     } else if (TagOf(working_.Type).kind == PayloadKind::String) {
-      (void)ShareString(working_.Value.string);  // the empty one was lent
+      (void)ShareString(working_.Value.string);  // `working_` has no reference of its own
     }
   }
 
   ZRVARIANT& variant_;
   bool hasSucceeded_ = false;
   const ZRVARIANT original_;
-  CVariantHolder before_;
+  CVariantHolder oldValue_;
   ZRVARIANT copy_ = kResetVariant;
   const ZRVARIANT& working_;
 };
 
 static ZRRESULT ChangeInPlace(ZRVARIANT& variant, uint16_t target) { return CConversionInPlace(variant).Run(target); }
 
-// By way of a private array, so that a failure leaves the destination alone.
+// Converts the elements of a private copy, so that a failure leaves the source and the destination unchanged. A
+// conversion that is complete for an array, but with elements that did not convert (result 1), is a failure here.
+//
+// The destination is reset after the conversion, because it may be the source or own it.
 static ZRRESULT ChangeArray(ZRVARIANT& destination, const ZRVARIANT& source, uint32_t flags, uint16_t target) {
   CVariantHolder holder;
   ZRVARIANT& copy = holder.Mutable();
   copy.Type = source.Type;
-  (void)CopyArray(source.Value.array, &copy.Value.array);  // what has no copy has no elements to convert either
+  (void)CopyArray(source.Value.array, &copy.Value.array);  // null after a failure, which ChangeArrayType refuses
   if (ChangeArrayType(copy.Value.array, flags, target) != ZR_R_OK) return ZR_R_FAILED;
   ResetVariant(destination);
   destination.Type = target | ZR_VT_ARRAY;
@@ -192,12 +230,14 @@ static ZRRESULT ChangeArray(ZRVARIANT& destination, const ZRVARIANT& source, uin
   return ZR_R_OK;
 }
 
+// The order of the checks is part of the contract. In particular an equal tag is a success before anything else is
+// looked at, whether the source is an array, by reference or of a tag that does not convert.
 ZRRESULT ZrVariantChangeType(ZRVARIANT* destination, const ZRVARIANT* source, uint32_t flags, uint16_t target) {
   if (destination == nullptr || source == nullptr) return ZR_R_INVALID_POINTER;
   if ((source->Type & ZR_VT_TYPEMASK) == target) {
     if (destination == source) return ZR_R_OK;
     ResetVariant(*destination);
-    (void)CopyIntoReset(*destination, *source);  // an array that isn't copied is not told, by contract
+    (void)CopyIntoReset(*destination, *source);  // an array that cannot be copied is null, and that is not reported
     return ZR_R_OK;
   }
   if (HasFlag(source->Type, ZR_VT_BYREF)) return ZR_R_NOT_SUPPORTED;

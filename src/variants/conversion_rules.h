@@ -1,6 +1,12 @@
-// The decision table of conversions: for a source and a target, the rule by which the value gets across.
+// The decision table of conversions: which rule converts a scalar of one tag to another tag.
 //
-// Sources that have the target's tag never come here, nor do arrays and by-reference records.
+// Example: the row ZR_VT_STR and the column CY contain D, so a text converts to ZR_VT_CY by ParseDecimal. A tag without
+// a row, such as ZR_VT_EMPTY or ZR_VT_OPAQUE, converts to nothing. Tags whose targets share a column, such as all
+// numbers up to 32 bits, differ only in the range that the target function checks.
+//
+// The table says which function applies, not how it works: the functions are in numeric_targets.cpp, text_target.cpp
+// and structured_targets.cpp. Sources that have the target's own tag, arrays and by-reference records are handled
+// before the table is used; see ZrVariantChangeType.
 
 #pragma once
 
@@ -10,30 +16,31 @@
 
 #include "variants/variant_tags.h"
 
-// The letters are upper case. The tests' table of conversions uses the same letters with the same meanings.
+// One letter per rule, so that the table fits on a screen. The tests use the same letters with the same meanings.
 enum class Rule : char {
   NotSupported = 'X',    // refused with ZR_R_NOT_SUPPORTED
-  Invalid = 'A',         // refused with ZR_R_INVALID_ARGUMENTS: the source is a variant by value
+  Invalid = 'A',         // refused with ZR_R_INVALID_ARGUMENTS: the source is a ZR_VT_VARIANT by value
   Range = 'N',           // the number if it is in the target's range
-  RawByte = 'Y',         // the byte of a boolean, unchanged
-  FirstBytes = 'L',      // the first bytes of a blob, as many as the target has
-  Parse = 'P',           // the number at the beginning of a text, or a word for a number
-  ParseDecimal = 'D',    // the same in base 10, without words
-  FirstCodePoint = 'C',  // of a text
+  RawByte = 'Y',         // the byte of a boolean unchanged: a boolean may hold 2 and converts to 2
+  FirstBytes = 'L',      // as many first bytes of a blob as the target is wide; missing bytes are zero
+  Parse = 'P',           // a number in a text, up to its end or to a suffix letter; or a word such as "TRUE"
+  ParseDecimal = 'D',    // the same for base 10 only, without words
+  FirstCodePoint = 'C',  // the first code point of a text; digits are not parsed
   ParseTime = 'T',       // the date and time in a text
-  Word = 'W',            // the 64 bits, unchanged
-  WordBehind = 'I',      // the 64 bits at the address that the payload is taken for
-  Truncate = 'Q',        // the number, truncated towards zero without a range check
+  Word = 'W',            // the 64 bits unchanged
+  WordAtAddress = 'I',   // the 64 bits at the address that the payload is
+  Truncate = 'Q',        // the number truncated towards zero, without a range check
   Text = 'S',            // the value as text
   Bytes = 'E',           // a new blob of the value's bytes
-  Uuid = 'U',            // read from a text, or made of a blob's first bytes
-  Ref = 'F',             // read from a text, or the REF of an SREF
-  Sref = 'G',            // made of a text or of a REF
-  Same = '=',            // source and target have the same tag: no conversion
+  Uuid = 'U',            // a UUID parsed from a text or made of a blob's first bytes
+  Ref = 'F',             // a REF parsed from a text, or the ref of an SREF
+  Sref = 'G',            // an SREF made of a text or of a REF
+  Same = '=',            // source and target have the same tag: never converted
 };
 inline constexpr std::string_view kRuleLetters = "XANYLPDCTWIQSEUFG=";
 
-// Narrow is up to 32 bits, booleans among them.
+// The columns of the table. kNarrow is all numbers up to 32 bits and booleans; kUint64 is ZR_VT_UI8 and ZR_VT_QWORD. A
+// code point is as wide as a number but has a column of its own, since texts convert to it differently.
 enum Column : uint8_t {
   kNarrow,
   kChar32,
@@ -51,6 +58,7 @@ enum Column : uint8_t {
   kColumnCount
 };
 
+// The cells in the order of Column, separated by any number of blanks.
 struct CRuleRow {
   uint16_t source;
   std::string_view cells;
@@ -87,14 +95,16 @@ inline constexpr CRuleRow kRuleRows[] = {
 };
 // clang-format on
 
+// The rows above as an array [source tag][column]. A throw in this initialiser is a compilation error: the rows are
+// checked whenever this header is compiled.
 inline constexpr auto kRules = [] {
   std::array<std::array<Rule, kColumnCount>, kTagCount> rules{};
-  for (auto& row : rules) row.fill(Rule::NotSupported);  // what no row names converts to nothing
+  for (auto& row : rules) row.fill(Rule::NotSupported);  // for the tags that have no row
   for (const CRuleRow& row : kRuleRows) {
     std::size_t column = 0;
     for (const char cell : row.cells) {
       if (cell == ' ') continue;
-      if (kRuleLetters.find(cell) == std::string_view::npos) throw "a letter that is no rule";  // stops the build
+      if (kRuleLetters.find(cell) == std::string_view::npos) throw "a letter that is no rule";
       rules[row.source].at(column++) = Rule{cell};
     }
     if (column != kColumnCount) throw "a row with a cell too few";
@@ -102,6 +112,7 @@ inline constexpr auto kRules = [] {
   return rules;
 }();
 
+// The rule for a source, by the tag in its tag word, and a column of targets.
 constexpr Rule RuleFor(uint16_t sourceTagWord, Column target) noexcept {
   return kRules[TagIndex(sourceTagWord)][target];
 }

@@ -1,4 +1,17 @@
-// Conversion to text.
+// Conversion to text. Every source of the table has exactly one text form:
+//
+//     integers, ZR_VT_CY        decimal, with a minus sign if negative: "-128"
+//     ZR_VT_R4, ZR_VT_R8        as printf's "%f": "0.500000", "inf"
+//     ZR_VT_BOOL                "TRUE" or "FALSE"; any byte other than 0 is true
+//     ZR_VT_TIME                the time of day, with seven digits after the decimal point
+//     ZR_VT_CHAR32              the character
+//     ZR_VT_BLOB                the bytes of the blob as the code units of the text
+//     all others                as the functions of their families write them
+//
+// Digits are written directly into the new string, backwards from its end, so its length is computed first.
+//
+// A null string from a creator means out of memory. It is stored, and the result is ZR_R_OK: callers rely on that. Only
+// UUIDs and code points report ZR_R_NO_MEMORY, because the functions of their families do.
 
 #include "variants/text_target.h"
 
@@ -14,6 +27,7 @@
 #include "time/time_text.h"
 #include "zrcore/unicode.h"
 
+// A new string of a literal, without the literal's terminator.
 template <std::size_t size>
 static ZRSTR NewWord(const std::array<WCHAR, size>& word) noexcept {
   return NewString(word.data(), word.data() + size - 1);
@@ -34,24 +48,28 @@ static ZRSTR IntegerText(uint64_t magnitude, bool isNegative = false) noexcept {
   return string;
 }
 
+// The magnitude is computed in unsigned arithmetic, since the smallest number has no positive counterpart: 0 - bits is
+// the magnitude modulo 2^64.
 static ZRSTR SignedText(int64_t value) noexcept {
   const auto bits = static_cast<uint64_t>(value);
   return value < 0 ? IntegerText(0 - bits, true) : IntegerText(bits);
 }
 
+// With fractions of a second.
 static ZRSTR DateTimeText(ZRDATETIME value) noexcept {
   const ZRDATETIMESTRUCT record = RecordOf(value);
   return ZrDateTimeStructToDateTimeString(&record, 1);
 }
 
-// The bytes as they are; null for a blob that has none.
+// The bytes of a blob, unchanged; an odd number of bytes makes a string with half a unit at its end. Null for a blob
+// without bytes and for a null handle.
 static ZRSTR BlobText(ZRBLOB blob) noexcept {
   const ZrBlobBlock* block = blob != nullptr ? blob->block : nullptr;
   if (block == nullptr || block->length == 0) return nullptr;
   return ZrCreateStringByteLen(block->bytes, block->length);
 }
 
-// The text of a kind that always has one. Null where memory is exhausted, and for a blob without bytes.
+// The text of a tag whose conversion cannot fail. Null if out of memory, and for a blob without bytes.
 static ZRSTR PayloadText(uint16_t tag, const ZRVARIANTVALUE& from) {
   switch (tag) {
     case ZR_VT_BOOL:
@@ -82,13 +100,13 @@ static ZRSTR PayloadText(uint16_t tag, const ZRVARIANTVALUE& from) {
     case ZR_VT_R8:
       return NewFixedText(from.r8);
     case ZR_VT_TIME:
-      return FormatTime(RecordOf(from.time), true);  // whole days don't show
+      return FormatTime(RecordOf(from.time), true);  // the time of day; whole days are not shown
     case ZR_VT_DATETIME:
       return DateTimeText(from.dateTime);
     case ZR_VT_BLOB:
       return BlobText(from.blob);
     default:
-      return nullptr;  // the table has no rule for the others
+      return nullptr;  // the table has no rule for other tags
   }
 }
 
@@ -107,7 +125,7 @@ ZRRESULT ToStr(Rule /*rule*/, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
     case ZR_VT_SREF:
       return from.sref != nullptr ? ZrSREFToString(from.sref, &value.string) : ZR_R_INVALID_ARGUMENTS;
     default:
-      value.string = PayloadText(tag, from);  // a null for want of memory is no failure
+      value.string = PayloadText(tag, from);  // null if out of memory, which is not a failure here
       return ZR_R_OK;
   }
 }

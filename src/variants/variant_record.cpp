@@ -1,4 +1,16 @@
-// The life of records: what each kind of payload needs when it is copied and when it is released.
+// Variant records from initialisation to release: what each kind of payload needs when it is copied and released.
+//
+// Each operation first looks at the flags and then at the kind of the tag (variant_tags.h):
+//
+//     tag word           copy                            release               CopyInd
+//     number             the whole record                nothing               as copy
+//     owned kind         DuplicatePayload                ReleasePayload        as copy
+//     any | ARRAY        CopyArray                       DestroyArray          as copy
+//     any | BYREF        the address                     nothing               a copy of what is at the address
+//     VARIANT | BYREF    the address                     nothing               a copy of the last record of the chain
+//
+// The exports validate in the order that variant.h states. A destination is released before the source's Value is read,
+// so a record that is copied onto itself becomes empty: callers rely on it.
 
 #include "variants/variant_record.h"
 
@@ -13,12 +25,12 @@
 
 ZRSREF* DuplicateSref(const ZRSREF& source) {
   ZRSREF* copy = nullptr;
-  (void)ZrCopySREF(&source, &copy);  // without ref and text there is no copy, which is no failure
+  (void)ZrCopySREF(&source, &copy);  // an SREF without ref and text has no copy, which is a success
   return copy;
 }
 
 ZRVARIANTVALUE DuplicatePayload(PayloadKind kind, ZRVARIANTVALUE payload) {
-  if (kind == PayloadKind::String) {
+  if (kind == PayloadKind::String) {  // first, since null is not copied as null but as the empty string
     payload.string = ShareString(payload.string);
     return payload;
   }
@@ -79,11 +91,13 @@ ZRRESULT ReleaseOwned(uint16_t tagWord, ZRVARIANTVALUE value) {
   return ZR_R_OK;
 }
 
+// The tag word is stored first and nothing is stored twice, so an exception from a copy leaves a record that any
+// function accepts: the tag word and a null Value. A by-reference record with the tag 0 loses its address.
 ZRRESULT CopyIntoReset(ZRVARIANT& destination, const ZRVARIANT& source) {
   const uint16_t tagWord = source.Type;
   const PayloadKind kind = TagOf(tagWord).kind;
   if (IsInline(kind) && !HasFlag(tagWord, ZR_VT_ARRAY)) {
-    destination = source;  // the marker words too
+    destination = source;  // marker words included, which ZrVariantCompare compares for numbers
     return ZR_R_OK;
   }
   destination.Type = tagWord;
@@ -101,8 +115,9 @@ ZRRESULT CopyIntoReset(ZRVARIANT& destination, const ZRVARIANT& source) {
 
 // ---- Copying through an address ------------------------------------------------------------------------------------
 
-// What a null address stands for.
-static ZRVARIANTVALUE PayloadOfNothing(PayloadKind kind) {
+// The payload for a by-reference record whose address is null: a new nil record or an empty string, so that the copy is
+// a value like any other; but zero for numbers, and null for blobs and interface pointers.
+static ZRVARIANTVALUE PayloadForNullAddress(PayloadKind kind) {
   ZRVARIANTVALUE payload = kResetVariant.Value;
   switch (kind) {
     case PayloadKind::Uuid:
@@ -118,30 +133,34 @@ static ZRVARIANTVALUE PayloadOfNothing(PayloadKind kind) {
       payload.sref = ZrCreateSREF();
       break;
     default:
-      break;  // zero, or a null handle
+      break;  // zero or null
   }
   return payload;
 }
 
-static ZRVARIANTVALUE PayloadBehind(CTag tag, const void* address) {
-  if (address == nullptr) return PayloadOfNothing(tag.kind);
+// A copy of the value at an address. Only the width of the value may be read: the variable that the address refers to
+// may be a single byte.
+static ZRVARIANTVALUE CopyPayloadAtAddress(CTag tag, const void* address) {
+  if (address == nullptr) return PayloadForNullAddress(tag.kind);
   ZRVARIANTVALUE payload = kResetVariant.Value;
   std::memcpy(&payload, address, tag.width);
   return IsOwned(tag.kind) ? DuplicatePayload(tag.kind, payload) : payload;
 }
 
-static ZRRESULT CopyBehind(ZRVARIANT& destination, const ZRVARIANT& source) {
+// Copies the value that a by-reference record refers to into a record that has been reset. A Carried source is a
+// reference to a record whose address is null: it becomes a ZR_VT_VARIANT with a null Value.
+static ZRRESULT CopyReferenced(ZRVARIANT& destination, const ZRVARIANT& source) {
   const uint16_t tagWord = source.Type & ZR_VT_TYPEMASK;
   const void* address = source.Value.address;
   if (HasFlag(source.Type, ZR_VT_ARRAY)) {
     if (address == nullptr) return ZR_R_INVALID_POINTER;
     destination.Type = tagWord | ZR_VT_ARRAY;
-    return CopyArray(ArrayBehind(address), &destination.Value.array);
+    return CopyArray(ArrayAtAddress(address), &destination.Value.array);
   }
   const CTag tag = TagOf(tagWord);
   destination.Type = tagWord;
   if (tag.kind == PayloadKind::Empty || tag.kind == PayloadKind::Unassigned) return ZR_R_INVALID_ARGUMENTS;
-  if (tag.kind != PayloadKind::Carried) destination.Value = PayloadBehind(tag, address);
+  if (tag.kind != PayloadKind::Carried) destination.Value = CopyPayloadAtAddress(tag, address);
   return ZR_R_OK;
 }
 
@@ -153,6 +172,8 @@ ZRRESULT ZrVariantInit(ZRVARIANT* variant) noexcept {
   return ZR_R_OK;
 }
 
+// The tag word is judged after the record is zero: callers rely on the zeros whatever the result is. Tags that are not
+// assigned, and tag 0 together with flags or bits without meaning, are invalid arguments; an array of any tag is valid.
 ZRRESULT ZrVariantClear(ZRVARIANT* variant) {
   if (variant == nullptr) return ZR_R_INVALID_POINTER;
   if (variant->Type == ZR_VT_EMPTY) return ZR_R_OK;
@@ -160,8 +181,8 @@ ZRRESULT ZrVariantClear(ZRVARIANT* variant) {
   if (OwnsSomething(tagWord)) return ReleaseOwned(tagWord, std::exchange(*variant, ZRVARIANT{}).Value);
   *variant = ZRVARIANT{};
   const PayloadKind kind = TagOf(tagWord).kind;
-  const bool isBad = kind == PayloadKind::Unassigned || kind == PayloadKind::Empty;
-  return isBad && !HasFlag(tagWord, ZR_VT_ARRAY) ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK;
+  const bool isInvalid = kind == PayloadKind::Unassigned || kind == PayloadKind::Empty;
+  return isInvalid && !HasFlag(tagWord, ZR_VT_ARRAY) ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK;
 }
 
 ZRRESULT ZrVariantCopy(ZRVARIANT* destination, const ZRVARIANT* source) {
@@ -170,24 +191,30 @@ ZRRESULT ZrVariantCopy(ZRVARIANT* destination, const ZRVARIANT* source) {
   return CopyIntoReset(*destination, *source);
 }
 
+// References to records are followed up to the first record that holds its value, or that refers to something else than
+// a record. The test ignores the bits without meaning but not ZR_VT_ARRAY: a reference to an array of variants is not a
+// reference to a record.
+//
+// A by-reference record that is both arguments is reset before it is read: it is empty then, and fails in
+// CopyReferenced.
 ZRRESULT ZrVariantCopyInd(ZRVARIANT* destination, const ZRVARIANT* source) {
   if (destination == nullptr || source == nullptr) return ZR_R_INVALID_POINTER;
   if (!HasFlag(source->Type, ZR_VT_BYREF)) return ZrVariantCopy(destination, source);
   ResetVariant(*destination);
-  constexpr uint16_t kRecordBehind = ZR_VT_VARIANT | ZR_VT_BYREF;
+  constexpr uint16_t kReferenceToRecord = ZR_VT_VARIANT | ZR_VT_BYREF;
   constexpr uint16_t kKnownBits = ZR_VT_TYPEMASK | ZR_VT_ARRAY | ZR_VT_BYREF;
-  while ((source->Type & kKnownBits) == kRecordBehind && source->Value.address != nullptr) {
+  while ((source->Type & kKnownBits) == kReferenceToRecord && source->Value.address != nullptr) {
     source = static_cast<const ZRVARIANT*>(source->Value.address);
     if (!HasFlag(source->Type, ZR_VT_BYREF)) return CopyIntoReset(*destination, *source);
   }
-  return CopyBehind(*destination, *source);
+  return CopyReferenced(*destination, *source);
 }
 
-// Whether the payload of its kind has no content.
+// Whether a payload has no content. Numbers and interface pointers always have content, even 0 and null.
 static bool IsPayloadEmpty(PayloadKind kind, ZRVARIANTVALUE payload) noexcept {
   switch (kind) {
     case PayloadKind::Blob: {
-      uint32_t length = 0;  // a null handle has none
+      uint32_t length = 0;  // stays 0 for a null handle
       (void)ZrBlobByteLen(payload.blob, &length);
       return length == 0;
     }
@@ -207,12 +234,18 @@ static bool IsPayloadEmpty(PayloadKind kind, ZRVARIANTVALUE payload) noexcept {
   }
 }
 
+// A null array has content, and so has a null address: both are the same word of the record, so one check covers both.
+// Callers rely on it, although a null string or blob has no content.
 static bool IsArrayEmpty(const ZRVARIANT& variant) noexcept {
   ZRSAFEARRAY array = variant.Value.array;
-  if (array != nullptr && HasFlag(variant.Type, ZR_VT_BYREF)) array = ArrayBehind(variant.Value.address);
+  if (array != nullptr && HasFlag(variant.Type, ZR_VT_BYREF)) array = ArrayAtAddress(variant.Value.address);
   return array != nullptr && ArrayElementCount(array) == 0;
 }
 
+// Each turn of the loop examines one record; a reference to a record leads to the next turn.
+//
+// For an owned kind that is held by reference, the handle is read at the address. Numbers and interface pointers are
+// never empty, so their addresses are not read and may be null.
 uint8_t ZrVariantIsContentEmpty(const ZRVARIANT* variant) noexcept {
   if (variant == nullptr) return 0;
   for (;; variant = static_cast<const ZRVARIANT*>(variant->Value.address)) {

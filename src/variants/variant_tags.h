@@ -1,4 +1,11 @@
-// What each tag stands for: the kind of its payload, which decides who owns it, and its width.
+// The tags: for each tag the kind of its payload, which decides who owns it and how it is copied, and its width.
+//
+// A tag word is a tag plus flags:
+//
+//     | 0x8000 no meaning | ZR_VT_BYREF | ZR_VT_ARRAY | 0x1000 no meaning | tag, 12 bits |
+//
+// Tags are looked up in one table, so that all code agrees on what a tag is. Callers may pass any tag word: tags that
+// are not assigned, and all above ZR_VT_LAST, have the kind Unassigned, and no lookup reads past the end of a table.
 
 #pragma once
 
@@ -8,15 +15,16 @@
 
 #include "zrcore/variant.h"
 
+// The order matters: IsInline and IsOwned compare with the first and the last kind of a group.
 enum class PayloadKind : uint8_t {
-  Unassigned,  // no such tag
+  Unassigned,  // the tag is not assigned
   Empty,
-  Number,  // inline, and so are the next four
+  Number,  // inline, as are the next four: the payload is the value, and nothing is owned
   Real4,
   Real8,
   Opaque,
-  Carried,  // a variant by value: a word without a meaning
-  Blob,     // owned, and so are all that follow
+  Carried,  // ZR_VT_VARIANT by value: 64 bits that are copied but have no meaning
+  Blob,     // owned, as are all that follow: the payload is a pointer to something that the record owns
   Interface,
   Uuid,
   String,
@@ -26,12 +34,12 @@ enum class PayloadKind : uint8_t {
 
 struct CTag {
   PayloadKind kind = PayloadKind::Unassigned;
-  uint8_t width = 0;  // in bytes, of the value; 0 where it has none
+  uint8_t width = 0;  // of the payload, in bytes; 0 for ZR_VT_EMPTY and tags that are not assigned
 };
 
 struct CTagRow {
   uint16_t tag;
-  CTag what;
+  CTag info;
 };
 
 // clang-format off
@@ -68,26 +76,29 @@ inline constexpr CTagRow kTagRows[] = {
 };
 // clang-format on
 
-// One entry more than there are tags, for all that are greater.
+// The size of a table that is indexed by TagIndex: one entry for each tag from 0 to ZR_VT_LAST, and one that all
+// greater tags share.
 inline constexpr std::size_t kTagCount = ZR_VT_LAST + 2;
 
 inline constexpr auto kTags = [] {
   std::array<CTag, kTagCount> tags{};
   for (const CTagRow& row : kTagRows) {
-    if (tags[row.tag].kind != PayloadKind::Unassigned) throw "a tag with two rows";  // stops the build
-    tags[row.tag] = row.what;
+    if (tags[row.tag].kind != PayloadKind::Unassigned) throw "a tag with two rows";  // a compilation error
+    tags[row.tag] = row.info;
   }
   return tags;
 }();
 
-// The tag in a tag word, all that are above the last one as one.
+// The index of a tag word in a table of kTagCount entries: its tag without flags, or the shared last entry.
 constexpr std::size_t TagIndex(uint16_t tagWord) noexcept {
   const std::size_t tag = tagWord & ZR_VT_TYPEMASK;
   return tag <= ZR_VT_LAST ? tag : ZR_VT_LAST + 1;
 }
 
+// The kind and the width for the tag in a tag word; flags are ignored.
 constexpr CTag TagOf(uint16_t tagWord) noexcept { return kTags[TagIndex(tagWord)]; }
 
+// These two describe records without flags. With ZR_VT_ARRAY or ZR_VT_BYREF the flags decide what is owned.
 constexpr bool IsInline(PayloadKind kind) noexcept {
   return kind >= PayloadKind::Number && kind <= PayloadKind::Carried;
 }
@@ -95,9 +106,9 @@ constexpr bool IsOwned(PayloadKind kind) noexcept { return kind >= PayloadKind::
 
 constexpr bool HasFlag(uint16_t tagWord, unsigned flag) noexcept { return (tagWord & flag) != 0; }
 
-// The handle that the address in a by-reference record leads to.
-inline ZRSAFEARRAY ArrayBehind(const void* address) noexcept {
-  ZRVARIANTVALUE behind;
-  std::memcpy(&behind, address, sizeof behind);
-  return behind.array;
+// The array handle at the address in a by-reference record, which must not be null. The handle may be null.
+inline ZRSAFEARRAY ArrayAtAddress(const void* address) noexcept {
+  ZRVARIANTVALUE payload;
+  std::memcpy(&payload, address, sizeof payload);
+  return payload.array;
 }
