@@ -1,4 +1,20 @@
-// One template for all accessors; what differs between elements stands in their kinds.
+// One class template for all accessors. What differs between element types is in the traits of element_traits.h.
+//
+//     tag -> row of kAccessorRows -> class, such as CZrSafeArrayAccessorZRSTR -> CZrSafeArrayAccessor<StringTraits>
+//
+// Plain elements (numbers, UUIDs) are copied, compared and resized as one block of bytes. All others are handled in
+// loops, one element at a time, by the operations of their traits.
+//
+// Rules that all loops follow:
+//   1. The number of elements is the product of the counts modulo 2^32, computed anew from the bounds in each call. The
+//      storage is allocated from the same product, so a loop up to it never leaves the storage, even if the product has
+//      wrapped. Only an offset from indices can leave it: nothing but its sign is checked.
+//   2. Storage may be null: the array has no elements. This is not an error, except for a conversion.
+//   3. A pointer element may be null. Each operation of the traits treats null in its own way; element_traits.h has the
+//      table.
+//   4. A loop over all elements ignores a copy that is refused: the new element stays null. Only a put reports it.
+//   5. New storage is complete before it replaces the old one, and a CStorageHolder owns it until then. So an exception
+//      from a copy leaves the array unchanged.
 
 #include "arrays/accessor.h"
 
@@ -18,6 +34,8 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
   static constexpr std::size_t kWidth = Traits::kWidth;
   using CZrSafeArrayAccessorBase::CZrSafeArrayAccessorBase;
 
+  // The block is zeroed by the allocation, which is all that plain elements and pointers need. Empty variants are not
+  // zeros: they have marker words.
   ZRRESULT AllocateData(uint32_t dimensions, const ZrSafeArrayBound* bounds, void** storage) const override {
     if (storage == nullptr || bounds == nullptr) return ZR_R_INVALID_POINTER;
     if (dimensions == 0) return ZR_R_INVALID_ARGUMENTS;
@@ -27,6 +45,8 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     return ZR_R_OK;
   }
 
+  // Plain elements are not zeroed before they are overwritten. All other elements are empty before their copies are
+  // made, so the holder can destroy the block at any time.
   ZRRESULT CopyData(uint32_t dimensions, const ZrSafeArrayBound* bounds, const void* source,
                     void** storage) const override {
     if (storage == nullptr || bounds == nullptr) return ZR_R_INVALID_POINTER;
@@ -49,6 +69,7 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     return ZR_R_OK;
   }
 
+  // The block was allocated for the same bounds, by this accessor or by one of the same tag.
   ZRRESULT DestroyData(void* storage, uint32_t dimensions, const ZrSafeArrayBound* bounds) const override {
     if (storage == nullptr) return ZR_R_INVALID_POINTER;
     if constexpr (!Traits::kIsPlain) {
@@ -69,10 +90,10 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     if (descriptor == nullptr || bounds == nullptr || indices == nullptr || value == nullptr) {
       return ZR_R_INVALID_POINTER;
     }
-    // That a variant's get alone fails otherwise is what callers rely on.
-    constexpr ZRRESULT kNegative = std::same_as<Traits, VariantTraits> ? ZR_R_FAILED : ZR_R_INVALID_ARGUMENTS;
+    // For a negative offset a get of a variant returns another code than all other gets and puts. Callers rely on it.
+    constexpr ZRRESULT kNegativeOffset = std::same_as<Traits, VariantTraits> ? ZR_R_FAILED : ZR_R_INVALID_ARGUMENTS;
     const int32_t index = CZrSafeArrayAccessor::LinearIndex(descriptor->dimensions, bounds, indices);
-    if (index < 0) return kNegative;
+    if (index < 0) return kNegativeOffset;
     auto& variable = *static_cast<Element*>(value);
     const auto* elements = static_cast<const Element*>(descriptor->data);
     if constexpr (Traits::kIsPlain) {
@@ -86,6 +107,9 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     }
   }
 
+  // The order of the steps is part of the contract, and it is not the obvious one. For pointers the value is copied
+  // before it is known whether there is an element to store it in. So a value that is refused is reported rather than a
+  // bad offset; and for a bad offset, or without storage, the copy leaks.
   ZRRESULT PutElementValue(const ZrSafeArrayDescriptor* descriptor, const ZrSafeArrayBound* bounds,
                            const uint32_t* indices, const void* value) const override {
     if (descriptor == nullptr || bounds == nullptr || indices == nullptr || value == nullptr) {
@@ -94,20 +118,21 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     const int32_t index = CZrSafeArrayAccessor::LinearIndex(descriptor->dimensions, bounds, indices);
     auto* elements = static_cast<Element*>(descriptor->data);
     Element* element = index >= 0 && elements != nullptr ? elements + index : nullptr;
-    const ZRRESULT withoutPlace = index < 0 ? ZR_R_INVALID_ARGUMENTS : 1;
-    const auto& wanted = *static_cast<const Element*>(value);
+    const ZRRESULT resultWithoutElement = index < 0 ? ZR_R_INVALID_ARGUMENTS : 1;
+    const auto& newValue = *static_cast<const Element*>(value);
     if constexpr (Traits::kIsPlain) {
-      if (element == nullptr) return withoutPlace;
-      std::memcpy(element, &wanted, kWidth);
+      if (element == nullptr) return resultWithoutElement;
+      std::memcpy(element, &newValue, kWidth);
       return ZR_R_OK;
     } else if constexpr (!Traits::kIsPointer) {
-      return element != nullptr ? Traits::Acquire(wanted, *element) : withoutPlace;
+      return element != nullptr ? Traits::Acquire(newValue, *element) : resultWithoutElement;
     } else {
-      // The old one goes before the new one is copied, and its place is null meanwhile.
+      // The old value is released before the new one is copied. The element is null in between, and stays null if the
+      // copy is refused or throws: otherwise it would refer to the released value.
       if (element != nullptr) ReleaseElement(*element);
       Element copy = nullptr;
-      if (const ZRRESULT result = Traits::Acquire(wanted, copy); result != ZR_R_OK) return result;
-      if (element == nullptr) return withoutPlace;  // the copy stays behind, by contract
+      if (const ZRRESULT result = Traits::Acquire(newValue, copy); result != ZR_R_OK) return result;
+      if (element == nullptr) return resultWithoutElement;  // the copy leaks, as the contract requires
       *element = copy;
       return ZR_R_OK;
     }
@@ -124,6 +149,9 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     return LinearIndexOf(dimensions, bounds, indices);
   }
 
+  // This accessor is the new one, `source` the old one, which alone can release the old elements. Storage for numbers
+  // need not be zeroed, because the loops write every element; other conversions leave an element as it is if it does
+  // not convert, so it must be zero before.
   ZRRESULT ConvertFrom(ZrSafeArrayDescriptor* descriptor, const ZrSafeArrayBound* bounds,
                        const CZrSafeArrayAccessorBase* source) const override {
     if (descriptor == nullptr || bounds == nullptr || source == nullptr) return ZR_R_INVALID_POINTER;
@@ -131,46 +159,51 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     const uint32_t dimensions = descriptor->dimensions, count = ProductOfCounts(dimensions, bounds);
     const uint16_t sourceTag = *source->AccessorType();
     CStorageHolder converted(*this, dimensions, bounds);
-    bool all = false;
+    bool allConverted = false;
     if (BulkConversion* const convert = FindBulkConversion(sourceTag, Tag())) {
       *converted.Receive() = AllocateOrThrow(kWidth * count);  // every element is written
-      all = convert(descriptor->data, converted.Get(), count);
+      allConverted = convert(descriptor->data, converted.Get(), count);
     } else {
       (void)AllocateData(dimensions, bounds, converted.Receive());
-      all = ConvertElements(sourceTag, descriptor->data, Tag(), converted.Get(), count);
+      allConverted = ConvertElements(sourceTag, descriptor->data, Tag(), converted.Get(), count);
     }
-    void* before = std::exchange(descriptor->data, converted.Detach());
+    void* oldStorage = std::exchange(descriptor->data, converted.Detach());
     descriptor->vartype = Tag();
-    (void)source->DestroyData(before, dimensions, bounds);
-    return all ? ZR_R_OK : 1;
+    (void)source->DestroyData(oldStorage, dimensions, bounds);
+    return allConverted ? ZR_R_OK : 1;
   }
 
+  // Elements keep their offset in the block, not their indices. Plain elements are resized in place if the heap can do
+  // so. Other elements are copied and the old ones released, instead of being moved as bytes: callers rely on the
+  // effects that copying has, such as empty strings in place of null strings.
   ZRRESULT RedimData(ZrSafeArrayDescriptor* descriptor, uint32_t dimensions, const ZrSafeArrayBound* bounds,
                      const ZrSafeArrayBound* oldBounds) const override {
     if (descriptor == nullptr || bounds == nullptr || oldBounds == nullptr) return ZR_R_INVALID_POINTER;
     const uint32_t oldDimensions = descriptor->dimensions;
     const uint32_t count = ProductOfCounts(dimensions, bounds);
     const uint32_t oldCount = ProductOfCounts(oldDimensions, oldBounds);
-    CStorageHolder fresh(*this, dimensions, bounds);
-    void* before = descriptor->data;
-    if (before == nullptr || count == 0) {
-      (void)AllocateData(dimensions, bounds, fresh.Receive());
+    CStorageHolder newStorage(*this, dimensions, bounds);
+    void* oldStorage = descriptor->data;
+    if (oldStorage == nullptr || count == 0) {
+      (void)AllocateData(dimensions, bounds, newStorage.Receive());
     } else if constexpr (Traits::kIsPlain) {
-      *fresh.Receive() = ResizeBlock(std::exchange(before, nullptr), oldCount, count);
+      *newStorage.Receive() = ResizeBlock(std::exchange(oldStorage, nullptr), oldCount, count);  // frees the old block
     } else {
-      (void)AllocateData(dimensions, bounds, fresh.Receive());
-      const auto* from = static_cast<const Element*>(before);
-      auto* to = static_cast<Element*>(fresh.Get());
-      for (uint32_t index = 0; index < std::min(count, oldCount); ++index) Traits::Carry(from[index], to[index]);
+      (void)AllocateData(dimensions, bounds, newStorage.Receive());
+      const auto* from = static_cast<const Element*>(oldStorage);
+      auto* to = static_cast<Element*>(newStorage.Get());
+      for (uint32_t index = 0; index < std::min(count, oldCount); ++index) Traits::CopyForRedim(from[index], to[index]);
     }
-    descriptor->data = fresh.Detach();
+    descriptor->data = newStorage.Detach();
     descriptor->dimensions = dimensions;
     descriptor->bounds = nullptr;
     descriptor->elementCount = count;
-    if (before != nullptr) (void)DestroyData(before, oldDimensions, oldBounds);
+    if (oldStorage != nullptr) (void)DestroyData(oldStorage, oldDimensions, oldBounds);
     return ZR_R_OK;
   }
 
+  // Arrays without storage are equal. The caller has found that the shapes are equal, so one set of bounds serves for
+  // both.
   ZRRESULT CompareData(const ZrSafeArrayDescriptor* descriptor, const ZrSafeArrayDescriptor* other,
                        const ZrSafeArrayBound* bounds, uint8_t* equal) const override {
     if (descriptor == nullptr || other == nullptr || bounds == nullptr || equal == nullptr) return ZR_R_INVALID_POINTER;
@@ -187,6 +220,7 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
   }
 
  private:
+  // A pointer becomes null before it is released: a callback of the object finds a null element, not a dangling one.
   static void ReleaseElement(Element& element) {
     if constexpr (Traits::kIsPlain) {
     } else if constexpr (Traits::kIsPointer) {
@@ -196,13 +230,16 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     }
   }
 
-  // The block with room for another number of plain elements, new ones zero. It is unchanged if this throws.
+  // Resizes a block of plain elements, `count` above 0, and zeroes the additional ones. The block is unchanged if this
+  // throws.
   static void* ResizeBlock(void* block, std::size_t oldCount, std::size_t count) {
     auto* elements = static_cast<Element*>(ReallocateOrThrow(block, kWidth * count));
     if (count > oldCount) std::memset(elements + oldCount, 0, kWidth * (count - oldCount));
     return elements;
   }
 
+  // Plain elements are equal if their bytes are: 0.0 differs from -0.0, and a NaN equals the same NaN. This is not how
+  // variants of the same numbers compare; callers rely on both.
   static bool AreElementsEqual(const Element* left, const Element* right, uint32_t count) {
     if constexpr (Traits::kIsPlain) {
       return std::memcmp(left, right, kWidth * count) == 0;
@@ -215,7 +252,7 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
   }
 };
 
-// ---- The classes, and which tag has which --------------------------------------------------------------------------
+// ---- The classes, and the class of each tag ------------------------------------------------------------------------
 
 template <class T>
 class CZrSafeArrayAccessorScalar final : public CZrSafeArrayAccessor<PlainTraits<T>> {
@@ -243,25 +280,27 @@ class CZrSafeArrayAccessorVariant final : public CZrSafeArrayAccessor<VariantTra
   using CZrSafeArrayAccessor::CZrSafeArrayAccessor;
 };
 
+// How to create an accessor for a tag. Tags that elements cannot have keep the defaults.
 struct CAccessorClass {
   Storage storage = Storage::None;
   std::size_t width = 0;
   CZrSafeArrayAccessorBase* (*create)(uint16_t tag) = nullptr;
 };
 
+// The entry for a class. Several tags may share a class, so the tag is an argument of `create`.
 template <class Accessor>
-static consteval CAccessorClass Of(Storage storage) {
+static consteval CAccessorClass ClassOf(Storage storage) {
   return {storage, Accessor::kWidth, [](uint16_t tag) -> CZrSafeArrayAccessorBase* { return new Accessor(tag); }};
 }
 
 template <class T>
 static consteval CAccessorClass Scalar(Storage storage) {
-  return Of<CZrSafeArrayAccessorScalar<T>>(storage);
+  return ClassOf<CZrSafeArrayAccessorScalar<T>>(storage);
 }
 
 struct CAccessorRow {
   uint16_t tag;
-  CAccessorClass what;
+  CAccessorClass accessorClass;
 };
 
 // clang-format off
@@ -284,21 +323,22 @@ static constexpr CAccessorRow kAccessorRows[] = {
   {ZR_VT_WORD,     Scalar<uint16_t>(Storage::Unsigned16)},
   {ZR_VT_DWORD,    Scalar<uint32_t>(Storage::Unsigned32)},
   {ZR_VT_QWORD,    Scalar<uint64_t>(Storage::Unsigned64)},
-  {ZR_VT_BLOB,     Of<CZrSafeArrayAccessorZRBLOB>(Storage::Blob)},
-  {ZR_VT_UNKNOWN,  Of<CZrSafeArrayAccessorRefCounted>(Storage::Interface)},
+  {ZR_VT_BLOB,     ClassOf<CZrSafeArrayAccessorZRBLOB>(Storage::Blob)},
+  {ZR_VT_UNKNOWN,  ClassOf<CZrSafeArrayAccessorRefCounted>(Storage::Interface)},
   {ZR_VT_CHAR32,   Scalar<uint32_t>(Storage::Unsigned32)},
-  {ZR_VT_VARIANT,  Of<CZrSafeArrayAccessorVariant>(Storage::Variant)},
-  {ZR_VT_UUID,     Of<CZrSafeArrayAccessorZRUUID>(Storage::Uuid)},
-  {ZR_VT_STR,      Of<CZrSafeArrayAccessorZRSTR>(Storage::String)},
-  {ZR_VT_REF,      Of<CZrSafeArrayAccessorZRREF>(Storage::Ref)},
-  {ZR_VT_SREF,     Of<CZrSafeArrayAccessorZRSREF>(Storage::Sref)},
-  {ZR_VT_DISPATCH, Of<CZrSafeArrayAccessorRefCounted>(Storage::Interface)},
+  {ZR_VT_VARIANT,  ClassOf<CZrSafeArrayAccessorVariant>(Storage::Variant)},
+  {ZR_VT_UUID,     ClassOf<CZrSafeArrayAccessorZRUUID>(Storage::Uuid)},
+  {ZR_VT_STR,      ClassOf<CZrSafeArrayAccessorZRSTR>(Storage::String)},
+  {ZR_VT_REF,      ClassOf<CZrSafeArrayAccessorZRREF>(Storage::Ref)},
+  {ZR_VT_SREF,     ClassOf<CZrSafeArrayAccessorZRSREF>(Storage::Sref)},
+  {ZR_VT_DISPATCH, ClassOf<CZrSafeArrayAccessorRefCounted>(Storage::Interface)},
 };
 // clang-format on
 
+// The rows above by tag.
 static constexpr auto kAccessors = [] {
   std::array<CAccessorClass, kTagCount> classes{};
-  for (const CAccessorRow& row : kAccessorRows) classes[row.tag] = row.what;
+  for (const CAccessorRow& row : kAccessorRows) classes[row.tag] = row.accessorClass;
   return classes;
 }();
 
@@ -307,6 +347,6 @@ Storage StorageOf(uint16_t tag) noexcept { return kAccessors[TagIndex(tag)].stor
 std::size_t ElementWidth(uint16_t tag) noexcept { return kAccessors[TagIndex(tag)].width; }
 
 CZrSafeArrayAccessorBase* CreateAccessorForTag(uint16_t tag) {
-  const CAccessorClass& what = kAccessors[TagIndex(tag)];
-  return what.create != nullptr ? what.create(tag) : nullptr;
+  const CAccessorClass& accessorClass = kAccessors[TagIndex(tag)];
+  return accessorClass.create != nullptr ? accessorClass.create(tag) : nullptr;
 }

@@ -1,4 +1,14 @@
-// Accessors: what depends on the type of an array's elements. Each array has one; the array code knows no type.
+// Accessors: the part of an array that depends on the type of its elements.
+//
+// Each array has one accessor, chosen by its tag, and calls it for everything that touches the storage: allocate, copy,
+// destroy, get, put, convert, resize, compare. The rest of the array code does not know the type. A new element type
+// needs a row in accessor.cpp and, unless its elements are plain bytes, a traits class in element_traits.h.
+//
+// The storage is one block without gaps. What an element of it is depends on the tag:
+//
+//     ZR_VT_I4            | 4 bytes | 4 bytes | ...     numbers, and UUIDs with 16 bytes: the value itself
+//     ZR_VT_STR           | pointer | pointer | ...     strings, blobs, REFs, SREFs, interface pointers; may be null
+//     ZR_VT_VARIANT       | record  | record  | ...     variants, 16 bytes
 
 #pragma once
 
@@ -10,7 +20,9 @@
 #include "arrays/array_records.h"
 #include "runtime/heap.h"
 
-// How an element lies in the storage.
+// The representation of an element in the storage. Tags with the same representation share one: ZR_VT_UI1, ZR_VT_BYTE
+// and ZR_VT_BOOL are all Unsigned8. Numbers come first, Currency last among them: IsNumber and the table of loops in
+// element_conversion.cpp rely on the order.
 enum class Storage : uint8_t {
   Signed8,
   Unsigned8,
@@ -30,17 +42,21 @@ enum class Storage : uint8_t {
   String,
   Ref,
   Sref,
-  None,  // elements can't have the tag
+  None,  // elements cannot have the tag
 };
 
 constexpr bool IsNumber(Storage storage) noexcept { return storage <= Storage::Currency; }
 
-// The storage of a tag without flags, and the width of an element in it, in bytes.
+// The representation for a tag without flags, and the width of an element in bytes; None and 0 if elements cannot have
+// the tag.
 [[nodiscard]] Storage StorageOf(uint16_t tag) noexcept;
 [[nodiscard]] std::size_t ElementWidth(uint16_t tag) noexcept;
 
-// The order of the operations is that of their slots and must not change. Dimensions, bounds and storage of the array
-// are passed in on each call; the accessor knows the type alone.
+// The operations are virtual and their order is part of the contract: it must not change.
+//
+// An accessor has no state but its tag: dimensions, bounds and storage of the array are arguments of each call.
+// Operations that need a pointer return ZR_R_INVALID_POINTER if it is null. They may throw std::bad_alloc; the array is
+// unchanged then, except for PutElementValue.
 class CZrSafeArrayAccessorBase {
  public:
   explicit CZrSafeArrayAccessorBase(uint16_t tag) noexcept : tag_(tag) {}
@@ -48,32 +64,41 @@ class CZrSafeArrayAccessorBase {
   CZrSafeArrayAccessorBase& operator=(const CZrSafeArrayAccessorBase&) = delete;
   virtual ~CZrSafeArrayAccessorBase() = default;
 
-  // The tag of the elements, which tells apart those that share a class.
+  // The tag of the elements. It distinguishes tags that share a class, such as ZR_VT_UI4 and ZR_VT_DWORD.
   virtual const uint16_t* AccessorType() const noexcept { return &tag_; }
-  // Stores a block of zero elements, or null if there are none.
+  // Stores a block of elements that are zero, null or empty variants, or stores null if there are no elements. Without
+  // dimensions it fails.
   virtual ZRRESULT AllocateData(uint32_t dimensions, const ZrSafeArrayBound* bounds, void** storage) const = 0;
-  // As AllocateData, with copies of the elements of `source`, which may be null.
+  // As AllocateData, but the elements are copies of those in `source`. If that is null, they are as from AllocateData.
   virtual ZRRESULT CopyData(uint32_t dimensions, const ZrSafeArrayBound* bounds, const void* source,
                             void** storage) const = 0;
+  // Releases all elements and frees the block. Null returns ZR_R_INVALID_POINTER and is otherwise ignored.
   virtual ZRRESULT DestroyData(void* storage, uint32_t dimensions, const ZrSafeArrayBound* bounds) const = 0;
-  // Fixed by contract.
+  // Fixed by contract. The address of the element at an offset, which is not checked; null without storage.
   virtual void* ElementAddress(void* storage, int32_t index) const noexcept = 0;
+  // Get and put copy one element into or out of a variable of the element type. They return 1 if the array has no
+  // storage; the comments of ZrSafeArrayGetElement and ZrSafeArrayPutElement have the other results.
   virtual ZRRESULT GetElementValue(const ZrSafeArrayDescriptor* descriptor, const ZrSafeArrayBound* bounds,
                                    const uint32_t* indices, void* value) const = 0;
   virtual ZRRESULT PutElementValue(const ZrSafeArrayDescriptor* descriptor, const ZrSafeArrayBound* bounds,
                                    const uint32_t* indices, const void* value) const = 0;
+  // Returns the product of the counts, and stores their size in bytes in `*bytes` unless that is null.
   virtual uint32_t CountElements(uint32_t dimensions, const ZrSafeArrayBound* bounds,
                                  uint64_t* bytes) const noexcept = 0;
-  // Negative if the offset comes out so, and for no dimensions.
+  // The offset of an element. It may be negative, which the callers refuse; -1 without dimensions. See linear_index.h.
   virtual int32_t LinearIndex(uint32_t dimensions, const ZrSafeArrayBound* bounds,
                               const uint32_t* indices) const noexcept = 0;
-  // Replaces the storage, which `source` knows, by a converted one: ZR_R_OK, 1 if not all elements converted, or a
-  // failure with all as it was.
+  // Converts the elements to this accessor's type; `source` is the accessor that has created the storage. Replaces the
+  // storage and the descriptor's tag. Returns ZR_R_OK, 1 if some elements did not convert and are zero now, or
+  // ZR_R_FAILED with the array unchanged if it has no storage.
   virtual ZRRESULT ConvertFrom(ZrSafeArrayDescriptor* descriptor, const ZrSafeArrayBound* bounds,
                                const CZrSafeArrayAccessorBase* source) const = 0;
-  // Leaves the descriptor with null bounds: the caller stores the new ones.
+  // Changes the number of elements; those that remain keep their offset. Updates the descriptor, but leaves its bounds
+  // null: the caller, who owns the bounds, stores the new ones.
   virtual ZRRESULT RedimData(ZrSafeArrayDescriptor* descriptor, uint32_t dimensions, const ZrSafeArrayBound* bounds,
                              const ZrSafeArrayBound* oldBounds) const = 0;
+  // Stores 1 or 0 in `*equal`. Both arrays must have the shape that `bounds` describes. Arrays without storage are
+  // equal.
   virtual ZRRESULT CompareData(const ZrSafeArrayDescriptor* descriptor, const ZrSafeArrayDescriptor* other,
                                const ZrSafeArrayBound* bounds, uint8_t* equal) const = 0;
 
@@ -87,10 +112,11 @@ class CZrSafeArrayAccessorBase {
   const uint16_t tag_;
 };
 
-// A new accessor; null if elements can't have the tag, which has no flags.
+// A new accessor for a tag without flags, to be released with delete; null if elements cannot have the tag.
 [[nodiscard]] CZrSafeArrayAccessorBase* CreateAccessorForTag(uint16_t tag);
 
-// Storage that isn't an array's yet: destroyed at the end of the scope.
+// Storage that is not yet part of an array. At the end of the scope it is destroyed with its elements, so an exception
+// while it is being filled does not leak. `bounds` must outlive the holder.
 class CStorageHolder {
  public:
   CStorageHolder(const CZrSafeArrayAccessorBase& accessor, uint32_t dimensions, const ZrSafeArrayBound* bounds) noexcept

@@ -1,4 +1,15 @@
-// The element object: an array's parts, from its making to its end.
+// The element object: how the parts of an array are created, replaced and destroyed.
+//
+// Parts are created in the order descriptor, bounds, accessor, storage. Not every array has all of them:
+//
+//     an ordinary array                  descriptor, bounds, accessor, storage
+//     a dimension with a count of 0      descriptor, bounds, accessor
+//     a tag that elements cannot have    descriptor, bounds
+//     no dimensions                      descriptor, accessor
+//     a copy of one without dimensions   nothing: the copy is unusable and is destroyed at once
+//
+// ChangeType and Redim allocate everything that they need before they change the array. So an exception or a failure
+// leaves the array as it was, with one exception: see ChangeType.
 
 #include "arrays/array_element.h"
 
@@ -11,6 +22,7 @@
 
 using CBoundsHolder = std::unique_ptr<ZrSafeArrayBound, HeapFree>;
 
+// A copy of the records of all dimensions; null for no dimensions.
 static CBoundsHolder CopyBounds(uint32_t dimensions, const ZrSafeArrayBound* bounds) {
   if (dimensions == 0) return nullptr;
   const std::size_t bytes = std::size_t{dimensions} * sizeof *bounds;
@@ -26,6 +38,9 @@ void CZrSafeArrayElement::MakeDescriptor(uint16_t tag, uint32_t dimensions, uint
   descriptor_->bounds = bounds_ = CopyBounds(dimensions, bounds).release();
 }
 
+// The descriptor first has the count of the first record as its number of elements. It gets the product of all counts
+// only after the storage was allocated: an array that cannot have elements keeps the first count, and
+// ZrVariantIsContentEmpty judges it by that.
 CZrSafeArrayElement::CZrSafeArrayElement(uint16_t tag, uint32_t dimensions, const ZrSafeArrayBound* bounds) noexcept {
   MakeDescriptor(tag & ZR_VT_TYPEMASK, dimensions, bounds->elementCount, bounds);
   accessor_ = CreateAccessorForTag(tag & ZR_VT_TYPEMASK);
@@ -38,7 +53,7 @@ CZrSafeArrayElement::CZrSafeArrayElement(const CZrSafeArrayElement& source) noex
   const ZrSafeArrayDescriptor* from = source.descriptor_;
   if (from == nullptr || source.bounds_ == nullptr) return;
   MakeDescriptor(from->vartype, from->dimensions, from->elementCount, source.bounds_);
-  // The storage was made by the source's accessor, whatever the tag says. Without storage the tag decides.
+  // The elements have the type of the source's accessor, which may not be the descriptor's tag; see array_records.h.
   accessor_ = CreateAccessorForTag(from->data != nullptr ? *source.accessor_->AccessorType() : from->vartype);
   if (accessor_ == nullptr) return;
   (void)accessor_->CopyData(from->dimensions, bounds_, from->data, &descriptor_->data);
@@ -53,7 +68,8 @@ CZrSafeArrayElement::~CZrSafeArrayElement() {
   std::free(bounds_);
 }
 
-// Takes the flag for the duration of a get or put.
+// Calls `access` with the access flag set, and clears the flag afterwards, also if `access` throws. Fails at once if
+// the flag is set.
 template <class Access>
 static ZRRESULT WithFlag(CZrSafeArrayElement& element, Access&& access) {
   struct CFlag {
@@ -79,6 +95,9 @@ ZRRESULT CZrSafeArrayElement::Put(const uint32_t* indices, const void* value) {
   });
 }
 
+// The new accessor is installed even if the conversion failed because there are no elements: the descriptor keeps the
+// old tag, but elements that Redim adds later have the new type. Callers rely on it. After an exception the old
+// accessor stays.
 ZRRESULT CZrSafeArrayElement::ChangeType(uint16_t tagWord) {
   const uint16_t tag = tagWord & ZR_VT_TYPEMASK;
   if (descriptor_ == nullptr || bounds_ == nullptr) return ZR_R_FAILED;
@@ -86,7 +105,7 @@ ZRRESULT CZrSafeArrayElement::ChangeType(uint16_t tagWord) {
   if (accessor == nullptr) return ZR_R_FAILED;
   const ZRRESULT result = accessor_ != nullptr ? accessor->ConvertFrom(descriptor_, bounds_, accessor_) : ZR_R_FAILED;
   delete accessor_;
-  accessor_ = accessor.release();  // whatever came of it
+  accessor_ = accessor.release();
   return result;
 }
 
@@ -94,8 +113,9 @@ ZRRESULT CZrSafeArrayElement::Redim(uint32_t dimensions, const ZrSafeArrayBound*
   if (descriptor_ == nullptr || bounds_ == nullptr) return ZR_R_INVALID_OBJECT_STATE;
   if (bounds == nullptr || dimensions == 0) return ZR_R_INVALID_ARGUMENTS;
   if (accessor_ == nullptr) return ZR_R_FAILED;
-  // Their block is used again if it has room: a small new one might end up behind large elements and
-  // keep them from growing.
+  // The block of the bounds is reused if it is large enough. A new small block might be placed directly after the
+  // elements and keep their block from growing in place. A new block is allocated before the elements change, in case
+  // it throws.
   CBoundsHolder copy = dimensions > descriptor_->dimensions ? CopyBounds(dimensions, bounds) : nullptr;
   if (const ZRRESULT result = accessor_->RedimData(descriptor_, dimensions, bounds, bounds_); result != ZR_R_OK) {
     return result;
@@ -110,19 +130,24 @@ ZRRESULT CZrSafeArrayElement::Redim(uint32_t dimensions, const ZrSafeArrayBound*
   return ZR_R_OK;
 }
 
+// Counts and lower bounds of all dimensions are equal. An array without dimensions on the left counts as having every
+// shape, and so equals every array; on the right it does not.
 bool CZrSafeArrayElement::HasShapeOf(const CZrSafeArrayElement& other) const noexcept {
   if (bounds_ == nullptr || descriptor_ == nullptr) return true;
   if (other.descriptor_ == nullptr || descriptor_->dimensions != other.descriptor_->dimensions) return false;
   return std::memcmp(bounds_, other.bounds_, std::size_t{descriptor_->dimensions} * sizeof *bounds_) == 0;
 }
 
+// Arrays of the same shape are equal unless their elements can be compared and differ. So arrays with different tags
+// are equal, and arrays that cannot have elements are; callers rely on it.
 void CZrSafeArrayElement::Compare(const CZrSafeArrayElement& other, uint8_t* equal) const {
-  if (!HasShapeOf(other)) return;  // and no answer
+  if (!HasShapeOf(other)) return;  // `*equal` stays unchanged
   *equal = 1;
   if (this == &other || bounds_ == nullptr || other.bounds_ == nullptr || accessor_ == nullptr) return;
-  if (descriptor_->vartype != other.descriptor_->vartype) return;  // of one shape and of different types: equal
+  if (descriptor_->vartype != other.descriptor_->vartype) return;  // equal
   if (other.accessor_ == nullptr) return;
-  // Under one tag the elements are of two types: one array was changed while it had none. They can't be compared.
+  // The descriptors have the same tag, but the elements have different types: ChangeType was called for one of the
+  // arrays while it had no elements. Comparing would read the elements of one array as the type of the other.
   if (*accessor_->AccessorType() != *other.accessor_->AccessorType()) {
     *equal = 0;
     return;

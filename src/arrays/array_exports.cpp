@@ -1,12 +1,12 @@
-// The exports, in the order of the header, and what variants ask of arrays. Called on the object by its name, a virtual
-// operation is a direct call.
+// The exports of arrays, in the order of the public header. Each forwards to the array manager, which checks the
+// arguments. The calls name the manager object, so the compiler makes them direct although the operations are virtual.
 
 #include "arrays/array_manager.h"
 #include "zrcore/array.h"
 
 ZRSAFEARRAY ZrSafeArrayCreate(uint16_t tag, uint32_t dimensions, const ZrSafeArrayBound* bounds) {
   ZRSAFEARRAY array = nullptr;
-  (void)g_arrayManager.SafeArrayCreate(tag, dimensions, bounds, &array);  // null tells the failure
+  (void)g_arrayManager.SafeArrayCreate(tag, dimensions, bounds, &array);  // `array` stays null after a failure
   return array;
 }
 

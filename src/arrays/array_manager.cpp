@@ -1,3 +1,11 @@
+// The checks before each array operation, and the queries that need no element object method of their own.
+//
+// Every operation reaches the array through WithElement: handle -> descriptor -> owner -> element object. The queries
+// return ZR_R_OK even if they have nothing to report, and leave the variable unchanged then: an array without
+// dimensions, a dimension that does not exist, a null pointer for the result. Callers rely on it.
+//
+// Operations that call each other qualify the call (CZrSafeArrayMgr::SafeArrayLock), which makes it a direct call.
+
 #include "arrays/array_manager.h"
 
 #include <memory>
@@ -6,7 +14,8 @@
 #include "arrays/accessor.h"
 #include "arrays/array_element.h"
 
-// Calls `use` with the element object of a handle.
+// Calls `use` with the element object of a handle and returns its result; ZR_R_INVALID_POINTER for a null handle. The
+// owner is never null while the array exists.
 template <class Use>
 static ZRRESULT WithElement(ZRSAFEARRAY array, Use&& use) {
   if (array == nullptr) return ZR_R_INVALID_POINTER;
@@ -51,23 +60,30 @@ ZRRESULT CZrSafeArrayMgr::SafeArrayPutElement(ZRSAFEARRAY array, const uint32_t*
   return WithElement(array, [=](CZrSafeArrayElement& element) { return element.Put(indices, value); });
 }
 
+// An array that `*copy` holds is destroyed first and `*copy` becomes null, so it is null after every failure except for
+// a null argument. `*copy` must not be `source`.
+//
+// A source without dimensions makes an element object without a descriptor, and a handle is the descriptor's address:
+// so it cannot be copied.
 ZRRESULT CZrSafeArrayMgr::SafeArrayCopy(ZRSAFEARRAY source, ZRSAFEARRAY* copy) {
   if (source == nullptr || copy == nullptr) return ZR_R_INVALID_POINTER;
   ZRRESULT result = ZR_R_FAILED;
   if (*copy != nullptr) result = CZrSafeArrayMgr::SafeArrayDestroy(std::exchange(*copy, nullptr));
-  if (source->owner == nullptr) return result;  // of the destruction, by contract
-  auto made = std::make_unique<CZrSafeArrayElement>(*source->owner);
-  if (made->Descriptor() == nullptr) return ZR_R_INVALID_OBJECT_STATE;
-  *copy = made.release()->Descriptor();
+  if (source->owner == nullptr) return result;  // the result of the destruction, as the contract requires
+  auto newElement = std::make_unique<CZrSafeArrayElement>(*source->owner);
+  if (newElement->Descriptor() == nullptr) return ZR_R_INVALID_OBJECT_STATE;
+  *copy = newElement.release()->Descriptor();
   return ZR_R_OK;
 }
 
+// The element object owns the descriptor, so `array` is invalid after this call.
 ZRRESULT CZrSafeArrayMgr::SafeArrayDestroy(ZRSAFEARRAY array) {
   if (array == nullptr) return ZR_R_INVALID_POINTER;
   delete array->owner;
   return ZR_R_OK;
 }
 
+// `tag` is the one result pointer that must not be null.
 ZRRESULT CZrSafeArrayMgr::SafeArrayGetVartype(ZRSAFEARRAY array, uint16_t* tag) noexcept {
   return WithElement(array, [=](const CZrSafeArrayElement&) {
     *tag = array->vartype;
@@ -86,6 +102,7 @@ ZRRESULT CZrSafeArrayMgr::SafeArrayGetBounds(ZRSAFEARRAY array, uint32_t* dimens
   });
 }
 
+// Computes the count from the bounds. It is 1 without dimensions, as the empty product, although there is no element.
 ZRRESULT CZrSafeArrayMgr::SafeArrayGetElementCount(ZRSAFEARRAY array, uint32_t* count, uint64_t* bytes) noexcept {
   return WithElement(array, [=](const CZrSafeArrayElement& element) {
     if (count != nullptr && element.Accessor() != nullptr) {
@@ -95,7 +112,7 @@ ZRRESULT CZrSafeArrayMgr::SafeArrayGetElementCount(ZRSAFEARRAY array, uint32_t* 
   });
 }
 
-// Calls `write` with the record of a dimension, if there is one.
+// Calls `write` with the record of a dimension, which counts from 1. Does nothing if there is no such dimension.
 template <class Write>
 static ZRRESULT WithBound(ZRSAFEARRAY array, uint32_t dimension, Write&& write) {
   return WithElement(array, [&](const CZrSafeArrayElement& element) {
@@ -112,6 +129,8 @@ ZRRESULT CZrSafeArrayMgr::SafeArrayGetLBound(ZRSAFEARRAY array, uint32_t dimensi
   });
 }
 
+// The greatest index is lowerBound + elementCount - 1, in unsigned arithmetic that wraps. For a dimension without
+// elements it is the lower bound minus 1.
 ZRRESULT CZrSafeArrayMgr::SafeArrayGetUBound(ZRSAFEARRAY array, uint32_t dimension, uint32_t* bound) noexcept {
   return WithBound(array, dimension, [bound](const ZrSafeArrayBound& record) {
     if (bound != nullptr) *bound = record.elementCount - 1 + static_cast<uint32_t>(record.lowerBound);
@@ -126,6 +145,7 @@ ZRRESULT CZrSafeArrayMgr::SafeArrayRedim(ZRSAFEARRAY array, uint32_t dimensions,
   return WithElement(array, [=](CZrSafeArrayElement& element) { return element.Redim(dimensions, bounds); });
 }
 
+// `*equal` is left unchanged if the shapes differ.
 ZRRESULT CZrSafeArrayMgr::SafeArrayCompare(ZRSAFEARRAY left, ZRSAFEARRAY right, uint8_t* equal) {
   if (left == nullptr || right == nullptr || equal == nullptr) return ZR_R_INVALID_POINTER;
   if (left->owner != nullptr && right->owner != nullptr) left->owner->Compare(*right->owner, equal);

@@ -1,4 +1,8 @@
-// The manager of arrays: all operations on handles, on one object without data of its own.
+// The manager of arrays: all operations on array handles, as one object without data of its own.
+//
+// The manager checks handles and pointers and forwards to the element object of the array (array_element.h). A null
+// handle returns ZR_R_INVALID_POINTER from every operation. The comment of the export with the same name in
+// zrcore/array.h describes each operation: results, null pointers, leaks and what is thrown.
 
 #pragma once
 
@@ -6,11 +10,12 @@
 
 #include "zrcore/array.h"
 
-// The order of the operations is that of their slots and must not change. What each does stands at the export of its
-// name. Final and without a destructor of its own: calls on the object are direct, and its end needs no code.
+// The operations are virtual and their order is part of the contract: it must not change. The class is final, so calls
+// on the object are direct calls, and it has no destructor, so the object with static storage needs no code at exit.
 class CZrSafeArrayMgr final {
  public:
-  // Overwrites `*array` unseen. ZR_R_INVALID_POINTER if `bounds` or `array` is null.
+  // Stores a new array in `*array` without looking at the old value. Returns ZR_R_INVALID_POINTER if `bounds` or
+  // `array` is null.
   virtual ZRRESULT SafeArrayCreate(uint16_t tag, uint32_t dimensions, const ZrSafeArrayBound* bounds,
                                    ZRSAFEARRAY* array);
   virtual ZRRESULT SafeArrayLock(ZRSAFEARRAY array) noexcept;

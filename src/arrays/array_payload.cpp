@@ -1,4 +1,5 @@
-// The operations on arrays that variants need. Variants declare them, since they must not include headers of arrays.
+// The array operations that variants need. variants/array_payload.h declares them, because variants must not include
+// headers of arrays; each forwards to the array manager.
 
 #include "variants/array_payload.h"
 
@@ -9,6 +10,7 @@ ZRRESULT DestroyArray(ZRSAFEARRAY array) { return g_arrayManager.SafeArrayDestro
 
 ZRRESULT CopyArray(ZRSAFEARRAY source, ZRSAFEARRAY* copy) { return g_arrayManager.SafeArrayCopy(source, copy); }
 
+// Reads the descriptor and not SafeArrayGetElementCount, which writes nothing for an array that cannot have elements.
 uint32_t ArrayElementCount(ZRSAFEARRAY array) noexcept { return array->elementCount; }
 
 ZRRESULT ChangeArrayType(ZRSAFEARRAY array, uint32_t flags, uint16_t target) {

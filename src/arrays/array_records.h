@@ -1,17 +1,19 @@
-// What a ZRSAFEARRAY points at, and the element object that owns it.
+// What a ZRSAFEARRAY points at, and the element object that owns it. (The "element object" is the object of an array;
+// the values in the array are its elements.)
 //
 //     ZRSAFEARRAY -> ZrSafeArrayDescriptor { ..., owner, data, bounds }
-//                                                   |      |       '-> ZrSafeArrayBound, one for each dimension
+//                                                   |      |       '-> ZrSafeArrayBound, one per dimension
 //                                                   |      '---------> the elements, one block
 //                                                   '-> CZrSafeArrayElement { descriptor, bounds, lock, accessor }
 //
 // What holds everywhere below:
-//   1. The element owns all of it: descriptor, bounds, storage and accessor go with it. Element and descriptor point at
-//      the same bounds.
+//   1. The element object owns the descriptor, the bounds, the storage and the accessor, and destroys them with itself.
+//      The element object and the descriptor point at the same bounds.
 //   2. Without dimensions there are no bounds. Without an accessor, bounds or elements there is no storage.
-//   3. The accessor's tag decides what the storage holds, for copies and comparisons too. The descriptor's tag is the
-//      same, except in an array whose type was changed while it had no elements. Such an array may have got elements
-//      since. A copy of an array without storage follows the descriptor's tag.
+//   3. The accessor's tag is the type of the elements in the storage. Copies and comparisons follow it. The tag in the
+//      descriptor, which callers see, is the same with one exception: ChangeType fails for an array without elements,
+//      but installs the new accessor. Elements that the array gets later have the accessor's type. A copy of an array
+//      without storage follows the descriptor's tag.
 
 #pragma once
 
@@ -24,8 +26,8 @@ class CZrSafeArrayElement;
 
 struct ZrSafeArrayDescriptor {
   uint32_t dimensions;
-  uint32_t elementCount;
-  uint16_t vartype;
+  uint32_t elementCount;  // the product of the counts; the first count alone if the array cannot have elements
+  uint16_t vartype;       // the tag, without flags
   CZrSafeArrayElement* owner;
   void* data;
   ZrSafeArrayBound* bounds;

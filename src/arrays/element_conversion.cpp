@@ -1,9 +1,18 @@
-// Numbers are converted in loops, by the rule that a single variant follows; everything else one by one, through a
-// variant that borrows the element.
+// Conversion of array elements: numbers in loops, everything else one by one through a variant that borrows the
+// element.
 //
-// What an element of an array is as a variant differs a little from what its tag says: a boolean is its number, and the
-// unsigned types by other names are those of the plain names. Of the counts of time a few targets take the bits, and
-// the others nothing.
+// Elements convert by the rules of variants (conversion_rules.h), with these differences, which callers rely on:
+//
+//   1. The element is first given a plain tag (VariantTag): booleans and ZR_VT_BYTE are ZR_VT_UI1, ZR_VT_CHAR32 is
+//      ZR_VT_UI4, and so on. So the boolean 1 becomes the text "1" and not "TRUE", and a ZR_VT_QWORD becomes a
+//      ZR_VT_DATETIME as a number, not as an address.
+//   2. If the plain tag and the target have the same storage, the payload is copied unchanged (IsDirect): a ZR_VT_UI1
+//      of 2 becomes a boolean with the byte 2, where a variant would become 1.
+//   3. ZR_VT_TIME and ZR_VT_DATETIME convert to 64-bit integers, to currency and to each other, with their bits
+//      unchanged; also to ZR_VT_R8, ZR_VT_STR and ZR_VT_VARIANT. To all other types they do not convert.
+//   4. Elements that are variants convert by their own tags, without the rules 1 and 3.
+//
+// An element that does not convert becomes zero or null, and the others are converted nevertheless.
 
 #include "arrays/element_conversion.h"
 
@@ -16,7 +25,7 @@
 #include "variants/number_rule.h"
 #include "variants/variant_record.h"
 
-// The tag of an element as a variant.
+// The tag that an element has when it is converted as a variant.
 static constexpr uint16_t VariantTag(uint16_t elementTag) noexcept {
   switch (elementTag) {
     case ZR_VT_BOOL:
@@ -34,20 +43,28 @@ static constexpr uint16_t VariantTag(uint16_t elementTag) noexcept {
   }
 }
 
+// Both are handled before the table of rules, which would let them convert to all numbers.
 static bool IsTime(uint16_t elementTag) noexcept { return elementTag == ZR_VT_TIME || elementTag == ZR_VT_DATETIME; }
 
-// Whether an element takes the payload of a variant as it is.
+// Whether an element stores the payload of a variant with this tag unchanged: both have the same representation.
 static bool IsDirect(uint16_t variantTag, uint16_t elementTag) noexcept {
   return StorageOf(variantTag) == StorageOf(elementTag);
 }
 
 // ---- In loops ------------------------------------------------------------------------------------------------------
 
+// Whether every value of Source is in the range of Target. Floating point never is, because of NaN.
 template <class Target, class Source>
 inline constexpr bool kAlwaysFits =
     std::integral<Source>&& kLowerBound<Target> <= kLowerBound<Source>&& kUpperBound<Source> <= kUpperBound<Target>;
 
-// As StoreNumber, with nothing in the loop that depends on the outcome but what is selected by it.
+// Converts as StoreNumber does. The loops have no branches, so the compiler can vectorise them. Per element:
+//
+//   value    the number in binary64, for the comparison with the bounds
+//   fits     both comparisons, combined by `&`: `&&` would be a branch. False for NaN
+//   target   the number, or 0 if it does not fit. The selection comes before CutNumber, because casting a number that
+//            is out of range to an integer is undefined behaviour
+//   refused  collects whether any element did not fit; it is examined once, after the loop
 template <class Target, class Source>
 static bool ConvertInRange(const void* from, void* to, uint32_t count) noexcept {
   const auto* source = static_cast<const Source*>(from);
@@ -68,14 +85,16 @@ static bool ConvertInRange(const void* from, void* to, uint32_t count) noexcept 
   }
 }
 
+// The range rule for a byte, then a second loop that makes every byte 0 or 1. Both loops are free of branches.
 template <class Source>
 static bool ConvertToBool(const void* from, void* to, uint32_t count) noexcept {
-  const bool all = ConvertInRange<uint8_t, Source>(from, to, count);
+  const bool allConverted = ConvertInRange<uint8_t, Source>(from, to, count);
   auto* target = static_cast<uint8_t*>(to);
   for (uint32_t index = 0; index < count; ++index) target[index] = target[index] != 0;
-  return all;
+  return allConverted;
 }
 
+// ZR_VT_R8 to a time or a currency: without a range check, so every element converts.
 static bool Truncate(const void* from, void* to, uint32_t count) noexcept {
   const auto* source = static_cast<const double*>(from);
   auto* target = static_cast<int64_t*>(to);
@@ -83,20 +102,23 @@ static bool Truncate(const void* from, void* to, uint32_t count) noexcept {
   return true;
 }
 
+// For a source of the same width.
 template <std::size_t width>
 static bool CopyBits(const void* from, void* to, uint32_t count) noexcept {
   std::memcpy(to, from, width * count);
   return true;
 }
 
+// For two types that do not convert: all elements become zero.
 template <std::size_t width>
 static bool Refuse(const void* /*from*/, void* to, uint32_t count) noexcept {
   std::memset(to, 0, width * count);
   return false;
 }
 
-// One row a source, one cell a target, both in the order of Storage; currency is a signed count. A boolean is stored as
-// a byte, but has a cell of its own.
+// The loops for the range rule: one row per source, one cell per target, both in the order of Storage. Currency is a
+// signed 64-bit count. ZR_VT_BOOL shares the storage Unsigned8 with other tags but needs another loop, so it has a cell
+// of its own after the others. A boolean source needs no row of its own: it is a ZR_VT_UI1.
 static constexpr std::size_t kNumberStorages = static_cast<std::size_t>(Storage::Currency) + 1;
 static constexpr std::size_t kBoolCell = kNumberStorages;
 using LoopRow = std::array<BulkConversion*, kNumberStorages + 1>;
@@ -111,11 +133,15 @@ static constexpr std::array<LoopRow, kNumberStorages> kLoops = {
     kLoopsFrom<int32_t>, kLoopsFrom<uint32_t>, kLoopsFrom<int64_t>, kLoopsFrom<uint64_t>,
     kLoopsFrom<float>,   kLoopsFrom<double>,   kLoopsFrom<int64_t>};
 
+// The instantiation for a width in bytes, which is 1, 2, 4 or 8.
 static BulkConversion* ForWidth(std::size_t width, BulkConversion* one, BulkConversion* two, BulkConversion* four,
                                 BulkConversion* eight) noexcept {
   return width == 1 ? one : width == 2 ? two : width == 4 ? four : eight;
 }
 
+// The order of the tests matters. Times come first, since the table would let them convert to all numbers. Direct
+// copies come before the table, since it has the range rule for ZR_VT_UI1 to ZR_VT_BOOL and would make 2 a 1, and since
+// it has no rule for two tags that are equal.
 BulkConversion* FindBulkConversion(uint16_t sourceTag, uint16_t targetTag) noexcept {
   const Storage source = StorageOf(sourceTag), target = StorageOf(targetTag);
   if (!IsNumber(source) || !IsNumber(target)) return nullptr;
@@ -143,7 +169,8 @@ BulkConversion* FindBulkConversion(uint16_t sourceTag, uint16_t targetTag) noexc
 
 // ---- One by one ----------------------------------------------------------------------------------------------------
 
-// Of a width that a payload can have, each with a move of its own.
+// Copies a payload of 1, 2, 4 or 8 bytes. With a constant size each memcpy is a single move; with a variable size it
+// would be a call.
 static void CopyPayload(void* to, const void* from, std::size_t width) noexcept {
   switch (width) {
     case 1:
@@ -161,11 +188,20 @@ static void CopyPayload(void* to, const void* from, std::size_t width) noexcept 
   }
 }
 
-// Makes of a reset record the variant that the element is, which owns nothing. A UUID's payload is the element itself.
-// The record is filled in its place: a copy of all of it would have to wait for the narrower payload just written.
+// Fills a reset record with the variant that an element is. The record borrows the element's payload and owns nothing:
+// it must not be released, and it must not outlive the element.
+//
+//     ZR_VT_VARIANT     the variant in the element, normalised unless it is an array or by reference
+//     ZR_VT_UUID        the payload is the address of the element, because the element is the UUID itself
+//     REF, SREF, STR    the pointer, normalised. Null, or an SREF without content, becomes an empty variant, which does
+//                       not convert; a null string becomes an empty string, which does
+//     all others        the payload under the plain tag of VariantTag
+//
+// The record is an argument and not the result: copying 16 bytes directly after a narrower payload was written would
+// wait until that store has reached the cache.
 static void LendElement(uint16_t tag, const char* element, ZRVARIANT& lent) noexcept {
-  const CTag what = TagOf(tag);
-  switch (what.kind) {
+  const CTag info = TagOf(tag);
+  switch (info.kind) {
     case PayloadKind::Carried:
       std::memcpy(&lent, element, sizeof lent);
       if (!HasFlag(lent.Type, ZR_VT_ARRAY | ZR_VT_BYREF)) lent = LendCopy(lent);
@@ -179,17 +215,17 @@ static void LendElement(uint16_t tag, const char* element, ZRVARIANT& lent) noex
     case PayloadKind::String:
       std::memcpy(&lent.Value.address, element, sizeof lent.Value.address);
       lent.Type = tag;
-      lent = LendCopy(lent);  // null for a ZRSREF without fields
+      lent = LendCopy(lent);  // null for an SREF without content
       if (lent.Value.address == nullptr) lent = kResetVariant;
       return;
     default:
       lent.Type = VariantTag(tag);
-      CopyPayload(&lent.Value, element, what.width);
+      CopyPayload(&lent.Value, element, info.width);
       return;
   }
 }
 
-// An owner of a payload that isn't in its place yet.
+// The owner of a payload until it is stored in an element; releases it if it never is.
 class CPayloadHolder {
  public:
   CPayloadHolder(PayloadKind kind, ZRVARIANTVALUE payload) noexcept : kind_(kind), payload_(payload) {}
@@ -198,7 +234,8 @@ class CPayloadHolder {
   ~CPayloadHolder() { ReleasePayload(kind_, payload_); }
 
   ZRVARIANTVALUE& Get() noexcept { return payload_; }
-  // Into an element of the kind, which is null before. Of a UUID the element has the bytes, not the record.
+  // Stores the payload in an element of the same kind, which must be null or zero. The element owns it afterwards. For
+  // a UUID the element gets a copy of the bytes, and the holder still releases the record.
   void MoveInto(void* element, std::size_t width) noexcept {
     if (kind_ == PayloadKind::Uuid) {
       if (payload_.uuid != nullptr) std::memcpy(element, payload_.uuid, sizeof(ZRUUID));
@@ -213,49 +250,65 @@ class CPayloadHolder {
   ZRVARIANTVALUE payload_;
 };
 
+// Interface pointers convert to their own type, and ZR_VT_DISPATCH to ZR_VT_UNKNOWN, since every object has the
+// operations of IZrUnknown. No other value converts, nor does any reference, not even one to an interface pointer.
 static bool StoreInterface(const ZRVARIANT& lent, uint16_t tag, void* element) {
   if (HasFlag(lent.Type, ZR_VT_ARRAY | ZR_VT_BYREF)) return false;
   const uint16_t lentTag = lent.Type & ZR_VT_TYPEMASK;  // without the bits that mean nothing
-  const bool isTaken = lentTag == ZR_VT_DISPATCH || (lentTag == ZR_VT_UNKNOWN && tag == ZR_VT_UNKNOWN);
-  if (!isTaken) return false;
+  const bool isAccepted = lentTag == ZR_VT_DISPATCH || (lentTag == ZR_VT_UNKNOWN && tag == ZR_VT_UNKNOWN);
+  if (!isAccepted) return false;
   const ZRVARIANTVALUE payload = DuplicatePayload(PayloadKind::Interface, lent.Value);
   std::memcpy(element, &payload.address, sizeof payload.address);
   return true;
 }
 
-// A scalar by value. `isDirect` tells that the element takes the payload as it is.
+// Stores a scalar that is held by value. With `isDirect` the element gets a copy of the payload unchanged; otherwise
+// the payload is converted by the table of rules. A null UUID leaves the element nil, which is a success. Returns
+// whether the element was stored.
 static bool StoreValue(const ZRVARIANT& lent, bool isDirect, uint16_t tag, void* element) {
-  const CTag what = TagOf(tag);
-  CPayloadHolder stored(what.kind, kResetVariant.Value);
+  const CTag info = TagOf(tag);
+  CPayloadHolder stored(info.kind, kResetVariant.Value);
   if (isDirect) {
-    if (what.kind == PayloadKind::Uuid) {
+    if (info.kind == PayloadKind::Uuid) {
       if (lent.Value.uuid != nullptr) std::memcpy(element, lent.Value.uuid, sizeof(ZRUUID));
       return true;
     }
-    stored.Get() = IsOwned(what.kind) ? DuplicatePayload(what.kind, lent.Value) : lent.Value;
+    stored.Get() = IsOwned(info.kind) ? DuplicatePayload(info.kind, lent.Value) : lent.Value;
   } else if (ConvertScalar(lent, tag, stored.Get()) != ZR_R_OK) {
     return false;
   }
-  stored.MoveInto(element, what.width);
+  stored.MoveInto(element, info.width);
   return true;
 }
 
+// Stores a value that may be by reference. An array that is held by value does not convert.
+//
+// The value that a reference refers to is copied first. If the copy is an array, the reference led to a record with an
+// array. The copy is converted as a variant would be, and the element counts as converted if that succeeds; but the
+// element stays zero, because it cannot store an array.
 static bool StoreScalar(const ZRVARIANT& lent, uint16_t tag, void* element) {
   if (HasFlag(lent.Type, ZR_VT_ARRAY)) return false;
   const uint16_t lentTag = lent.Type & ZR_VT_TYPEMASK;
   if (!HasFlag(lent.Type, ZR_VT_BYREF)) return StoreValue(lent, IsDirect(lentTag, tag), tag, element);
-  CVariantHolder behind;
-  if (ZrVariantCopyInd(behind.Receive(), &lent) < 0) return false;
-  if (HasFlag(behind.Get().Type, ZR_VT_ARRAY)) {  // converts if its elements do, and no element has room for it
+  CVariantHolder referenced;
+  if (ZrVariantCopyInd(referenced.Receive(), &lent) < 0) return false;
+  if (HasFlag(referenced.Get().Type, ZR_VT_ARRAY)) {
     CVariantHolder converted;
-    return ZrVariantChangeType(converted.Receive(), &behind.Get(), 0, tag) == ZR_R_OK;
+    return ZrVariantChangeType(converted.Receive(), &referenced.Get(), 0, tag) == ZR_R_OK;
   }
-  // Behind a reference to a record lies any tag, and only the very same is taken as it is: 2 becomes a boolean 1.
-  const uint16_t tagBehind = behind.Get().Type & ZR_VT_TYPEMASK;
-  const bool isDirect = lentTag == ZR_VT_VARIANT ? tagBehind == tag : IsDirect(tagBehind, tag);
-  return StoreValue(LendCopy(behind.Get()), isDirect, tag, element);
+  // A reference to a record converts by the rules of variants: only an equal tag is direct, so a ZR_VT_UI1 of 2 becomes
+  // the boolean 1. A reference to any other value is treated like an element: the same storage is direct, and 2
+  // stays 2.
+  const uint16_t referencedTag = referenced.Get().Type & ZR_VT_TYPEMASK;
+  const bool isDirect = lentTag == ZR_VT_VARIANT ? referencedTag == tag : IsDirect(referencedTag, tag);
+  return StoreValue(LendCopy(referenced.Get()), isDirect, tag, element);
 }
 
+// Each element is lent to a reset variant and stored by the kind of the target. Elements that are refused leave the
+// target element empty, and the loop continues.
+//
+// Times come here only for targets that are not numbers; of these only texts and variants accept them. To variants
+// every element converts, even one with a tag that is not assigned: the result of the copy is ignored.
 bool ConvertElements(uint16_t sourceTag, const void* source, uint16_t targetTag, void* target, uint32_t count) {
   const std::size_t sourceWidth = ElementWidth(sourceTag), targetWidth = ElementWidth(targetTag);
   const bool isRefusedTime = IsTime(sourceTag) && targetTag != ZR_VT_STR && targetTag != ZR_VT_VARIANT;
@@ -263,17 +316,17 @@ bool ConvertElements(uint16_t sourceTag, const void* source, uint16_t targetTag,
   const PayloadKind targetKind = TagOf(targetTag).kind;
   const auto* from = static_cast<const char*>(source);
   auto* to = static_cast<char*>(target);
-  bool all = true;
+  bool allConverted = true;
   for (uint32_t index = 0; index < count; ++index, from += sourceWidth, to += targetWidth) {
     ZRVARIANT lent = kResetVariant;
     LendElement(sourceTag, from, lent);
     if (targetKind == PayloadKind::Carried) {
-      (void)CopyIntoReset(*reinterpret_cast<ZRVARIANT*>(to), lent);  // as it is, a bad tag too
+      (void)CopyIntoReset(*reinterpret_cast<ZRVARIANT*>(to), lent);
     } else if (targetKind == PayloadKind::Interface) {
-      all = StoreInterface(lent, targetTag, to) && all;
+      allConverted = StoreInterface(lent, targetTag, to) && allConverted;
     } else {
-      all = StoreScalar(lent, targetTag, to) && all;
+      allConverted = StoreScalar(lent, targetTag, to) && allConverted;
     }
   }
-  return all;
+  return allConverted;
 }

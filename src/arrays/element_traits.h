@@ -1,14 +1,24 @@
-// The kinds of elements: what a single one needs when it is made, copied, released, delivered and compared.
+// The kinds of elements: how one element is initialised, copied, released, read and compared.
 //
-// A kind that is plain is copied and compared by its bytes. The others have these operations:
+// There are three shapes of kinds: plain elements (numbers and UUIDs), pointers, and variants. Plain elements are
+// copied and compared by their bytes and need no operations. The others have these:
 //
-//   Initialise      makes empty elements of zeros
-//   Copy            into a fresh element, for the copy of an array; null stays null
-//   Carry           the same for a change of shape, where the family's own copy decides
-//   Acquire         one more owner for a value that is to be put; a result that isn't ZR_R_OK refuses it
-//   Release         of an element that is not null
-//   Deliver         into a caller's variable; DeliverNothing where the array has no elements
-//   AreEqual        false also where the family's comparison fails
+//   Initialise      turns elements of zero bytes into empty ones
+//   Copy            into a new element, when an array is copied
+//   CopyForRedim    the same when the shape of an array changes
+//   Acquire         makes a copy of a value that is put; a result other than ZR_R_OK refuses the value
+//   Release         releases an element that is not null
+//   Deliver         copies an element into a caller's variable
+//   DeliverNothing  is called instead if the array has no elements
+//   AreEqual        is false also if the family's comparison fails or writes no result
+//
+// Callers rely on what each operation does with null and with an SREF that has neither a ref nor a text ("no content"):
+//
+//                   null string    null blob   null REF or SREF   no content           null interface pointer
+//   Copy            null           null        null               null                 null
+//   CopyForRedim    empty string   null        null               null                 null
+//   Acquire         empty string   null        refused            refused, result 1    null
+//   Deliver         unchanged      unchanged   unchanged          null                 null
 
 #pragma once
 
@@ -30,14 +40,16 @@ struct PlainTraits {
 
 using UuidTraits = PlainTraits<ZRUUID>;
 
-// By a family's own comparison.
+// Whether a family's own comparison succeeds and finds the elements equal. The result is 0 if the comparison writes
+// nothing.
 template <auto compare, class Pointer>
 bool AreEqualBy(Pointer left, Pointer right) noexcept(noexcept(compare(left, right, nullptr))) {
   uint8_t equal = 0;
   return compare(left, right, &equal) == ZR_R_OK && equal != 0;
 }
 
-// What the pointers have in common, by the four operations of their kind.
+// The operations that all kinds of pointers share. Traits is the derived class with the three others: Acquire, Release
+// and AreEqual.
 template <class Traits, class Pointer>
 struct PointerTraits {
   using Element = Pointer;
@@ -49,7 +61,9 @@ struct PointerTraits {
   static void Copy(const Element& from, Element& to) {
     if (from != nullptr) (void)Traits::Acquire(from, to);
   }
-  static void Carry(const Element& from, Element& to) { (void)Traits::Acquire(from, to); }  // a refused one stays null
+  // Null is passed on, unlike in Copy: a null string becomes an empty one. A value that is refused stays null.
+  static void CopyForRedim(const Element& from, Element& to) { (void)Traits::Acquire(from, to); }
+  // The variable's old value is overwritten and not released. A null element does not even overwrite it.
   static ZRRESULT Deliver(const Element& from, Element& to) {
     if (from != nullptr) (void)Traits::Acquire(from, to);
     return ZR_R_OK;
@@ -57,6 +71,7 @@ struct PointerTraits {
   static void DeliverNothing(Element& /*to*/) noexcept {}
 };
 
+// Each array element has a blob handle of its own; the bytes are shared until one of them is changed.
 struct BlobTraits : PointerTraits<BlobTraits, ZRBLOB> {
   static ZRRESULT Acquire(ZRBLOB from, ZRBLOB& to) {
     to = ShareBlob(from);
@@ -68,7 +83,7 @@ struct BlobTraits : PointerTraits<BlobTraits, ZRBLOB> {
 
 struct StringTraits : PointerTraits<StringTraits, ZRSTR> {
   static ZRRESULT Acquire(ZRSTR from, ZRSTR& to) noexcept {
-    to = ShareString(from);  // of null, the empty string
+    to = ShareString(from);  // the shared empty string for null
     return ZR_R_OK;
   }
   static void Release(ZRSTR element) noexcept { ReleaseString(element); }
@@ -89,7 +104,10 @@ struct SrefTraits : PointerTraits<SrefTraits, ZRSREF*> {
   }
 };
 
-// Objects are delivered null or not, and a caller's variable is taken at its word where there is nothing to deliver.
+// Interface pointers differ in two ways. A null element is delivered, too: the variable becomes null. And if the array
+// has no elements, the object that the caller's variable points at gets one more reference, as if it had been
+// delivered. Both are part of the contract. A caller must set the variable to null before a get, or the object that it
+// points at leaks.
 struct InterfaceTraits : PointerTraits<InterfaceTraits, IZrUnknown*> {
   static ZRRESULT Acquire(IZrUnknown* from, IZrUnknown*& to) {
     if (from != nullptr) from->AddRef();
@@ -104,6 +122,8 @@ struct InterfaceTraits : PointerTraits<InterfaceTraits, IZrUnknown*> {
   static bool AreEqual(const IZrUnknown* left, const IZrUnknown* right) noexcept { return left == right; }
 };
 
+// Variants are copied as ZrVariantCopy does. An element that cannot be copied keeps the tag word with a null Value;
+// that is reported by Acquire and Deliver only. Both release the old value of their target first.
 struct VariantTraits {
   using Element = ZRVARIANT;
   static constexpr bool kIsPlain = false;
@@ -114,7 +134,7 @@ struct VariantTraits {
     for (uint32_t index = 0; index < count; ++index) elements[index] = kResetVariant;
   }
   static void Copy(const ZRVARIANT& from, ZRVARIANT& to) { (void)CopyIntoReset(to, from); }
-  static void Carry(const ZRVARIANT& from, ZRVARIANT& to) { (void)CopyIntoReset(to, from); }
+  static void CopyForRedim(const ZRVARIANT& from, ZRVARIANT& to) { (void)CopyIntoReset(to, from); }
   static ZRRESULT Acquire(const ZRVARIANT& from, ZRVARIANT& to) { return ZrVariantCopy(&to, &from); }
   static void Release(ZRVARIANT& element) { (void)ZrVariantClear(&element); }
   static ZRRESULT Deliver(const ZRVARIANT& from, ZRVARIANT& to) { return ZrVariantCopy(&to, &from); }

@@ -1,4 +1,10 @@
-// The geometry of an array: how many elements its bounds make, and where an element lies in the storage.
+// The geometry of an array: the number of its elements, and the offset of an element in the storage.
+//
+//     bounds {2, 0} {3, 1}, each {count, lower bound}; indices (1, 3)
+//     number of elements  2 * 3 = 6
+//     offset              (1 - 0) * 3 + (3 - 1) = 5
+//
+// Everything is computed modulo 2^32, and nothing is checked for overflow: callers rely on the wrapped results.
 
 #pragma once
 
@@ -6,7 +12,8 @@
 
 #include "zrcore/array.h"
 
-// The product of the counts in 32 bits; 1 if there are none.
+// The number of elements: the product of the counts modulo 2^32. It is 1 without dimensions, although such an array has
+// no storage, and without bounds.
 constexpr uint32_t ProductOfCounts(uint32_t dimensions, const ZrSafeArrayBound* bounds) noexcept {
   uint32_t product = 1;
   if (bounds == nullptr) return product;
@@ -14,9 +21,12 @@ constexpr uint32_t ProductOfCounts(uint32_t dimensions, const ZrSafeArrayBound* 
   return product;
 }
 
-// The offset of an element in the storage, counted in elements: row-major, the last index varies fastest. The offset is
-// negative if it comes out so, and -1 without dimensions. The arithmetic is modulo 2^32, so nothing but the sign of the
-// result is checked: an index above its bound yields the offset of another element, or one past the end.
+// The offset of an element in the storage, counted in elements: row-major, so the last index varies fastest. Returns -1
+// without dimensions, bounds or indices.
+//
+// Indices are not compared with their bounds. Callers refuse a negative result, and this is the only check of indices
+// that there is: an index above its upper bound yields the offset of another element, or one past the end of the
+// storage. Lower bounds are subtracted as unsigned numbers, because a signed difference could overflow.
 constexpr int32_t LinearIndexOf(uint32_t dimensions, const ZrSafeArrayBound* bounds, const uint32_t* indices) noexcept {
   if (bounds == nullptr || indices == nullptr || dimensions == 0) return -1;
   uint32_t index = 0;
