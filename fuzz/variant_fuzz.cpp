@@ -155,11 +155,11 @@ class CVariantSequence : public CSequence<CVariantSequence> {
     if (other.Type == ZR_VT_QWORD && target == ZR_VT_DATETIME) return Dereference(slot);
     // The record that this failure leaves would leak.
     if (&slot != &other && other.Type == ZR_VT_REF && other.Value.ref == nullptr && target == ZR_VT_SREF) return;
-    before_.Take(other);
+    before_.Assign(other);
     const ZRRESULT result = ZrVariantChangeType(&slot, &other, 0, target);
-    after_.Take(slot);
+    after_.Assign(slot);
     if (&slot != &other) {
-      source_.Take(other);
+      source_.Assign(other);
       Claim(source_ == before_, [&] { return "the source is now " + Describe(source_); });
     }
     if (ZR_SUCCEEDED(result)) {

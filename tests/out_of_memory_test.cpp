@@ -337,14 +337,14 @@ TEST(ExhaustedMemory, ArraysThrowAndAreAsBefore) {
     SCOPED_TRACE("an array of " + TagWordName(tag));
     std::vector<OwnedVariant> values = ValuesOf(tag != ZR_VT_VARIANT ? tag : ZR_VT_SREF);
     const Array sample = ArrayOf(tag, values.data(), values.size());
-    const std::string before = ShowArray(CopyOf(sample.get()).get());
+    const std::string before = DescribeArray(CopyOf(sample.get()).get());
     Array array, other;
     const auto prepare = [&] {
       array = CopyOf(sample.get());
       other = MakeArray(tag, {{1, 0}});
     };
     const auto check = [&] {
-      EXPECT_EQ(ShowArray(array.get()), before);
+      EXPECT_EQ(DescribeArray(array.get()), before);
       EXPECT_RESULT(ZrSafeArrayUnlock(array.get()), ZR_R_INVALID_OBJECT_STATE) << "the flag is free";
     };
     ExpectAtLeast(2, {kThrows, RUN(ZrSafeArrayRedim(array.get(), 2, bounds))}, check, prepare);
@@ -356,10 +356,10 @@ TEST(ExhaustedMemory, ArraysThrowAndAreAsBefore) {
     ExpectAllocations({kThrows, RUN(ZrSafeArrayCompare(array.get(), sample.get(), &equal)), 0});
     int puts = 0, gets = 0;
     for (uint32_t index = 0; index < values.size() && tag != ZR_VT_VARIANT; ++index) {
-      SCOPED_TRACE("element " + ShowEach(tag, sample.get())[index]);
+      SCOPED_TRACE("element " + DescribeElements(tag, sample.get())[index]);
       const uint32_t place = index - 5;  // the lower bound of samples
-      const auto first = [&] { return ContentOf(other.get()).data; };
-      const auto element = [&] { return ContentOf(array.get()).data + index * WidthOf(tag); };
+      const auto first = [&] { return StorageOf(other.get()).data; };
+      const auto element = [&] { return StorageOf(array.get()).data + index * WidthOf(tag); };
       puts += Exhaust({kThrows, RUN(ZrSafeArrayPutElement(other.get(), &kFirst, element()))}, check, prepare);
       gets += Exhaust({kThrows, RUN(ZrSafeArrayGetElement(array.get(), &place, first()))}, check, prepare);
     }

@@ -93,7 +93,7 @@ static void UseComponents() {
   (void)ZrQueryComponentConfiguration(&classId, name, &configuration);
   (void)ZrRemoveComponentDiscovery(cookie);
   (void)ZrUninitialize();
-  (void)TakeModuleLog();
+  (void)DrainModuleLog();
 }
 
 TEST(Soak, RoundsOfEverythingLeaveTheHeapAsItWas) {

@@ -86,9 +86,9 @@ TEST(Array, OfNoObjectsCountsTheOneInTheVariable) {
 TEST(Array, OfUuidsHasZerosForWhatWasNull) {
   OwnedVariant values[] = {Value("I4 0")};
   const Array array = ArrayOf(ZR_VT_VARIANT, values, 1);
-  reinterpret_cast<ZRVARIANT*>(ContentOf(array.get()).data)->Type = ZR_VT_UUID;
+  reinterpret_cast<ZRVARIANT*>(StorageOf(array.get()).data)->Type = ZR_VT_UUID;
   EXPECT_EQ(ZrSafeArrayChangeType(array.get(), 0, ZR_VT_UUID), ZR_R_OK);
-  EXPECT_EQ(*reinterpret_cast<ZRUUID*>(ContentOf(array.get()).data), ZRUUID{});
+  EXPECT_EQ(*reinterpret_cast<ZRUUID*>(StorageOf(array.get()).data), ZRUUID{});
 }
 
 TEST(Array, OfNoTypeHasNoElements) {
@@ -99,20 +99,20 @@ TEST(Array, OfNoTypeHasNoElements) {
     uint32_t count = 77;
     uint8_t equal = 9;
     EXPECT_EQ(ZrSafeArrayGetElementCount(array.get(), &count, nullptr), ZR_R_OK);
-    EXPECT_TRUE(count == 77 && ContentOf(array.get()).data == nullptr);
+    EXPECT_TRUE(count == 77 && StorageOf(array.get()).data == nullptr);
     EXPECT_EQ(ZrSafeArrayPutElement(array.get(), &count, &count), ZR_R_FAILED);
     EXPECT_EQ(ZrSafeArrayGetElement(array.get(), &count, &count), ZR_R_FAILED);
     EXPECT_EQ(ZrSafeArrayRedim(array.get(), 1, &bound), ZR_R_FAILED);
     const Array bare = CopyOf(array.get());
-    EXPECT_TRUE(bare != nullptr && ContentOf(bare.get()).data == nullptr);
+    EXPECT_TRUE(bare != nullptr && StorageOf(bare.get()).data == nullptr);
     EXPECT_EQ(ZrSafeArrayChangeType(numbers.get(), 0, tag), ZR_R_FAILED);
     // What it couldn't be converted to, new elements are, though it still tells the old type.
     EXPECT_EQ(ZrSafeArrayChangeType(array.get(), 0, ZR_VT_I1), ZR_R_FAILED);
     EXPECT_EQ(ZrSafeArrayChangeType(twin.get(), 0, ZR_VT_R8), ZR_R_FAILED);
     for (const Array* each : {&array, &twin}) EXPECT_EQ(ZrSafeArrayRedim(each->get(), 1, &bound), ZR_R_OK);
     EXPECT_EQ(ZrSafeArrayGetVartype(array.get(), &told), ZR_R_OK);
-    EXPECT_TRUE(told == tag && ContentOf(array.get()).count == 2);
-    ContentOf(array.get()).data[0] = 1;
+    EXPECT_TRUE(told == tag && StorageOf(array.get()).count == 2);
+    StorageOf(array.get()).data[0] = 1;
     EXPECT_EQ(ZrSafeArrayCompare(array.get(), twin.get(), &equal), ZR_R_OK);
     EXPECT_EQ(equal, 0) << "elements of two types under one tag are different";
     for (const auto& [left, right] : {std::pair(array.get(), bare.get()), std::pair(bare.get(), array.get())}) {
@@ -155,7 +155,7 @@ TEST(Array, WithoutDimensionsHasNoElements) {
   EXPECT_EQ(ZrSafeArrayRedim(array.get(), 1, &bound), ZR_R_INVALID_OBJECT_STATE);
   EXPECT_EQ(ZrSafeArrayCompare(array.get(), other.get(), &equal), ZR_R_OK);
   EXPECT_TRUE(dimensions == 77 && copy == nullptr && equal == 1);
-  EXPECT_EQ(ContentOf(array.get()).data, nullptr) << "it has no storage";
+  EXPECT_EQ(StorageOf(array.get()).data, nullptr) << "it has no storage";
 }
 
 // Nothing is written for another shape; elements of another type count as equal; an array equals itself, whatever it
@@ -201,13 +201,14 @@ static uint16_t TagOf(ZRSAFEARRAY array) {
 
 // Reports the first element that is not as expected, with the element of `source` that it was converted from.
 static void ExpectElements(const char* call, ZRSAFEARRAY found, ZRSAFEARRAY expected, ZRSAFEARRAY source) {
-  const std::vector<std::string> left = ShowEach(TagOf(found), found), right = ShowEach(TagOf(expected), expected);
+  const std::vector<std::string> left = DescribeElements(TagOf(found), found),
+                                 right = DescribeElements(TagOf(expected), expected);
   EXPECT_EQ(TagText(TagOf(found)), TagText(TagOf(expected))) << call;
   ASSERT_EQ(left.size(), right.size()) << call;
   for (std::size_t at = 0; at < left.size(); ++at) {
     if (left[at] == right[at]) continue;
-    ADD_FAILURE() << call << " made of element " << at << ", \"" << ShowEach(TagOf(source), source)[at] << "\":\n  \""
-                  << left[at] << "\"\n  and one by one it becomes\n  \"" << right[at] << "\"";
+    ADD_FAILURE() << call << " made of element " << at << ", \"" << DescribeElements(TagOf(source), source)[at]
+                  << "\":\n  \"" << left[at] << "\"\n  and one by one it becomes\n  \"" << right[at] << "\"";
     return;
   }
 }
@@ -219,7 +220,7 @@ static void ExpectResult(const char* call, ZRRESULT returned, ZRRESULT expected)
 
 // Converts values at the edges, and compares with the rule that takes each element through variants.
 static void CheckConversion(uint16_t tag, const Array& array, uint16_t target) {
-  const auto [slow, all] = ConvertSlowly(tag, array.get(), target);
+  const auto [slow, all] = ModelConvert(tag, array.get(), target);
   const Array source = CopyOf(array.get());
 
   // In a variant, apart or in place: all elements or none.

@@ -1,4 +1,5 @@
-// What the boundary can't show of the registry, or only at length.
+// Tests the component registry through its own class, for cases that the exports cannot reach or only with great
+// effort: cookies that wrap, and the order of class identifiers.
 
 #include <gtest/gtest.h>
 
@@ -11,7 +12,7 @@ struct CRegistryTestPeer {
   }
 };
 
-TEST(Registry, CookiesWrapPastZeroAndThoseInUse) {
+TEST(Registry, CookiesWrapAndSkipZeroAndCookiesInUse) {
   FakeDiscovery discovery;
   CComponentManagement registry;
   const std::pair<uint32_t, uint32_t> kRows[] = {{0xFFFFFFFE, 0xFFFFFFFF}, {0xFFFFFFFF, 1}, {0xFFFFFFFE, 2}};
@@ -19,11 +20,11 @@ TEST(Registry, CookiesWrapPastZeroAndThoseInUse) {
     CRegistryTestPeer::SetLastCookie(registry, last);
     uint32_t cookie = 0;
     EXPECT_RESULT(registry.AddDiscovery(&discovery, &cookie), ZR_R_OK);
-    EXPECT_EQ(cookie, next) << "after " << last;
+    EXPECT_EQ(cookie, next) << "the cookie after " << last;
   }
 }
 
-TEST(Registry, EachByteTellsClassesApart) {
+TEST(Registry, ClassIdsAreOrderedByEveryByte) {
   for (int at = 0; at < 16; ++at) {
     const ZRUUID nil = {};
     ZRUUID other = {};

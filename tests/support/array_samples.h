@@ -1,4 +1,5 @@
-// Arrays in the tests' terms: owners, elements of every type with the values at the edges, and both as text.
+// Helpers for tests of arrays: owners, access to elements, sample values of every element type, and descriptions of
+// arrays as text for failure messages.
 
 #pragma once
 
@@ -14,7 +15,7 @@ inline constexpr std::span kElementTags = std::span(kTagNames).subspan<2>();
 static_assert(kTagNames[0].tag == ZR_VT_EMPTY && kTagNames[1].tag == ZR_VT_OPAQUE);
 
 inline std::size_t WidthOf(uint16_t tag) {
-  return IsOfKind(tag, "uv") ? 16 : NameOf(tag)->width;  // as they are, in arrays
+  return IsOfKind(tag, "uv") ? 16 : NameOf(tag)->width;  // arrays store the record itself, not a pointer
 }
 
 struct CDestroyArray {
@@ -37,23 +38,23 @@ inline OwnedVariant InVariant(uint16_t tag, Array array) {
   return variant;
 }
 
-// The elements of an array, whether the flag is taken or not.
-struct Content {
+// The elements of an array, also while its access flag is taken.
+struct Storage {
   char* data = nullptr;
   uint32_t count = 0;
 };
-inline Content ContentOf(ZRSAFEARRAY array) {
+inline Storage StorageOf(ZRSAFEARRAY array) {
   void* data = nullptr;
-  Content content;
+  Storage storage;
   const bool wasTaken = ZrSafeArrayUnlock(array) == ZR_R_OK;
   (void)ZrSafeArrayAccessData(array, &data);
   if (!wasTaken) (void)ZrSafeArrayUnaccessData(array);
-  (void)ZrSafeArrayGetElementCount(array, &content.count, nullptr);
-  content.data = static_cast<char*>(data);
-  return content;
+  (void)ZrSafeArrayGetElementCount(array, &storage.count, nullptr);
+  storage.data = static_cast<char*>(data);
+  return storage;
 }
 
-// The plain name of what several types store in the same way.
+// Several types store their values alike. Returns the plain integer tag for these, and any other tag unchanged.
 inline uint16_t CanonicalTag(uint16_t tag) {
   const TagName *row = NameOf(tag), *plain = kTagNames;
   if (!IsOfKind(tag, "bnqtc")) return tag;
@@ -61,7 +62,7 @@ inline uint16_t CanonicalTag(uint16_t tag) {
   return plain->tag;
 }
 
-// Lends elements of one type as variants, which own nothing.
+// Lends elements of one type as variants. The variants own nothing.
 class Lender {
  public:
   explicit Lender(uint16_t tag)
@@ -89,15 +90,15 @@ class Lender {
 
 inline ZRVARIANT Lend(uint16_t tag, const char* element) { return Lender(tag)(element); }
 
-// What a put of the value is given.
+// The address that ZrSafeArrayPutElement expects for a value.
 inline const void* PayloadOf(uint16_t tag, const ZRVARIANT& value) {
   if (tag == ZR_VT_VARIANT) return &value;
   return tag == ZR_VT_UUID ? value.Value.address : &value.Value;
 }
 
-// Moves a value into an element.
-inline bool Take(OwnedVariant& from, uint16_t tag, char* element) {
-  if (tag == ZR_VT_UUID) {  // which `from` keeps
+// Moves a value into an element. Returns true.
+inline bool MoveIntoElement(OwnedVariant& from, uint16_t tag, char* element) {
+  if (tag == ZR_VT_UUID) {  // `from` still owns the record
     if (from.Value.uuid != nullptr) std::memcpy(element, from.Value.uuid, sizeof *from.Value.uuid);
     return true;
   }
@@ -107,10 +108,11 @@ inline bool Take(OwnedVariant& from, uint16_t tag, char* element) {
   return true;
 }
 
-// An array of one dimension that takes the values.
+// Moves values into a new array of one dimension.
 inline Array ArrayOf(uint16_t tag, OwnedVariant* values, std::size_t count) {
   Array array = MakeArray(tag, {{static_cast<uint32_t>(count), -5}});
-  for (char* to = ContentOf(array.get()).data; count-- > 0; to += WidthOf(tag)) (void)Take(*values++, tag, to);
+  for (char* to = StorageOf(array.get()).data; count-- > 0; to += WidthOf(tag))
+    (void)MoveIntoElement(*values++, tag, to);
   return array;
 }
 
@@ -122,26 +124,26 @@ inline std::string TagText(uint16_t tag) {
   return row != nullptr ? std::string("ZR_VT_") + row->name : std::to_string(tag);
 }
 
-inline std::vector<std::string> ShowEach(uint16_t tag, ZRSAFEARRAY array) {
-  const Content content = ContentOf(array);
+inline std::vector<std::string> DescribeElements(uint16_t tag, ZRSAFEARRAY array) {
+  const Storage storage = StorageOf(array);
   const Lender lend(tag);
-  std::vector<std::string> shown;
-  for (uint32_t index = 0; content.data != nullptr && index < content.count; ++index) {
-    shown.push_back(Describe(lend(content.data + index * lend.Width())));
+  std::vector<std::string> texts;
+  for (uint32_t index = 0; storage.data != nullptr && index < storage.count; ++index) {
+    texts.push_back(Describe(lend(storage.data + index * lend.Width())));
   }
-  return shown;
+  return texts;
 }
 
-inline std::string ShowArray(ZRSAFEARRAY array) {
+inline std::string DescribeArray(ZRSAFEARRAY array) {
   uint16_t tag = 0;
   (void)ZrSafeArrayGetVartype(array, &tag);
   std::string text = "[";
   text.append(TagText(tag)).append(":");
-  for (const std::string& element : ShowEach(tag, array)) text.append(" ").append(element).append(";");
+  for (const std::string& element : DescribeElements(tag, array)) text.append(" ").append(element).append(";");
   return text + "]";
 }
 
-// ---- Elements at the edges -----------------------------------------------------------------------------------------
+// ---- Sample elements ------------------------------------------------------------------------------------------------
 
 inline std::vector<OwnedVariant> ValuesOf(uint16_t tag) {
   std::vector<OwnedVariant> values;
@@ -155,7 +157,7 @@ inline constexpr const char* kOddRecords =
 
 class Samples {
  public:
-  // Those with ZR_VT_QWORD are left out: one conversion takes them for an address.
+  // ZR_VT_QWORD is left out, because the conversion to ZR_VT_DATETIME takes the number for an address.
   Samples() {
     for (const TagName& row : kElementTags) {
       if (row.tag == ZR_VT_VARIANT || row.tag == ZR_VT_QWORD) continue;
@@ -166,8 +168,8 @@ class Samples {
     records_.push_back(InVariant(ZR_VT_VARIANT, MakeArray(ZR_VT_VARIANT, {{2, 0}})));
   }
 
-  // Fresh values of elements. Those of variants: a copy of each record, references to its value and to it, and what
-  // refers to nothing.
+  // Returns new values for elements of one type. For elements that are variants these are, for each record: a copy, a
+  // reference to its value, a reference to the record, and a null reference.
   std::vector<OwnedVariant> Of(uint16_t tag) {
     if (tag != ZR_VT_VARIANT) return ValuesOf(tag);
     std::vector<OwnedVariant> variants;

@@ -1,5 +1,6 @@
-// Any sequence of operations on a few arrays in variants, against arrays of snapshots: what each element holds. The
-// owners of the shared string and of the object are counted in the snapshots, too.
+// Sequences of operations on a few arrays in variants, compared after each step with a model. The model of an array is
+// a vector of snapshots, one per element. The reference counts of the shared string and of the object must match the
+// number of snapshots that contain them.
 
 #pragma once
 
@@ -9,7 +10,7 @@
 #include "tests/support/sequence.h"
 #include "tests/support/value_snapshot.h"
 
-// The values that a put chooses from, in the tests' text form: one list per tag.
+// The values that a put chooses from, in the tests' text form. There is one list per tag.
 inline const std::vector<std::vector<std::string>> g_putTexts = [] {
   std::vector<std::vector<std::string>> lists(ZR_VT_TYPEMASK + 1);
   for (const TagName& row : kElementTags) {
@@ -28,7 +29,7 @@ class CArraySequence : public CSequence<CArraySequence> {
     Shape shape = {{2, 0}};
     std::vector<Snapshot> elements;
     bool isTaken = false;
-    uint32_t strings = 0, objects = 0;  // how many elements hold the shared string, and the object
+    uint32_t strings = 0, objects = 0;  // elements that own the shared string, and the object
 
     uint16_t Tag() const { return variant.Type & ZR_VT_TYPEMASK; }
     ZRSAFEARRAY Array() const { return variant.Value.array; }
@@ -41,7 +42,7 @@ class CArraySequence : public CSequence<CArraySequence> {
 
   // ---- What the bytes choose ----
 
-  // Often what another slot has, so that there is something to compare.
+  // The tag is often the tag of another slot, so that there are arrays to compare.
   uint16_t NextTag() {
     const uint32_t way = NextBelow(16);
     return way > 8 ? slots_[way % kSlots].Tag() : kElementTags[NextBelow(std::size(kElementTags))].tag;
@@ -50,7 +51,7 @@ class CArraySequence : public CSequence<CArraySequence> {
     constexpr int32_t kLower[] = {0, 1, -2, INT32_MAX, INT32_MIN};
     const uint32_t way = NextBelow(16);
     if (way > 8) return slots_[way % kSlots].shape;
-    if (way == 0) return {{0x10000, 0}, {0x10000, 0}};  // the product wraps
+    if (way == 0) return {{0x10000, 0}, {0x10000, 0}};  // the product of the counts wraps to 0
     Shape shape(1 + way % 3);
     for (ZrSafeArrayBound& bound : shape) bound = {NextBelow(5), kLower[NextBelow(5)]};
     return shape;
@@ -74,7 +75,7 @@ class CArraySequence : public CSequence<CArraySequence> {
     return text;
   }
 
-  // The operation, with the arrays that it starts from.
+  // Notes the operation and the array that it starts from.
   template <class Text>
   void NoteOperation(const Slot& slot, Text&& text) {
     Note(text);
@@ -92,7 +93,9 @@ class CArraySequence : public CSequence<CArraySequence> {
   }
 
   static Snapshot SnapshotOf(uint16_t tag, const char* element) { return Snapshot(Lend(tag, element)); }
-  static Snapshot FirstOf(uint16_t tag, const Array& array) { return SnapshotOf(tag, ContentOf(array.get()).data); }
+  static Snapshot FirstElement(uint16_t tag, const Array& array) {
+    return SnapshotOf(tag, StorageOf(array.get()).data);
+  }
 
   static void CountOwners(Slot& slot) {
     static constexpr WCHAR kShared[] = W("common");
@@ -100,7 +103,7 @@ class CArraySequence : public CSequence<CArraySequence> {
     slot.strings = slot.objects = 0;
     for (const Snapshot& element : slot.elements) {
       const bool mayBeObject = element.Type() == ZR_VT_UNKNOWN || element.Type() == ZR_VT_DISPATCH;
-      slot.strings += element.TextBytes() == shared;  // no element holds more than one
+      slot.strings += element.TextBytes() == shared;  // an element owns at most one string
       slot.objects += mayBeObject && !element.IsNull();
     }
   }
@@ -144,16 +147,16 @@ class CArraySequence : public CSequence<CArraySequence> {
   }
 
   void CheckElements(const Slot& slot) {
-    const Content content = ContentOf(slot.Array());
-    Claim((content.data == nullptr) == slot.elements.empty(), [&] {
+    const Storage storage = StorageOf(slot.Array());
+    Claim((storage.data == nullptr) == slot.elements.empty(), [&] {
       return NameOfSlot(slot) +
-             (content.data == nullptr ? " has elements and no storage" : " has storage and no elements");
+             (storage.data == nullptr ? " has elements but no storage" : " has storage but no elements");
     });
-    ClaimNumber("the count of elements", content.count, static_cast<uint32_t>(slot.elements.size()));
-    if (content.data == nullptr || content.count != slot.elements.size()) return;
+    ClaimNumber("the count of elements", storage.count, static_cast<uint32_t>(slot.elements.size()));
+    if (storage.data == nullptr || storage.count != slot.elements.size()) return;
     const Lender lend(slot.Tag());
-    for (uint32_t index = 0; index < content.count; ++index) {
-      found_.Take(lend(content.data + index * lend.Width()));
+    for (uint32_t index = 0; index < storage.count; ++index) {
+      found_.Assign(lend(storage.data + index * lend.Width()));
       Claim(found_ == slot.elements[index], [&] {
         return NameOfSlot(slot) + " has \"" + Describe(found_) + "\" at offset " + std::to_string(index) +
                ", the model expects \"" + Describe(slot.elements[index]) + "\"";
@@ -194,7 +197,7 @@ class CArraySequence : public CSequence<CArraySequence> {
     slot = {InVariant(tag, MakeArray(tag | flags, shape)), shape, Zeros(tag, shape)};
   }
 
-  // A get, and a put in the same place: one around the bounds.
+  // Gets and puts the element at one index, which may be just outside the bounds.
   void Access(Slot& slot, Slot& /*other*/) {
     uint32_t indices[3], *index = indices, place = 0;
     for (const ZrSafeArrayBound& bound : slot.shape) {
@@ -203,13 +206,13 @@ class CArraySequence : public CSequence<CArraySequence> {
       place = place * bound.elementCount + offset;
     }
     NoteOperation(slot, [&] {
-      std::string text = "a get and a put in " + NameOfSlot(slot) + " at index";
+      std::string text = "get and put in " + NameOfSlot(slot) + " at index";
       for (const uint32_t* each = indices; each != index; ++each) text += Format(" %d", static_cast<int32_t>(*each));
-      return text + Format(", which is offset %d", static_cast<int32_t>(place));
+      return text + Format(", offset %d", static_cast<int32_t>(place));
     });
     if (slot.isTaken) return AccessTaken(slot, indices);
     if (place < slot.elements.size()) return AccessElement(slot, indices, slot.elements[place]);
-    if (slot.elements.empty() || place > INT32_MAX) AccessNothing(slot, indices, place > INT32_MAX);
+    if (slot.elements.empty() || place > INT32_MAX) AccessMissingElement(slot, indices, place > INT32_MAX);
   }
 
   void AccessTaken(Slot& slot, const uint32_t* indices) {
@@ -218,17 +221,18 @@ class CArraySequence : public CSequence<CArraySequence> {
     ClaimResult("ZrSafeArrayPutElement", ZrSafeArrayPutElement(slot.Array(), indices, this), refused);
     ClaimResult("ZrSafeArrayGetElement", ZrSafeArrayGetElement(slot.Array(), indices, this), refused);
     ClaimResult("ZrSafeArrayAccessData", ZrSafeArrayAccessData(slot.Array(), &data), refused);
-    Claim(data == this, [] { return "ZrSafeArrayAccessData wrote to its argument, though the flag is taken"; });
+    Claim(data == this, [] { return "ZrSafeArrayAccessData wrote to its argument while the flag was taken"; });
   }
 
   void AccessElement(Slot& slot, const uint32_t* indices, Snapshot& element) {
     const uint16_t tag = slot.Tag();
     const Array got = MakeArray(tag, {{1, 0}}), copy = MakeArray(tag, {{1, 0}});
-    ClaimResult("ZrSafeArrayGetElement", ZrSafeArrayGetElement(slot.Array(), indices, ContentOf(got.get()).data),
+    ClaimResult("ZrSafeArrayGetElement", ZrSafeArrayGetElement(slot.Array(), indices, StorageOf(got.get()).data),
                 element.Type() == 14 ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK);
-    found_ = FirstOf(tag, got);
+    found_ = FirstElement(tag, got);
     Claim(found_ == element, [&] {
-      return "ZrSafeArrayGetElement gave \"" + Describe(found_) + "\", the model expects \"" + Describe(element) + "\"";
+      return "ZrSafeArrayGetElement returned \"" + Describe(found_) + "\", the model expects \"" + Describe(element) +
+             "\"";
     });
     const bool isVariant = tag == ZR_VT_VARIANT;
     const auto& texts = g_putTexts[isVariant ? kElementTags[NextBelow(27)].tag : tag];
@@ -237,23 +241,23 @@ class CArraySequence : public CSequence<CArraySequence> {
     Note([&] { return "puts " + text; });
     const OwnedVariant variant = Value(text);
     const void* value = PayloadOf(tag, variant);
-    const ZRRESULT expected = CopySlowly(tag, static_cast<const char*>(value), ContentOf(copy.get()).data);
+    const ZRRESULT expected = ModelCopy(tag, static_cast<const char*>(value), StorageOf(copy.get()).data);
     ClaimResult("ZrSafeArrayPutElement", ZrSafeArrayPutElement(slot.Array(), indices, value), expected);
-    element = FirstOf(tag, copy);
+    element = FirstElement(tag, copy);
   }
 
-  // Where nothing is. A put would make a copy and leak it, except of nothing.
-  void AccessNothing(Slot& slot, const uint32_t* indices, bool isBelow) {
+  // Accesses an index without an element. A put makes a copy of its value and leaks it, so the value is null here.
+  void AccessMissingElement(Slot& slot, const uint32_t* indices, bool isBelow) {
     const uint16_t tag = slot.Tag();
     char nothing[16] = {};
     const bool isRefused = isBelow || IsOfKind(tag, "rg");
-    const ZRRESULT noGet = !isBelow ? 1 : tag == ZR_VT_VARIANT ? ZR_R_FAILED : ZR_R_INVALID_ARGUMENTS;
-    ClaimResult("ZrSafeArrayGetElement", ZrSafeArrayGetElement(slot.Array(), indices, nothing), noGet);
+    const ZRRESULT getResult = !isBelow ? 1 : tag == ZR_VT_VARIANT ? ZR_R_FAILED : ZR_R_INVALID_ARGUMENTS;
+    ClaimResult("ZrSafeArrayGetElement", ZrSafeArrayGetElement(slot.Array(), indices, nothing), getResult);
     ClaimResult("ZrSafeArrayPutElement", ZrSafeArrayPutElement(slot.Array(), indices, nothing),
                 isRefused ? ZR_R_INVALID_ARGUMENTS : 1);
   }
 
-  // Of the array itself, of its variant, or of a reference to it.
+  // Copies the array itself, the variant that holds it, or a reference to that variant.
   void Copy(Slot& to, Slot& from) {
     if (&to == &from) return;
     static constexpr const char* kFunctions[] = {"ZrSafeArrayCopy", "ZrVariantCopy", "ZrVariantCopyInd"};
@@ -287,8 +291,8 @@ class CArraySequence : public CSequence<CArraySequence> {
   }
 
   void ChangeType(Slot& slot, Slot& /*other*/) {
-    if (slot.elements.empty()) return;  // would get elements of another type than its tag says
-    // The shared text, once it is bytes, comes back as another string that reads alike. Owners couldn't be counted.
+    if (slot.elements.empty()) return;  // later elements would have another type than the array's tag
+    // The shared text in a blob would convert to a second string with equal text, and owners could not be counted.
     static constexpr std::string_view kSharedBytes("c\0o\0m\0m\0o\0n\0", 12);
     for (const Snapshot& element : slot.elements) {
       if (element.Type() == ZR_VT_BLOB && element.Bytes().find(kSharedBytes) != std::string_view::npos) return;
@@ -298,13 +302,13 @@ class CArraySequence : public CSequence<CArraySequence> {
     NoteOperation(slot, [&] {
       return "ZrSafeArrayChangeType(" + NameOfSlot(slot) + ", " + std::to_string(flags) + ", " + TagText(target) + ")";
     });
-    const auto [converted, all] = ConvertSlowly(slot.Tag(), slot.Array(), target);
+    const auto [converted, all] = ModelConvert(slot.Tag(), slot.Array(), target);
     ClaimResult("ZrSafeArrayChangeType", ZrSafeArrayChangeType(slot.Array(), flags, target), all ? ZR_R_OK : 1);
     slot.variant.Type = target | ZR_VT_ARRAY;
-    const char* element = ContentOf(converted.get()).data;
+    const char* element = StorageOf(converted.get()).data;
     const Lender lend(target);
     for (Snapshot& expected : slot.elements) {
-      expected.Take(lend(element));
+      expected.Assign(lend(element));
       element += lend.Width();
     }
   }
@@ -318,9 +322,9 @@ class CArraySequence : public CSequence<CArraySequence> {
     slot.isTaken = takes;
   }
 
-  inline static const std::string kRefusedText = "14 0";  // a copy of which is refused
+  inline static const std::string kRefusedText = "14 0";  // a variant that ZrVariantCopy rejects
   static constexpr uint32_t kSlots = 3;
-  const uint32_t strings_ = ZrStringRefCount(g_shared), objects_ = g_object.references;  // before the first array
+  const uint32_t strings_ = ZrStringRefCount(g_shared), objects_ = g_object.references;  // before any array exists
   Snapshot found_;
   Slot slots_[kSlots];
 };

@@ -1,6 +1,6 @@
 // A slow and obvious model of blobs, and sequences of operations on the library's blobs and on the model. After each
-// step every handle is compared with its model, down to the bytes after the content and the count of handles that share
-// it.
+// step every handle is compared with its model, including the bytes after the content and the number of handles that
+// share a block.
 
 #pragma once
 
@@ -20,17 +20,17 @@
 using Bytes = std::vector<uint8_t>;
 
 struct ModelBlock {
-  Bytes bytes;  // as many as the capacity: the content, and what follows it
+  Bytes bytes;  // the whole capacity: the content and the bytes after it
   uint32_t length = 0, position = 0;
 
-  // Puts bytes in the place of up to `removed` old ones; the capacity follows when the content outgrows it.
+  // Replaces up to `removed` bytes at the offset with `put`. The capacity grows when the content exceeds it.
   ZRRESULT Replace(uint32_t offset, uint32_t removed, const Bytes& put) {
     if (offset > length) return ZR_R_INVALID_ARGUMENTS;
     Bytes content = At(0, length);
     const auto place = content.begin() + offset;
     content.insert(content.erase(place, place + std::min(removed, length - offset)), put.begin(), put.end());
     if (content.size() > bytes.size()) bytes.assign((content.size() / 1024 + 1) * 1024, 0);
-    std::fill(bytes.begin(), bytes.begin() + length, uint8_t{0xFE});  // what isn't overwritten has been removed
+    std::fill(bytes.begin(), bytes.begin() + length, uint8_t{0xFE});  // removed bytes are overwritten
     std::copy(content.begin(), content.end(), bytes.begin());
     length = static_cast<uint32_t>(content.size());
     return ZR_R_OK;
@@ -46,7 +46,7 @@ struct ModelBlock {
     return ZR_R_OK;
   }
 
-  // What a read delivers.
+  // Returns the bytes that a read returns.
   Bytes At(uint32_t offset, uint32_t count) const {
     if (offset >= length) return {};
     return {bytes.begin() + offset, bytes.begin() + offset + std::min(count, length - offset)};
@@ -69,8 +69,10 @@ class CBlobSequence : public CSequence<CBlobSequence> {
     }
   };
 
-  // The functions, with a letter for each argument: the blob, the other blob, bytes that are read, a buffer that is
-  // written, an offset, a count, and a count that may be far too large.
+  // The functions, with a letter for each argument:
+  //
+  //     b  the blob          r  bytes to read        p  an offset    m  a count that may be far too large
+  //     o  the other blob    w  a buffer to write    n  a count
   struct Function {
     const char* name;
     const char* arguments;
@@ -104,7 +106,7 @@ class CBlobSequence : public CSequence<CBlobSequence> {
     return text + (size > kShown ? " ..." : "");
   }
 
-  // Where two runs of bytes differ first, if they do.
+  // Describes the first difference between two runs of bytes.
   static std::string DescribeDifference(const uint8_t* found, std::size_t count, const Bytes& expected) {
     const std::size_t common = std::min(count, expected.size());
     const auto at = static_cast<std::size_t>(std::mismatch(found, found + common, expected.begin()).first - found);
@@ -119,17 +121,17 @@ class CBlobSequence : public CSequence<CBlobSequence> {
 
   uint32_t OneOf(const std::array<uint32_t, 8>& choices) { return choices[NextBelow(8)]; }
 
-  // Sizes and offsets are around those that matter: nothing, what just fits, what just doesn't, the granule.
+  // Sizes and offsets are near the limits: 0, the most that fits, one more than fits, and the granule of the capacity.
   void Step() {
     Slot& slot = slots_[NextBelow(4)];
     Slot& other = slots_[NextBelow(4)];
     if (slot.model && slot.model->length > 16000) slot = Slot();
     ZRBLOB blob = slot.blob.Get();
     const uint32_t length = slot.model ? slot.model->length : 0;
-    const uint32_t room = slot.model ? static_cast<uint32_t>(slot.model->bytes.size()) - length : 1024;
+    const uint32_t freeBytes = slot.model ? static_cast<uint32_t>(slot.model->bytes.size()) - length : 1024;
     const uint32_t offset =
         OneOf({0, 1, length / 2, length - 1, length, length + 1, UINT32_MAX, NextBelow(length + 2)});
-    const uint32_t count = OneOf({0, 1, room, room + 1, 1023, 1024, NextBelow(20), NextBelow(3000)});
+    const uint32_t count = OneOf({0, 1, freeBytes, freeBytes + 1, 1023, 1024, NextBelow(20), NextBelow(3000)});
     const uint32_t atMost = NextBelow(8) == 0 ? UINT32_MAX : count;
     Bytes bytes(count), buffer(std::min(atMost, length + 3) + 1, 0x55), read = buffer;
     for (uint8_t& byte : bytes) byte = pattern_ = static_cast<uint8_t>(pattern_ * 5 + 1);
@@ -238,7 +240,8 @@ class CBlobSequence : public CSequence<CBlobSequence> {
   void Check(const Slot& slot) {
     ZRBLOB blob = slot.blob.Get();
     Claim((blob != nullptr) == (slot.model != nullptr), [&] {
-      return NameOfSlot(slot) + (blob != nullptr ? " is not null, the model expects null" : " is null unexpectedly");
+      return NameOfSlot(slot) +
+             (blob != nullptr ? " is not null, the model expects null" : " is null, the model expects a blob");
     });
     if (blob == nullptr || !slot.model) return;
     const ModelBlock& model = *slot.model;
@@ -248,19 +251,19 @@ class CBlobSequence : public CSequence<CBlobSequence> {
     const bool hasAll = ZrBlobByteLen(blob, &length) == ZR_R_OK && ZrBlobPosition(blob, &position) == ZR_R_OK &&
                         ZrBlobGetAt(blob, length, &after) == ZR_R_OK &&
                         ZrBlobGetAt(blob, length + 1, &beyond) == ZR_R_OK;
-    Claim(hasAll, [&] { return "a question about " + NameOfSlot(slot) + " did not return ZR_R_OK"; });
+    Claim(hasAll, [&] { return "a query of " + NameOfSlot(slot) + " did not return ZR_R_OK"; });
     ClaimFor(slot, "length", length, model.length);
     ClaimFor(slot, "position", position, model.position);
     ClaimFor(slot, "byte after the content", after, block.bytes[length]);
     ClaimFor(slot, "byte past the end", beyond, 0);
     Claim(blob->element->Block() == &block,
           [&] { return NameOfSlot(slot) + " and its element have two different blocks"; });
-    ClaimFor(slot, "count of handles that share", block.refCount, slot.model.use_count());
+    ClaimFor(slot, "number of handles that share the block", block.refCount, slot.model.use_count());
     ClaimFor(slot, "byte after the capacity", block.bytes[block.capacity], 0);
     const bool hasBytes =
         block.capacity == model.bytes.size() && std::memcmp(block.bytes, model.bytes.data(), model.bytes.size()) == 0;
     Claim(hasBytes, [&] {
-      return NameOfSlot(slot) + " has, content and bytes after it, " +
+      return NameOfSlot(slot) + ", including the bytes after its content, has " +
              DescribeDifference(block.bytes, block.capacity, model.bytes);
     });
   }

@@ -24,7 +24,7 @@ static bool Fails() {
   return true;
 }
 
-// The linker sends every call of malloc, calloc and realloc in this program's own objects here.
+// The linker redirects every call of malloc, calloc, realloc and free in this program's own objects to these wrappers.
 extern "C" {
 void* __real_malloc(std::size_t size);
 void* __wrap_malloc(std::size_t size) { return Fails() ? nullptr : __real_malloc(size); }

@@ -1,13 +1,13 @@
-// A heap that fails on demand, in the calling thread: malloc, calloc and realloc as the library's objects call them,
-// and the global allocation function.
+// A heap that fails on demand in the calling thread: malloc, calloc and realloc when the library's objects call them,
+// and the global operator new.
 
 #pragma once
 
-// Counts allocations from now on and fails the n-th, and that one only; 0 fails none.
+// Counts allocations from now on and fails only the n-th. 0 fails none.
 void FailAllocation(int n);
 
-// Ends that; whether the failure came about.
+// Stops counting. Returns whether an allocation has failed.
 bool AllocationFailed();
 
-// Sees each block that the library's objects free, before the heap gets it. Null for nobody.
+// If not null, it is called with each block that the library's objects free, before the heap frees the block.
 extern void (*g_onFree)(const void* block);

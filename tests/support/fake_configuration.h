@@ -1,4 +1,5 @@
-// A configuration, its section and its values in one object, with one count of references for all three.
+// A configuration, its section and its values in one object. All three share one reference count, which a test checks
+// for leaks.
 
 #pragma once
 
@@ -18,18 +19,18 @@ struct FakeConfiguration final : IZrConfiguration, IZrConfigurationSection, IZrC
 
   std::map<Units, Value> values;
   int32_t references = 0;
-  std::function<void()> onCall = [] {};  // behind each answer; may throw
+  std::function<void()> onCall = [] {};  // runs at the end of each call; may throw
 
-  FakeConfiguration* Given() { return ++references, this; }
+  FakeConfiguration* WithReference() { return ++references, this; }
 
-  uint32_t AddRef() override { return Given(), 0; }
+  uint32_t AddRef() override { return WithReference(), 0; }
   uint32_t Release() override { return --references, onCall(), 0; }
   ZRRESULT QueryInterface(const ZRUUID*, void**) override { return ZR_R_NO_INTERFACE; }
 
-  // Results that are not read are failures.
+  // The library must ignore the results of QuerySection and QueryValue, so these return a failure.
   ZRRESULT QuerySection(IZrConfigurationSection** section) override {
     EXPECT_EQ(*section, nullptr);
-    if (!values.empty()) *section = Given();
+    if (!values.empty()) *section = WithReference();
     return onCall(), ZR_R_FAILED;
   }
   ZRRESULT QueryValue(ZRSTR name, IZrConfigurationValue** value) override {
@@ -37,7 +38,7 @@ struct FakeConfiguration final : IZrConfiguration, IZrConfigurationSection, IZrC
     const auto found = values.find(ContentOf(name));
     if (found != values.end()) {
       current_ = found->second;
-      *value = Given();
+      *value = WithReference();
     }
     return onCall(), ZR_R_FAILED;
   }
@@ -45,8 +46,8 @@ struct FakeConfiguration final : IZrConfiguration, IZrConfigurationSection, IZrC
     ZRVARIANT expected = ZR_VARIANT_INIT;
     EXPECT_EQ(std::memcmp(value, &expected, sizeof expected), 0);
     expected.Type = type;
-    EXPECT_EQ(std::memcmp(defaultValue, &expected, sizeof expected), 0) << "all defaults are 0";
-    *value = current_.variant;  // as it is, wrong ones too; and nothing owned gets lost
+    EXPECT_EQ(std::memcmp(defaultValue, &expected, sizeof expected), 0) << "the default value must be 0";
+    *value = current_.variant;  // returned unchanged, even when it has the wrong type
     if (value->Type == ZR_VT_STR) ZrCopyString(value->Value.string);
     if (value->Type == ZR_VT_UNKNOWN) value->Value.unknown->AddRef();
     return onCall(), current_.result;

@@ -1,4 +1,5 @@
-// A page without one behind it.
+// One page of memory, followed by a page that must not be touched. A read past the end of a text that ends with the
+// first page is a fault.
 
 #pragma once
 
@@ -10,7 +11,7 @@
 
 class GuardedPage {
  public:
-  // The text with its terminator at the end of the page.
+  // Copies the text, with its terminator, to the end of the page. Returns the copy.
   WCHAR* Put(const Units& text) const {
     auto* end = reinterpret_cast<WCHAR*>(page_.get() + kPageSize);
     return std::copy_n(text.c_str(), text.size() + 1, end - text.size() - 1) - text.size() - 1;

@@ -14,7 +14,7 @@ void WriteModuleLog(const char* module, const char* event) {
   g_log.append(module).append(".").append(event);
 }
 
-std::string TakeModuleLog() {
+std::string DrainModuleLog() {
   std::lock_guard hold(g_mutex);
   return std::exchange(g_log, {});
 }
@@ -27,7 +27,8 @@ void RunNextExit() {
   if (const auto action = std::exchange(g_nextExit, nullptr)) action();
 }
 
-// What a module needs to be whole, but in a library that it needs: there it doesn't count.
+// The three functions of a module, defined in a library that all test modules link. The library must not accept them as
+// the module's own.
 ZRRESULT ZrInitModule() { return ZR_R_OK; }
 void ZrExitModule() {}
 ZRRESULT ZrCreateInstanceModule(const ZRUUID*, uint64_t, const ZRUUID*, uint64_t, void**) { return ZR_R_OK; }

@@ -1,4 +1,5 @@
-// What test modules were called for, as one line of words such as "good.init good.create".
+// A log of the calls of test modules, as one line of words such as "good.init good.create". Modules write it and tests
+// read it.
 
 #pragma once
 
@@ -8,8 +9,8 @@
 #include "zrcore/base.h"
 
 ZR_EXPORT void WriteModuleLog(const char* module, const char* event);
-ZR_EXPORT std::string TakeModuleLog();  // and empties it
+ZR_EXPORT std::string DrainModuleLog();  // returns the log and empties it
 
-// What the next ZrExitModule of a test module calls, once.
+// Sets an action for the next ZrExitModule of a test module to call once.
 ZR_EXPORT void SetNextExit(std::function<void()> action);
 ZR_EXPORT void RunNextExit();

@@ -1,4 +1,5 @@
-// Numbers out of texts as the C library reads them, and numbers into texts: the slow way, for tests and fuzzing.
+// A slow model of parsing numbers and formatting them as text, made of the C library's functions. Tests and fuzz
+// targets compare the library with it.
 
 #pragma once
 
@@ -15,11 +16,11 @@
 #include "tests/support/tag_names.h"
 #include "tests/support/units.h"
 
-// Wide enough to hold any 64-bit integer and any double as they are.
+// Represents every 64-bit integer and every double exactly.
 using Exact = long double;
 static_assert(std::numeric_limits<Exact>::digits >= 64);
 
-// All of Value for a number under a numeric tag: cut off towards zero, and cut to the width.
+// The 64 bits of Value for a number with a numeric tag: truncated towards zero, and reduced to the width of the type.
 inline uint64_t WordOf(uint16_t tag, Exact number) {
   if (tag == ZR_VT_R4) return std::bit_cast<uint32_t>(static_cast<float>(number));
   if (tag == ZR_VT_R8) return std::bit_cast<uint64_t>(static_cast<double>(number));
@@ -29,7 +30,7 @@ inline uint64_t WordOf(uint16_t tag, Exact number) {
   return (number < 0 ? 0 - magnitude : magnitude) << unused >> unused;
 }
 
-// What "%f" prints. C libraries differ in how they spell what is no number.
+// What "%f" prints. C libraries differ in how they spell NaN.
 inline std::string PrintedReal(double real) {
   if (std::isnan(real)) return std::signbit(real) ? "-nan" : "nan";
   return Format("%f", real);
@@ -37,10 +38,10 @@ inline std::string PrintedReal(double real) {
 
 struct ModelNumber {
   ZRRESULT result = ZR_R_FAILED;
-  uint64_t word = 0;  // all of Value
+  uint64_t word = 0;  // the 64 bits of Value
 };
 
-// What text becomes under a numeric tag or as a ZR_VT_CY. The process has to be in the C locale.
+// The model of converting text to a numeric tag or to ZR_VT_CY. The process must be in the C locale.
 inline ModelNumber ModelOfText(const Units& units, uint16_t tag) {
   const std::string narrow = Narrowed(units);
   const char* text = narrow.c_str();
@@ -52,7 +53,7 @@ inline ModelNumber ModelOfText(const Units& units, uint16_t tag) {
   bool isClamped = false;
   if (isReal) {
     const double real = std::strtod(text, &end);
-    model.word = WordOf(tag, end == text ? 0 : real);  // and not below it, where a C library keeps the sign of nothing
+    model.word = WordOf(tag, end == text ? 0 : real);  // some C libraries return -0.0 when nothing parses
   } else if (tag == ZR_VT_UI8 || tag == ZR_VT_QWORD) {
     if (!(std::strtod(text, nullptr) < 0.0)) model.word = std::strtoull(text, &end, base);
   } else {
@@ -65,7 +66,8 @@ inline ModelNumber ModelOfText(const Units& units, uint16_t tag) {
     isClamped = clamped != number;
     model.word = WordOf(tag, static_cast<Exact>(clamped));
   }
-  const bool isWhole = end != nullptr && std::strchr(isReal ? "fF" : "dD", *end) != nullptr;  // the zero counts too
+  // strchr finds the terminator, too.
+  const bool isWhole = end != nullptr && std::strchr(isReal ? "fF" : "dD", *end) != nullptr;
   const bool isTrue = strcasecmp(text, "TRUE") == 0 || strcasecmp(text, "ZR_TRUE") == 0;
   const bool isFalse = strcasecmp(text, "FALSE") == 0 || strcasecmp(text, "ZR_FALSE") == 0;
   if (isWhole) model.result = isClamped ? ZR_R_FAILED : ZR_R_OK;

@@ -1,3 +1,5 @@
+// The tests' services of the operating system, on POSIX systems.
+
 #include <dlfcn.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -16,7 +18,7 @@ int64_t LocalClockOffset(int64_t standard) { return standard; }
 
 void ChooseUnicodeLocale() { setenv("LC_ALL", "C.utf8", 1); }
 
-// The leak sanitizer asks for this. The C library's setlocale never frees the folders that LOCPATH names.
+// The leak sanitizer calls this. The C library's setlocale never frees the folders that LOCPATH names.
 extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
   return "leak:argz_add_sep\n";
 }
@@ -28,7 +30,7 @@ static locale_t UsersLocale() {
 WCHAR SystemLower(WCHAR unit) { return static_cast<WCHAR>(towlower_l(unit, UsersLocale())); }
 WCHAR SystemUpper(WCHAR unit) { return static_cast<WCHAR>(towupper_l(unit, UsersLocale())); }
 
-// The channel is the standard error stream.
+// The debug output of the library is the standard error stream here.
 std::string DebugOutputOf(const std::function<void()>& action) {
   std::FILE* file = std::tmpfile();
   std::fflush(stderr);

@@ -1,4 +1,4 @@
-// Threads that do the same at once.
+// Runs the same function in several threads at once.
 
 #pragma once
 
@@ -10,8 +10,8 @@
 
 inline constexpr int kThreads = 4;
 
-// So many rounds of the body in each of the threads, which begin together. (They wait for each other as at a
-// std::latch, but for a standard library that may lose the wake-up.)
+// Runs `rounds` calls of the body in each of kThreads threads. The threads start together. (A std::latch would do, but
+// one standard library may lose its wake-up.)
 inline void Race(int rounds, const std::function<void(int thread)>& body) {
   std::mutex mutex;
   std::condition_variable opened;

@@ -1,8 +1,7 @@
-// The seeds of tests with random input. A test draws the bytes of each round from a generator of its own, whose seed is
-// the test's seed plus the round's number. So the seed that a failure reports repeats the failing round as the first
-// one:
+// The seeds of tests with random input. Each round of a test has its own generator, whose seed is the test's seed plus
+// the number of the round. The seed that a failure reports therefore repeats the failing round as the first one:
 //
-//     ZRCORE_TEST_SEED=20155 build/debug/tests/zrcore_tests --gtest_filter=Array.Sequences*
+//     ZRCORE_TEST_SEED=20155 build/debug/tests/zrcore_tests --gtest_filter=Array.RandomOperations*
 
 #pragma once
 
@@ -10,7 +9,7 @@
 #include <cstdlib>
 #include <string>
 
-// The environment variable ZRCORE_TEST_SEED replaces the seed that a test is written with.
+// Returns the environment variable ZRCORE_TEST_SEED if it is set, else the test's fixed seed.
 inline uint32_t RandomSeed(uint32_t fixed) {
   const char* text = std::getenv("ZRCORE_TEST_SEED");
   return text != nullptr && *text != 0 ? static_cast<uint32_t>(std::strtoul(text, nullptr, 0)) : fixed;

@@ -1,4 +1,4 @@
-// Result codes by name, for the messages of failed tests.
+// Names of result codes, for failure messages.
 
 #pragma once
 
@@ -10,8 +10,8 @@
 #include "tests/support/units.h"
 #include "zrcore/base.h"
 
-// The name in the header that defines the codes; hexadecimal for a code without a name. It doesn't ask the library,
-// whose registry of errors is under test itself.
+// Returns the name of a code in the header that defines the codes, or its hexadecimal value if it has no name. It does
+// not use the library's error registry, which is itself under test.
 inline std::string ResultName(ZRRESULT result) {
   if (result == ZR_R_OK) return "ZR_R_OK";
   const std::string define = "#define ", code = Format("0x%08X", static_cast<uint32_t>(result));
@@ -23,7 +23,7 @@ inline std::string ResultName(ZRRESULT result) {
   return code;
 }
 
-// A result that prints as its name: in pairs, sets and tables of expectations.
+// A result that GoogleTest prints as its name, also in pairs and sets.
 struct Result {
   ZRRESULT code;
   constexpr Result(ZRRESULT of) : code(of) {}

@@ -2,8 +2,8 @@
 // arguments: random bytes in the tests, a fuzzer's bytes in fuzz/. Each step performs one operation and compares the
 // library with the model.
 //
-// Nothing is formatted while both agree. After a difference, the same bytes run once more up to the step that failed,
-// and that step describes its operation and the objects that it starts from.
+// No text is formatted while both agree. After a difference, the same bytes run once more up to the step that failed.
+// That step then describes its operation and the objects that it starts from.
 
 #pragma once
 
@@ -19,14 +19,15 @@
 template <class Sequence>
 class CSequence {
  public:
-  // Takes steps until the bytes are used up. Returns what differed from the model first, or an empty string.
+  // Runs steps until no bytes are left. Returns the first difference from the model, or an empty string.
   static std::string Run(const uint8_t* data, std::size_t size) {
     Sequence sequence(data, size);
-    while (sequence.difference_.empty() && sequence.at_ != sequence.end_) sequence.TakeStep();
+    while (sequence.difference_.empty() && sequence.at_ != sequence.end_) sequence.RunStep();
     if (sequence.difference_.empty()) sequence.CheckAll();
-    return sequence.difference_.empty() ? std::string() : sequence.Explained(data, size);
+    return sequence.difference_.empty() ? std::string() : sequence.Explain(data, size);
   }
 
+  // Runs `rounds` sequences of `size` random bytes. Returns the first difference, or an empty string.
   static std::string RunRandomly(uint32_t rounds, std::size_t size, uint32_t seed) {
     std::vector<uint8_t> bytes(size);
     for (uint32_t round = 0; round < rounds; ++round) {
@@ -47,13 +48,13 @@ class CSequence {
     return next % limit;
   }
 
-  // Notes what the step is about to do, in the run that explains a difference.
+  // Adds a line to the description of the current step. Only the run that explains a difference calls `text`.
   template <std::invocable Text>
   void Note(Text&& text) {
     if (isExplaining_) notes_ += "\n  " + text();
   }
 
-  // Claims what must hold after the operation. Only a failed claim calls `difference`, for its text.
+  // Claims that a condition holds. `difference` describes the failure and is called only if the claim fails.
   template <std::invocable Text>
   void Claim(bool claim, Text&& difference) {
     if (!claim && difference_.empty()) difference_ = difference();
@@ -72,16 +73,16 @@ class CSequence {
   }
 
  private:
-  void TakeStep() {
+  void RunStep() {
     ++steps_;
     static_cast<Sequence*>(this)->Step();
   }
 
-  std::string Explained(const uint8_t* data, std::size_t size) const {
+  std::string Explain(const uint8_t* data, std::size_t size) const {
     Sequence again(data, size);
-    while (again.steps_ + 1 < steps_) again.TakeStep();
+    while (again.steps_ + 1 < steps_) again.RunStep();
     again.isExplaining_ = true;
-    if (steps_ != 0) again.TakeStep();
+    if (steps_ != 0) again.RunStep();
     if (again.difference_.empty()) again.CheckAll();
     std::string text = "step " + std::to_string(steps_) + " of a sequence of " + std::to_string(size) + " bytes:";
     text += again.notes_ + "\n  " + difference_;

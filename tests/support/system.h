@@ -1,4 +1,4 @@
-// What the tests ask of the system that they run on. Its answers differ; the tests that ask don't.
+// The tests' services of the operating system. Each system has its own implementation; the tests are the same on all.
 
 #pragma once
 
@@ -9,29 +9,31 @@
 
 #include "zrcore/base.h"
 
-// Puts this process into a time zone, by its rule; null, back into the user's. False if the runtime can't follow that
-// rule.
+// Sets the time zone of this process by a TZ rule; null restores the user's zone. Returns false if the runtime does not
+// support the rule.
 bool SetTimeZone(const char* zone);
 
-// How far the system's clock for local time is ahead, in seconds, in a zone that was set and is `standard` ahead.
+// Returns the offset of the system's local clock from UTC in seconds, after SetTimeZone set a zone whose offset is
+// `standard`.
 int64_t LocalClockOffset(int64_t standard);
 
-// A user's locale with more than ASCII letters, for the library to find when it first looks for one.
+// Selects a locale with more than ASCII letters as the user's locale. Must run before the library first reads the
+// locale.
 void ChooseUnicodeLocale();
 
-// One character in the other case, by the system's own mapping in the user's locale.
+// Maps one code unit to the other case with the system's own function, in the user's locale.
 WCHAR SystemLower(WCHAR unit);
 WCHAR SystemUpper(WCHAR unit);
 
-// What the action sends to the channel of debuggers; on some systems only ASCII arrives there unchanged.
+// Returns the debug output of the action. On some systems only ASCII arrives unchanged.
 std::string DebugOutputOf(const std::function<void()>& action);
 
-// Loadable files. Null if it can't be loaded, or has no such function.
+// Loads a library and finds its functions. Null if the file cannot be loaded, or has no such function.
 void* OpenLibrary(const char* path);
 void* FindInLibrary(void* library, const char* name);
 void CloseLibrary(void* library);
 
-// Whole pages of memory, of which only the first can be touched. The size of one page.
+// Two pages of memory; only the first may be touched. kPageSize is the size of one page.
 inline constexpr std::size_t kPageSize = 4096;
 char* ReserveGuardedPage();
 void ReleaseGuardedPage(char* page);

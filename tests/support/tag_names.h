@@ -1,4 +1,4 @@
-// The tags that are assigned, with the names, the widths and some of their values.
+// A table of all assigned tags: their names, widths and kinds, and sample values of each as text.
 
 #pragma once
 
@@ -10,7 +10,7 @@
 #include "tests/support/units.h"
 #include "zrcore/zrcore.h"
 
-// Values at the edges, in the tests' text form. Integers are cut to the width of their type.
+// Sample values near the limits of the types, in the tests' text form. Integers are reduced to the width of their type.
 inline constexpr const char* kIntegers =
     "0|1|-1|2|127|128|-128|-129|255|256|32767|32768|-32768|-32769|65535|65536|16777217|2147483647|2147483648|"
     "-2147483648|-2147483649|4294967295|4294967296|9007199254740993|9223372036854775295|9223372036854775296|"
@@ -21,7 +21,7 @@ inline constexpr const char* kReals =
     "-0x1.0000000000001p63|0x1p64|0x1.fffffffffffffp63|0x1.0000000000001p64|0x1.fffffep127|-0x1.fffffep127|"
     "0x1.fffffe0000001p127|-0x1.fffffe0000001p127|inf|-inf|nan";
 
-// A kind is the types that convert, compare and are owned alike. Its letter is lower case:
+// Types of one kind convert, compare and are owned alike. The letter of a kind is lower case:
 //
 //     e  nothing                     c  a code point                  l  a blob
 //     o  opaque                      f  a 32-bit floating point       u  a UUID
@@ -59,6 +59,7 @@ inline constexpr TagName kTagNames[] = {
 };
 // clang-format on
 
+// The row of a tag; null if the tag is not assigned.
 inline const TagName* NameOf(unsigned tag) {
   for (const TagName& row : kTagNames) {
     if (row.tag == tag) return &row;
@@ -66,7 +67,7 @@ inline const TagName* NameOf(unsigned tag) {
   return nullptr;
 }
 
-// A tag word with its flags as a program spells it: "ZR_VT_I4 | ZR_VT_ARRAY". Hexadecimal for what has no name.
+// A tag word with its flags as in source code: "ZR_VT_I4 | ZR_VT_ARRAY". Bits without a name are hexadecimal.
 inline std::string TagWordName(unsigned word) {
   const TagName* row = NameOf(word & ZR_VT_TYPEMASK);
   std::string name = row != nullptr ? std::string("ZR_VT_") + row->name : Format("0x%X", word & ZR_VT_TYPEMASK);

@@ -1,4 +1,4 @@
-// Strings in the tests' terms, and claims that many tests make.
+// Strings as test values, and assertions that many tests use.
 
 #pragma once
 
@@ -13,13 +13,14 @@
 #include "zrcore/zrcore.h"
 
 inline Units ContentOf(ZRSTR string) {
-  EXPECT_EQ(string && ZrStringByteLen(string) % 2 == 0 ? string[ZrStringLen(string)] : 0, 0) << "the terminator";
+  EXPECT_EQ(string && ZrStringByteLen(string) % 2 == 0 ? string[ZrStringLen(string)] : 0, 0)
+      << "the terminator must be 0";
   return string ? Units(string, ZrStringLen(string)) : Units();
 }
 
 inline int SignOf(int32_t order) { return (order > 0) - (order < 0); }
 
-// Claims that a call returns a result; the message shows the call, and both results by name.
+// Expects a call to return a result. The failure message shows the call and the names of both results.
 #define EXPECT_RESULT(call, expected) EXPECT_PRED_FORMAT2(IsResult, call, expected)
 #define ASSERT_RESULT(call, expected) ASSERT_PRED_FORMAT2(IsResult, call, expected)
 
@@ -28,7 +29,7 @@ inline testing::AssertionResult IsResult(const char* call, const char*, Result r
   return testing::AssertionFailure() << call << "\n  returned " << result << "\n  expected " << expected;
 }
 
-// The same claim about each of the calls between a pair of braces.
+// Expects each of the calls between a pair of braces to return the same result.
 #define ExpectEach(expected, ...) ExpectEachOf(__FILE__, __LINE__, #__VA_ARGS__, expected, __VA_ARGS__)
 #define ExpectRefused(...) ExpectEachOf(__FILE__, __LINE__, #__VA_ARGS__, ZR_R_INVALID_ARGUMENTS, __VA_ARGS__)
 
@@ -39,8 +40,8 @@ inline void ExpectEachOf(const char* file, int line, const std::string& calls, R
     for (int depth = 0; end + 1 < calls.size() && (depth > 0 || calls[end] != ','); ++end) {
       depth += (calls[end] == '(') - (calls[end] == ')');  // the comma after a call is outside all parentheses
     }
-    const testing::AssertionResult claim = IsResult(calls.substr(begin, end - begin).c_str(), "", result, expected);
-    if (!claim) ADD_FAILURE_AT(file, line) << claim.message();
+    const testing::AssertionResult outcome = IsResult(calls.substr(begin, end - begin).c_str(), "", result, expected);
+    if (!outcome) ADD_FAILURE_AT(file, line) << outcome.message();
     end += 2;
     begin = end;
   }

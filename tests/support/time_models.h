@@ -1,5 +1,5 @@
-// Slow, obvious readings of the texts of date and time, over bytes and the standard library. Tests and fuzz targets
-// hold the library's against them.
+// Slow and obvious models of parsing dates, times and time spans, made of the standard library. Tests and fuzz targets
+// compare the library with them.
 
 #pragma once
 
@@ -16,14 +16,14 @@
 inline constexpr int kDaysOf400Years = 146097;
 inline constexpr std::chrono::sys_days kFirstDay{std::chrono::year{1601} / 1 / 1};
 
-// The standard calendar knows no year above 32767, so it is asked for the one in the first 400 years that is alike.
+// The standard calendar ends with the year 32767, so the year is replaced by the equivalent one of the first 400 years.
 inline ZRDATETIME ModelValue(const ZRDATETIMESTRUCT& record) {
   const int year = static_cast<uint16_t>(record.year), month = static_cast<uint8_t>(record.month);
   const int day = static_cast<uint8_t>(record.day);
   int64_t sum = 0;
   if (year >= 1601 && month <= 12 && day <= 31) {
-    const std::chrono::year alike{1601 + (year - 1601) % 400};
-    const std::chrono::sys_days date(alike / std::max(month, 1) / std::max(day, 1));
+    const std::chrono::year equivalent{1601 + (year - 1601) % 400};
+    const std::chrono::sys_days date(equivalent / std::max(month, 1) / std::max(day, 1));
     sum = (date - kFirstDay).count() + (year - 1601) / 400 * kDaysOf400Years;
   }
   sum = ((sum * 24 + record.hour) * 60 + record.minute) * 60 + record.second;
@@ -31,13 +31,14 @@ inline ZRDATETIME ModelValue(const ZRDATETIMESTRUCT& record) {
                                  static_cast<uint64_t>(int64_t{record.fraction}));
 }
 
-// The number in at most `width` bytes from `at` on; no field is too narrow for it.
+// Parses the number in up to `width` bytes at `at`. Every caller's field can hold it.
 template <class Field>
 inline void ModelField(Field& field, const std::string& text, std::size_t at, std::size_t width) {
   field = static_cast<Field>(at < text.size() ? std::strtoll(text.substr(at, width).c_str(), nullptr, 10) : 0);
 }
 
-// The time of day, where seconds are read from a length on that differs.
+// Parses a time of day. A text shorter than `secondFrom` has no seconds; date and time and time alone differ in this
+// length.
 inline void ModelReadClock(const std::string& text, std::size_t secondFrom, ZRDATETIMESTRUCT& record) {
   const std::size_t length = text.size();
   ModelField(record.hour, text, 0, 2);
@@ -78,7 +79,8 @@ inline bool ModelReadSpan(const std::string& text, ZRTIMESPAN& span) {
   return true;
 }
 
-// Whether the library reads a text as its model does, be it date and time, time or a span. `result` is what it read.
+// Whether the library parses a text as its model does: a date and time, a time, or a span. Stores what the library
+// parsed in `result`.
 template <class Result>
 bool ReadsAsModelled(uint8_t (*read)(ZRSTR, Result*), bool (*model)(const std::string&, Result&), const Units& units,
                      Result& result) {

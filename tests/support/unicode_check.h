@@ -1,7 +1,7 @@
-// A slow and obvious model of the Unicode conversions: one character at a time, by division and with whole vectors.
-// Tests and fuzz targets compare the library with it, on buffers of exactly the size that each contract names. Each
-// check returns an empty string, or the call that differs from the model: its input, what came of it and what was
-// expected.
+// A slow and obvious model of the Unicode conversions: it converts one character at a time, by division. Tests and fuzz
+// targets compare the library with it, on buffers of exactly the size that each contract requires. Each check returns
+// an empty string, or a description of the call that differs from the model: its input, its result and the expected
+// result.
 
 #pragma once
 
@@ -35,7 +35,7 @@ inline bool IsPair(const std::vector<WCHAR>& text, size_t at) {
 }
 inline bool IsWhole(const std::vector<WCHAR>& text, size_t at) { return IsPair(text, at) || !IsSurrogate(text[at]); }
 
-// How many units a character takes along, by its first one, and the value that it has with them, whatever they are.
+// Tails returns how many units follow the first unit of a character. Value decodes the character, valid or not.
 inline size_t Tails(WCHAR unit) { return IsSurrogate(unit) ? 1 : 0; }
 inline size_t Tails(char32_t) { return 0; }
 inline size_t Tails(char byte) {
@@ -66,7 +66,7 @@ inline std::string Sequence(uint32_t value, size_t size) {
   return bytes;
 }
 
-// ---- Creators: `size` units, and one after them ---------------------------------------------------------------------
+// ---- Creators: the input has `size` units and one unit after them --------------------------------------------------
 
 inline Outcome<WCHAR> StringFromUtf8(const std::vector<char>& bytes, size_t size) {
   Outcome<WCHAR> outcome;
@@ -92,7 +92,7 @@ inline Outcome<WCHAR> StringFromUtf32(const std::vector<char32_t>& points, size_
   return outcome;
 }
 
-// ---- Range converters: a step converts one character, or gives nothing for what is refused -------------------------
+// ---- Range converters: a step converts one character, or returns nothing if the character is rejected ---------------
 
 template <class From, class To>
 Outcome<To> Range(const std::vector<From>& from, bool stop, String<To> (*step)(const std::vector<From>&, size_t)) {
@@ -112,13 +112,13 @@ std::u32string ToPoint(const std::vector<From>& from, size_t at) {
 inline String<WCHAR> ToUnits(const std::vector<char32_t>& points, size_t at) {
   return points[at] == 0xFFFF || points[at] > 0x10FFFE ? String<WCHAR>() : Units(points[at]);
 }
-inline std::string ToSequence(const std::vector<char32_t>& points, size_t at) {  // whose limits are one short
+inline std::string ToSequence(const std::vector<char32_t>& points, size_t at) {  // the library's limits are one too low
   return points[at] < 0x1FFFFF ? Sequence(points[at], SequenceSize(points[at] + 1)) : std::string();
 }
 
-// ---- Writers: the size that they tell, and what they leave ----------------------------------------------------------
+// ---- Writers: the size that they report, and what they write --------------------------------------------------------
 
-// The code points, with something else in place of each lone surrogate.
+// The code points of a text, with a replacement for each lone surrogate.
 inline std::u32string Points(const std::vector<WCHAR>& text, const std::u32string& replacement) {
   std::u32string points;
   for (size_t at = 0; at < text.size(); at += IsPair(text, at) ? 2 : 1) {
@@ -133,19 +133,19 @@ inline std::string Encoded(const std::u32string& points) {
   return bytes;
 }
 
-// Those that are counted when the size is asked for: none, if a lone surrogate stands in the last place.
+// The code points that a query for the size counts: none if the text ends with a lone surrogate.
 inline std::u32string CountedPoints(const std::vector<WCHAR>& text) {
   return Points(text, U"\xD800").ends_with(0xD800) ? std::u32string() : Points(text, U"");
 }
 
-// The units are followed by zeros, if there is room.
+// Zeros fill the buffer after the units.
 inline ZRRESULT WriteUtf16(const std::vector<WCHAR>& text, size_t capacity, std::vector<WCHAR>& buffer) {
   std::fill_n(buffer.begin(), capacity, WCHAR{0});
   std::copy_n(text.begin(), std::min(text.size(), capacity), buffer.begin());
   return ZR_R_OK;
 }
 
-// `text` is the range and the unit behind it.
+// `text` is the range and the unit after it.
 inline ZRRESULT WriteUtf32(const std::vector<WCHAR>& text, size_t capacity, std::vector<char32_t>& buffer) {
   size_t steps = 0, to = 0;
   for (size_t at = 0; at < text.size() && (steps == 0 || steps != capacity); ++steps) {
@@ -169,7 +169,8 @@ inline ZRRESULT WriteUtf8(const std::vector<WCHAR>& text, size_t capacity, std::
 
 // ---- As text, for a failure ----------------------------------------------------------------------------------------
 
-// Printable ASCII as it is, all else escaped: \xE9 for a byte, \u00E9 for a 16-bit unit, \U000000E9 for a code point.
+// Printable ASCII is unchanged, all else is escaped: \xE9 for a byte, \u00E9 for a 16-bit unit, \U000000E9 for a code
+// point.
 template <class Text>
 std::string Escaped(const Text& text) {
   std::string escaped = "\"";
@@ -184,7 +185,7 @@ std::string Escaped(const Text& text) {
   return escaped + "\"";
 }
 
-// Where two texts differ first, with some units before and after it of both.
+// Describes the first difference between two texts, with some units of both before and after it.
 template <class Found, class Expected>
 std::string DescribeDifference(const Found& found, const Expected& expected) {
   const std::size_t common = std::min(found.size(), expected.size());
@@ -197,7 +198,7 @@ std::string DescribeDifference(const Found& found, const Expected& expected) {
     return (first != 0 ? "..." : "") + Escaped(model::String<typename Found::value_type>(from, from + count)) +
            (first + static_cast<std::size_t>(count) < text.size() ? "..." : "");
   };
-  return "made     " + std::to_string(found.size()) + " units: " + around(found) + "\n  expected " +
+  return "found    " + std::to_string(found.size()) + " units: " + around(found) + "\n  expected " +
          std::to_string(expected.size()) + " units: " + around(expected) + "\n  first difference at unit " +
          std::to_string(at);
 }
@@ -206,23 +207,24 @@ inline std::string DescribeResult(ZRRESULT returned, ZRRESULT expected) {
   return "returned " + ResultName(returned) + ", expected " + ResultName(expected);
 }
 
-// ---- The library compared with the model, for one text in each form ------------------------------------------------
+// ---- Comparisons of the library with the model ----------------------------------------------------------------------
 
-// Returns the call and the difference from a check whose claim does not hold. Nothing is formatted otherwise.
+// Returns the call and the difference from the enclosing check if the claim is false. Otherwise formats no text.
 #define UNICODE_CLAIM(claim, call, difference) \
   if (!(claim)) return (call) + "\n  " + (difference)
 
-inline std::string FirstOf(std::initializer_list<std::string> differences) {
+inline std::string FirstDifference(std::initializer_list<std::string> differences) {
   for (const std::string& difference : differences) {
     if (!difference.empty()) return difference;
   }
   return "";
 }
 
-// A function of the library after its name.
+// The name of a library function, and the function.
 #define NAMED(function) #function, function
 
-// The text by its length, and up to its first zero unit. The unit after it is there only if the contract reads it.
+// Passes the text with its length, and as a zero-terminated text. The buffer has a unit after the text only if the
+// contract says that the function reads it.
 template <class T>
 std::string CheckCreator(const char* name, ZRRESULT (*create)(const T*, int32_t, ZRSTR*), const std::vector<T>& text,
                          T after, model::Outcome<WCHAR> (*expect)(const std::vector<T>&, size_t)) {
@@ -239,13 +241,13 @@ std::string CheckCreator(const char* name, ZRRESULT (*create)(const T*, int32_t,
     Owned string;
     const ZRRESULT result = create(given.data(), isTerminated ? -1 : length, &string.string);
     UNICODE_CLAIM(result == expected.result, call(), DescribeResult(result, expected.result));
-    UNICODE_CLAIM(string.string != nullptr, call(), "made no string");
-    const model::String<WCHAR> made(string, ZrStringLen(string) + 1), terminated = expected.units + WCHAR{0};
-    UNICODE_CLAIM(made == terminated, call(), DescribeDifference(made, terminated));
-    // An empty text makes the shared empty string.
+    UNICODE_CLAIM(string.string != nullptr, call(), "returned no string");
+    const model::String<WCHAR> found(string, ZrStringLen(string) + 1), terminated = expected.units + WCHAR{0};
+    UNICODE_CLAIM(found == terminated, call(), DescribeDifference(found, terminated));
+    // An empty text returns the shared empty string.
     const uint32_t owners = ZrStringRefCount(string);
     UNICODE_CLAIM((owners == 1) == (length != 0), call(),
-                  "made a string with " + std::to_string(owners) + " references, expected " +
+                  "returned a string with " + std::to_string(owners) + " references, expected " +
                       (length != 0 ? "one" : "the shared empty string"));
   }
   return "";
@@ -253,15 +255,16 @@ std::string CheckCreator(const char* name, ZRRESULT (*create)(const T*, int32_t,
 
 inline std::string CheckFromUtf8(const std::vector<uint8_t>& bytes, uint8_t after) {
   const std::vector<char> text(bytes.begin(), bytes.end());
-  return FirstOf({CheckCreator(NAMED(ZrUTF8toZRSTR), text, static_cast<char>(after), model::StringFromUtf8),
-                  CheckCreator(NAMED(ZrCreateZRSTRfromUTF8), text, static_cast<char>(after), model::StringFromUtf8)});
+  return FirstDifference(
+      {CheckCreator(NAMED(ZrUTF8toZRSTR), text, static_cast<char>(after), model::StringFromUtf8),
+       CheckCreator(NAMED(ZrCreateZRSTRfromUTF8), text, static_cast<char>(after), model::StringFromUtf8)});
 }
 
 inline std::string CheckFromUtf32(const std::vector<char32_t>& points) {
   return CheckCreator(NAMED(ZrCreateZRSTRfromUTF32), points, U'x', model::StringFromUtf32);
 }
 
-// Asks for the size, then writes with a capacity near that or far from it. One unit past the end has to stay as it is.
+// Queries the size, then writes with capacities near that size and with `stray`. The unit past the end must not change.
 template <class T>
 std::string CheckWriter(const char* name, ZRRESULT (*write)(ZRSTR, int32_t, T*, int32_t*), ZRSTR string, int32_t length,
                         int32_t stray, const std::vector<WCHAR>& text, size_t size,
@@ -271,16 +274,17 @@ std::string CheckWriter(const char* name, ZRRESULT (*write)(ZRSTR, int32_t, T*, 
     const model::String<WCHAR> whole(string, ZrStringLen(string));
     return name + ("(" + Escaped(whole)) + ", " + std::to_string(length) + ", " + capacity + ")";
   };
-  int32_t asked = -1;
-  const ZRRESULT answer = write(string, length, nullptr, &asked);
-  UNICODE_CLAIM(answer == ZR_R_OK, call("null"), DescribeResult(answer, ZR_R_OK));
-  UNICODE_CLAIM(asked == needed, call("null"),
-                "asks for " + std::to_string(asked) + " units, expected " + std::to_string(needed));
+  int32_t reported = -1;
+  const ZRRESULT queried = write(string, length, nullptr, &reported);
+  UNICODE_CLAIM(queried == ZR_R_OK, call("null"), DescribeResult(queried, ZR_R_OK));
+  UNICODE_CLAIM(reported == needed, call("null"),
+                "reports a size of " + std::to_string(reported) + " units, expected " + std::to_string(needed));
   for (const int32_t capacity : {0, 1, needed - 1, needed, needed + 1, stray}) {
     if (capacity < 0) continue;
-    const auto room = static_cast<size_t>(capacity);
-    std::vector<T> buffer((room == 0 ? text.size() : room) + 1, T(0xA5)), expected = buffer;  // 0 may mean: all of it
-    const ZRRESULT expectedResult = expect(text, room, expected);
+    const auto units = static_cast<size_t>(capacity);
+    // Some writers take a capacity of 0 for unlimited.
+    std::vector<T> buffer((units == 0 ? text.size() : units) + 1, T(0xA5)), expected = buffer;
+    const ZRRESULT expectedResult = expect(text, units, expected);
     int32_t kept = capacity;
     const ZRRESULT result = write(string, length, buffer.data(), &kept);
     const auto withCapacity = [&] { return call("capacity " + std::to_string(capacity)); };
@@ -296,12 +300,12 @@ inline std::string CheckWellFormedWriter(ZRSTR string, const std::vector<WCHAR>&
   std::string buffer(expected.size(), 0);
   const auto size = static_cast<int32_t>(buffer.size());
   for (const int32_t capacity : {0, size - 1, size}) {
-    const bool asks = capacity == 0;
-    const int32_t expectedSize = asks || capacity == size ? size : 0;
-    const int32_t returned = ZrZRSTRtoUTF8(string, asks ? nullptr : buffer.data(), capacity);
+    const bool isQuery = capacity == 0;
+    const int32_t expectedSize = isQuery || capacity == size ? size : 0;
+    const int32_t returned = ZrZRSTRtoUTF8(string, isQuery ? nullptr : buffer.data(), capacity);
     const auto call = [&] {
-      return "ZrZRSTRtoUTF8(" + Escaped(terminated) + ", " + (asks ? "null, " : "buffer, ") + std::to_string(capacity) +
-             ")";
+      return "ZrZRSTRtoUTF8(" + Escaped(terminated) + ", " + (isQuery ? "null, " : "buffer, ") +
+             std::to_string(capacity) + ")";
     };
     UNICODE_CLAIM(returned == expectedSize, call(),
                   "returned " + std::to_string(returned) + ", expected " + std::to_string(expectedSize));
@@ -310,7 +314,7 @@ inline std::string CheckWellFormedWriter(ZRSTR string, const std::vector<WCHAR>&
   return "";
 }
 
-// All writers, over the first `length` units or, if that is -1, the whole.
+// Checks all writers on the first `length` units, or on the whole text if `length` is -1.
 inline std::string CheckWriters(const std::vector<WCHAR>& text, int32_t length, int32_t stray) {
   const Owned string(Units(text.begin(), text.end()));
   std::vector<WCHAR> longer = text, range;
@@ -320,7 +324,7 @@ inline std::string CheckWriters(const std::vector<WCHAR>& text, int32_t length, 
   const size_t size16 = longer.size(), size32 = model::CountedPoints(longer).size();
   const size_t size8 = model::Encoded(model::CountedPoints(range)).size() + 1;
   const std::vector<WCHAR> terminated(text.begin(), std::find(text.begin(), text.end(), 0));
-  return FirstOf(
+  return FirstDifference(
       {CheckWriter<WCHAR>(NAMED(ZrCreateWCHARfromZRSTR), string, length, stray, range, size16, model::WriteUtf16),
        CheckWriter<WCHAR>(NAMED(ZrCreateUTF16fromZRSTR), string, length, stray, range, size16, model::WriteUtf16),
        CheckWriter<char32_t>(NAMED(ZrCreateUTF32fomZRSTR), string, length, stray, longer, size32, model::WriteUtf32),
@@ -328,7 +332,7 @@ inline std::string CheckWriters(const std::vector<WCHAR>& text, int32_t length, 
        CheckWellFormedWriter(string, terminated)});
 }
 
-// The buffer has `most` units for each of the range, and the terminator.
+// The buffer must have `most` units for each unit of the range, and the terminator.
 template <class From, class To>
 std::string CheckRange(const char* name, ZRRESULT (*convert)(const From*, const From*, uint8_t, To**),
                        const std::vector<From>& from, size_t most,
@@ -343,7 +347,7 @@ std::string CheckRange(const char* name, ZRRESULT (*convert)(const From*, const 
     const bool isEqual = buffer != nullptr && std::equal(expected.units.begin(), expected.units.end(), buffer);
     UNICODE_CLAIM(isEqual, call(),
                   buffer == nullptr
-                      ? "made no buffer"
+                      ? "returned no buffer"
                       : DescribeDifference(model::String<To>(buffer, expected.units.size()), expected.units));
     std::free(buffer);
   }
@@ -352,8 +356,8 @@ std::string CheckRange(const char* name, ZRRESULT (*convert)(const From*, const 
 
 inline std::string CheckRanges(const std::vector<char>& bytes, const std::vector<WCHAR>& units,
                                const std::vector<char32_t>& points) {
-  return FirstOf({CheckRange(NAMED(ZrUTF8toUTF32), bytes, 1, model::ToPoint<char>),
-                  CheckRange(NAMED(ZrUTF16toUTF32), units, 1, model::ToPoint<WCHAR>),
-                  CheckRange(NAMED(ZrUTF32toUTF16), points, 2, model::ToUnits),
-                  CheckRange(NAMED(ZrUTF32toUTF8), points, 4, model::ToSequence)});
+  return FirstDifference({CheckRange(NAMED(ZrUTF8toUTF32), bytes, 1, model::ToPoint<char>),
+                          CheckRange(NAMED(ZrUTF16toUTF32), units, 1, model::ToPoint<WCHAR>),
+                          CheckRange(NAMED(ZrUTF32toUTF16), points, 2, model::ToUnits),
+                          CheckRange(NAMED(ZrUTF32toUTF8), points, 4, model::ToSequence)});
 }

@@ -1,5 +1,5 @@
-// Texts that look after themselves: in 16-bit code units, in bytes and as strings of the library. Literals of units,
-// from ASCII ones or others, are W("text"), W("some " "more"). Nothing here makes a claim: fuzz targets take it too.
+// Texts as 16-bit code units, as bytes and as strings of the library. W("text") and W("some " "more") are literals of
+// 16-bit units. This header does not need GoogleTest, so fuzz targets can use it.
 
 #pragma once
 
@@ -20,7 +20,7 @@ using Units = std::basic_string<WCHAR>;
 
 inline Units Widened(const std::string& ascii) { return Units(ascii.begin(), ascii.end()); }
 
-// For readers of bytes. What isn't ASCII ends every number, and so does the byte that stands for it here.
+// For parsers of bytes. A unit that is not ASCII becomes one byte that, like the unit, ends every number.
 inline std::string Narrowed(const Units& units) {
   std::string bytes;
   for (WCHAR unit : units) bytes += unit < 0x80 ? static_cast<char>(unit) : '\x7f';
@@ -34,7 +34,7 @@ std::string Format(const char* format, Arguments... arguments) {
   return text;
 }
 
-// Gives up its string at the end of the statement or scope.
+// Owns one reference to a string.
 struct Owned {
   ZRSTR string = nullptr;
   Owned() = default;

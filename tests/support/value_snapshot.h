@@ -1,5 +1,5 @@
-// A value at one moment: its record, and a copy of the bytes that the record owns. Snapshots are compared by these
-// bytes, which formats nothing. Describe gives the same text as for the value itself.
+// A copy of a variant at one moment: its record, and the bytes that the record owns. Snapshots compare these bytes and
+// format no text. Describe returns the same text as for the variant itself.
 
 #pragma once
 
@@ -11,10 +11,10 @@
 class Snapshot {
  public:
   Snapshot() = default;
-  explicit Snapshot(const ZRVARIANT& value) { Take(value); }
+  explicit Snapshot(const ZRVARIANT& value) { Assign(value); }
 
-  // Replaces this snapshot. The memory of the old bytes is used again.
-  void Take(const ZRVARIANT& value) {
+  // Replaces this snapshot and reuses its memory.
+  void Assign(const ZRVARIANT& value) {
     record_ = value;
     bytes_.clear();
     isTerminated_ = true;
@@ -47,10 +47,10 @@ class Snapshot {
 
   uint16_t Type() const { return record_.Type; }
   bool IsNull() const { return record_.Value.address == nullptr; }
-  std::string_view Bytes() const { return bytes_; }    // of what the value owns
-  const ZRVARIANT& Record() const { return record_; }  // whose address of owned bytes may be stale
+  std::string_view Bytes() const { return bytes_; }    // the bytes that the value owns
+  const ZRVARIANT& Record() const { return record_; }  // its pointer to owned bytes may be stale
 
-  // The units of a string, or of the text of a SREF, as bytes; nothing for any other value.
+  // The units of a string, or of the text of an SREF, as bytes. Empty for any other value.
   std::string_view TextBytes() const {
     const std::string_view bytes = bytes_;
     if (IsNull() || (Type() != ZR_VT_STR && Type() != ZR_VT_SREF)) return {};
@@ -59,8 +59,8 @@ class Snapshot {
                                       : std::string_view();
   }
 
-  // Where a value is owned, its bytes are compared and not its address. A string of whole units without its terminator
-  // equals nothing.
+  // Compares the bytes that a value owns and not their address. A string of whole units without its terminator is not
+  // equal to any value.
   friend bool operator==(const Snapshot& left, const Snapshot& right) {
     const ZRVARIANT &l = left.record_, &r = right.record_;
     if (l.Type != r.Type || !left.isTerminated_ || !right.isTerminated_) return false;
@@ -80,7 +80,7 @@ class Snapshot {
  private:
   static constexpr char kHasRef = 1, kHasText = 2;
 
-  // The tag of a record that holds its value itself; 0 for a reference or an array.
+  // The tag of a record that contains a value; 0 for a reference or an array.
   int ValueTag() const { return (Type() & (ZR_VT_ARRAY | ZR_VT_BYREF)) == 0 ? Type() & ZR_VT_TYPEMASK : 0; }
   bool OwnsBytes() const {
     const int tag = ValueTag();

@@ -1,12 +1,13 @@
-// Variants in a text form, so that a case is one line:
+// A text form of variants, so that a row of a test table is one line:
 //
 //     I4 -7       BOOL 2      R8 1.5      OPAQUE 9     BLOB 01ff     STR text     REF 1.2.3.4.5.6     UUID {...}
 //     SREF 1.2.3.4.5.6     SREF text name     SREF 1.2.3.4.5.6 text name     SREF neither     UNKNOWN object
-//     STR null    (and likewise every kind that may be null)
-//     14 7        a tag without a name, and Value; EMPTY and by-reference records alike, all in hexadecimal where told
+//     STR null    (and null for every other kind that may be null)
+//     14 7        a tag without a name, and Value; Describe writes this Value, and that of EMPTY and of by-reference
+//                 records, in hexadecimal
 //
-// Behind the name "+1000" tells bits of the tag word that aren't the tag. What should not be there is told at the end:
-// bytes of Value behind a narrow number, and "~" for marker words other than a new value's.
+// "+1000" after the name is the bits of the tag word that are not part of the tag. Describe also reports what a valid
+// record does not have: bits of Value above a narrow number, and "~" if the marker words are not those of a new value.
 
 #pragma once
 
@@ -20,7 +21,7 @@
 #include "tests/support/tag_names.h"
 #include "tests/support/text.h"
 
-// An object that counts who holds it. One for all: tests look at differences.
+// An object with a reference count. All tests share one and compare differences of its count.
 struct CountedObject final : IZrDispatch {
   uint32_t references = 0;
   uint32_t AddRef() override { return ++references; }
@@ -29,11 +30,11 @@ struct CountedObject final : IZrDispatch {
 };
 inline CountedObject g_object;
 
-// The string whose owners are counted: it is held wherever "common" is shown, as nobody makes another. What a
-// destination holds before it is written to is a reference of its own on the second one, which nobody else holds.
+// "common" in a text form always means this one string, so tests can count its references. Destinations are filled with
+// a reference to the second string before they are written to, and nothing else references that string.
 inline const Owned g_shared(Units(W("common"))), g_before(Units(W("before")));
 
-// One unit a byte, zeros among them.
+// One unit per byte; the bytes may contain zeros.
 inline Owned StringOf(const std::string& bytes) {
   if (bytes == "common") return Owned(ZrCopyString(g_shared));
   if (bytes == "before") return Owned(ZrCopyString(g_before));
@@ -50,7 +51,7 @@ inline std::string BytesOf(ZRBLOB blob) {
   return bytes;
 }
 
-// A record that is cleared at the end.
+// A record that its destructor clears.
 struct OwnedVariant : ZRVARIANT {
   OwnedVariant() : ZRVARIANT ZR_VARIANT_INIT {}
   OwnedVariant(OwnedVariant&& other) noexcept : ZRVARIANT(other) { (void)ZrVariantInit(&other); }
@@ -66,7 +67,7 @@ inline ZRBLOB BlobOf(const std::string& hexadecimal) {
   for (std::size_t at = 0; at < hexadecimal.size(); at += 2) {
     bytes += static_cast<char>(std::strtoul(hexadecimal.substr(at, 2).c_str(), nullptr, 16));
   }
-  // There is no way to make an empty one but to empty one.
+  // An empty blob can only be made by removing the bytes of another one.
   ZRBLOB blob = ZrCreateBlob(bytes.empty() ? 1 : static_cast<uint32_t>(bytes.size()), bytes.data());
   if (bytes.empty()) (void)ZrRemoveBlob(blob, 0, 1);
   return blob;
@@ -81,7 +82,7 @@ inline ZRSREF* SrefOf(const std::string& text) {
 
 inline ZRVARIANTVALUE ParsedPayload(const TagName& row, const std::string& text) {
   ZRVARIANTVALUE value = {};
-  const uint64_t integer = std::strtoull(text.c_str(), nullptr, 10);  // one below 0 as its complement
+  const uint64_t integer = std::strtoull(text.c_str(), nullptr, 10);  // a negative number becomes its two's complement
   if (!IsOwned(row.tag)) std::memcpy(&value, &integer, row.width);
   if (row.kind == 'f') value.r4 = std::strtof(text.c_str(), nullptr);
   if (row.kind == 'd') value.r8 = std::strtod(text.c_str(), nullptr);
@@ -114,16 +115,16 @@ inline OwnedVariant Value(const std::string& text) {
 
 inline OwnedVariant Before() { return Value("STR before"); }
 
-// A record without an owner that refers to a value, or to a record: that of a variant, or of a reference to one.
+// A by-reference record, which owns nothing. It refers to a value, or to the record of a variant.
 inline ZRVARIANT ByRef(uint16_t tag, void* address) {
   ZRVARIANT variant = ZR_VARIANT_INIT;
   variant.Type = tag | ZR_VT_BYREF;
   variant.Value.address = address;
   return variant;
 }
-inline ZRVARIANT ByRef(ZRVARIANT& behind) {
-  const bool isRecord = (behind.Type & ZR_VT_TYPEMASK) == ZR_VT_VARIANT && (behind.Type & ZR_VT_ARRAY) == 0;
-  return ByRef(behind.Type, isRecord ? static_cast<void*>(&behind) : &behind.Value);
+inline ZRVARIANT ByRef(ZRVARIANT& target) {
+  const bool isRecord = (target.Type & ZR_VT_TYPEMASK) == ZR_VT_VARIANT && (target.Type & ZR_VT_ARRAY) == 0;
+  return ByRef(target.Type, isRecord ? static_cast<void*>(&target) : &target.Value);
 }
 
 // The parts between bars.
@@ -167,11 +168,11 @@ inline std::string DescribePayload(const TagName& row, const ZRVARIANTVALUE& val
   if (row.kind == 'g') return Describe(*value.sref);
   if (row.kind == 'd') return Format("%.17g", value.r8);
   const std::size_t unused = 64 - 8 * row.width;
-  const uint64_t top = value.ui8 << unused, behind = unused != 0 ? value.ui8 >> (64 - unused) : 0;
+  const uint64_t top = value.ui8 << unused, above = unused != 0 ? value.ui8 >> (64 - unused) : 0;
   const std::string text = row.kind == 'f' ? Format("%.9g", double{value.r4})
                            : row.isSigned  ? std::to_string(static_cast<int64_t>(top) >> unused)
                                            : std::to_string(top >> unused);
-  return behind != 0 ? text + Format(" behind it %" PRIx64, behind) : text;
+  return above != 0 ? text + Format(" with bits above it %" PRIx64, above) : text;
 }
 
 inline std::string Describe(const ZRVARIANT& variant) {

@@ -1,3 +1,5 @@
+// The tests' services of the operating system, on Windows.
+
 #include <windows.h>
 
 #include <cstdlib>
@@ -6,19 +8,20 @@
 
 #include "tests/support/system.h"
 
-// Of rules the runtime knows offsets, and for summers that of the United States, which therefore isn't told.
+// The runtime supports only the offsets of a TZ rule. It always applies the daylight saving rule of the United States,
+// so that rule is removed from the text and any other one is rejected.
 bool SetTimeZone(const char* zone) {
   std::string rule = zone != nullptr ? zone : "";
   static constexpr std::string_view kUnitedStates = ",M3.2.0/2,M11.1.0/2";
   if (const std::size_t at = rule.find(kUnitedStates); at != std::string::npos) rule.resize(at);
   if (rule.find_first_of(",/") != std::string::npos) return false;
-  (void)_putenv_s("TZ", rule.c_str());  // an empty one takes the variable away
+  (void)_putenv_s("TZ", rule.c_str());  // an empty value removes the variable
   _tzset();
-  _dstbias = -3600;  // which a runtime may lose in a zone without summers, and not find again
+  _dstbias = -3600;  // a runtime may clear it in a zone without daylight saving and never restore it
   return true;
 }
 
-// The clock is the system's, which knows nothing of the runtime's zone.
+// The system's clock does not follow the zone of the C runtime.
 int64_t LocalClockOffset(int64_t) {
   TIME_ZONE_INFORMATION zone;
   const DWORD season = GetTimeZoneInformation(&zone);
@@ -26,9 +29,9 @@ int64_t LocalClockOffset(int64_t) {
   return int64_t{-60} * (zone.Bias + (season == TIME_ZONE_ID_UNKNOWN ? 0 : bias));
 }
 
-void ChooseUnicodeLocale() {}  // every user's is one
+void ChooseUnicodeLocale() {}  // every user's locale is one
 
-// One character at a time, as LCMapStringW has it without the rules of a language.
+// Maps one code unit with LCMapStringW, without the rules of a language.
 static WCHAR Mapped(DWORD direction, WCHAR unit) {
   WCHAR mapped = 0;
   return LCMapStringW(LOCALE_USER_DEFAULT, direction, &unit, 1, &mapped, 1) == 1 ? mapped : unit;
@@ -36,11 +39,11 @@ static WCHAR Mapped(DWORD direction, WCHAR unit) {
 WCHAR SystemLower(WCHAR unit) { return Mapped(LCMAP_LOWERCASE, unit); }
 WCHAR SystemUpper(WCHAR unit) { return Mapped(LCMAP_UPPERCASE, unit); }
 
-// A debugger is told by an exception with the text's length and its address, in the end in the system's code page. A
-// handler that comes first is as good as one.
+// Debug output reaches a debugger as an exception with the length and the address of a text in the system's code page.
+// An exception handler that runs first receives the same text.
 static thread_local std::string* g_debugOutput = nullptr;
 
-static LONG CALLBACK TakeDebugOutput(EXCEPTION_POINTERS* pointers) {
+static LONG CALLBACK CaptureDebugOutput(EXCEPTION_POINTERS* pointers) {
   constexpr DWORD kPrint = 0x40010006;
   const EXCEPTION_RECORD& record = *pointers->ExceptionRecord;
   if (g_debugOutput == nullptr || record.ExceptionCode != kPrint) return EXCEPTION_CONTINUE_SEARCH;
@@ -50,7 +53,7 @@ static LONG CALLBACK TakeDebugOutput(EXCEPTION_POINTERS* pointers) {
 
 std::string DebugOutputOf(const std::function<void()>& action) {
   std::string output;
-  void* handler = AddVectoredExceptionHandler(1, TakeDebugOutput);
+  void* handler = AddVectoredExceptionHandler(1, CaptureDebugOutput);
   g_debugOutput = &output;
   action();
   g_debugOutput = nullptr;

@@ -48,9 +48,9 @@ TEST(Utf8Vectors, AllLayersDoWhatTheModelDoesWithAndWithoutThem) {
     const auto stray = static_cast<int32_t>(pick(1200));
     for (const bool isWide : {false, hadWide}) {
       g_hasAvx2 = isWide;
-      const std::string difference =
-          FirstOf({CheckFromUtf8(bytes, static_cast<uint8_t>(stray)), CheckFromUtf32(points),
-                   CheckWriters(units, length, stray), CheckRanges({bytes.begin(), bytes.end()}, units, points)});
+      const std::string difference = FirstDifference({CheckFromUtf8(bytes, static_cast<uint8_t>(stray)),
+                                                      CheckFromUtf32(points), CheckWriters(units, length, stray),
+                                                      CheckRanges({bytes.begin(), bytes.end()}, units, points)});
       ASSERT_TRUE(difference.empty()) << DescribeRound(seed, round) << (isWide ? ", with" : ", without")
                                       << " wide vectors\n"
                                       << difference;
