@@ -1,8 +1,9 @@
-// Built apart from the library and from the tests, and loaded without sharing its symbols.
+// A module that catches an exception of the library. It is built separately and loaded without sharing its symbols, so
+// the exception must be caught by type across module boundaries.
 
 #include "zrcore/zrcore.h"
 
-// The code that ZrDateTimeToTimeT answers or raises; 1 for something that isn't a CZrException.
+// Returns the code that ZrDateTimeToTimeT returns or throws, or 1 if it throws another type than CZrException.
 extern "C" ZR_EXPORT ZRRESULT CatchTimeT(ZRDATETIME value) {
   int64_t timeT = 0;
   try {
