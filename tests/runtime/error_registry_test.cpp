@@ -1,3 +1,5 @@
+// Tests the error registry through its exports. The oracle for the built-in codes is the header that defines them.
+
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -15,11 +17,11 @@ static void CheckRow(uint32_t code, const Units& text, const Units& description)
   EXPECT_EQ(ContentOf(given), text);
   EXPECT_EQ(ContentOf(described), description);
   EXPECT_EQ(given.string, again.string);
-  EXPECT_EQ(ZrStringRefCount(given), 3u) << "references of the registry's string";
+  EXPECT_EQ(ZrStringRefCount(given), 3u) << "the registry and two callers must share one string";
 }
 
-// Where ctest runs each test in a process of its own, the first registration is the very first call.
-TEST(ErrorInfo, NamesEveryCodeOfTheHeaderAndTakesOthersOnce) {
+// The first call is a registration. When ctest runs each test in its own process, it is the registry's very first use.
+TEST(ErrorInfo, NamesEveryHeaderCodeAndRegistersOthersOnce) {
   EXPECT_RESULT(ZrErrorInfoRegister(0x80000000, W("mine"), nullptr), ZR_R_ALREADY_REGISTERED);
   std::ifstream file(BASE_HEADER);
   const std::string header(std::istreambuf_iterator<char>(file), {});
@@ -39,7 +41,7 @@ TEST(ErrorInfo, NamesEveryCodeOfTheHeaderAndTakesOthersOnce) {
   ZRSTR text = nullptr;
   EXPECT_RESULT(ZrErrorInfoGetText(ZR_R_OK, &text), ZR_R_NOT_EXISTING);
   EXPECT_RESULT(ZrErrorInfoGetDescription(0x8000001F, &text), ZR_R_NOT_EXISTING);
-  EXPECT_EQ(text, nullptr) << "unchanged";
+  EXPECT_EQ(text, nullptr) << "a failure must not change the variable";
   ExpectRefused(
       {ZrErrorInfoRegister(9, nullptr, W("d")), ZrErrorInfoGetText(7, nullptr), ZrErrorInfoGetDescription(7, nullptr)});
 }

@@ -1,4 +1,5 @@
-// The item allocators, which the boundary hides, and the two instances as the references use them.
+// Tests the item allocators through their own class, because no export reaches them directly: caching, caps,
+// statistics, threads and teardown. Also tests the two instances that REFs and SREFs use.
 
 #include "runtime/item_allocator.h"
 
@@ -21,7 +22,7 @@ struct CItemAllocatorProbe {
   static void SetFlag(CItemAllocator& allocator, uint8_t flag) { allocator.busy_ = flag; }
 };
 
-// An allocator of its own under a switched-on cache; afterwards everything is as it was.
+// Gives each test its own allocator and enables caching. The destructor restores the defaults.
 struct ItemAllocatorTest : testing::Test {
   static constexpr uint64_t kSize = 40;
 
@@ -34,15 +35,15 @@ struct ItemAllocatorTest : testing::Test {
     g_itemAllocators.ownerThread = kNoThread;
   }
 
-  // Gives `count` items that the heap made; answers how many are cached then.
-  static uint32_t Give(CItemAllocator& items, uint32_t count) {
+  // Passes `count` new items of the heap to the allocator. Returns how many items the allocator then caches.
+  static uint32_t CacheItems(CItemAllocator& items, uint32_t count) {
     while (count-- > 0) items.Recycle(AllocateOrThrow(kSize));
     return CItemAllocatorProbe::Cached(items);
   }
   CItemAllocator items_{"items", true, kSize, 0};
 };
 
-TEST_F(ItemAllocatorTest, ServesTheLastItemFirstAndOnlyItsSize) {
+TEST_F(ItemAllocatorTest, ReusesTheLastItemFirstAndOnlyForItsSize) {
   void* first = items_.Allocate(kSize);
   void* second = items_.AllocateWithoutThrow(kSize);
   items_.Recycle(first);
@@ -51,96 +52,95 @@ TEST_F(ItemAllocatorTest, ServesTheLastItemFirstAndOnlyItsSize) {
   EXPECT_EQ(items_.PopCached(kSize - 1), nullptr);
   EXPECT_EQ(items_.PopCached(kSize + 1), nullptr);
   EXPECT_EQ(items_.Allocate(kSize), second);
-  std::thread([&] {
-    EXPECT_EQ(items_.PopCached(kSize), first) << "any thread is served, unless the mode is changed";
-  }).join();
+  std::thread([&] { EXPECT_EQ(items_.PopCached(kSize), first) << "by default every thread uses the cache"; }).join();
   EXPECT_EQ(items_.PopCached(kSize), nullptr);
 
-  // Switched off, what is cached stays where it is.
+  // While caching is disabled, cached items stay in the cache.
   items_.Recycle(first);
   CItemAllocator::SetEnabled(false);
   EXPECT_EQ(items_.PopCached(kSize), nullptr);
   items_.Recycle(second);
   CItemAllocator::SetEnabled(true);
-  EXPECT_EQ(Give(items_, 0), 1u);
+  EXPECT_EQ(CacheItems(items_, 0), 1u);
 
   EXPECT_EQ(items_.PopCached(kSize), first);
-  void* fresh = items_.AllocateWithoutThrow(kSize);  // nothing is cached
+  void* fresh = items_.AllocateWithoutThrow(kSize);  // the cache is empty
   EXPECT_NE(fresh, nullptr);
   items_.Recycle(fresh);
   EXPECT_EQ(items_.AllocateWithoutThrow(kSize), fresh);
   items_.Recycle(fresh);
   std::free(first);
 
-  // Torn down, it serves from the heap and to the heap.
+  // After the teardown the allocator uses only the heap.
   items_.Teardown();
-  EXPECT_EQ(Give(items_, 1), 0u);
+  EXPECT_EQ(CacheItems(items_, 1), 0u);
   EXPECT_EQ(items_.PopCached(0), nullptr);
 }
 
-TEST_F(ItemAllocatorTest, CapsAndTheirTrimming) {
+TEST_F(ItemAllocatorTest, CapLimitsAndTrimsTheCache) {
   const struct {
-    uint32_t before, given, cached, after, left;
+    uint32_t oldCap, added, cached, newCap, left;
   } kRows[] = {
-      {0, 1030, 1024, 10, 1024},  // the default cap, which trims nothing
-      {2000, 2050, 2000, 10, 9},  // one fewer than the new cap
+      {0, 1030, 1024, 10, 1024},  // a new cap does not trim a cache with the default cap
+      {2000, 2050, 2000, 10, 9},  // trimmed to one item fewer than the new cap
       {2000, 50, 50, 50, 50},    {2000, 50, 50, 49, 48}, {2000, 1, 1, 0, 0}, {2000, 50, 50, 1, 0}, {10, 50, 10, 20, 10},
   };
   for (const auto& row : kRows) {
-    SCOPED_TRACE(Format("cap %u, %u given, then cap %u", row.before, row.given, row.after));
-    CItemAllocator items("row", true, kSize, row.before);
-    EXPECT_EQ(Give(items, row.given), row.cached) << "items cached at first";
-    items.SetCap(row.after);
-    EXPECT_EQ(Give(items, 0), row.left) << "items left by the new cap";
-    EXPECT_EQ(Give(items, 1100), row.after != 0 ? std::max(row.after, row.left) : 1024) << "items cached of 1100 more";
+    SCOPED_TRACE(Format("cap %u, %u items added, then cap %u", row.oldCap, row.added, row.newCap));
+    CItemAllocator items("row", true, kSize, row.oldCap);
+    EXPECT_EQ(CacheItems(items, row.added), row.cached) << "items cached with the old cap";
+    items.SetCap(row.newCap);
+    EXPECT_EQ(CacheItems(items, 0), row.left) << "items left by the new cap";
+    EXPECT_EQ(CacheItems(items, 1100), row.newCap != 0 ? std::max(row.newCap, row.left) : 1024)
+        << "items cached after 1100 more";
     items.Teardown();
   }
   CItemAllocator::SetDefaultCap(3);
-  EXPECT_EQ(Give(items_, 5), 3u);
+  EXPECT_EQ(CacheItems(items_, 5), 3u);
 }
 
-TEST_F(ItemAllocatorTest, StatisticsFollowTheListOfAllocators) {
-  Give(items_, 2);
+TEST_F(ItemAllocatorTest, StatisticsListEveryAllocator) {
+  CacheItems(items_, 2);
   CItemAllocator old("old", false, 8, 0), newer("newer", false, 8, 5);
-  const auto told = [] {
+  const auto statistics = [] {
     std::ostringstream out;
-    out << std::hex << std::showbase;  // no number heeds it
+    out << std::hex << std::showbase;  // must not affect any number
     CItemAllocator::WriteStatistics(out);
     return out.str();
   };
   const std::string head = "-- Allocator statistics : number of cached items/max size/memory usage (in bytes)\n",
                     rest = "items : 2/1024/80\ntagZRSREF : 0/1024/0\ntagZRREF : 0/1024/0\n";
-  EXPECT_EQ(told(), head + "newer : 0/5/0\nold : 0/1024/0\n" + rest);
+  EXPECT_EQ(statistics(), head + "newer : 0/5/0\nold : 0/1024/0\n" + rest);
   old.Teardown();
-  EXPECT_EQ(told(), head + "newer : 0/5/0\n" + rest);
+  EXPECT_EQ(statistics(), head + "newer : 0/5/0\n" + rest);
   newer.Teardown();
-  EXPECT_EQ(told(), head + rest);
+  EXPECT_EQ(statistics(), head + rest);
 }
 
-TEST_F(ItemAllocatorTest, NobodyWaitsAndOneThreadOwnsTheCachesInSingleThreadMode) {
-  Give(items_, 1);
+TEST_F(ItemAllocatorTest, CallsNeverWaitAndSingleThreadModeHasOneOwner) {
+  CacheItems(items_, 1);
   CItemAllocatorProbe::SetFlag(items_, 1);
   for (bool isMultiThreaded : {true, false}) {
     CItemAllocator::SetMultiThreaded(isMultiThreaded);
     EXPECT_EQ(items_.PopCached(kSize), nullptr);
-    EXPECT_EQ(Give(items_, 1), 1u) << "to the heap";
+    EXPECT_EQ(CacheItems(items_, 1), 1u) << "the item must be freed while the flag is taken";
   }
   EXPECT_EQ(g_itemAllocators.ownerThread, kNoThread);
   CItemAllocatorProbe::SetFlag(items_, 0);
-  EXPECT_EQ(Give(items_, 1), 2u);
+  EXPECT_EQ(CacheItems(items_, 1), 2u);
   EXPECT_EQ(g_itemAllocators.ownerThread, PlatformThreadId());
   std::thread([&] {
     EXPECT_EQ(items_.PopCached(kSize), nullptr);
-    EXPECT_EQ(Give(items_, 1), 2u);
+    EXPECT_EQ(CacheItems(items_, 1), 2u);
   }).join();
   CItemAllocatorProbe::SetFlag(items_, 1);
-  EXPECT_EQ(Give(items_, 1), 3u) << "the owner needs no flag";
+  EXPECT_EQ(CacheItems(items_, 1), 3u) << "the owning thread must not need the flag";
   std::free(items_.PopCached(kSize));
-  EXPECT_EQ(Give(items_, 0), 2u);
+  EXPECT_EQ(CacheItems(items_, 0), 2u);
   CItemAllocatorProbe::SetFlag(items_, 0);
 }
 
-// Each item carries a mark of its holder while it is out: nobody may find another's.
+// Each thread marks the items that it allocates. No thread may find another thread's mark in its item.
 TEST_F(ItemAllocatorTest, ThreadsNeverShareAnItem) {
   Race(1, [this](int thread) {
     const auto mark = static_cast<uint64_t>(thread + 1);
@@ -152,10 +152,10 @@ TEST_F(ItemAllocatorTest, ThreadsNeverShareAnItem) {
       items_.Recycle(item);
     }
   });
-  EXPECT_LE(Give(items_, 0), uint32_t{kThreads});
+  EXPECT_LE(CacheItems(items_, 0), uint32_t{kThreads});
 }
 
-TEST_F(ItemAllocatorTest, ReferencesReturnClearedToTheirOwnAllocator) {
+TEST_F(ItemAllocatorTest, ReferencesReturnToTheirAllocatorCleared) {
   ZRREF* ref = ZrCreateREF();
   for (uint32_t& word : ref->words) word = 7;
   ZRSREF* sref = ZrCreateSREF();
@@ -163,13 +163,13 @@ TEST_F(ItemAllocatorTest, ReferencesReturnClearedToTheirOwnAllocator) {
   ZrDestroySREF(sref);
   const auto* cached = static_cast<uint32_t*>(g_refAllocator.PopCached(sizeof(ZRREF)));
   ASSERT_EQ(cached, ref->words);
-  EXPECT_EQ(cached[2] | cached[3] | cached[4] | cached[5], 0u) << "behind the link";
+  EXPECT_EQ(cached[2] | cached[3] | cached[4] | cached[5], 0u) << "the words after the link must be 0";
   RecycleRef(ref);
   EXPECT_EQ(ZrCreateREF(), ref);
   for (uint32_t word : ref->words) EXPECT_EQ(word, 0u);
   EXPECT_EQ(ZrCreateSREF(), sref);
   EXPECT_TRUE(sref->ref == nullptr && sref->text == nullptr);
-  CItemAllocator::SetEnabled(false);  // so that nothing is left behind
+  CItemAllocator::SetEnabled(false);  // so that no item stays cached
   ZrDestroyREF(ref);
   ZrDestroySREF(sref);
 }
@@ -178,19 +178,20 @@ TEST_F(ItemAllocatorTest, ReferencesReturnClearedToTheirOwnAllocator) {
 struct CLateRelease {
   ZRSREF* sref = nullptr;
   ~CLateRelease() {
-    if (sref != nullptr && g_itemAllocators.head != nullptr) std::_Exit(9);  // too early to prove anything
+    // 9: the allocators still exist, so the test would prove nothing.
+    if (sref != nullptr && g_itemAllocators.head != nullptr) std::_Exit(9);
     ZrDestroySREF(sref);
     if (g_refAllocator.PopCached(sizeof(ZRREF)) || g_srefAllocator.PopCached(sizeof(ZRSREF)))
-      std::_Exit(8);  // kept, and lost
+      std::_Exit(8);  // cached, so it leaks
   }
 };
 __attribute__((init_priority(101))) static CLateRelease g_late;
 
-TEST(ItemAllocatorDeathTest, TakesWhatIsReleasedAfterItsTeardown) {
+TEST(ItemAllocatorDeathTest, FreesItemsReleasedAfterTheTeardown) {
   EXPECT_EXIT(
       {
         CItemAllocator::SetEnabled(true);
-        (void)std::atexit([] { ZrDestroySREF(ZrCreateSREF()); });  // the process ends, the allocators are still there
+        (void)std::atexit([] { ZrDestroySREF(ZrCreateSREF()); });  // runs while the allocators still exist
         g_late.sref = ZrCreateSREF();
         g_late.sref->ref = ZrCreateREF();
         ZrDestroyREF(ZrCreateREF());

@@ -1,3 +1,6 @@
+// Tests locks and atomic operations. A lock is tried from a second thread; atomics are checked at the limits of each
+// type.
+
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -18,7 +21,7 @@ TEST(Lock, IsRecursiveAndExcludesOtherThreads) {
   };
   EXPECT_RESULT(ZrEnterCriticalSection(&lock), ZR_R_OK);
   EXPECT_RESULT(ZrTryEnterCriticalSection(&lock, &acquired), ZR_R_OK);
-  EXPECT_EQ(acquired, 1) << "the owner may enter again";
+  EXPECT_EQ(acquired, 1) << "the owner must be able to enter again";
   for (int entries = 2; entries > 0; --entries) {
     EXPECT_EQ(tryFromAnotherThread(), 0);
     EXPECT_RESULT(ZrLeaveCriticalSection(&lock), ZR_R_OK);
@@ -29,7 +32,7 @@ TEST(Lock, IsRecursiveAndExcludesOtherThreads) {
                  ZrDeleteCriticalSection(nullptr), ZrTryEnterCriticalSection(nullptr, &acquired),
                  ZrTryEnterCriticalSection(&lock, nullptr)});
   EXPECT_RESULT(ZrDeleteCriticalSection(&lock), ZR_R_OK);
-  // A deleted lock reads as none.
+  // A deleted lock is an invalid object.
   ExpectEach(ZR_R_INVALID_OBJECT_STATE, {ZrEnterCriticalSection(&lock), ZrLeaveCriticalSection(&lock),
                                          ZrDeleteCriticalSection(&lock), ZrTryEnterCriticalSection(&lock, &acquired)});
 }
@@ -41,7 +44,7 @@ static void Check(Integer (*increment)(Integer*), Integer (*decrement)(Integer*)
   SCOPED_TRACE(Format("%s integers of %d bytes", kMin < 0 ? "signed" : "unsigned", static_cast<int>(sizeof(Integer))));
   Integer word = kMax;
   const Integer next = 5;
-  EXPECT_EQ(increment(&word), kMin) << "wraps";
+  EXPECT_EQ(increment(&word), kMin) << "must wrap";
   EXPECT_EQ(decrement(&word), kMax);
   EXPECT_EQ(exchange(&word, &next), kMax);
   EXPECT_EQ(exchange(&word, nullptr), Integer{0});
@@ -51,7 +54,7 @@ static void Check(Integer (*increment)(Integer*), Integer (*decrement)(Integer*)
   EXPECT_EQ(word, next);
 }
 
-TEST(Atomics, EveryWidthAndSign) {
+TEST(Atomics, EveryTypeWrapsExchangesAndAcceptsNull) {
   Check(ZrInterlockedIncrement32, ZrInterlockedDecrement32, ZrInterlockedExchange32);
   Check(ZrInterlockedIncrementU32, ZrInterlockedDecrementU32, ZrInterlockedExchangeU32);
   Check(ZrInterlockedIncrement64, ZrInterlockedDecrement64, ZrInterlockedExchange64);

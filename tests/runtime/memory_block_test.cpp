@@ -1,3 +1,6 @@
+// Tests memory blocks, which store their size in a word before the payload. Every old size is resized to every new
+// size.
+
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -5,15 +8,15 @@
 
 #include "zrcore/memory.h"
 
-// The sum of size and size word may wrap: nothing lies behind the word then, and nothing is copied from or to there.
+// The sum of the size and its word may wrap. The block then has no payload, and no bytes are copied.
 static std::size_t SizeOfPayload(uint32_t size) { return size > 0xFFFFFFFB ? 0 : size; }
 
 static std::string PayloadOf(const char* block, uint32_t size) {
-  EXPECT_EQ(std::memcmp(block - 4, &size, sizeof size), 0) << "the size word";
+  EXPECT_EQ(std::memcmp(block - 4, &size, sizeof size), 0) << "the word before the payload must be the size";
   return std::string(block, SizeOfPayload(size));
 }
 
-TEST(Memory, RecreatingKeepsWhatFitsAndZeroesTheRest) {
+TEST(Memory, RecreateKeepsWhatFitsAndZeroesTheRest) {
   for (uint32_t after : {1u, 4u, 10u, 2000u, 0xFFFFFFFCu, 0xFFFFFFFFu}) {
     for (uint32_t before : {0u, 1u, 4u, 10u, 1000u, 0xFFFFFFFCu, 0xFFFFFFFFu}) {
       SCOPED_TRACE(testing::Message() << before << " to " << after);
@@ -27,6 +30,6 @@ TEST(Memory, RecreatingKeepsWhatFitsAndZeroesTheRest) {
       ZrDestroyMemory(block);
     }
   }
-  EXPECT_EQ(ZrRecreateMemory(ZrCreateMemory(1), 0), nullptr) << "the block is freed";
+  EXPECT_EQ(ZrRecreateMemory(ZrCreateMemory(1), 0), nullptr) << "recreating with size 0 must free the block";
   ZrDestroyMemory(nullptr);
 }
