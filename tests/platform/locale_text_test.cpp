@@ -1,4 +1,4 @@
-// Letter case and UTF-8, on the platform layer's own interface.
+// Tests letter case and conversion to UTF-8 in the platform layer. The same tests run on every system.
 
 #include "platform/locale_text.h"
 
@@ -6,7 +6,7 @@
 
 #include <cctype>
 
-TEST(PlatformLocaleText, WithoutALocaleOnlyAsciiLettersHaveCase) {
+TEST(PlatformLocaleText, OnlyAsciiLettersHaveCaseWithoutALocale) {
   for (int unit = 0; unit <= 0xFFFF; ++unit) {
     EXPECT_EQ(PlatformToLower(nullptr, static_cast<WCHAR>(unit)), unit < 0x80 ? std::tolower(unit) : unit)
         << "unit " << unit;
@@ -15,9 +15,10 @@ TEST(PlatformLocaleText, WithoutALocaleOnlyAsciiLettersHaveCase) {
   }
 }
 
-TEST(PlatformLocaleText, RefusesToWriteUtf8OverItsSource) {
+TEST(PlatformLocaleText, RejectsTheSourceAsUtf8Buffer) {
   WCHAR text[] = {'a', 'b', 0};
   EXPECT_EQ(PlatformTextToUtf8(text, reinterpret_cast<char*>(text), sizeof text), 0);
-  EXPECT_EQ(PlatformTextToUtf8(text, reinterpret_cast<char*>(text), 0), 3) << "a query ignores the buffer";
+  EXPECT_EQ(PlatformTextToUtf8(text, reinterpret_cast<char*>(text), 0), 3)
+      << "a query for the size must ignore the buffer";
   EXPECT_EQ(text[1], 'b');
 }

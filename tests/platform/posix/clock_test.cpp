@@ -1,4 +1,4 @@
-// The clock and the reading of the time zone on POSIX systems.
+// Tests the clock and the time zone on POSIX systems, with a clock that the tests set.
 
 #include "platform/clock.h"
 
@@ -12,7 +12,7 @@
 #include "tests/support/text.h"
 
 // The linker redirects the library's calls of clock_gettime and tzset to these wrappers.
-static const std::timespec* g_clock = nullptr;  // what the clock shows if set; a negative fraction makes the call fail
+static const std::timespec* g_clock = nullptr;  // the clock's time if not null; negative nanoseconds make the call fail
 static int g_zoneReads = 0;
 
 extern "C" {
@@ -30,13 +30,13 @@ void __wrap_tzset() {
 }
 }
 
-// The system's own records reach to the year 30827, values a little further.
-TEST(PosixClock, TheClockMayShowAnyTime) {
+// The system's records end with the year 30827, and ZRDATETIME a little later.
+TEST(PosixClock, ConvertsAnySystemTime) {
   const struct {
     std::timespec clock;
     const char* date;
   } kRows[] = {
-      {{-11644473600 - 1, 0}, "1601-01-01 0"},  // 1600: no date, which is 0
+      {{-11644473600 - 1, 0}, "1601-01-01 0"},  // 1600 is not a valid date and becomes 0
       {{-11644473600, 0}, "1601-01-01 0"},
       {{-11644473600, 5'999'999}, "1601-01-01 50000"},
       {{951827696, 0}, "2000-02-29 0"},
@@ -44,7 +44,7 @@ TEST(PosixClock, TheClockMayShowAnyTime) {
       {{978307199, 999'999'999}, "2000-12-31 9990000"},
       {{910670515199, 0}, "30827-12-31 0"},
       {{910670515200, 0}, "1601-01-01 0"},
-      {{INT64_MAX, 0}, "1601-01-01 0"},  // whose year the C library can't store
+      {{INT64_MAX, 0}, "1601-01-01 0"},  // the C library cannot store this year
       {{951827696, -1}, "1601-01-01 0"},
   };
   for (const auto& row : kRows) {
@@ -57,8 +57,8 @@ TEST(PosixClock, TheClockMayShowAnyTime) {
   g_clock = nullptr;
 }
 
-// Where the environment names no zone, reading it asks the file system.
-TEST(PosixClock, TheZoneIsReadOnceASecondUnlessItIsNamed) {
+// Without TZ, reading the zone needs the file system, so the library reads it at most once per second.
+TEST(PosixClock, RereadsAnUnnamedZoneOncePerSecond) {
   SetTimeZone(nullptr);
   const char* const set = std::getenv("TZ");
   const std::string before = set != nullptr ? set : "";
@@ -76,7 +76,7 @@ TEST(PosixClock, TheZoneIsReadOnceASecondUnlessItIsNamed) {
   setenv("TZ", "UTC0", 1);
   EXPECT_EQ(readsFor(3), 3);
   unsetenv("TZ");
-  EXPECT_EQ(readsFor(1), 1) << "the time of the last reading is forgotten";
+  EXPECT_EQ(readsFor(1), 1) << "the zone must be read again after TZ was set in between";
   g_clock = nullptr;
   if (set != nullptr) setenv("TZ", before.c_str(), 1);
 }

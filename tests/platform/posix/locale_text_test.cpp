@@ -1,4 +1,4 @@
-// The letter case of a locale that the system does not have.
+// Tests the letter case on POSIX systems when the user's locale is not installed.
 
 #include "platform/locale_text.h"
 
@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <string>
 
-TEST(PosixLocaleText, AnUnknownLocaleHasTheCaseOfAscii) {
+TEST(PosixLocaleText, UnknownLocaleUsesAsciiCase) {
   const char* const set = std::getenv("LC_ALL");
   const std::string before = set != nullptr ? set : "";
   setenv("LC_ALL", "no such locale", 1);

@@ -1,4 +1,4 @@
-// The reason that a failed load reports, made of the dynamic loader's text.
+// Tests the reason that a failed load reports on POSIX systems. The tests replace the dynamic loader's message.
 
 #include "platform/module.h"
 
@@ -8,7 +8,7 @@
 
 #include "tests/support/text.h"
 
-// The linker redirects the library's calls of dlerror to this wrapper, which returns the text that a test has set.
+// The linker redirects the library's calls of dlerror to this wrapper, which returns the text that a test sets.
 static const char* g_loaderText = nullptr;
 
 extern "C" {
@@ -19,11 +19,11 @@ char* __wrap_dlerror() {
 }
 }
 
-// What the loader says of a file that is not there, put in its mouth.
-TEST(PosixModule, TheReasonOfAFailedLoadIsOneLineWithoutThePath) {
+// The file does not exist, and each row replaces the loader's message about it.
+TEST(PosixModule, LoadFailureReasonIsOneLineWithoutThePath) {
   const std::string path = "/nowhere/file", limit(kModuleReasonUnits - 1, 'x');
   const struct {
-    std::string said;
+    std::string message;
     Units reason;
   } kRows[] = {
       {path + ": not there", W("not there")},
@@ -38,13 +38,13 @@ TEST(PosixModule, TheReasonOfAFailedLoadIsOneLineWithoutThePath) {
        "f \xC2\x84",
        W("a b c d e f \x0084")},
       {limit + "yz", Widened(limit + "y")},
-      {limit + "\xF0\x9F\xAA\x90", Widened(limit)},  // half a character is no text
+      {limit + "\xF0\x9F\xAA\x90", Widened(limit)},  // half a surrogate pair is dropped
   };
-  for (const auto& [said, expected] : kRows) {
-    g_loaderText = said.c_str();
+  for (const auto& [message, expected] : kRows) {
+    g_loaderText = message.c_str();
     Units reason;
     EXPECT_EQ(PlatformLoadModule(Widened(path).c_str(), reason), nullptr);
-    EXPECT_EQ(reason, expected) << said;
+    EXPECT_EQ(reason, expected) << message;
   }
   g_loaderText = nullptr;
 }

@@ -1,4 +1,4 @@
-// Random bytes on POSIX systems where getrandom fails, as it does on old kernels.
+// Tests random bytes on POSIX systems when getrandom fails, as it does on old kernels. The tests make the call fail.
 
 #include "platform/random.h"
 
@@ -11,7 +11,7 @@
 
 #include "tests/support/text.h"
 
-// The linker redirects the library's calls of getrandom to this wrapper, which fails as often as a test asks.
+// The linker redirects the library's calls of getrandom to this wrapper, which fails g_randomFailures times.
 static int g_randomFailures = 0, g_randomError = 0;
 
 extern "C" {
@@ -24,7 +24,7 @@ ssize_t __wrap_getrandom(void* bytes, std::size_t size, unsigned flags) {
 }
 }
 
-TEST(PosixRandom, UuidsAreRandomWithoutTheSystemCall) {
+TEST(PosixRandom, GeneratesRandomUuidsWhenGetrandomFails) {
   for (const int error : {EINTR, ENOSYS}) {
     g_randomFailures = 1;
     g_randomError = error;
