@@ -1,4 +1,5 @@
-// Letter case in the user's locale and in one that no machine is sure to have, where the lower case of I is no i.
+// Tests case mapping and case-insensitive comparison with random texts. The oracle maps unit by unit with the system's
+// own functions in the user's locale, and with a Turkish mapping in which the lower case of I is not i.
 
 #include "text/character_case.h"
 
@@ -12,7 +13,7 @@
 #include "tests/support/text.h"
 #include "zrcore/unicode.h"
 
-// Before the library reads it, on first use: the one locale with more than ASCII letters that every system has.
+// Runs before the library reads the locale on first use. Every system has this locale with more than ASCII letters.
 [[maybe_unused]] static const bool g_isChosen = (ChooseUnicodeLocale(), true);
 
 static WCHAR Turkish(WCHAR unit) { return unit == 'I' ? WCHAR{0x131} : unit == 0x130 ? WCHAR{'i'} : SystemLower(unit); }
@@ -22,9 +23,9 @@ static Units Mapped(Units text, WCHAR (*map)(WCHAR)) {
   return text;
 }
 
-TEST(CharacterCase, IsThatOfTheLocaleUnitByUnit) {
-  EXPECT_EQ(SystemLower(0xC9), 0xE9u) << "a locale with more than ASCII";
-  auto& map = const_cast<CCaseMap&>(g_characterCase.Lower());  // replaced as long as the test runs
+TEST(CharacterCase, FollowsTheLocaleUnitByUnit) {
+  EXPECT_EQ(SystemLower(0xC9), 0xE9u) << "this test needs a locale with more than ASCII letters";
+  auto& map = const_cast<CCaseMap&>(g_characterCase.Lower());  // replaced during the test
   static const CCaseMap usersMap = map;                        // too large for some stacks
   const GuardedPage page, otherPage;
   std::mt19937 random(5);
@@ -34,20 +35,21 @@ TEST(CharacterCase, IsThatOfTheLocaleUnitByUnit) {
     if (lower == Turkish) map.Read(lower, 'A', 'a' - 'A');
     EXPECT_EQ(map.IsAsciiPlain(), lower != Turkish);
     for (int round = 0; round < 20000; ++round) {
-      // All units in turn; or few, so that what stands in front, in half of the rounds, is easily taken for the text.
-      const Units front(random() % 2 * 40, WCHAR{'a'});
-      const size_t kinds = 1 + static_cast<size_t>(round) / 2 % kUnits.size();
+      // Odd rounds use all units in turn. Even rounds use few different units, so that a read of the text before the
+      // start, which half of the rounds have, easily passes for the text.
+      const Units prefix(random() % 2 * 40, WCHAR{'a'});
+      const size_t choices = 1 + static_cast<size_t>(round) / 2 % kUnits.size();
       Units left(random() % 40, WCHAR{0});
-      for (WCHAR& unit : left) unit = round % 2 ? WCHAR(++next % 0xFFFF + 1) : kUnits[random() % kinds];
+      for (WCHAR& unit : left) unit = round % 2 ? WCHAR(++next % 0xFFFF + 1) : kUnits[random() % choices];
       Units right = random() % 2 == 0 ? Mapped(left, lower) : left;
       if (random() % 2 == 0 && !right.empty()) right[random() % right.size()] = static_cast<WCHAR>('a' + random() % 3);
       if (random() % 4 == 0) right.resize(random() % (right.size() + 1));
-      WCHAR* const text = page.Put(front + left) + front.size();
+      WCHAR* const text = page.Put(prefix + left) + prefix.size();
       const auto inputs = [&] {
         return testing::Message() << "round " << round << (lower == Turkish ? ", Turkish " : ", the system's ")
                                   << testing::PrintToString(left) << " and " << testing::PrintToString(right);
       };
-      const int32_t order = ZrWCHARCompareNoCase(text, otherPage.Put(front + right) + front.size());
+      const int32_t order = ZrWCHARCompareNoCase(text, otherPage.Put(prefix + right) + prefix.size());
       ASSERT_EQ(SignOf(order), SignOf(Mapped(left, lower).compare(Mapped(right, lower)))) << inputs();
       ASSERT_RESULT(ZrWCHARToLower(text), ZR_R_OK) << inputs();
       ASSERT_EQ(Units(text), Mapped(left, lower)) << inputs();

@@ -1,25 +1,25 @@
-// What the layers of conversion refuse. What they make of a text, good or bad, is held to a model.
+// Tests which arguments the Unicode conversions reject. utf8_vectors_test.cpp compares what they convert with a model.
 
 #include <gtest/gtest.h>
 
 #include "tests/support/text.h"
 
 template <class T>
-static void CheckThatWriterRefuses(ZRRESULT (*write)(ZRSTR, int32_t, T*, int32_t*)) {
+static void CheckThatWriterRejects(ZRRESULT (*write)(ZRSTR, int32_t, T*, int32_t*)) {
   const Owned text(Units(W("text")));
   T buffer[8] = {};
-  int32_t asked = -1, room = 8, none = -2;
-  ExpectRefused({write(text, 0, buffer, &asked), write(text, -2, buffer, &asked), write(text, -1, buffer, &none),
-                 write(text, -1, nullptr, &room), write(nullptr, -1, buffer, &asked),
+  int32_t query = -1, capacity = 8, invalid = -2;
+  ExpectRefused({write(text, 0, buffer, &query), write(text, -2, buffer, &query), write(text, -1, buffer, &invalid),
+                 write(text, -1, nullptr, &capacity), write(nullptr, -1, buffer, &query),
                  write(text, -1, buffer, nullptr)});
-  EXPECT_TRUE(asked == -1 && room == 8 && none == -2) << "unchanged";
+  EXPECT_TRUE(query == -1 && capacity == 8 && invalid == -2) << "a rejected call must not change the size";
 }
 
-TEST(Unicode, LayersRefuse) {
-  CheckThatWriterRefuses(ZrCreateWCHARfromZRSTR);
-  CheckThatWriterRefuses(ZrCreateUTF16fromZRSTR);
-  CheckThatWriterRefuses(ZrCreateUTF32fomZRSTR);
-  CheckThatWriterRefuses(ZrCreateUTF8fromZRSTR);
+TEST(Unicode, ConversionsRejectInvalidArguments) {
+  CheckThatWriterRejects(ZrCreateWCHARfromZRSTR);
+  CheckThatWriterRejects(ZrCreateUTF16fromZRSTR);
+  CheckThatWriterRejects(ZrCreateUTF32fomZRSTR);
+  CheckThatWriterRejects(ZrCreateUTF8fromZRSTR);
   const Owned snow(Units(W("\x96EA")));
   ZRSTR string = snow;
   char32_t* points = nullptr;

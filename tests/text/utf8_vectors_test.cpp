@@ -1,3 +1,6 @@
+// Compares the Unicode conversions with the slow model on random texts, with the processor's vector instructions and
+// without.
+
 #include "text/utf8_vectors.h"
 
 #include <gtest/gtest.h>
@@ -7,14 +10,15 @@
 #include "tests/support/random_seed.h"
 #include "tests/support/unicode_check.h"
 
-// First and count of code points: six kinds that only belong together, then limits of each form and surrogates.
-static constexpr char32_t kKinds[][2] = {{0x20, 0x5F},     {0xA0, 0x760},    {0x4E00, 0x1000}, {0xFF80, 0x80},
-                                         {0x1F600, 0x100}, {0x7A, 0x10},     {0x7F0, 0x20},    {0xFFF0, 0x20},
-                                         {0x10FFF0, 0x20}, {0x1FFFF0, 0x20}, {0xD7FE, 0x804}};
+// Ranges of code points, as the first and the count: six ranges of text, then the limits of each encoding, and
+// surrogates.
+static constexpr char32_t kRanges[][2] = {{0x20, 0x5F},     {0xA0, 0x760},    {0x4E00, 0x1000}, {0xFF80, 0x80},
+                                          {0x1F600, 0x100}, {0x7A, 0x10},     {0x7F0, 0x20},    {0xFFF0, 0x20},
+                                          {0x10FFF0, 0x20}, {0x1FFFF0, 0x20}, {0xD7FE, 0x804}};
 
-// Runs of one kind of character, long enough for the vectors and for what follows them, and one thing wrong somewhere,
-// or nothing. All layers are compared with the model, with the vectors that this processor has and without.
-TEST(Utf8Vectors, AllLayersDoWhatTheModelDoesWithAndWithoutThem) {
+// The texts are runs of characters of one range, long enough for the vectors and for the rest after them. A text has
+// one error or none.
+TEST(Utf8Vectors, ConversionsMatchTheModelWithAndWithoutVectors) {
   const uint32_t seed = RandomSeed(42);
   const bool hadWide = g_hasAvx2;
   for (uint32_t round = 0; round < 4300; ++round) {
@@ -24,26 +28,26 @@ TEST(Utf8Vectors, AllLayersDoWhatTheModelDoesWithAndWithoutThem) {
     std::vector<uint8_t> bytes;
     std::vector<WCHAR> units;
     for (size_t runs = 1 + pick(4); runs != 0; --runs) {
-      const size_t kind = pick(pick(8) == 0 ? std::size(kKinds) : 6), other = pick(6), every = 1 + pick(150);
+      const size_t range = pick(pick(8) == 0 ? std::size(kRanges) : 6), other = pick(6), every = 1 + pick(150);
       for (size_t length = pick(pick(3) == 0 ? 150 : 40); length != 0; --length) {
-        const auto& [first, count] = kKinds[pick(every) == 1 ? other : kind];
+        const auto& [first, count] = kRanges[pick(every) == 1 ? other : range];
         points.push_back(first + pick(count));
         for (const WCHAR unit : model::Units(points.back())) units.push_back(unit);
-        const size_t size = pick(2000) == 0 ? 4 : model::SequenceSize(points.back());  // sometimes longer than need be
+        const size_t size = pick(2000) == 0 ? 4 : model::SequenceSize(points.back());  // sometimes overlong
         for (const char byte : model::Sequence(points.back(), size)) bytes.push_back(static_cast<uint8_t>(byte));
       }
     }
     const uint32_t fault = pick(6);
-    const auto spoil = [&](auto& text, uint32_t value) {
+    const auto corrupt = [&](auto& text, uint32_t value) {
       if (text.empty()) return;
       const auto place = text.begin() + pick(text.size());
       if (fault == 0) *place = static_cast<std::decay_t<decltype(*place)>>(value);
       if (fault == 1) text.erase(place);
       if (fault == 2) text.erase(text.end() - pick(std::min<size_t>(text.size(), 4)), text.end());
     };
-    spoil(bytes, pick(0x100));
-    spoil(units, pick(8) == 0 ? 0 : 0xD800 + pick(0x800));
-    spoil(points, pick(size_t{1} << pick(33)));
+    corrupt(bytes, pick(0x100));
+    corrupt(units, pick(8) == 0 ? 0 : 0xD800 + pick(0x800));
+    corrupt(points, pick(size_t{1} << pick(33)));
     const int32_t length = pick(2) == 0 || units.empty() ? -1 : static_cast<int32_t>(1 + pick(units.size()));
     const auto stray = static_cast<int32_t>(pick(1200));
     for (const bool isWide : {false, hadWide}) {
@@ -58,9 +62,9 @@ TEST(Utf8Vectors, AllLayersDoWhatTheModelDoesWithAndWithoutThem) {
   }
 }
 
-// A sequence that is cut by ASCII characters, at each place around the end of a vector: blocks of them are counted
-// without a look at each.
-TEST(Utf8Vectors, SeeASequenceThatIsCutBeforeABlockOfAscii) {
+// ASCII characters follow a truncated sequence at each position around the end of a vector. Blocks of ASCII are counted
+// without a check of each character.
+TEST(Utf8Vectors, DetectATruncatedSequenceBeforeABlockOfAscii) {
   const bool hadWide = g_hasAvx2;
   for (const bool isWide : {false, hadWide}) {
     g_hasAvx2 = isWide;
@@ -68,7 +72,8 @@ TEST(Utf8Vectors, SeeASequenceThatIsCutBeforeABlockOfAscii) {
       for (size_t place = 56; place < 72; ++place) {
         std::vector<uint8_t> bytes(200, 'a');
         std::copy(cut.begin(), cut.end(), bytes.begin() + static_cast<std::ptrdiff_t>(place));
-        EXPECT_EQ(CheckFromUtf8(bytes, 'b'), "") << cut.size() << " at " << place << (isWide ? ", wide" : "");
+        EXPECT_EQ(CheckFromUtf8(bytes, 'b'), "")
+            << cut.size() << " bytes of a sequence at " << place << (isWide ? ", with wide vectors" : "");
       }
     }
   }
