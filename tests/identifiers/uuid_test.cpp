@@ -1,3 +1,6 @@
+// Tests UUIDs: records on the heap, order, formatting and parsing. The order of records must be the order of their
+// texts.
+
 #include <gtest/gtest.h>
 
 #include <cctype>
@@ -11,7 +14,7 @@
 static const ZRUUID kValue = {0x01234567, 0x89AB, 0xCDEF, {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}}, kNil = {},
                     kUnchanged = {7, 0, 0, {}};
 
-TEST(Uuid, HeapRecords) {
+TEST(Uuid, CreatesCopiesAndGeneratesRecords) {
   ZRUUID *nil = ZrCreateUUID(), *copy = nullptr;
   EXPECT_EQ(*nil, kNil);
   EXPECT_RESULT(ZrCopyUUID(&kValue, &copy), ZR_R_OK);
@@ -19,20 +22,20 @@ TEST(Uuid, HeapRecords) {
   ExpectRefused({ZrCopyUUID(&kValue, nullptr), ZrCopyUUID(nullptr, &copy), ZrUUIDFromString(nullptr, nil)});
   for (int round = 0; round < 100; ++round) {
     ZRUUID* random = ZrGenerateUUID();
-    EXPECT_EQ(random->data3 >> 12, 4) << "version";
-    EXPECT_EQ(random->data4[0] >> 6, 2) << "variant";
-    EXPECT_FALSE(*random == *copy) << "the one before";
+    EXPECT_EQ(random->data3 >> 12, 4) << "the version must be 4";
+    EXPECT_EQ(random->data4[0] >> 6, 2) << "the variant must be 2";
+    EXPECT_FALSE(*random == *copy) << "two generated UUIDs must differ";
     std::swap(*random, *copy);
     ZrDestroyUUID(random);
   }
   for (ZRUUID* record : {nil, copy, static_cast<ZRUUID*>(nullptr)}) ZrDestroyUUID(record);
 }
 
-TEST(Uuid, OrdersAsItsText) {
+TEST(Uuid, OrdersLikeItsText) {
   std::mt19937 random(7);
   uint8_t equal = 9;
   for (int round = 0; round < 2000; ++round) {
-    ZRUUID right = kValue;  // but for two bytes, or one
+    ZRUUID right = kValue;  // then differs in up to two bytes
     auto* bytes = reinterpret_cast<uint8_t*>(&right);
     for (int change = 0; change < 2; ++change) bytes[random() % 16] = static_cast<uint8_t>(random());
     const int order = testing::PrintToString(kValue).compare(testing::PrintToString(right));
@@ -48,8 +51,8 @@ TEST(Uuid, OrdersAsItsText) {
   ExpectRefused({ZrCompareUUID(nullptr, &kValue, &equal), ZrCompareUUID(&kValue, &kValue, nullptr)});
 }
 
-// What a record holds after reading the text, with nothing behind it to read.
-static ZRUUID Read(const std::string& text) {
+// Parses a text in a buffer of exactly its size. Returns the record afterwards.
+static ZRUUID Parsed(const std::string& text) {
   const std::vector<char> exact(text.c_str(), text.c_str() + text.size() + 1);
   ZRUUID uuid = kUnchanged;
   const ZRRESULT result = ZrUUIDFromString(exact.data(), &uuid);
@@ -58,22 +61,23 @@ static ZRUUID Read(const std::string& text) {
   return uuid;
 }
 
-TEST(Uuid, WritesAndReadsText) {
+TEST(Uuid, FormatsAndParsesText) {
   const std::string plain = "01234567-89AB-CDEF-0123-456789ABCDEF", cut = plain.substr(0, 35);
   ZRSTR written = nullptr;
   EXPECT_RESULT(ZrStringFromUUID(&kValue, &written), ZR_R_OK);
   EXPECT_EQ(ContentOf(Owned(written)), Widened("{" + plain + "}"));
-  for (const char* front : {"", "{", "\"", "\"{"})
-    EXPECT_EQ(Read(front + plain + "}\" and more"), kValue) << "after " << front;
-  EXPECT_EQ(Read("01234567 89ab?cdef\3720123G456789abcdef"), kValue) << "separators may be anything";
-  EXPECT_EQ(Read(cut), kUnchanged);
-  EXPECT_EQ(Read("\"" + cut), kNil) << "the last digit's place lies behind the terminator";
-  for (const char* front : {"{\"", "{{"}) EXPECT_EQ(Read(front + plain), kNil) << "only the other order";
+  for (const char* prefix : {"", "{", "\"", "\"{"})
+    EXPECT_EQ(Parsed(prefix + plain + "}\" and more"), kValue) << "after the prefix " << prefix;
+  EXPECT_EQ(Parsed("01234567 89ab?cdef\3720123G456789abcdef"), kValue) << "separators may be any characters";
+  EXPECT_EQ(Parsed(cut), kUnchanged);
+  EXPECT_EQ(Parsed("\"" + cut), kNil) << "the last digit would be after the terminator";
+  for (const char* prefix : {"{\"", "{{"})
+    EXPECT_EQ(Parsed(prefix + plain), kNil) << "only a quote, then a brace, may precede";
   for (int unit = 1; unit < 256; ++unit) {
     const char digit[] = {static_cast<char>(unit), 0};
     ZRUUID expected = kValue;
     expected.data4[7] = static_cast<uint8_t>(0xE0 + std::strtoul(digit, nullptr, 16));
-    EXPECT_EQ(Read(cut + digit), std::isxdigit(unit) ? expected : kNil) << "digit " << unit;
+    EXPECT_EQ(Parsed(cut + digit), std::isxdigit(unit) ? expected : kNil) << "digit " << unit;
   }
   ExpectRefused({ZrStringFromUUID(&kValue, nullptr), ZrUUIDFromString(plain.c_str(), nullptr)});
 }
