@@ -1,3 +1,6 @@
+// Tests dates, times and time spans: calendar, formatting and parsing. The oracles are std::chrono, printf and the
+// models of time_models.h.
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -34,8 +37,8 @@ static ZRDATETIMESTRUCT RecordOf(ZRDATETIME value) {
   return record;
 }
 
-// The number of a day has 32 bits, and wraps; quotients go towards zero.
-TEST(DateTime, FollowsTheCalendarAtAnyValue) {
+// The day number has 32 bits and wraps. Division truncates towards zero.
+TEST(DateTime, BreaksDownAnyValueByTheCalendar) {
   std::mt19937_64 random(3);
   std::vector<ZRDATETIME> values = {0, -1, INT64_MAX, INT64_MIN};
   for (int64_t day = -150000; day < 800000; ++day) values.push_back(day * ZR_TICKS_PER_DAY - (day < 0));
@@ -63,11 +66,11 @@ TEST(DateTime, FollowsTheCalendarAtAnyValue) {
   ZrDateTimeFromStruct(nullptr, nullptr);
 }
 
-TEST(DateTime, WritesAsPrintfDoesAndReckonsAnyRecord) {
+TEST(DateTime, FormatsLikePrintfAndComposesAnyRecord) {
   std::mt19937 random(6);
   for (int round = 0; round < 20000; ++round) {
     ZRDATETIMESTRUCT r = {2012, 3, 0, 4, 5, 6, 7, 12, 0, 1234567};
-    // Some fields hold anything; near the ends of their places more often than not.
+    // Some fields get random values, half of them near the limits of their digits.
     static const int kEdges[] = {-1, 0, 9, 10, 99, 100, 999, 1000, 9999, 10000, 9999999, 10000000, -1000, -10};
     const auto any = [&] { return random() % 2 ? kEdges[random() % std::size(kEdges)] : static_cast<int>(random()); };
     const auto disturb = [&](auto&... fields) { ((random() % 4 == 0 ? Set(fields, any()) : void()), ...); };
@@ -86,27 +89,27 @@ TEST(DateTime, WritesAsPrintfDoesAndReckonsAnyRecord) {
   EXPECT_EQ(ZrDateTimeStructToTimeString(nullptr), nullptr);
 }
 
-// Each part with the sign of the span.
-static std::string PrintedSpan(ZRTIMESPAN span) {
+// Each part has the sign of the span.
+static std::string FormattedSpan(ZRTIMESPAN span) {
   const ZRDATETIMESTRUCT parts = RecordOf(span);
   const auto days = static_cast<int>(span / ZR_TICKS_PER_DAY);
   return (days != 0 ? Format("%4d.", days) : "") +
          Format("%02d:%02d:%02d.%07d", parts.hour, parts.minute, parts.second, parts.fraction);
 }
 
-// Reads a text into `result` and claims that its model reads the same.
-template <class Read>
-static void CheckReading(uint8_t (*read)(ZRSTR, Read*), bool (*model)(const std::string&, Read&),
-                         const std::string& text, Read& result) {
-  if (ReadsAsModelled(read, model, Widened(text), result)) return;
-  Read expected;
+// Parses a text into `result` and expects the same from the model.
+template <class Record>
+static void CheckParser(uint8_t (*parse)(ZRSTR, Record*), bool (*model)(const std::string&, Record&),
+                        const std::string& text, Record& result) {
+  if (ReadsAsModelled(parse, model, Widened(text), result)) return;
+  Record expected;
   const bool isRead = model(text, expected);
-  FAIL() << testing::PrintToString(text) << "\n  read as  " << result << "\n  expected " << expected
+  FAIL() << testing::PrintToString(text) << "\n  parsed as " << result << "\n  expected  " << expected
          << (isRead ? "" : ", and 0 returned");
 }
 
-// Texts cut at every length, then with any unit anywhere.
-TEST(DateTime, ReadsWhatItCanAndWritesSpans) {
+// Texts are truncated to a random length, and some of their characters are replaced.
+TEST(DateTime, ParsesPartialTextsAndFormatsSpans) {
   const std::string kTexts[] = {"2012-03-04 05:06:07.1234567 tail",
                                 "04-03-2012 25:66:77.999x",
                                 "23:59:59.9999999",
@@ -123,20 +126,20 @@ TEST(DateTime, ReadsWhatItCanAndWritesSpans) {
     for (unsigned changes = random() % 4; changes > 0 && !odd.empty(); --changes) {
       odd[random() % odd.size()] = kStrange[random() % (sizeof kStrange - 1)];
     }
-    ASSERT_NO_FATAL_FAILURE(CheckReading(ZrDateTimeStringToDateTimeStruct, ModelReadDateTime, odd, record));
-    ASSERT_NO_FATAL_FAILURE(CheckReading(ZrTimeStringToDateTimeStruct, ModelReadTime, odd, record));
-    ASSERT_NO_FATAL_FAILURE(CheckReading(ZrTimeSpanStringToTimeSpan, ModelReadSpan, odd, span));
-    ASSERT_EQ(ContentOf(Owned(ZrTimeSpanToTimeSpanString(span))), Widened(PrintedSpan(span))) << odd;
+    ASSERT_NO_FATAL_FAILURE(CheckParser(ZrDateTimeStringToDateTimeStruct, ModelReadDateTime, odd, record));
+    ASSERT_NO_FATAL_FAILURE(CheckParser(ZrTimeStringToDateTimeStruct, ModelReadTime, odd, record));
+    ASSERT_NO_FATAL_FAILURE(CheckParser(ZrTimeSpanStringToTimeSpan, ModelReadSpan, odd, span));
+    ASSERT_EQ(ContentOf(Owned(ZrTimeSpanToTimeSpanString(span))), Widened(FormattedSpan(span))) << odd;
   }
   const Owned text(Units(W("2012-03-04 05:06:07.1234567")));
   for (auto read : {&ZrDateTimeStringToDateTimeStruct, &ZrTimeStringToDateTimeStruct}) {
     EXPECT_EQ(read(text, &record), 1);
     EXPECT_EQ(read(text, nullptr), 0);
     EXPECT_EQ(read(nullptr, &record), 0);
-    EXPECT_EQ(record.minute, 0) << "cleared";
+    EXPECT_EQ(record.minute, 0) << "a null text must clear the record";
   }
   EXPECT_EQ(ZrTimeSpanStringToTimeSpan(text, &span), 1);
   EXPECT_EQ(ZrTimeSpanStringToTimeSpan(text, nullptr), 0);
   EXPECT_EQ(ZrTimeSpanStringToTimeSpan(nullptr, &span), 0);
-  EXPECT_EQ(span, 0) << "cleared";
+  EXPECT_EQ(span, 0) << "a null text must clear the span";
 }

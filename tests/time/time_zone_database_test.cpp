@@ -1,5 +1,5 @@
-// Local time in every zone of the system's database, around every change of an offset, against a model that reads the
-// zone's file (RFC 8536) and knows nothing of the C library.
+// Tests local time in every zone of the system's database, around every change of an offset. The oracle is a model that
+// reads the zone's file (RFC 8536) and does not use the C library.
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@
 
 static constexpr char kDatabase[] = "/usr/share/zoneinfo";
 
-// From its start to the start of the next one, a period has one offset from universal time, in seconds.
+// A period has one offset from UTC, in seconds, from its start to the start of the next period.
 struct Period {
   int64_t start;
   int64_t offset;
@@ -34,7 +34,7 @@ struct Reader {
   }
 };
 
-// The periods that a zone file lists; none for another kind of file. Its second block has 64-bit times.
+// Returns the periods of a zone file, or an empty list for another kind of file. The second block has 64-bit times.
 static std::vector<Period> ReadZoneFile(const std::filesystem::path& path) {
   std::ifstream stream(path, std::ios::binary);
   const std::string bytes((std::istreambuf_iterator<char>(stream)), {});
@@ -43,7 +43,7 @@ static std::vector<Period> ReadZoneFile(const std::filesystem::path& path) {
   std::vector<std::size_t> counts;
   for (const std::size_t timeSize : {4u, 8u}) {
     Reader header{bytes, at + 20};
-    counts.clear();  // of universal flags, standard flags, leap seconds, times, types, characters
+    counts.clear();  // of UTC flags, standard time flags, leap seconds, times, types, characters
     for (int count = 0; count < 6; ++count) counts.push_back(static_cast<std::size_t>(header.Next(4)));
     at = header.at;
     if (timeSize == 4) at += counts[3] * 5 + counts[4] * 6 + counts[5] + counts[2] * 8 + counts[1] + counts[0];
@@ -58,7 +58,8 @@ static std::vector<Period> ReadZoneFile(const std::filesystem::path& path) {
   return periods;
 }
 
-// Changes are further apart than any period reaches into local time, so the change `at` and its neighbours suffice.
+// The model of the moment of a local time near the change `at`. Changes are further apart than any offset, so the
+// neighbouring periods suffice.
 static int64_t ModelMoment(const std::vector<Period>& periods, std::size_t at, int64_t local) {
   std::vector<std::pair<bool, int64_t>> readings;  // whether it is daylight time, and the moment
   readings.reserve(2);
@@ -72,7 +73,7 @@ static int64_t ModelMoment(const std::vector<Period>& periods, std::size_t at, i
   return readings[!readings[0].first && readings[1].first ? 0 : 1].second;  // repeated: standard time, then the later
 }
 
-static std::string Shown(int64_t seconds) {
+static std::string DescribeMoment(int64_t seconds) {
   ZRDATETIMESTRUCT record;
   ZrDateTimeToStruct((seconds + 11644473600) * ZR_TICKS_PER_SECOND, &record);
   char text[64];
@@ -81,7 +82,7 @@ static std::string Shown(int64_t seconds) {
   return text;
 }
 
-// The moment of a local time. A refusal is its code, and no moment is negative.
+// Returns the moment of a local time, or the result code, which is negative, if the library rejects it.
 static int64_t MomentOf(int64_t local) {
   try {
     int64_t moment = 0;
@@ -92,7 +93,7 @@ static int64_t MomentOf(int64_t local) {
   }
 }
 
-TEST(TimeZoneDatabase, EveryLocalTimeHasOneMomentWhateverWasAskedBefore) {
+TEST(TimeZoneDatabase, EveryLocalTimeHasOneMomentInAnyOrderOfCalls) {
   constexpr int64_t kDay = 86400, kYear2037 = 2114380800;
   int zones = 0, failures = 0;
   for (const auto& file : std::filesystem::recursive_directory_iterator(kDatabase)) {
@@ -113,13 +114,14 @@ TEST(TimeZoneDatabase, EveryLocalTimeHasOneMomentWhateverWasAskedBefore) {
       const auto check = [&](int64_t local) {
         const int64_t expected = ModelMoment(periods, at, local), got = MomentOf(local);
         if (got != expected && ++failures <= 20) {
-          ADD_FAILURE() << name << ", local time " << Shown(local) << ": got "
-                        << (got >= 0 ? Shown(got) : "code " + std::to_string(got)) << ", expected " << Shown(expected)
-                        << " UTC; the offset changes from " << last.offset << " to " << next.offset << " s";
+          ADD_FAILURE() << name << ", local time " << DescribeMoment(local) << ": got "
+                        << (got >= 0 ? DescribeMoment(got) : "code " + std::to_string(got)) << ", expected "
+                        << DescribeMoment(expected) << " UTC; the offset changes from " << last.offset << " to "
+                        << next.offset << " s";
         }
       };
       std::for_each(locals.begin(), locals.end(), check);
-      std::for_each(locals.rbegin(), locals.rend(), check);  // after other calls
+      std::for_each(locals.rbegin(), locals.rend(), check);  // in reverse order, after other calls
     }
   }
   (void)SetTimeZone(nullptr);
