@@ -1,4 +1,5 @@
-// The operations of an array's accessor check their own arguments. Arrays never pass such arguments.
+// Tests that the operations of an array's accessor check their arguments. The accessor is called directly, because
+// arrays never pass invalid arguments to it.
 
 #include "arrays/accessor.h"
 
@@ -8,7 +9,7 @@
 
 #include "tests/support/text.h"
 
-TEST(Accessor, RefusesNullsAndNoDimensions) {
+TEST(Accessor, RejectsNullArgumentsAndZeroDimensions) {
   for (const uint16_t tag : std::initializer_list<uint16_t>{ZR_VT_I4, ZR_VT_STR, ZR_VT_VARIANT}) {
     SCOPED_TRACE(testing::Message() << "tag " << tag);
     const std::unique_ptr<CZrSafeArrayAccessorBase> of(CreateAccessorForTag(tag));
@@ -45,7 +46,7 @@ TEST(Accessor, RefusesNullsAndNoDimensions) {
     EXPECT_EQ(of->LinearIndex(1, nullptr, &first), -1);
     EXPECT_EQ(of->LinearIndex(1, &bound, nullptr), -1);
     EXPECT_EQ(of->LinearIndex(0, &bound, &first), -1);
-    EXPECT_EQ(storage, &bound) << "left alone";
-    EXPECT_EQ(equal, 9) << "left alone";
+    EXPECT_EQ(storage, &bound) << "a rejected call must not change the variable";
+    EXPECT_EQ(equal, 9) << "a rejected call must not change the variable";
   }
 }

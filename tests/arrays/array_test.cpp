@@ -1,13 +1,16 @@
+// Tests safe arrays: random operations against a model, conversions against the conversion of each element through a
+// variant, and the special cases of null arguments, missing elements and unsupported types.
+
 #include <gtest/gtest.h>
 
 #include "tests/support/array_sequence.h"
 
-TEST(Array, SequencesOfOperationsAreAsOnTheModel) {
+TEST(Array, RandomOperationsMatchTheModel) {
   const std::string difference = CArraySequence::RunRandomly(1200, 600, RandomSeed(20121));
   EXPECT_TRUE(difference.empty()) << difference;
 }
 
-TEST(Array, RefusesNulls) {
+TEST(Array, RejectsNullHandles) {
   const Array array = MakeArray(ZR_VT_I4, {{1, 0}});
   ZRSAFEARRAY none = nullptr, handle = array.get();
   uint32_t word = 7, first = 0;
@@ -25,23 +28,23 @@ TEST(Array, RefusesNulls) {
               ZrSafeArrayCompare(none, handle, &equal), ZrSafeArrayChangeType(none, 0, ZR_VT_I8)});
   EXPECT_EQ(ZrSafeArrayCreate(ZR_VT_I4, 1, nullptr), nullptr);
   EXPECT_EQ(ZrSafeArrayRedim(handle, 1, nullptr), ZR_R_INVALID_ARGUMENTS);
-  // A variable that is null or has no answer is no failure.
+  // A null variable, or a dimension that does not exist, is not a failure.
   ExpectEach(ZR_R_OK,
              {ZrSafeArrayGetBounds(handle, nullptr, &bounds), ZrSafeArrayGetElementCount(handle, nullptr, nullptr),
               ZrSafeArrayGetLBound(handle, 0, &word), ZrSafeArrayGetUBound(handle, 2, &word)});
-  EXPECT_TRUE(equal == 9 && word == 7 && bounds == &bound) << "nothing is written";
+  EXPECT_TRUE(equal == 9 && word == 7 && bounds == &bound) << "no variable may be written";
   EXPECT_EQ(ZrSafeArrayLock(handle), ZR_R_OK);
   ExpectEach(ZR_R_INVALID_POINTER,
              {ZrSafeArrayGetElement(handle, nullptr, &word), ZrSafeArrayGetElement(handle, &word, nullptr),
               ZrSafeArrayPutElement(handle, nullptr, &word), ZrSafeArrayPutElement(handle, &word, nullptr)});
-  for (const uint16_t kind : std::initializer_list<uint16_t>{ZR_VT_STR, ZR_VT_BLOB, ZR_VT_REF, ZR_VT_SREF}) {
+  for (const uint16_t nullable : std::initializer_list<uint16_t>{ZR_VT_STR, ZR_VT_BLOB, ZR_VT_REF, ZR_VT_SREF}) {
     const void* variable = &word;
-    EXPECT_EQ(ZrSafeArrayGetElement(MakeArray(kind, {{1, 0}}).get(), &first, &variable), ZR_R_OK);
-    EXPECT_EQ(variable, &word) << "a null element leaves it alone";
+    EXPECT_EQ(ZrSafeArrayGetElement(MakeArray(nullable, {{1, 0}}).get(), &first, &variable), ZR_R_OK);
+    EXPECT_EQ(variable, &word) << "a null element must not change the variable";
   }
 }
 
-TEST(Array, RefusesEachNull) {
+TEST(Array, RejectsEachNullArgument) {
   const ZrSafeArrayBound bound = {1, 0};
   const Array array = MakeArray(ZR_VT_I4, {bound}), bare(ZrSafeArrayCreate(ZR_VT_I4, 0, &bound));
   ZRSAFEARRAY handle = array.get();
@@ -57,10 +60,10 @@ TEST(Array, RefusesEachNull) {
              {ZrSafeArrayGetElement(bare.get(), &first, &word), ZrSafeArrayPutElement(bare.get(), &first, &word),
               ZrSafeArrayChangeType(bare.get(), 0, ZR_VT_I8)});
   EXPECT_EQ(ZrSafeArrayRedim(handle, 0, &bound), ZR_R_INVALID_ARGUMENTS);
-  EXPECT_TRUE(word == 7 && equal == 9) << "nothing is written";
+  EXPECT_TRUE(word == 7 && equal == 9) << "no variable may be written";
 }
 
-TEST(Array, OfVariantsIsComparedByTheirValues) {
+TEST(Array, VariantElementsCompareByValue) {
   for (const char* second : {"I4 2", "I4 3", "I8 2", "R8 0.5"}) {
     OwnedVariant values[] = {Value("STR a"), Value("I4 2")}, others[] = {Value("STR a"), Value(second)};
     const Array left = ArrayOf(ZR_VT_VARIANT, values, 2), right = ArrayOf(ZR_VT_VARIANT, others, 2);
@@ -73,8 +76,8 @@ TEST(Array, OfVariantsIsComparedByTheirValues) {
   EXPECT_TRUE(ZrSafeArrayCompare(empty.get(), twin.get(), &equal) == ZR_R_OK && equal == 1);
 }
 
-// A get of nothing takes the caller's own object for what it gives.
-TEST(Array, OfNoObjectsCountsTheOneInTheVariable) {
+// A get from an array without elements leaves the caller's variable alone but adds a reference to the object in it.
+TEST(Array, GetWithoutElementsAddsAReferenceToTheCallersObject) {
   const Array array = MakeArray(ZR_VT_UNKNOWN, {{0, 0}});
   const uint32_t first = 0, before = g_object.references;
   IZrUnknown* variable = &g_object;
@@ -83,7 +86,7 @@ TEST(Array, OfNoObjectsCountsTheOneInTheVariable) {
   g_object.Release();
 }
 
-TEST(Array, OfUuidsHasZerosForWhatWasNull) {
+TEST(Array, NullUuidConvertsToZeros) {
   OwnedVariant values[] = {Value("I4 0")};
   const Array array = ArrayOf(ZR_VT_VARIANT, values, 1);
   reinterpret_cast<ZRVARIANT*>(StorageOf(array.get()).data)->Type = ZR_VT_UUID;
@@ -91,11 +94,11 @@ TEST(Array, OfUuidsHasZerosForWhatWasNull) {
   EXPECT_EQ(*reinterpret_cast<ZRUUID*>(StorageOf(array.get()).data), ZRUUID{});
 }
 
-TEST(Array, OfNoTypeHasNoElements) {
+TEST(Array, UnsupportedElementTypeHasNoElements) {
   const ZrSafeArrayBound bound = {2, 0};
   for (const uint16_t tag : std::initializer_list<uint16_t>{0, 14, ZR_VT_OPAQUE, 54}) {
     const Array array = MakeArray(tag, {bound}), twin = MakeArray(tag, {bound}), numbers = MakeArray(ZR_VT_I4, {bound});
-    uint16_t told = 77;
+    uint16_t found = 77;
     uint32_t count = 77;
     uint8_t equal = 9;
     EXPECT_EQ(ZrSafeArrayGetElementCount(array.get(), &count, nullptr), ZR_R_OK);
@@ -106,26 +109,26 @@ TEST(Array, OfNoTypeHasNoElements) {
     const Array bare = CopyOf(array.get());
     EXPECT_TRUE(bare != nullptr && StorageOf(bare.get()).data == nullptr);
     EXPECT_EQ(ZrSafeArrayChangeType(numbers.get(), 0, tag), ZR_R_FAILED);
-    // What it couldn't be converted to, new elements are, though it still tells the old type.
+    // The conversion fails and the tag stays the same, but new elements have the type of the failed conversion.
     EXPECT_EQ(ZrSafeArrayChangeType(array.get(), 0, ZR_VT_I1), ZR_R_FAILED);
     EXPECT_EQ(ZrSafeArrayChangeType(twin.get(), 0, ZR_VT_R8), ZR_R_FAILED);
     for (const Array* each : {&array, &twin}) EXPECT_EQ(ZrSafeArrayRedim(each->get(), 1, &bound), ZR_R_OK);
-    EXPECT_EQ(ZrSafeArrayGetVartype(array.get(), &told), ZR_R_OK);
-    EXPECT_TRUE(told == tag && StorageOf(array.get()).count == 2);
+    EXPECT_EQ(ZrSafeArrayGetVartype(array.get(), &found), ZR_R_OK);
+    EXPECT_TRUE(found == tag && StorageOf(array.get()).count == 2);
     StorageOf(array.get()).data[0] = 1;
     EXPECT_EQ(ZrSafeArrayCompare(array.get(), twin.get(), &equal), ZR_R_OK);
-    EXPECT_EQ(equal, 0) << "elements of two types under one tag are different";
+    EXPECT_EQ(equal, 0) << "elements of two types must differ even if the arrays have one tag";
     for (const auto& [left, right] : {std::pair(array.get(), bare.get()), std::pair(bare.get(), array.get())}) {
       equal = 9;
       EXPECT_EQ(ZrSafeArrayCompare(left, right, &equal), ZR_R_OK);
-      EXPECT_EQ(equal, 1) << "elements beside none aren't looked at";
+      EXPECT_EQ(equal, 1) << "an array without elements must equal any other";
     }
   }
 }
 
-// An array without elements keeps its tag when its type is changed. Its copy follows the tag, one of elements follows
-// them.
-TEST(Array, CopiesFollowTheElementsOrTheTag) {
+// An array without elements keeps its tag when its type is changed. A copy of it has the type of the tag. A copy of an
+// array with elements has the type of the elements.
+TEST(Array, CopyHasTheTypeOfTheElementsElseOfTheTag) {
   const ZrSafeArrayBound one = {1, 0};
   for (const uint16_t tag : std::initializer_list<uint16_t>{14, ZR_VT_I8}) {
     const Array changed = MakeArray(tag, {{0, 0}});
@@ -144,7 +147,7 @@ TEST(Array, CopiesFollowTheElementsOrTheTag) {
   }
 }
 
-TEST(Array, WithoutDimensionsHasNoElements) {
+TEST(Array, ZeroDimensionsMeanNoElements) {
   const ZrSafeArrayBound bound = {2, 0}, *bounds = nullptr;
   const Array array(ZrSafeArrayCreate(ZR_VT_I4, 0, &bound)), other = MakeArray(ZR_VT_I4, {bound});
   ZRSAFEARRAY copy = CopyOf(other.get()).release();
@@ -155,12 +158,12 @@ TEST(Array, WithoutDimensionsHasNoElements) {
   EXPECT_EQ(ZrSafeArrayRedim(array.get(), 1, &bound), ZR_R_INVALID_OBJECT_STATE);
   EXPECT_EQ(ZrSafeArrayCompare(array.get(), other.get(), &equal), ZR_R_OK);
   EXPECT_TRUE(dimensions == 77 && copy == nullptr && equal == 1);
-  EXPECT_EQ(StorageOf(array.get()).data, nullptr) << "it has no storage";
+  EXPECT_EQ(StorageOf(array.get()).data, nullptr) << "an array without dimensions must have no storage";
 }
 
-// Nothing is written for another shape; elements of another type count as equal; an array equals itself, whatever it
-// holds. Behind references in variants as by itself.
-TEST(Array, IsComparedByItsShapeFirst) {
+// Arrays of different shape leave the result unwritten. Elements of another type count as equal. An array equals
+// itself, whatever its elements are. References to arrays in variants compare like the arrays.
+TEST(Array, CompareChecksTheShapeFirst) {
   const Array array = MakeArray(ZR_VT_BLOB, {{2, 0}}), twin = MakeArray(ZR_VT_BLOB, {{2, 0}}),
               higher = MakeArray(ZR_VT_BLOB, {{2, 1}}), deeper = MakeArray(ZR_VT_BLOB, {{2, 0}, {1, 0}}),
               numbers = MakeArray(ZR_VT_I4, {{2, 0}});
@@ -168,14 +171,14 @@ TEST(Array, IsComparedByItsShapeFirst) {
   for (ZRSAFEARRAY right : {array.get(), twin.get(), higher.get(), deeper.get(), numbers.get()}) {
     const ZRVARIANT leftRef = ByRef(ZR_VT_BLOB | ZR_VT_ARRAY, &left), rightRef = ByRef(leftRef.Type, &right);
     const int expected = right == twin.get() ? 0 : right == higher.get() || right == deeper.get() ? 9 : 1;
-    uint8_t equal = 9, equalBehind = 9;
+    uint8_t equal = 9, equalByRef = 9;
     EXPECT_EQ(ZrSafeArrayCompare(left, right, &equal), ZR_R_OK);
-    EXPECT_EQ(ZrVariantCompare(&leftRef, &rightRef, &equalBehind), ZR_R_OK);
-    EXPECT_TRUE(equal == expected && equalBehind == expected);
+    EXPECT_EQ(ZrVariantCompare(&leftRef, &rightRef, &equalByRef), ZR_R_OK);
+    EXPECT_TRUE(equal == expected && equalByRef == expected);
   }
 }
 
-TEST(Array, MayBeMissingInAVariant) {
+TEST(Array, VariantMayHoldANullArray) {
   OwnedVariant from = InVariant(ZR_VT_I4, nullptr), to = Value("STR before");
   const ZRVARIANT byRef = ByRef(from), toNothing = ByRef(from.Type, nullptr);
   uint8_t equal = 7;
@@ -183,14 +186,14 @@ TEST(Array, MayBeMissingInAVariant) {
   EXPECT_EQ(ZrVariantCopyInd(&to, &byRef), ZR_R_INVALID_POINTER);
   EXPECT_EQ(ZrVariantCopyInd(&to, &toNothing), ZR_R_INVALID_POINTER);
   EXPECT_EQ(ZrVariantChangeType(&to, &from, 0, ZR_VT_I8), ZR_R_FAILED);
-  EXPECT_EQ(ZrVariantChangeType(&to, &from, 0, ZR_VT_I4), ZR_R_OK) << "a copy that isn't told";
+  EXPECT_EQ(ZrVariantChangeType(&to, &from, 0, ZR_VT_I4), ZR_R_OK) << "a failed copy to the same tag is not reported";
   EXPECT_EQ(ZrVariantCompare(&from, &to, &equal), ZR_R_INVALID_POINTER);
   EXPECT_EQ(ZrVariantCompare(&byRef, &toNothing, &equal), ZR_R_OK);
   EXPECT_EQ(ZrVariantCompare(&toNothing, &byRef, &equal), ZR_R_OK);
   EXPECT_EQ(equal, 7);
-  EXPECT_EQ(ZrVariantClear(&to), ZR_R_INVALID_POINTER) << "nothing to destroy";
+  EXPECT_EQ(ZrVariantClear(&to), ZR_R_INVALID_POINTER) << "there is no array to destroy";
   ZRVARIANT bad = ByRef(14 | ZR_VT_ARRAY, nullptr);
-  EXPECT_EQ(ZrVariantClear(&bad), ZR_R_OK) << "an array elsewhere, of whatever";
+  EXPECT_EQ(ZrVariantClear(&bad), ZR_R_OK) << "a reference owns no array, so its tag does not matter";
 }
 
 static uint16_t TagOf(ZRSAFEARRAY array) {
@@ -199,7 +202,7 @@ static uint16_t TagOf(ZRSAFEARRAY array) {
   return tag;
 }
 
-// Reports the first element that is not as expected, with the element of `source` that it was converted from.
+// Reports the first element that differs, with the element of `source` that it was converted from.
 static void ExpectElements(const char* call, ZRSAFEARRAY found, ZRSAFEARRAY expected, ZRSAFEARRAY source) {
   const std::vector<std::string> left = DescribeElements(TagOf(found), found),
                                  right = DescribeElements(TagOf(expected), expected);
@@ -207,8 +210,9 @@ static void ExpectElements(const char* call, ZRSAFEARRAY found, ZRSAFEARRAY expe
   ASSERT_EQ(left.size(), right.size()) << call;
   for (std::size_t at = 0; at < left.size(); ++at) {
     if (left[at] == right[at]) continue;
-    ADD_FAILURE() << call << " made of element " << at << ", \"" << DescribeElements(TagOf(source), source)[at]
-                  << "\":\n  \"" << left[at] << "\"\n  and one by one it becomes\n  \"" << right[at] << "\"";
+    ADD_FAILURE() << call << " converted element " << at << "\n  from     \""
+                  << DescribeElements(TagOf(source), source)[at] << "\"\n  to       \"" << left[at]
+                  << "\"\n  expected \"" << right[at] << "\"";
     return;
   }
 }
@@ -218,12 +222,12 @@ static void ExpectResult(const char* call, ZRRESULT returned, ZRRESULT expected)
                                 << ResultName(expected);
 }
 
-// Converts values at the edges, and compares with the rule that takes each element through variants.
+// Converts an array in every way and compares it with the model, which converts each element through a variant.
 static void CheckConversion(uint16_t tag, const Array& array, uint16_t target) {
   const auto [slow, all] = ModelConvert(tag, array.get(), target);
   const Array source = CopyOf(array.get());
 
-  // In a variant, apart or in place: all elements or none.
+  // In a variant, into another variant or in place: all elements convert or none.
   const auto targetWord = static_cast<uint16_t>(target | ZR_VT_ARRAY | ZR_VT_BYREF);
   const ZRRESULT expected = all ? ZR_R_OK : ZR_R_FAILED;
   OwnedVariant from = InVariant(tag, CopyOf(array.get())), to = Value("I4 5");
@@ -236,19 +240,19 @@ static void CheckConversion(uint16_t tag, const Array& array, uint16_t target) {
   ExpectResult("ZrVariantChangeType in place", ZrVariantChangeType(&from, &from, 0, targetWord), expected);
   ExpectElements("ZrVariantChangeType in place", from.Value.array, all ? slow.get() : source.get(), source.get());
 
-  EXPECT_EQ(ZrSafeArrayLock(array.get()), ZR_R_OK) << "a conversion ignores the flag";
+  EXPECT_EQ(ZrSafeArrayLock(array.get()), ZR_R_OK) << "the flag must be free; a conversion ignores it";
   ExpectResult("ZrSafeArrayChangeType", ZrSafeArrayChangeType(array.get(), 0xFFFFFFFF, targetWord), all ? ZR_R_OK : 1);
   ExpectElements("ZrSafeArrayChangeType", array.get(), slow.get(), source.get());
 }
 
-TEST(Array, IsConvertedAsVariantsAre) {
+TEST(Array, ConversionMatchesTheModel) {
   Samples samples;
   for (const TagName& from : kElementTags) {
     for (const TagName& to : kElementTags) {
       SCOPED_TRACE(TagText(from.tag) + " to " + TagText(to.tag));
       std::vector<OwnedVariant> values = samples.Of(from.tag);
       CheckConversion(from.tag, ArrayOf(from.tag, values.data(), values.size()), to.tag);
-      // Each alone, too, since one that doesn't convert hides the others.
+      // Also converts each element alone, because an element that fails hides the others.
       for (OwnedVariant& value : samples.Of(from.tag)) CheckConversion(from.tag, ArrayOf(from.tag, &value, 1), to.tag);
     }
   }
