@@ -1,5 +1,5 @@
-// Blobs with what the boundary hides: the bytes after the content, which handles share a block, and handles that lack
-// an element or a block.
+// Tests blobs, including internals that the exports hide: the bytes after the content, which handles share a block, and
+// handles without an element or a block. Random operations are compared with a model.
 
 #include <gtest/gtest.h>
 
@@ -9,12 +9,12 @@
 #include "tests/support/blob_model.h"
 #include "tests/support/text.h"
 
-TEST(BlobModel, RandomSequencesAgreeWithThePlainModel) {
+TEST(Blob, RandomOperationsMatchTheModel) {
   const std::string difference = CBlobSequence::RunRandomly(3000, 400, RandomSeed(0));
   EXPECT_TRUE(difference.empty()) << difference;
 }
 
-TEST(Blob, TellsOfMissingInsides) {
+TEST(Blob, ReportsAMissingElementOrBlock) {
   const CBlobHolder whole = CBlobHolder::Adopt(ZrCreateBlob(4, "abcd")), odd = CBlobHolder::Adopt(HeapNew<tagZRBLOB>());
   ZRBLOB blob = odd.Get();
   uint8_t byte = 9;
@@ -25,14 +25,14 @@ TEST(Blob, TellsOfMissingInsides) {
   ExpectRefused({ZrBlobByteLen(blob, &number), ZrBlobGetAt(blob, 0, &byte), ZrBlobByteLen(nullptr, &number),
                  ZrBlobGetAt(nullptr, 0, &byte), ZrBlobPosition(nullptr, &number), ZrBlobByteLen(whole.Get(), nullptr),
                  ZrBlobGetAt(whole.Get(), 0, nullptr), ZrBlobPosition(whole.Get(), nullptr)});
-  EXPECT_TRUE(byte == 9 && number == 9) << "untouched by a failure";
+  EXPECT_TRUE(byte == 9 && number == 9) << "a failure must not change the variables";
   blob->element = new CZrBlobElement();
   EXPECT_EQ(ZrWriteBlob(blob, "x", 1), ZR_R_INVALID_OBJECT_STATE);
   EXPECT_EQ(ZrAppendBlob(blob, whole.Get()), ZR_R_INVALID_OBJECT_STATE);
   EXPECT_EQ(ZrAppendBlob(whole.Get(), blob), ZR_R_INVALID_ARGUMENTS);
 }
 
-TEST(Blob, HasLostItsBlockIfHandleOrElementHasNone) {
+TEST(Blob, BlockMustBeInHandleAndElement) {
   for (const bool isInElement : {true, false}) {
     SCOPED_TRACE(isInElement ? "the element has no block" : "the handle has no block");
     const CBlobHolder whole = CBlobHolder::Adopt(ZrCreateBlob(4, "abcd")),
@@ -47,17 +47,18 @@ TEST(Blob, HasLostItsBlockIfHandleOrElementHasNone) {
                 ZrBlobPosition(blob, &number), ZrSeekBlob(blob, 0, 0, 0), ZrInsertBlob(blob, 0, "x", 1),
                 ZrAppendBlob(blob, whole.Get()), ZrAppendBlobData(blob, "x", 1), ZrRemoveBlob(blob, 0, 1)});
     EXPECT_EQ(ZrAppendBlob(whole.Get(), blob), ZR_R_INVALID_ARGUMENTS);
-    EXPECT_TRUE(byte == 9 && number == 9) << "untouched by a failure";
+    EXPECT_TRUE(byte == 9 && number == 9) << "a failure must not change the variables";
     ExpectEach(ZR_R_OK,
                {ZrCompareBlob(whole.Get(), blob, &equal), ZrBlobByteLen(blob, &number), ZrBlobGetAt(blob, 0, &byte)});
-    EXPECT_TRUE(equal == 1 && number == 0 && byte == 0) << "equal to any, and without bytes";
+    EXPECT_TRUE(equal == 1 && number == 0 && byte == 0)
+        << "a blob without a block must be empty and equal to any other";
   }
 }
 
-TEST(BlobModel, ContentNeverOutgrows32Bits) {
+TEST(Blob, ThrowsBeforeTheLengthExceeds32Bits) {
   const CBlobHolder holder = CBlobHolder::Adopt(ZrCreateBlob(16, nullptr));
   ZRBLOB blob = holder.Get();
-  blob->block->length = blob->block->capacity = blob->block->position = UINT32_MAX - 3;  // a buffer that nobody touches
+  blob->block->length = blob->block->capacity = blob->block->position = UINT32_MAX - 3;  // the buffer is never accessed
   const Bytes bytes(4);
   EXPECT_THROW((void)ZrAppendBlobData(blob, bytes.data(), 4), std::bad_alloc);
   EXPECT_THROW((void)ZrInsertBlob(blob, 0, bytes.data(), 4), std::bad_alloc);
@@ -65,14 +66,14 @@ TEST(BlobModel, ContentNeverOutgrows32Bits) {
   EXPECT_THROW((void)ZrAppendBlob(blob, blob), std::bad_alloc);
 }
 
-TEST(Blob, WithoutABlockIsEmptyAndEqualsAny) {
+TEST(Blob, BlobWithoutABlockIsEmptyAndEqualsAny) {
   const CBlobHolder whole = CBlobHolder::Adopt(ZrCreateBlob(4, "abcd")),
                     bare = CBlobHolder::Adopt(HeapNew<tagZRBLOB>());
   ZRBLOB blob = bare.Get(), copy = ZrCopyBlob(whole.Get());
   uint8_t byte = 9, equal = 9;
   uint32_t number = 9;
   EXPECT_EQ(ZrCompareBlob(blob, whole.Get(), &equal), ZR_R_FAILED);
-  EXPECT_EQ(g_blobManager.CopyBlob(blob, &copy), ZR_R_OK) << "of the destruction";
+  EXPECT_EQ(g_blobManager.CopyBlob(blob, &copy), ZR_R_OK) << "the result is that of destroying the old blob";
   EXPECT_EQ(copy, nullptr);
   EXPECT_EQ(g_blobManager.CopyBlob(blob, &copy), ZR_R_FAILED);
   EXPECT_EQ(g_blobManager.CopyBlob(blob, nullptr), ZR_R_FAILED);
