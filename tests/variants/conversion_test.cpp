@@ -1,3 +1,6 @@
+// Tests the conversions of variants. A table of rules predicts the result of every source type and target type, a table
+// of claims lists what the rules leave open, and the C library is the oracle for numbers as text.
+
 #include <gtest/gtest.h>
 
 #include <clocale>
@@ -7,24 +10,24 @@
 #include "tests/support/array_samples.h"
 #include "tests/support/number_model.h"
 
-// ---- What converts to what ------------------------------------------------------------------------------------------
+// ---- The model: a rule for each source and target -------------------------------------------------------------------
 
-// The rule for each kind of source, in rows, and each kind of target, in columns. The table follows the contract and is
-// independent of the library's. Kinds are the lower-case letters of tag_names.h. The rules are upper case:
+// One row per kind of source and one column per kind of target. The table follows the contract and is independent of
+// the library's own table. Kinds are the lower-case letters of tag_names.h. The rules are upper case:
 //
 //     X  refused with ZR_R_NOT_SUPPORTED               A  refused with ZR_R_INVALID_ARGUMENTS
 //     N  the number if it is in the target's range     Y  the byte of a boolean, unchanged
 //     Q  the number, truncated without a range check   L  the first bytes of a blob
-//     W  the 64 bits, unchanged                        I  the 64 bits at the address that the payload is taken for
-//     P  the number that a text begins with            D  the same in base 10, without words
+//     W  the 64 bits, unchanged                        I  the 64 bits at the address that the number is taken for
+//     P  the number at the start of a text             D  the same in base 10, without words such as TRUE
 //     S  the value as text                             E  a blob of the value's bytes
 //     =  a copy                                        .  no model: kClaims has the expectations
 // clang-format off
-static constexpr std::string_view kTargets =  "bnqfd c ty s l u r g";  // nothing converts to other kinds
+static constexpr std::string_view kTargets =  "bnqfd c ty s l u r g";  // other kinds are never targets
 static constexpr std::pair<const char*, const char*> kDecisions[] = {
   {"nf",                                      "NNNNN N XX S E X X X"},
   {"c",                                       "NNNNN N XX . E X X X"},
-  {"qy",                                      "NNNNN N WW S E X X X"},  // but I from ZR_VT_QWORD to ZR_VT_DATETIME
+  {"qy",                                      "NNNNN N WW S E X X X"},  // except ZR_VT_QWORD to ZR_VT_DATETIME: I
   {"t",                                       "NNNNN N WW . E X X X"},
   {"d",                                       "NNNNN N QQ S E X X X"},
   {"b",                                       "YYYYY Y XX S E X X X"},
@@ -49,7 +52,7 @@ static char LetterFor(uint16_t source, uint16_t target) {
   return 'X';
 }
 
-// Checked in binary64, where the greatest numbers of 64 bits are rounded up.
+// The check uses binary64, where the largest 64-bit integers are rounded up.
 static bool IsInRange(double number, uint16_t target) {
   if (target == ZR_VT_R4) return std::fabs(number) <= double{std::numeric_limits<float>::max()};
   if (target == ZR_VT_R8) return std::isfinite(number);
@@ -60,16 +63,16 @@ static bool IsInRange(double number, uint16_t target) {
 }
 
 struct Outcome {
-  std::string left = "EMPTY";
+  std::string destination = "EMPTY";
   ZRRESULT result = ZR_R_OK;
 };
 
-// What a destination becomes with this in Value: after a failure an empty one.
-static Outcome Left(uint16_t target, const ModelNumber& number) {
-  ZRVARIANT left = ZR_VARIANT_INIT;
-  if (ZR_SUCCEEDED(number.result)) left.Type = target;
-  left.Value.ui8 = left.Type == ZR_VT_BOOL ? (number.word & 0xFF) != 0 : number.word;
-  return {Describe(left), number.result};
+// The outcome for a destination with this number in Value. After a failure the destination is empty.
+static Outcome OutcomeOf(uint16_t target, const ModelNumber& number) {
+  ZRVARIANT destination = ZR_VARIANT_INIT;
+  if (ZR_SUCCEEDED(number.result)) destination.Type = target;
+  destination.Value.ui8 = destination.Type == ZR_VT_BOOL ? (number.word & 0xFF) != 0 : number.word;
+  return {Describe(destination), number.result};
 }
 
 static Outcome Model(char letter, const ZRVARIANT& source, uint16_t target) {
@@ -80,55 +83,55 @@ static Outcome Model(char letter, const ZRVARIANT& source, uint16_t target) {
   const bool fitsInt64 = number >= -0x1p63L && number < 0x1p63L;
   uint64_t word = tag == ZR_VT_BOOL ? number != 0 : from.ui8;
   if (letter == '=') return {Describe(source)};
-  if (letter == 'W') return Left(target, {ZR_R_OK, word});
-  if (letter == 'I') return Left(target, {ZR_R_OK, *static_cast<const uint64_t*>(from.address)});
-  if (letter == 'Q') return Left(target, {ZR_R_OK, WordOf(target, fitsInt64 ? number : -0x1p63L)});
-  if (letter == 'P' || letter == 'D') return Left(target, ModelOfText(ContentOf(from.string), target));
+  if (letter == 'W') return OutcomeOf(target, {ZR_R_OK, word});
+  if (letter == 'I') return OutcomeOf(target, {ZR_R_OK, *static_cast<const uint64_t*>(from.address)});
+  if (letter == 'Q') return OutcomeOf(target, {ZR_R_OK, WordOf(target, fitsInt64 ? number : -0x1p63L)});
+  if (letter == 'P' || letter == 'D') return OutcomeOf(target, ModelOfText(ContentOf(from.string), target));
   if (letter == 'S' && tag == ZR_VT_BOOL) return {number != 0 ? "STR TRUE" : "STR FALSE"};
   if (letter == 'S') return {"STR " + (IsReal(tag) ? PrintedReal(static_cast<double>(number)) : payload)};
   if (letter == 'E') return {"BLOB " + Hexadecimal({reinterpret_cast<const char*>(&word), NameOf(tag)->width})};
   if (letter == 'Y' || (letter == 'N' && IsInRange(static_cast<double>(number), target))) {
-    return Left(target, {ZR_R_OK, WordOf(target, number)});
+    return OutcomeOf(target, {ZR_R_OK, WordOf(target, number)});
   }
   if (letter == 'L') {
     const std::string bytes = BytesOf(from.blob) + std::string(8, 0);
     word = 0;
     std::memcpy(&word, bytes.data(), NameOf(target)->width);
-    return Left(target, {ZR_R_OK, word});
+    return OutcomeOf(target, {ZR_R_OK, word});
   }
   return {"EMPTY", letter == 'X' ? ZR_R_NOT_SUPPORTED : ZR_R_INVALID_ARGUMENTS};
 }
 
-// What the rules leave open.
+// The expectations that the rules leave open.
 static constexpr ZRRESULT kRefused = ZR_R_INVALID_ARGUMENTS;
 static constexpr struct {
-  const char *source, *left;  // after a failure: the target's name alone
+  const char *source, *destination;  // after a failure: only the name of the target type
   ZRRESULT result = ZR_R_OK;
 } kClaims[] = {
     // clang-format off
-    // Numbers are checked in binary64, where the bounds of 64 bits are rounded up, and then cut.
+    // The range check uses binary64, where the bounds of 64-bit integers are rounded up. The number is then truncated.
     {"R8 127.5", "I1", kRefused}, {"R8 -0.5", "I1 0"}, {"UI8 9223372036854776832", "I8 -9223372036854774784"},
     {"R8 18446744073709551616", "UI8 9223372036854775808"}, {"R8 nan", "CY -9223372036854775808"},
     {"STR 0x80000000", "R8 2147483648"}, {"STR -0x10", "R8 -16"}, {"STR zr_TRUE", "R4 1"}, {"STR 1e39", "R4 inf"},
-    // Characters and times; the last is one of 25 hours.
+    // Characters and times. The last row is a time of 25 hours.
     {"STR 65", "CHAR32 54"}, {"STR \xe9t\xe9", "CHAR32 233"}, {"STR null", "CHAR32 0"},
     {"CHAR32 65536", "STR \\ud800\\udc00"}, {"CHAR32 1114112", "STR \\udc00\\udc00"},
     {"STR x", "TIME", kRefused}, {"STR x", "DATETIME", kRefused}, {"STR 01:00:00.0000005", "TIME 36000000005"},
     {"STR 04.03.2012 05:06:07.1234567", "DATETIME 129753111671234567"},
     {"DATETIME 129753111671234567", "STR 2012-03-04 05:06:07.1234567"}, {"TIME 900000000000", "STR 01:00:00.0000000"},
-    // Texts of records and blobs.
+    // Records and blobs to texts.
     {"UUID 01234567-89ab-cdef-0123-456789abcdef", "STR {01234567-89AB-CDEF-0123-456789ABCDEF}"},
     {"REF 4294967295.2.3.4.5.6", "STR 4294967295.2.3.4.5.6"}, {"SREF 1.2.3.4.5.6 text name", "STR 1.2.3.4.5.6"},
     {"SREF text name", "STR name"}, {"SREF neither", "STR", kRefused}, {"SREF null", "STR", kRefused},
     {"REF null", "STR", kRefused}, {"UUID null", "STR", kRefused}, {"BLOB null", "STR null"}, {"BLOB ", "STR null"},
     {"BLOB 41004200", "STR AB"},
-    // Bytes of records and texts.
+    // Records and texts to blobs.
     {"UUID 01234567-89ab-cdef-0123-456789abcdef", "BLOB 67452301ab89efcd0123456789abcdef"},
     {"REF 1.2.3.4.5.256", "BLOB 010000000200000003000000040000000500000000010000"}, {"SREF text a", "BLOB 6100"},
     {"SREF 1.2.3.4.5.256 text a", "BLOB 010000000200000003000000040000000500000000010000"},
     {"STR A\xe9", "BLOB 4100e900"}, {"STR null", "BLOB null"}, {"SREF text ", "BLOB null"},
     {"UUID null", "BLOB", kRefused}, {"REF null", "BLOB", kRefused}, {"SREF neither", "BLOB", kRefused},
-    // Records out of blobs, texts and each other. A UUID is read in UTF-8.
+    // Blobs, texts and records to records. A UUID is parsed as UTF-8.
     {"BLOB 00112233445566778899aabbccddeeff00", "UUID {33221100-5544-7766-8899-AABBCCDDEEFF}"},
     {"BLOB 41", "UUID {00000041-0000-0000-0000-000000000000}"}, {"BLOB ", "UUID", ZR_R_FAILED},
     {"STR 01234567-89ab-cdef-0123-456789abcdef", "UUID {01234567-89AB-CDEF-0123-456789ABCDEF}"},
@@ -141,9 +144,9 @@ static constexpr struct {
     // clang-format on
 };
 
-// ---- Every source against every target ------------------------------------------------------------------------------
+// ---- Every source to every target -----------------------------------------------------------------------------------
 
-// Apart, where the destination holds something to release and where it doesn't, and in place.
+// Converts a value into a destination that owns a string, into one that owns nothing, and in place.
 static void CheckConversion(const std::string& text, uint16_t target, const Outcome* claim = nullptr) {
   static const int64_t kCount = 123456789012345678;
   OwnedVariant source = Value(text), copy, owner = Before(), number = Value("I4 7");
@@ -152,7 +155,7 @@ static void CheckConversion(const std::string& text, uint16_t target, const Outc
   const char letter = isRefused ? 'X' : LetterFor(tag, target);
   if (letter == '.' && claim == nullptr) return;
   if (letter == 'I') source.Value.ui8 = reinterpret_cast<uintptr_t>(&kCount);
-  // Marker words are copied with numbers alone, and these bits of the tag word mean nothing.
+  // Only copies of numbers copy the marker words. These bits of the tag word have no meaning.
   source.Reserved2 = 7;
   if (claim == nullptr && (text.size() + target) % 3 == 0) source.Type |= 0x9000;
   (void)ZrVariantCopy(&copy, &source);
@@ -160,24 +163,24 @@ static void CheckConversion(const std::string& text, uint16_t target, const Outc
   SCOPED_TRACE(testing::PrintToString(text) + " (" + TagWordName(source.Type) + ") to " + TagWordName(target));
   const Outcome expected = claim != nullptr ? *claim : Model(letter, copy, target);
   for (OwnedVariant* apart : {&owner, &number}) {
-    const std::string held = Describe(*apart), left = isRefused ? held : expected.left;
-    ASSERT_RESULT(ZrVariantChangeType(apart, &source, 0x12345678, target), expected.result) << "  into " << held;
-    // This failure leaves a record behind, which by contract nobody owns: somebody has to.
-    const bool hasRemains = tag == ZR_VT_REF && target == ZR_VT_SREF && expected.result == kRefused;
-    if (hasRemains) ZrDestroySREF(std::exchange(apart->Value.sref, nullptr));
-    EXPECT_EQ(Describe(*apart), left) << "  into " << held;
-    EXPECT_EQ(Describe(source), before) << "a source is only read";
+    const std::string old = Describe(*apart), after = isRefused ? old : expected.destination;
+    ASSERT_RESULT(ZrVariantChangeType(apart, &source, 0x12345678, target), expected.result) << "  into " << old;
+    // By contract this failure leaks a record, which is destroyed here.
+    const bool leaksRecord = tag == ZR_VT_REF && target == ZR_VT_SREF && expected.result == kRefused;
+    if (leaksRecord) ZrDestroySREF(std::exchange(apart->Value.sref, nullptr));
+    EXPECT_EQ(Describe(*apart), after) << "  into " << old;
+    EXPECT_EQ(Describe(source), before) << "a conversion must not change its source";
   }
-  EXPECT_EQ(ZrStringRefCount(g_before), isRefused ? 2u : 1u) << "what the destination held is released";
-  // In place a failure leaves what a copy is.
+  EXPECT_EQ(ZrStringRefCount(g_before), isRefused ? 2u : 1u) << "the old value of the destination must be released";
+  // A failure in place leaves the value that ZrVariantCopy makes of the source.
   const std::string inPlace = tag == target || isRefused   ? before
                               : ZR_FAILED(expected.result) ? Describe(copy)
-                                                           : expected.left;
+                                                           : expected.destination;
   ASSERT_RESULT(ZrVariantChangeType(&source, &source, 0, target), expected.result);
   EXPECT_EQ(Describe(source), inPlace);
 }
 
-TEST(VariantConversion, EverySourceAndTarget) {
+TEST(VariantConversion, EverySourceAndTargetMatchTheModel) {
   std::vector<uint16_t> targets = {0xFFF, 0x1004, 0x2004, 0x4004, 0x8004, 0x1032, 0x8000, 0x4000 | ZR_VT_SREF};
   std::vector<std::string> sources = Split("STR 12f|STR 300|BLOB 818283|BLOB 000000000000f87f");
   for (uint16_t tag = 0; tag <= 60; ++tag) {
@@ -195,16 +198,16 @@ TEST(VariantConversion, EverySourceAndTarget) {
     if (HasFailure()) return;
   }
   for (const auto& row : kClaims) {
-    const Outcome claim{ZR_SUCCEEDED(row.result) ? row.left : "EMPTY", row.result};
-    CheckConversion(row.source, Value(row.left).Type, &claim);
+    const Outcome claim{ZR_SUCCEEDED(row.result) ? row.destination : "EMPTY", row.result};
+    CheckConversion(row.source, Value(row.destination).Type, &claim);
   }
   EXPECT_EQ(g_object.references, objects);
   EXPECT_EQ(ZrStringRefCount(empty), empties);
 }
 
-// ---- Texts and numbers by the C library -----------------------------------------------------------------------------
+// ---- Numbers as text, compared with the C library -------------------------------------------------------------------
 
-TEST(VariantConversion, TextsAsTheCLibraryReadsThem) {
+TEST(VariantConversion, ParsesNumbersLikeTheCLibrary) {
   const std::vector<std::string> heads = Split("||-| -| +|\t\n\v\f\r|0x|-0x");
   const std::vector<std::string> pieces = Split(
       "0|1|9|12|-|+|.|e|E|d|D|f|F| |\t\n\v\f\r|x|0x|0X|p1|,|ZR_|zr_|TRUE|TrUe|FALSE|fAlSe|inf|INFINITY|nan|NaN(1)|(|"
@@ -236,7 +239,7 @@ static void CheckRealText(uint16_t tag, double real) {
   ASSERT_EQ(number.Value.ui8, WordOf(ZR_VT_R8, std::strtod(printed.c_str(), nullptr))) << printed;
 }
 
-// With the locale's decimal point, which may be longer than one byte.
+// The decimal point is the locale's, which may be longer than one byte.
 static void CheckReals() {
   for (double real : {0.0, -0.0, 0.5e-6, -1.5e-6, 2.5e-6, 0.9999995, 0x1p-27, 0x1p-20, 0x1.fffffffffffffp43, 0x1p44,
                       -0x1p53, 1e300, 5e-324, HUGE_VAL, -HUGE_VAL}) {
@@ -249,25 +252,25 @@ static void CheckReals() {
     const double ordinary = std::ldexp(static_cast<double>(static_cast<int64_t>(bits)), -static_cast<int>(bits % 90));
     CheckRealText(ZR_VT_R8, ordinary);
     CheckRealText(ZR_VT_R4, double{static_cast<float>(ordinary)});
-    CheckRealText(ZR_VT_R8, static_cast<double>(bits >> (13 + bits % 40)) / 128);  // half a millionth behind the last
+    CheckRealText(ZR_VT_R8, static_cast<double>(bits >> (13 + bits % 40)) / 128);  // ties in the last printed digit
   }
 }
 
-TEST(VariantConversion, RealsAsTheCLibraryWritesAndReadsThem) { CheckReals(); }
+TEST(VariantConversion, FormatsAndParsesRealsLikeTheCLibrary) { CheckReals(); }
 
 #if defined(__linux__)
-// In a process whose locale is made by a tool that other systems have not got.
-TEST(VariantConversion, RealsInOtherLocales) {
+// Runs in a process with a locale that localedef makes. Other systems do not have this tool.
+TEST(VariantConversion, FormatsAndParsesRealsInOtherLocales) {
   if (!std::filesystem::exists("/usr/share/i18n/locales/ps_AF")) GTEST_SKIP() << "needs the package locales";
   const std::string name = "zrcore" + std::to_string(std::random_device()()) + ".UTF-8", folder = testing::TempDir();
-  // (It has warnings, which localedef answers with 1.)
+  // localedef returns 1 because the locale's sources have warnings.
   (void)!std::system(("localedef -c -i ps_AF -f UTF-8 --no-archive " + folder + name + " 2>&1").c_str());
   const auto check = [&] {
     (void)setenv("LOCPATH", folder.c_str(), 1);
     EXPECT_NE(std::setlocale(LC_ALL, name.c_str()), nullptr);
     CheckReals();
     OwnedVariant source = Value("STR 1.5"), number;
-    EXPECT_RESULT(ZrVariantChangeType(&number, &source, 0, ZR_VT_R8), ZR_R_FAILED) << "a point that isn't the locale's";
+    EXPECT_RESULT(ZrVariantChangeType(&number, &source, 0, ZR_VT_R8), ZR_R_FAILED) << "not the locale's decimal point";
     EXPECT_EQ(number.Value.r8, 1.0);
     std::exit(HasFailure() ? 1 : 0);
   };

@@ -1,3 +1,6 @@
+// Tests the comparison of variants with a table of pairs and their results. Each pair is compared by value, by
+// reference and as elements of arrays.
+
 #include <gtest/gtest.h>
 
 #include <tuple>
@@ -5,31 +8,31 @@
 
 #include "tests/support/array_samples.h"
 
-// The result, and the byte that is written: 9 if none is.
-struct Answer {
+// The result of a comparison, and the byte that it writes: 9 if it writes none.
+struct Comparison {
   uint8_t equal;
   Result result;
-  bool operator==(const Answer&) const = default;
-  friend std::ostream& operator<<(std::ostream& out, const Answer& answer) {
-    return out << (answer.equal == 1   ? "equal"
-                   : answer.equal == 0 ? "different"
-                                       : "unwritten")
-               << ", " << answer.result;
+  bool operator==(const Comparison&) const = default;
+  friend std::ostream& operator<<(std::ostream& out, const Comparison& comparison) {
+    return out << (comparison.equal == 1   ? "equal"
+                   : comparison.equal == 0 ? "different"
+                                           : "unwritten")
+               << ", " << comparison.result;
   }
 };
 static constexpr uint8_t kNoByte = 9;
-static constexpr Answer kEqual{1, ZR_R_OK}, kDiffer{0, ZR_R_OK}, kUnwritten{kNoByte, ZR_R_OK},
+static constexpr Comparison kEqual{1, ZR_R_OK}, kDiffer{0, ZR_R_OK}, kUnwritten{kNoByte, ZR_R_OK},
     kRefused{kNoByte, ZR_R_INVALID_ARGUMENTS}, kUnsupported{kNoByte, ZR_R_NOT_SUPPORTED};
 
-static Answer Compared(const ZRVARIANT& left, const ZRVARIANT& right) {
-  Answer answer = kUnwritten;
-  answer.result = ZrVariantCompare(&left, &right, &answer.equal);
-  return answer;
+static Comparison Compared(const ZRVARIANT& left, const ZRVARIANT& right) {
+  Comparison comparison = kUnwritten;
+  comparison.result = ZrVariantCompare(&left, &right, &comparison.equal);
+  return comparison;
 }
 
-// Pairs with the same answer, be they compared by value or behind references. Reals are within an epsilon, absolute up
-// to 1.0.
-static constexpr std::pair<Answer, const char*> kRows[] = {
+// Each row has the pairs with one result, which is the same by value and by reference. Reals are equal within an
+// epsilon, which is absolute up to 1.0.
+static constexpr std::pair<Comparison, const char*> kRows[] = {
     // clang-format off
     {kEqual, "I4 5 & I4 5|I4+9000 5 & I4+9000 5|R8 1 & R8 1.0000000000000002|R8 0 & R8 2.220446049250313e-16|"
              "R8 1e20 & R8 100000000000000001000|R8 inf & R8 -inf|R8 inf & R8 3|R4 1 & R4 1.0000001|"
@@ -51,48 +54,49 @@ static constexpr std::pair<Answer, const char*> kRows[] = {
     // clang-format on
 };
 
-static void CheckPair(const std::string& pair, const Answer& answer) {
+static void CheckPair(const std::string& pair, const Comparison& expected) {
   SCOPED_TRACE(pair);
   OwnedVariant left = Value(pair.substr(0, pair.find(" & "))), right = Value(pair.substr(pair.find(" & ") + 3));
   ZRVARIANT leftRef = ByRef(left), rightRef = ByRef(right);
-  EXPECT_EQ(Compared(left, right), answer);
-  EXPECT_EQ(Compared(right, left), answer);
-  EXPECT_EQ(Compared(leftRef, rightRef), answer);
-  EXPECT_EQ(Compared(ByRef(ZR_VT_VARIANT, &leftRef), ByRef(ZR_VT_VARIANT, &rightRef)), answer);
-  EXPECT_EQ(Compared(leftRef, right), kDiffer) << "a value and a reference differ by their words alone";
+  EXPECT_EQ(Compared(left, right), expected);
+  EXPECT_EQ(Compared(right, left), expected);
+  EXPECT_EQ(Compared(leftRef, rightRef), expected);
+  EXPECT_EQ(Compared(ByRef(ZR_VT_VARIANT, &leftRef), ByRef(ZR_VT_VARIANT, &rightRef)), expected);
+  EXPECT_EQ(Compared(leftRef, right), kDiffer) << "a value and a reference must differ by their tag words";
   if (left.Type != right.Type) return;
   const ZRVARIANT null = ByRef(left.Type, nullptr);
   const uint16_t tag = left.Type & ZR_VT_TYPEMASK;
-  const Answer unwritten = answer == kUnsupported ? answer : NameOf(tag) == nullptr ? kRefused : kUnwritten;
+  const Comparison unwritten = expected == kUnsupported ? expected : NameOf(tag) == nullptr ? kRefused : kUnwritten;
   EXPECT_EQ(Compared(leftRef, null), unwritten);
   EXPECT_EQ(Compared(null, rightRef), unwritten);
 
-  // By value, what surrounds a number counts; by reference the number alone, and nothing else at any time.
+  // By value, the marker words and the bits above a narrow number count; by reference, only the number. For other types
+  // neither ever counts.
   const bool isInteger = IsNumber(tag) && !IsReal(tag);
   for (uint16_t* marker : {&left.Reserved1, &left.Reserved2, &left.Reserved3}) {
     const uint16_t before = std::exchange(*marker, 0);
-    EXPECT_EQ(Compared(left, right), isInteger ? kDiffer : answer);
-    EXPECT_EQ(Compared(leftRef, rightRef), answer);
+    EXPECT_EQ(Compared(left, right), isInteger ? kDiffer : expected);
+    EXPECT_EQ(Compared(leftRef, rightRef), expected);
     *marker = before;
   }
-  const uint64_t lastBit = isInteger ? uint64_t{1} << 63 : 0;  // behind what is narrow
+  const uint64_t lastBit = isInteger ? uint64_t{1} << 63 : 0;  // above a narrow number
   left.Value.ui8 ^= lastBit;
-  EXPECT_EQ(Compared(left, right), isInteger ? kDiffer : answer);
-  EXPECT_EQ(Compared(leftRef, rightRef), isInteger && NameOf(tag)->width == 8 ? kDiffer : answer);
+  EXPECT_EQ(Compared(left, right), isInteger ? kDiffer : expected);
+  EXPECT_EQ(Compared(leftRef, rightRef), isInteger && NameOf(tag)->width == 8 ? kDiffer : expected);
   left.Value.ui8 ^= lastBit;
 
   // As elements, reals are compared by their bytes and objects by their addresses.
   if (NameOf(tag) == nullptr) return;
   const bool areSame = Describe(left) == Describe(right);
-  const bool isByBytes = IsReal(tag) || answer == kUnsupported;
+  const bool isByBytes = IsReal(tag) || expected == kUnsupported;
   uint8_t equal = 9;
   EXPECT_RESULT(ZrSafeArrayCompare(ArrayOf(tag, &left, 1).get(), ArrayOf(tag, &right, 1).get(), &equal), ZR_R_OK);
-  EXPECT_EQ(equal, isByBytes ? areSame : answer == kEqual) << "as elements of arrays";
+  EXPECT_EQ(equal, isByBytes ? areSame : expected == kEqual) << "as elements of arrays";
 }
 
-TEST(VariantCompare, ValuesAndReferencesToThem) {
-  for (const auto& [answer, pairs] : kRows) {
-    for (const std::string& pair : Split(pairs)) CheckPair(pair, answer);
+TEST(VariantCompare, ComparesValuesAndReferences) {
+  for (const auto& [expected, pairs] : kRows) {
+    for (const std::string& pair : Split(pairs)) CheckPair(pair, expected);
   }
   for (const TagName& row : kTagNames) {
     if (!IsNumber(row.tag) || row.tag == ZR_VT_OPAQUE) continue;
@@ -100,14 +104,14 @@ TEST(VariantCompare, ValuesAndReferencesToThem) {
     const unsigned long long last = 1ull << (8 * row.width - 8);  // in the last byte
     CheckPair(Format("%s 0 & %s %llu", row.name, row.name, last), kDiffer);
   }
-  // By reference other than by value.
+  // The result by reference differs from the result by value.
   uint64_t word = 5;
-  for (const auto& [text, answer, behind] :
+  for (const auto& [text, byValue, byRef] :
        {std::tuple("EMPTY 5", kEqual, kRefused), std::tuple("OPAQUE 5", kEqual, kUnsupported),
         std::tuple("VARIANT 5", kRefused, kUnwritten)}) {
     const OwnedVariant variant = Value(text);
-    EXPECT_EQ(Compared(variant, Value(text)), answer) << text;
-    EXPECT_EQ(Compared(ByRef(variant.Type, &word), ByRef(variant.Type, nullptr)), behind) << text;
-    EXPECT_EQ(Compared(ByRef(variant.Type, nullptr), ByRef(variant.Type, &word)), behind) << text;
+    EXPECT_EQ(Compared(variant, Value(text)), byValue) << text;
+    EXPECT_EQ(Compared(ByRef(variant.Type, &word), ByRef(variant.Type, nullptr)), byRef) << text;
+    EXPECT_EQ(Compared(ByRef(variant.Type, nullptr), ByRef(variant.Type, &word)), byRef) << text;
   }
 }

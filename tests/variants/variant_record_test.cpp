@@ -1,16 +1,19 @@
+// Tests copying, clearing and the emptiness of variants, for sample values of every type and for every unassigned tag.
+// Counts of references show that each copy owns its value.
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
 #include "tests/support/variant_text.h"
 
-// Whoever holds what can be counted.
-static uint32_t Owners() { return ZrStringRefCount(g_shared) + g_object.references; }
+// The references to the shared string and to the object.
+static uint32_t ReferenceCount() { return ZrStringRefCount(g_shared) + g_object.references; }
 
 static constexpr ZRVARIANT kZero{};
 static bool IsZero(const ZRVARIANT& variant) { return std::memcmp(&variant, &kZero, sizeof kZero) == 0; }
 
-static void CheckLife(const std::string& text) {
+static void CheckCopiesAndClear(const std::string& text) {
   SCOPED_TRACE(text);
   static const std::vector<std::string> kEmpty = Split(
       "BLOB null|BLOB |UUID null|UUID {00000000-0000-0000-0000-000000000000}|STR null|STR |REF null|REF 0.0.0.0.0.0|"
@@ -18,57 +21,58 @@ static void CheckLife(const std::string& text) {
   OwnedVariant source = Value(text);
   const bool isNumber = IsNumber(source.Type);
   const std::string copied = text == "STR null" ? "STR " : text == "SREF neither" ? "SREF null" : Describe(source);
-  source.Reserved1 = 5;  // travels with numbers, not with what is owned, and so does what stands behind a narrow one
+  source.Reserved1 = 5;  // copies of numbers keep it, and also the bits above a narrow number
   if (isNumber && NameOf(source.Type)->width < 8) source.Value.ui8 |= uint64_t{7} << 60;
   ZRVARIANT reference = ByRef(source), link = ByRef(ZR_VT_VARIANT, &reference);
   const ZRVARIANT toRecord = ByRef(ZR_VT_VARIANT, &source), toLink = ByRef(ZR_VT_VARIANT | 0x9000, &link);
   for (const ZRVARIANT* way : std::initializer_list<const ZRVARIANT*>{&source, &reference, &toRecord, &toLink}) {
     EXPECT_EQ(ZrVariantIsContentEmpty(way), std::count(kEmpty.begin(), kEmpty.end(), text)) << Describe(*way);
   }
-  const uint32_t owners = Owners();
+  const uint32_t owners = ReferenceCount();
   const bool isCounted = text.find("common") != std::string::npos || text.find("object") != std::string::npos;
   const std::string whole = IsOwned(source.Type) ? copied : Describe(source);
-  const std::string behind = isNumber ? copied : whole;  // of a variant by value, the address is that of its record
+  // A reference to a number reaches only the number. A reference to a ZR_VT_VARIANT reaches the whole record.
+  const std::string referenced = isNumber ? copied : whole;
   const struct {
     const char* name;
     ZRRESULT (*copy)(ZRVARIANT*, const ZRVARIANT*);
     const ZRVARIANT* from;
-    std::string left;
+    std::string expected;
   } kCopies[] = {{"ZrVariantCopy", ZrVariantCopy, &source, whole},
                  {"ZrVariantCopyInd", ZrVariantCopyInd, &source, whole},
                  {"ZrVariantCopyInd", ZrVariantCopyInd, &toRecord, whole},
-                 {"ZrVariantCopyInd", ZrVariantCopyInd, &reference, behind},
-                 {"ZrVariantCopyInd", ZrVariantCopyInd, &toLink, behind},
+                 {"ZrVariantCopyInd", ZrVariantCopyInd, &reference, referenced},
+                 {"ZrVariantCopyInd", ZrVariantCopyInd, &toLink, referenced},
                  {"ZrVariantCopy", ZrVariantCopy, &reference, Describe(reference)}};
-  for (const auto& [name, copy, from, left] : kCopies) {
+  for (const auto& [name, copy, from, expected] : kCopies) {
     SCOPED_TRACE(name + (" of " + testing::PrintToString(Describe(*from))));
     OwnedVariant destination = Before();
     EXPECT_RESULT(copy(&destination, from), ZR_R_OK);
-    EXPECT_EQ(Describe(destination), left);
+    EXPECT_EQ(Describe(destination), expected);
     EXPECT_EQ(ZrStringRefCount(g_before), 1u);
     const bool isOwner = isCounted && (destination.Type & ZR_VT_BYREF) == 0;
-    EXPECT_EQ(Owners(), owners + (isOwner ? 1 : 0));
+    EXPECT_EQ(ReferenceCount(), owners + (isOwner ? 1 : 0));
     EXPECT_RESULT(ZrVariantClear(&destination), ZR_R_OK);
     EXPECT_TRUE(IsZero(destination)) << Describe(destination);
-    EXPECT_EQ(Owners(), owners);
+    EXPECT_EQ(ReferenceCount(), owners);
   }
-  // One record as both arguments is released first, and then there is nothing to copy.
+  // If both arguments are one record, it is released first and the copy is empty.
   EXPECT_RESULT(ZrVariantCopyInd(&reference, &reference), ZR_R_INVALID_ARGUMENTS);
   EXPECT_RESULT(ZrVariantCopy(&source, &source), ZR_R_OK);
   EXPECT_EQ(Describe(reference) + Describe(source), "EMPTYEMPTY");
-  EXPECT_EQ(Owners(), owners - (isCounted ? 1 : 0));
+  EXPECT_EQ(ReferenceCount(), owners - (isCounted ? 1 : 0));
 }
 
-TEST(VariantRecord, LifeOfEveryValue) {
-  CheckLife("UUID null");
+TEST(VariantRecord, CopiesAndClearsEveryValue) {
+  CheckCopiesAndClear("UUID null");
   for (const TagName& row : kTagNames) {
     if (row.tag == ZR_VT_EMPTY) continue;
-    for (const std::string& payload : TextsOf(row.tag)) CheckLife(row.name + (" " + payload));
+    for (const std::string& payload : TextsOf(row.tag)) CheckCopiesAndClear(row.name + (" " + payload));
   }
 }
 
-// What they seem to hold is never looked at.
-TEST(VariantRecord, EveryBadTagWord) {
+// The payload of a record with an unassigned tag must never be read.
+TEST(VariantRecord, RejectsEveryUnassignedTag) {
   const OwnedVariant number = Value("I4 7");
   for (unsigned tag = 0; tag <= 70; ++tag) {
     if (NameOf(tag) != nullptr && tag != 0) continue;
@@ -87,34 +91,35 @@ TEST(VariantRecord, EveryBadTagWord) {
       EXPECT_EQ(Describe(copy), isByRef ? alone.substr(0, alone.find('+')) : alone);
       EXPECT_RESULT(ZrVariantClear(&source), isEmpty ? ZR_R_OK : ZR_R_INVALID_ARGUMENTS);
       EXPECT_TRUE(isEmpty ? Describe(source) == whole : IsZero(source))
-          << Describe(source) << ": an empty record is left as it is";
-      EXPECT_RESULT(ZrVariantCopy(&destination, &number), ZR_R_OK) << "a bad destination reports nothing";
+          << Describe(source) << ": ZrVariantClear must leave an empty record unchanged and clear every other one";
+      EXPECT_RESULT(ZrVariantCopy(&destination, &number), ZR_R_OK) << "the old tag must not matter";
       EXPECT_EQ(Describe(destination), "I4 7");
     }
   }
 }
 
-// What a null address reads as.
-static void CheckNothing(const std::string& nothing, bool isEmpty) {
-  SCOPED_TRACE("a null address that reads as " + nothing);
-  const ZRVARIANT null = ByRef(Value(nothing).Type, nullptr);
+// Checks the value that a null address is copied as.
+static void CheckNullAddress(const std::string& value, bool isEmpty) {
+  SCOPED_TRACE("a null address, copied as " + value);
+  const ZRVARIANT null = ByRef(Value(value).Type, nullptr);
   OwnedVariant destination = Before();
   EXPECT_RESULT(ZrVariantCopyInd(&destination, &null), ZR_R_OK);
-  EXPECT_EQ(Describe(destination), nothing);
+  EXPECT_EQ(Describe(destination), value);
   EXPECT_EQ(ZrVariantIsContentEmpty(&null), isEmpty);
 }
 
-TEST(VariantRecord, ThroughAddresses) {
-  const char* nothings =
+TEST(VariantRecord, CopyIndFollowsAddresses) {
+  const char* emptyValues =
       "BLOB null|UUID {00000000-0000-0000-0000-000000000000}|STR |REF 0.0.0.0.0.0|SREF neither|VARIANT 0";
-  for (const std::string& nothing : Split(nothings)) CheckNothing(nothing, true);
-  CheckNothing("UNKNOWN null", false);
-  CheckNothing("DISPATCH null", false);
+  for (const std::string& value : Split(emptyValues)) CheckNullAddress(value, true);
+  CheckNullAddress("UNKNOWN null", false);
+  CheckNullAddress("DISPATCH null", false);
   for (const TagName& row : kTagNames) {
-    if (IsNumber(row.tag)) CheckNothing(row.name + std::string(" 0"), false);
+    if (IsNumber(row.tag)) CheckNullAddress(row.name + std::string(" 0"), false);
   }
 
-  // The address of an array is copied like any other, and a reference to the destination itself finds it released.
+  // The address of an array is copied like any other. A reference to the destination itself is read after the
+  // destination was released.
   OwnedVariant end = Value("STR text"), copy;
   const ZRVARIANT source = ByRef(ZR_VT_VARIANT, &end), array = ByRef(ZR_VT_STR | ZR_VT_ARRAY, &end);
   EXPECT_RESULT(ZrVariantCopy(&copy, &array), ZR_R_OK);
@@ -123,7 +128,7 @@ TEST(VariantRecord, ThroughAddresses) {
   EXPECT_EQ(Describe(end), "EMPTY");
 }
 
-TEST(VariantRecord, InitLooksAtNothingAndNullIsRefused) {
+TEST(VariantRecord, InitIgnoresTheOldValueAndNullIsRejected) {
   OwnedVariant held = Value("STR text");
   ZRVARIANT variant = held;
   EXPECT_RESULT(ZrVariantInit(&variant), ZR_R_OK);
