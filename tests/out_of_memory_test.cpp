@@ -1,5 +1,6 @@
-// Every operation with its n-th allocation failing, for n = 1, 2, 3 … until none is left to fail. Each failure answers
-// the contract's code, leaks nothing (the address sanitizer looks) and leaves everything usable.
+// Tests every operation that allocates when memory runs out. The n-th allocation of an operation fails, for n = 1, 2, 3
+// ... until the operation succeeds. After each failure the result must be the code of the contract, nothing may leak
+// (the address sanitizer checks this) and all objects must stay usable.
 
 #include <gtest/gtest.h>
 
@@ -17,11 +18,12 @@
 #include "tests/support/fake_discovery.h"
 #include "text/real_text.h"
 
-// The result of an operation that threw std::bad_alloc, and of one that returned null for what it makes.
+// Results for an operation that throws std::bad_alloc, and for one that returns null instead of a new object.
 static constexpr ZRRESULT kThrows = 1, kNull = ZR_R_NO_MEMORY;
 static ZRRESULT ResultOf(const void* made) { return made != nullptr ? ZR_R_OK : kNull; }
 
-// The first `failures` allocations make the operation fail if they fail; each of the next `deaths` ends the process.
+// An operation and its result if one of the first `failures` allocations fails. The failure of any of the next `deaths`
+// allocations terminates the process.
 struct Operation {
   ZRRESULT onFailure;
   std::string call;
@@ -35,10 +37,12 @@ using Memory = std::unique_ptr<void, void (*)(void*)>;
 
 static void Nothing() {}
 
-static std::string Shown(ZRRESULT result) { return result == kThrows ? "std::bad_alloc" : ResultName(result); }
+static std::string OutcomeName(ZRRESULT result) { return result == kThrows ? "std::bad_alloc" : ResultName(result); }
 
-// Returns how many allocations had to succeed. `check` runs after each failure, `prepare` before each try.
-static int Exhaust(const Operation& operation, const Action& check = Nothing, const Action& prepare = Nothing) {
+// Fails each allocation of an operation in turn. Runs `prepare` before each attempt and `check` after each failure.
+// Returns the number of allocations that the operation needs.
+static int FailEachAllocation(const Operation& operation, const Action& check = Nothing,
+                              const Action& prepare = Nothing) {
   for (int n = 1;; ++n) {
     SCOPED_TRACE(testing::Message() << operation.call << " while allocation " << n << " fails");
     prepare();
@@ -57,24 +61,25 @@ static int Exhaust(const Operation& operation, const Action& check = Nothing, co
     }
     if (!AllocationFailed()) return n - 1;
     if (result != operation.onFailure) {
-      ADD_FAILURE() << "returned or threw " << Shown(result) << "\n        expected " << Shown(operation.onFailure);
+      ADD_FAILURE() << "returned or threw " << OutcomeName(result) << "\n        expected "
+                    << OutcomeName(operation.onFailure);
     }
     check();
   }
 }
 
-// Claims how many allocations an operation needs, exactly or at least.
+// Expect an operation to need exactly, or at least, a number of allocations.
 static void ExpectAllocations(const Operation& operation, const Action& check = Nothing,
                               const Action& prepare = Nothing) {
-  const int needed = Exhaust(operation, check, prepare);
+  const int needed = FailEachAllocation(operation, check, prepare);
   EXPECT_EQ(needed, operation.failures + operation.deaths) << "allocations needed by " << operation.call;
 }
 static void ExpectAtLeast(int least, const Operation& operation, const Action& check = Nothing,
                           const Action& prepare = Nothing) {
-  EXPECT_GE(Exhaust(operation, check, prepare), least) << "allocations needed by " << operation.call;
+  EXPECT_GE(FailEachAllocation(operation, check, prepare), least) << "allocations needed by " << operation.call;
 }
 
-TEST(ExhaustedMemory, NothingIsGivenAndNothingLost) {
+TEST(OutOfMemory, FailedOperationsReturnNothingAndLeakNothing) {
   const Owned text(Units(W("text"))), numbers(Units(W("1.2.3.4.5.6")));
   const ZRDATETIMESTRUCT record = {2012, 3, 0, 4, 5, 6, 7, 0, 0, 0};
   const ZRUUID id = {1, 2, 3, {4}};
@@ -86,7 +91,7 @@ TEST(ExhaustedMemory, NothingIsGivenAndNothingLost) {
   *block = 'x';
   OwnedVariant owner;
   ZRVARIANTVALUE& out = owner.Value;
-  const auto string = [&] { return out.string = text, &out.string; };  // not null, but afterwards
+  const auto string = [&] { return out.string = text, &out.string; };  // not null before the call, but null after it
   const auto copy = [&] { return out.string = ZrCopyString(text), &out.string; };
   const auto convert = [&] {
     (void)ZrUTF32toUTF8(&point, &point + 1, 0, &bytes);
@@ -113,7 +118,7 @@ TEST(ExhaustedMemory, NothingIsGivenAndNothingLost) {
       {ZR_VT_STR, {kNull, RUN(ZrCreateZRSTRfromUTF32(&point, 1, string()))}},
       {ZR_VT_STR, {kNull, RUN(ZrReCreateString(copy(), W("a")) ? ZR_R_OK : kNull)}},
       {ZR_VT_STR, {kNull, RUN(ZrReCreateStringLen(copy(), W("a"), 1) ? ZR_R_OK : kNull)}},
-      {ZR_VT_STR, {kNull, RUN(ZrSREFToString(&both, string()), ResultOf(out.string))}},  // no code tells
+      {ZR_VT_STR, {kNull, RUN(ZrSREFToString(&both, string()), ResultOf(out.string))}},  // its own result is ZR_R_OK
       {ZR_VT_EMPTY, {kNull, RUN(ResultOf(Memory(ZrCreateMemory(1), ZrDestroyMemory).get()))}},
       {ZR_VT_REF, {kThrows, RUN(ResultOf(out.ref = ZrCreateREF()))}},
       {ZR_VT_REF, {kThrows, RUN(ZrCopyREF(&value, &out.ref))}},
@@ -145,8 +150,8 @@ TEST(ExhaustedMemory, NothingIsGivenAndNothingLost) {
   ZrDestroyMemory(block);
 }
 
-// Two strings and a row for each code; what the failure interrupts is finished by the next call.
-TEST(ExhaustedMemory, TheErrorRegistryThrowsAndGoesOn) {
+// Each code needs two strings and an entry. The next call completes what a failure interrupted.
+TEST(OutOfMemory, ErrorRegistryThrowsAndStaysUsable) {
   ZRSTR text = nullptr;
   ExpectAtLeast(3, {kThrows, RUN(ZrErrorInfoGetText(0xCA, &text))});
   EXPECT_EQ(ContentOf(Owned(text)), W("ZR_R_SAME_VALUE"));
@@ -154,8 +159,9 @@ TEST(ExhaustedMemory, TheErrorRegistryThrowsAndGoesOn) {
   EXPECT_RESULT(ZrErrorInfoRegister(0x1234, W("text"), W("description")), ZR_R_ALREADY_REGISTERED);
 }
 
-// Handles, elements and the growth of a buffer throw; the insides of a new one end the process.
-TEST(ExhaustedMemory, BlobsAndNewArraysThrowOrEndTheProcess) {
+// Allocations of handles, element objects and larger buffers throw. Allocations inside a new element object terminate
+// the process.
+TEST(OutOfMemory, BlobsAndNewArraysThrowOrTerminate) {
   const std::string bytes(1000, 'x');
   const ZrSafeArrayBound bounds[] = {{2, 0}, {3, 0}};
   const Array array = MakeArray(ZR_VT_VARIANT, {{2, 0}});
@@ -169,7 +175,7 @@ TEST(ExhaustedMemory, BlobsAndNewArraysThrowOrEndTheProcess) {
       {kThrows, RUN(ZrDestroyBlob(ZrCreateBlob(1, "x"))), 2, 2},
       {kThrows, RUN(ZrDestroyBlob(ZrCopyBlob(blob))), 2},
       {kThrows, RUN(ZrWriteBlob(copy, bytes.data(), 1)), 1, 2},
-      {kThrows, RUN(ZrWriteBlob(copy, bytes.data(), 1000))},  // no longer shared: growth
+      {kThrows, RUN(ZrWriteBlob(copy, bytes.data(), 1000))},  // no longer shared, so only the buffer grows
       {kThrows, RUN(ZrInsertBlob(copy, 0, bytes.data(), 1000))},
       {kThrows, RUN(ZrAppendBlobData(copy, bytes.data(), 1000))},
       {kThrows, RUN(ZrAppendBlob(copy, copy))},
@@ -185,63 +191,64 @@ TEST(ExhaustedMemory, BlobsAndNewArraysThrowOrEndTheProcess) {
   (void)ZrDestroyBlob(copy);
 }
 
-// What failed allocations do to a copy or a conversion of a variant, by the source's value.
-struct Exhausted {
-  ZRRESULT onFailure = kThrows;  // in place the value is restored; after ZR_R_OK it is a null text
+// What failed allocations do to a copy or a conversion of a variant. In place, the value is restored. After ZR_R_OK the
+// destination is a null string.
+struct AllocationFailures {
+  ZRRESULT onFailure = kThrows;
   int failures = 0, deaths = 0;
 };
-static constexpr Exhausted kThrowsOnce{kThrows, 1}, kThrowsTwice{kThrows, 2}, kEndsTheProcess{kThrows, 2, 2},
+static constexpr AllocationFailures kThrowsOnce{kThrows, 1}, kThrowsTwice{kThrows, 2}, kTerminates{kThrows, 2, 2},
     kTextIsNull{ZR_R_OK, 1}, kTextIsRefused{ZR_R_NO_MEMORY, 1};
 
-struct ExhaustedVariant {
+struct VariantRow {
   const char* source;
-  Exhausted copy{}, copyInd{}, copyIndOfNull{}, toR8{}, toUuid{}, toRef{}, toSref{}, toBlob{}, toStr{};
+  AllocationFailures copy{}, copyInd{}, copyIndOfNull{}, toR8{}, toUuid{}, toRef{}, toSref{}, toBlob{}, toStr{};
 };
 // clang-format off
-static constexpr ExhaustedVariant kExhaustedVariants[] = {
+static constexpr VariantRow kVariantRows[] = {
     {.source = "UUID {00000000-0000-0000-0000-000000000001}",
      .copy = kThrowsOnce, .copyInd = kThrowsOnce, .copyIndOfNull = kThrowsOnce, .toUuid = kThrowsOnce,
-     .toBlob = kEndsTheProcess, .toStr = kTextIsRefused},
+     .toBlob = kTerminates, .toStr = kTextIsRefused},
     {.source = "REF 1.2.3.4.5.6",
      .copy = kThrowsOnce, .copyInd = kThrowsOnce, .copyIndOfNull = kThrowsOnce, .toRef = kThrowsOnce,
-     .toSref = kThrowsTwice, .toBlob = kEndsTheProcess, .toStr = kTextIsNull},
+     .toSref = kThrowsTwice, .toBlob = kTerminates, .toStr = kTextIsNull},
     {.source = "SREF 1.2.3.4.5.6 text name",
      .copy = kThrowsTwice, .copyInd = kThrowsTwice, .copyIndOfNull = kThrowsOnce, .toRef = kThrowsOnce,
-     .toSref = kThrowsTwice, .toBlob = kEndsTheProcess, .toStr = kTextIsNull},
+     .toSref = kThrowsTwice, .toBlob = kTerminates, .toStr = kTextIsNull},
     {.source = "SREF text 1.2.3.4.5.6",
      .copy = kThrowsOnce, .copyInd = kThrowsOnce, .copyIndOfNull = kThrowsOnce, .toRef = kThrowsOnce,
-     .toSref = kThrowsOnce, .toBlob = kEndsTheProcess},
+     .toSref = kThrowsOnce, .toBlob = kTerminates},
     {.source = "BLOB 0102",
      .copy = kThrowsTwice, .copyInd = kThrowsTwice, .toUuid = kThrowsOnce, .toBlob = kThrowsTwice,
      .toStr = kTextIsNull},
-    {.source = "STR 1.2.3.4.5.6", .toRef = kThrowsOnce, .toSref = kThrowsTwice, .toBlob = kEndsTheProcess},
+    {.source = "STR 1.2.3.4.5.6", .toRef = kThrowsOnce, .toSref = kThrowsTwice, .toBlob = kTerminates},
     {.source = "STR 01234567-89ab-cdef-0123-456789abcdef",
-     .toR8 = kThrowsTwice, .toUuid = kThrowsOnce, .toSref = kThrowsOnce, .toBlob = kEndsTheProcess},
-    {.source = "I4 5", .toBlob = kEndsTheProcess, .toStr = kTextIsNull},
-    {.source = "R8 1.5", .toBlob = kEndsTheProcess, .toStr = kTextIsNull},
-    {.source = "DATETIME 1", .toBlob = kEndsTheProcess, .toStr = kTextIsNull},
-    {.source = "CHAR32 65", .toBlob = kEndsTheProcess, .toStr = kTextIsRefused},
+     .toR8 = kThrowsTwice, .toUuid = kThrowsOnce, .toSref = kThrowsOnce, .toBlob = kTerminates},
+    {.source = "I4 5", .toBlob = kTerminates, .toStr = kTextIsNull},
+    {.source = "R8 1.5", .toBlob = kTerminates, .toStr = kTextIsNull},
+    {.source = "DATETIME 1", .toBlob = kTerminates, .toStr = kTextIsNull},
+    {.source = "CHAR32 65", .toBlob = kTerminates, .toStr = kTextIsRefused},
 };
 // clang-format on
 
-TEST(ExhaustedMemory, VariantsThrowOrTheirTextIsNull) {
+TEST(OutOfMemory, VariantsThrowOrTheirTextIsNull) {
   enum : uint16_t { kCopy = 0x100, kCopyInd, kCopyIndOfNull };
   static constexpr struct {
     uint16_t target;
     const char* call;
-    Exhausted ExhaustedVariant::*exhausted;
+    AllocationFailures VariantRow::*failures;
   } kOperations[] = {
-      {kCopy, "ZrVariantCopy", &ExhaustedVariant::copy},
-      {kCopyInd, "ZrVariantCopyInd", &ExhaustedVariant::copyInd},
-      {kCopyIndOfNull, "ZrVariantCopyInd of a null address", &ExhaustedVariant::copyIndOfNull},
-      {ZR_VT_R8, "to ZR_VT_R8", &ExhaustedVariant::toR8},
-      {ZR_VT_UUID, "to ZR_VT_UUID", &ExhaustedVariant::toUuid},
-      {ZR_VT_REF, "to ZR_VT_REF", &ExhaustedVariant::toRef},
-      {ZR_VT_SREF, "to ZR_VT_SREF", &ExhaustedVariant::toSref},
-      {ZR_VT_BLOB, "to ZR_VT_BLOB", &ExhaustedVariant::toBlob},
-      {ZR_VT_STR, "to ZR_VT_STR", &ExhaustedVariant::toStr},
+      {kCopy, "ZrVariantCopy", &VariantRow::copy},
+      {kCopyInd, "ZrVariantCopyInd", &VariantRow::copyInd},
+      {kCopyIndOfNull, "ZrVariantCopyInd of a null address", &VariantRow::copyIndOfNull},
+      {ZR_VT_R8, "to ZR_VT_R8", &VariantRow::toR8},
+      {ZR_VT_UUID, "to ZR_VT_UUID", &VariantRow::toUuid},
+      {ZR_VT_REF, "to ZR_VT_REF", &VariantRow::toRef},
+      {ZR_VT_SREF, "to ZR_VT_SREF", &VariantRow::toSref},
+      {ZR_VT_BLOB, "to ZR_VT_BLOB", &VariantRow::toBlob},
+      {ZR_VT_STR, "to ZR_VT_STR", &VariantRow::toStr},
   };
-  for (const ExhaustedVariant& row : kExhaustedVariants) {
+  for (const VariantRow& row : kVariantRows) {
     const std::string before = Describe(Value(row.source)), name = before.substr(0, before.find(' '));
     for (std::size_t at = 0; at < 2 * std::size(kOperations); ++at) {
       const auto& [target, call, member] = kOperations[at / 2];
@@ -273,19 +280,19 @@ TEST(ExhaustedMemory, VariantsThrowOrTheirTextIsNull) {
   }
 }
 
-TEST(ExhaustedMemory, ComponentOperationsAnswerTheirCodes) {
+TEST(OutOfMemory, ComponentOperationsReturnTheirCodes) {
   ZrInitialize();
   FakeDiscovery discovery({{1, {}, {MakeObject, nullptr, nullptr}, Units(W("Name"))}, {2, ModulePath("nowhere")}});
   discovery.onCall = [](const std::string& operation) {
-    if (operation == "AddRef") FailAllocation(0);  // what is read behind it can't fail the addition
+    if (operation == "AddRef") FailAllocation(0);  // a failure to read the configuration must not fail the addition
   };
   uint32_t cookie = 0;
   ExpectAtLeast(2, {ZR_R_UNEXPECTED, RUN(ZrAddComponentDiscovery(&discovery, &cookie))});
   discovery.onCall = nullptr;
   EXPECT_EQ(discovery.references, 1u);
 
-  // The lookup, the binding and the creation fail in turn, each with its code; a module that isn't there fails alike.
-  // (A diagnostic that can't be put together is lost and changes no result.)
+  // The lookup, the binding to the assembly and the creation fail in turn, each with its own code. Class 2 has no
+  // module file. A diagnostic message that cannot be built is lost and does not change the result.
   for (uint32_t number : {1u, 2u}) {
     const ZRUUID classId = ClassId(number);
     std::set<Result> results;
@@ -296,7 +303,7 @@ TEST(ExhaustedMemory, ComponentOperationsAnswerTheirCodes) {
       const ZRRESULT result = ZrCreateInstance(&classId, 0, &classId, 0, &object);
       hasFailed = AllocationFailed();
       SCOPED_TRACE(testing::Message() << "an object of class " << number << " while allocation " << n << " fails");
-      EXPECT_EQ(object != nullptr, ZR_SUCCEEDED(result)) << "no object is made and then lost";
+      EXPECT_EQ(object != nullptr, ZR_SUCCEEDED(result)) << "only a successful call may return an object";
       EXPECT_FALSE(number == 1 && hasFailed && ZR_SUCCEEDED(result)) << Result(result);
       results.insert(result);
     }
@@ -306,11 +313,12 @@ TEST(ExhaustedMemory, ComponentOperationsAnswerTheirCodes) {
 
   Owned name(Units(W("Name"))), learnt;
   ZRUUID classId = ClassId(1);
-  const auto check = [&] { EXPECT_EQ(learnt, nullptr) << "no string is given and then lost"; };
+  const auto check = [&] { EXPECT_EQ(learnt, nullptr) << "a failed call must not return a string"; };
   ExpectAtLeast(1, {ZR_R_FAILED, RUN(ZrCLSIDFromClassName(name, &classId))});
   ExpectAtLeast(1, {ZR_R_FAILED, RUN(ZrClassNameFromCLSID(&classId, &learnt.string))}, check);
 
-  // A discovery is removed wherever a lookup of its class was cut short: it may know the class, and the registry not.
+  // A discovery can be removed whichever allocation of a lookup failed. The failure may leave the class in the record
+  // of the discovery but not in the registry.
   bool hasFailed = true;
   for (int n = 1; hasFailed; ++n) {
     FakeDiscovery leaving({{3, {}, {MakeObject, nullptr, nullptr}}});
@@ -322,14 +330,15 @@ TEST(ExhaustedMemory, ComponentOperationsAnswerTheirCodes) {
     EXPECT_EQ(leaving.references, 0u);
   }
 
-  // The end needs no memory.
+  // Removal and shutdown need no memory.
   ExpectAllocations({ZR_R_UNEXPECTED, RUN(ZrRemoveComponentDiscovery(cookie)), 0});
   ExpectAllocations({ZR_R_UNEXPECTED, RUN(ZrUninitialize()), 0});
   EXPECT_EQ(discovery.references, 0u);
 }
 
-// A change of shape or type happens or doesn't. What a put is to replace goes first, so here it is nothing.
-TEST(ExhaustedMemory, ArraysThrowAndAreAsBefore) {
+// A failed change of shape or type changes nothing. A put releases the old element first, so puts go to an array of
+// nulls here.
+TEST(OutOfMemory, ArraysThrowAndStayUnchanged) {
   const ZrSafeArrayBound bounds[] = {{2, 1}, {15, -1}};
   using Tags = std::initializer_list<uint16_t>;
   const uint32_t kFirst = 0;
@@ -345,7 +354,7 @@ TEST(ExhaustedMemory, ArraysThrowAndAreAsBefore) {
     };
     const auto check = [&] {
       EXPECT_EQ(DescribeArray(array.get()), before);
-      EXPECT_RESULT(ZrSafeArrayUnlock(array.get()), ZR_R_INVALID_OBJECT_STATE) << "the flag is free";
+      EXPECT_RESULT(ZrSafeArrayUnlock(array.get()), ZR_R_INVALID_OBJECT_STATE) << "the flag must be free";
     };
     ExpectAtLeast(2, {kThrows, RUN(ZrSafeArrayRedim(array.get(), 2, bounds))}, check, prepare);
     for (const uint16_t target : Tags{ZR_VT_R8, ZR_VT_VARIANT, ZR_VT_UUID, ZR_VT_REF, ZR_VT_SREF}) {
@@ -357,19 +366,20 @@ TEST(ExhaustedMemory, ArraysThrowAndAreAsBefore) {
     int puts = 0, gets = 0;
     for (uint32_t index = 0; index < values.size() && tag != ZR_VT_VARIANT; ++index) {
       SCOPED_TRACE("element " + DescribeElements(tag, sample.get())[index]);
-      const uint32_t place = index - 5;  // the lower bound of samples
+      const uint32_t place = index - 5;  // -5 is the lower bound of samples
       const auto first = [&] { return StorageOf(other.get()).data; };
       const auto element = [&] { return StorageOf(array.get()).data + index * WidthOf(tag); };
-      puts += Exhaust({kThrows, RUN(ZrSafeArrayPutElement(other.get(), &kFirst, element()))}, check, prepare);
-      gets += Exhaust({kThrows, RUN(ZrSafeArrayGetElement(array.get(), &place, first()))}, check, prepare);
+      puts +=
+          FailEachAllocation({kThrows, RUN(ZrSafeArrayPutElement(other.get(), &kFirst, element()))}, check, prepare);
+      gets += FailEachAllocation({kThrows, RUN(ZrSafeArrayGetElement(array.get(), &place, first()))}, check, prepare);
     }
     const bool isCopied = tag == ZR_VT_BLOB || tag == ZR_VT_REF || tag == ZR_VT_SREF;
-    EXPECT_EQ(puts > 0, isCopied) << puts << " allocations";
-    EXPECT_EQ(gets > 0, isCopied) << gets << " allocations";
+    EXPECT_EQ(puts > 0, isCopied) << puts << " allocations by puts";
+    EXPECT_EQ(gets > 0, isCopied) << gets << " allocations by gets";
   }
 }
 
-TEST(ExhaustedMemory, AHandlerThatMakesRoomIsAskedFirst) {
+TEST(OutOfMemory, NewHandlerRunsBeforeAnAllocationFails) {
   static int calls = 0;
   std::set_new_handler([] { ++calls; });
   void* block = nullptr;
@@ -385,7 +395,7 @@ TEST(ExhaustedMemory, AHandlerThatMakesRoomIsAskedFirst) {
   std::set_new_handler(nullptr);
 }
 
-TEST(ExhaustedMemory, ALongNumberHasNoText) {
+TEST(OutOfMemory, TextOfARealIsNull) {
   for (const double number : {1.5, 1e300}) {
     FailAllocation(1);
     EXPECT_EQ(NewFixedText(number), nullptr);
@@ -393,8 +403,8 @@ TEST(ExhaustedMemory, ALongNumberHasNoText) {
   }
 }
 
-// What was an identifier must not be found in freed memory.
-TEST(ExhaustedMemory, ADestroyedUuidIsWiped) {
+// Freed memory must not contain an identifier.
+TEST(OutOfMemory, DestroyedUuidIsWiped) {
   static bool isWiped = false;
   ZRUUID* uuid = ZrGenerateUUID();
   g_onFree = [](const void* block) { isWiped = *static_cast<const ZRUUID*>(block) == ZRUUID{}; };

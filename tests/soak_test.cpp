@@ -1,5 +1,5 @@
-// Rounds of everything leave the heap as it was: what an operation makes is released by the operation that ends it. The
-// sanitizers look for leaks in every test; this one finds them in any build.
+// Tests for leaks without a sanitizer: repeated use of the whole library must leave the number of allocated bytes
+// unchanged. The sanitizers look for leaks in every test; this test finds them in any build.
 
 #include <gtest/gtest.h>
 
@@ -14,14 +14,14 @@
 #if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 #include <malloc.h>
 static std::size_t HeapInUse() {
-  (void)mallopt(M_ARENA_MAX, 1);  // the counts are those of the first arena, so all threads have to share it
+  (void)mallopt(M_ARENA_MAX, 1);  // mallinfo2 counts the first arena only, so all threads must share it
   return mallinfo2().uordblks;
 }
 #else
 static std::size_t HeapInUse() { return 0; }
 #endif
 
-// Each conversion apart and in place, each copy and each comparison, of values of every type.
+// Converts values of every type to every type, apart and in place, and copies and compares them.
 static void UseVariants() {
   for (const TagName& from : kTagNames) {
     for (const std::string& text : TextsOf(from.tag)) {
@@ -31,7 +31,7 @@ static void UseVariants() {
         uint8_t equal = 0;
         // A null REF that becomes an SREF leaks a record, by contract.
         if (from.tag == ZR_VT_REF && to.tag == ZR_VT_SREF && text == "null") continue;
-        if (from.tag == ZR_VT_QWORD && to.tag == ZR_VT_DATETIME) continue;  // takes the number for an address
+        if (from.tag == ZR_VT_QWORD && to.tag == ZR_VT_DATETIME) continue;  // would take the number for an address
         (void)ZrVariantCopy(&copy, &source);
         (void)ZrVariantCopyInd(&direct, &byRef);
         (void)ZrVariantCompare(&copy, &direct, &equal);
@@ -73,8 +73,8 @@ static void UseValues() {
             "");
 }
 
-// A class of a module file and one of functions, known by name, configured by nobody. (Names are never forgotten, so no
-// other test uses these classes.)
+// Uses a class of a module file and a class of entry points, by their names and without a configuration. The library
+// keeps class names for the life of the process, so no other test uses these classes.
 static void UseComponents() {
   constexpr uint32_t kFirst = 7001;
   const ZRUUID classId = ClassId(kFirst);
@@ -96,7 +96,7 @@ static void UseComponents() {
   (void)DrainModuleLog();
 }
 
-TEST(Soak, RoundsOfEverythingLeaveTheHeapAsItWas) {
+TEST(Soak, RepeatedUseLeavesTheHeapUnchanged) {
   const struct {
     const char* name;
     void (*use)();
@@ -107,8 +107,8 @@ TEST(Soak, RoundsOfEverythingLeaveTheHeapAsItWas) {
       {"values", UseValues, 10},
       {"components", UseComponents, 10},
   };
-  // In a thread of its own each time, since the heap keeps a cache of free blocks for every thread and counts them as
-  // in use. Other caches fill up in the first attempts, so the least growth counts: a leak is in all of them.
+  // Each attempt runs in a new thread, because the heap keeps a cache of free blocks per thread and counts them as in
+  // use. Other caches fill up in the first attempts. A leak appears in every attempt, so the least growth counts.
   for (const auto& row : kRows) {
     std::size_t leastGrowth = SIZE_MAX;
     for (int attempt = 0; attempt < 5; ++attempt) {
@@ -119,6 +119,6 @@ TEST(Soak, RoundsOfEverythingLeaveTheHeapAsItWas) {
       const std::size_t after = HeapInUse();
       leastGrowth = std::min(leastGrowth, after - std::min(before, after));
     }
-    EXPECT_EQ(leastGrowth, 0u) << row.name << ": bytes more in use after " << row.rounds << " rounds of the same";
+    EXPECT_EQ(leastGrowth, 0u) << row.name << ": bytes leaked in " << row.rounds << " rounds";
   }
 }

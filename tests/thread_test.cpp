@@ -1,4 +1,5 @@
-// Small races with a countable outcome; the thread sanitizer sees the rest.
+// Tests the library with several threads. Each test is a small race with a countable outcome. The thread sanitizer
+// finds data races that do not change the count.
 
 #include <gtest/gtest.h>
 
@@ -17,7 +18,7 @@ TEST(Threads, ShareStrings) {
     for (int thread = 1; thread < kThreads; ++thread) ZrCopyString(shared);
     Race(50, [shared](int) { EXPECT_EQ(ZrStringLen(Owned(ZrCopyString(shared))), 6u); });
     EXPECT_EQ(ZrStringRefCount(shared), uint32_t{kThreads});
-    Race(1, [shared](int) { ZrDestroyString(shared); });  // each thread gives up one of the last references
+    Race(1, [shared](int) { ZrDestroyString(shared); });  // each thread releases one of the last references
   }
 }
 
@@ -25,7 +26,7 @@ TEST(Threads, ShareBlobs) {
   for (int round = 0; round < 300; ++round) {
     std::vector<ZRBLOB> handles = {ZrCreateBlob(8, "original")};
     while (handles.size() < kThreads) handles.push_back(ZrCopyBlob(handles[0]));
-    Race(1, [&](int thread) {  // each with a handle of its own on the same bytes; the last holder writes in place
+    Race(1, [&](int thread) {  // each thread has its own handle of the same bytes; the last owner writes in place
       const std::string text = "thread " + std::to_string(thread);
       ZRBLOB mine = handles[static_cast<std::size_t>(thread)], copy = ZrCopyBlob(mine);
       EXPECT_EQ(BytesOf(copy), "original");
@@ -38,10 +39,10 @@ TEST(Threads, ShareBlobs) {
 }
 
 TEST(Threads, ReadTheLocaleOnce) {
-  Race(1, [](int) { EXPECT_EQ(ZrWCHARCompareNoCase(W("First"), W("fIRST")), 0) << "a table that was not full yet"; });
+  Race(1, [](int) { EXPECT_EQ(ZrWCHARCompareNoCase(W("First"), W("fIRST")), 0) << "the case table was incomplete"; });
 }
 
-TEST(Threads, LocksAndAtomicsLoseNothing) {
+TEST(Threads, LocksAndAtomicsLoseNoUpdate) {
   ZRCRITICALSECTION lock = nullptr;
   ASSERT_RESULT(ZrInitializeCriticalSection(&lock), ZR_R_OK);
   int64_t atomic = 0, locked = 0;
@@ -56,7 +57,7 @@ TEST(Threads, LocksAndAtomicsLoseNothing) {
   EXPECT_RESULT(ZrDeleteCriticalSection(&lock), ZR_R_OK);
 }
 
-// The library is open, with this discovery, to the end of the scope.
+// Keeps the library initialized, with this discovery, until the end of the scope.
 struct Session {
   explicit Session(FakeDiscovery& discovery) {
     ZrInitialize();
@@ -65,10 +66,10 @@ struct Session {
   ~Session() { ZrUninitialize(); }
 };
 
-TEST(Threads, FirstCreationsAtOnceStartAModuleOnce) {
+TEST(Threads, ConcurrentFirstCreationsInitializeAModuleOnce) {
   const std::string kLog = "good.load good.init good.create good.create good.create good.create good.exit good.unload";
   for (int round = 0; round < 40; ++round) {
-    const bool isGood = round % 2 != 0;  // all come back from a module that refuses too
+    const bool isGood = round % 2 != 0;  // all threads must also return if the module's init fails
     const Units path = ModulePath(isGood ? "good" : "refusing");
     FakeDiscovery discovery({{0, path}, {1, path}});
     std::atomic<int> made = 0;
@@ -89,8 +90,8 @@ static const ZrModuleEntryPoints kFunctions = {
     [] { --g_started; },
 };
 
-TEST(Threads, AddRemoveAndCreateAtOnce) {
-  FakeDiscovery lasting({{1, {}, kFunctions}}), passing({{2, {}, kFunctions}});  // of one assembly
+TEST(Threads, AddRemoveAndCreateConcurrently) {
+  FakeDiscovery lasting({{1, {}, kFunctions}}), passing({{2, {}, kFunctions}});  // both belong to one assembly
   const ZRUUID lastingId = ClassId(1), unknownId = ClassId(3);
   const Owned unknown(Units(W("Unknown")));
   {
@@ -112,18 +113,18 @@ TEST(Threads, AddRemoveAndCreateAtOnce) {
   EXPECT_EQ(lasting.references + passing.references, 0u);
 }
 
-// Whoever finds the flag taken is refused and nothing happens; what does happen is counted in the element.
-TEST(Threads, TakeTurnsAtAnArray) {
+// A call that finds the flag taken fails and changes nothing. The element counts the calls that succeed.
+TEST(Threads, ArrayFlagAdmitsOneThread) {
   const Array numbers = MakeArray(ZR_VT_I8, {{1, 0}}), strings = MakeArray(ZR_VT_STR, {{1, 0}});
   const uint32_t kFirst = 0;
   std::atomic<int64_t> done = 0;
-  const auto happens = [](ZRRESULT result) {
+  const auto succeeded = [](ZRRESULT result) {
     EXPECT_TRUE(result == ZR_R_OK || result == ZR_R_INVALID_OBJECT_STATE) << Result(result);
     return result == ZR_R_OK;
   };
   Race(50000, [&](int) {
     void* data = nullptr;
-    if (!happens(ZrSafeArrayAccessData(numbers.get(), &data))) return;
+    if (!succeeded(ZrSafeArrayAccessData(numbers.get(), &data))) return;
     ++*static_cast<int64_t*>(data);
     ++done;
     EXPECT_RESULT(ZrSafeArrayUnaccessData(numbers.get()), ZR_R_OK);
@@ -131,15 +132,16 @@ TEST(Threads, TakeTurnsAtAnArray) {
   Race(5000, [&](int thread) {
     const Owned text(Widened(std::to_string(thread)));
     Owned got;
-    (void)happens(ZrSafeArrayPutElement(strings.get(), &kFirst, &text.string));
-    EXPECT_TRUE(!happens(ZrSafeArrayGetElement(strings.get(), &kFirst, &got.string)) || ZrStringLen(got) <= 1);
+    (void)succeeded(ZrSafeArrayPutElement(strings.get(), &kFirst, &text.string));
+    EXPECT_TRUE(!succeeded(ZrSafeArrayGetElement(strings.get(), &kFirst, &got.string)) || ZrStringLen(got) <= 1);
   });
   int64_t counted = 0;
   EXPECT_RESULT(ZrSafeArrayGetElement(numbers.get(), &kFirst, &counted), ZR_R_OK);
   EXPECT_EQ(counted, done);
 }
 
-// A discovery that is asked calls back while another thread ends the library: the two must not wait for each other.
+// A discovery calls the library during a query while another thread uninitializes the library. The threads must not
+// deadlock.
 TEST(Threads, DiscoveriesCallBackDuringTheLastUninitialize) {
   FakeDiscovery discovery;
   discovery.onCall = [](const std::string& operation) {
@@ -156,9 +158,10 @@ TEST(Threads, DiscoveriesCallBackDuringTheLastUninitialize) {
   EXPECT_EQ(discovery.references, 0u);
 }
 
-// A module that is stopped by the last ZrUninitialize opens the library for a moment. Other threads must not get in.
-TEST(Threads, NobodyGetsInWhileTheLibraryShutsDown) {
-  static std::atomic<int> turn = 0;  // 1 while the library is open within its shutdown, 2 when the other thread calls
+// The last ZrUninitialize stops a module whose exit function initializes the library again. Calls of other threads must
+// still fail.
+TEST(Threads, OtherThreadsAreRejectedDuringShutdown) {
+  static std::atomic<int> turn = 0;  // 1: initialized again during the shutdown; 2: the other thread calls
   const ZrModuleEntryPoints points = {MakeObject, nullptr, [] {
                                         ZrInitialize();
                                         turn = 1;
@@ -184,10 +187,10 @@ TEST(Threads, NobodyGetsInWhileTheLibraryShutsDown) {
   }
 }
 
-TEST(Threads, BuildTheErrorRegistryOnceAndRegisterOnce) {
+TEST(Threads, BuildTheErrorRegistryOnceAndRegisterEachCodeOnce) {
   std::atomic<int> registered = 0;
   Race(1, [&](int) {
-    for (uint32_t code = 1001; code <= 3000; ++code) {  // which no other test registers
+    for (uint32_t code = 1001; code <= 3000; ++code) {  // no other test registers these codes
       Owned text;
       registered += ZrErrorInfoRegister(code, W("text"), nullptr) == ZR_R_OK;
       EXPECT_RESULT(ZrErrorInfoGetText(code % 2 ? code : 0x80000000, &text.string), ZR_R_OK);
