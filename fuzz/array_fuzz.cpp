@@ -1,4 +1,4 @@
-// Any sequence of operations on arrays: the same as on the plain model.
+// Performs any sequence of operations on arrays and compares each step with the model.
 
 #include "fuzz/fuzz_support.h"
 #include "tests/support/array_sequence.h"

@@ -1,4 +1,4 @@
-// Any sequence of operations on handles that share bytes: the same as on the plain model.
+// Performs any sequence of operations on blobs that share bytes and compares each step with the model.
 
 #include "fuzz/fuzz_support.h"
 #include "tests/support/blob_model.h"

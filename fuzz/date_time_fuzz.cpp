@@ -1,5 +1,5 @@
-// Any text as date and time: read as the slow model reads it; and what has four digits of a year writes back and
-// reads again.
+// Parses any text as a date and time and compares the record with the model. A record with a year of four digits must
+// survive a round trip through text.
 
 #include "fuzz/fuzz_support.h"
 #include "tests/support/time_models.h"
@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (units.size() >= 10 && ZrStringLen(written) == 27 && record.year >= 0 && record.fraction >= 0) {
     ZRDATETIMESTRUCT again;
     FUZZ_CLAIM(ZrDateTimeStringToDateTimeStruct(written, &again) == 1);
-    again.millisecond = record.millisecond;  // that of a short fraction is read from fewer digits
+    again.millisecond = record.millisecond;  // a short fraction sets it from fewer digits
     FUZZ_CLAIM(std::memcmp(&record, &again, sizeof record) == 0);
   }
   ZrDestroyString(written);

@@ -1,4 +1,4 @@
-// Any text as a number of every type, and any number as text, against the C library.
+// Converts any text to a number of every type, and any number to text. The C library is the oracle.
 
 #include <vector>
 
@@ -47,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     CheckReal(real);
     CheckReal(static_cast<double>(static_cast<float>(real)));
     if (real > -0x1p62 && real < 0x1p62)
-      CheckReal(static_cast<double>(static_cast<int64_t>(real)) / 128);  // exact halves
+      CheckReal(static_cast<double>(static_cast<int64_t>(real)) / 128);  // ties in rounding
   }
   return 0;
 }

@@ -1,5 +1,5 @@
-// Any text as a REF, against the reading that takes every step one by one: trim, count dots, split, read each number
-// with the C library, write it back, compare.
+// Parses any text as a REF and compares it with a slow model. The model trims the text, splits it at the dots, parses
+// each number with the C library, formats the numbers again and compares the result with the text.
 
 #include <algorithm>
 #include <cstdlib>
@@ -13,19 +13,19 @@ using Units = std::basic_string<WCHAR>;
 
 static const Units kSpace = {0x20, 0x09, 0x0A, 0x0D, 0x0C, 0x0B};
 
-// The C library reads bytes, so what is none becomes a letter: it ends a number alike.
+// The C library parses bytes. A unit that is not ASCII becomes a letter, which also ends a number.
 static std::string Narrowed(const Units& units) {
   std::string bytes;
   for (WCHAR unit : units) bytes += unit < 0x80 ? static_cast<char>(unit) : 'x';
   return bytes;
 }
 
-struct Reading {
+struct ModelReference {
   bool hasSixFields = false;
   std::optional<ZRREF> ref;
 };
 
-static Reading ReadSlowly(Units text) {
+static ModelReference ModelOf(Units text) {
   text.erase(0, std::min(text.find_first_not_of(kSpace), text.size()));
   text.erase(text.find_last_not_of(kSpace) + 1);
   std::vector<Units> fields(1);
@@ -52,7 +52,7 @@ static Reading ReadSlowly(Units text) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const Units units = FuzzUnits(data, size);
   ZRSTR text = ZrCreateStringByteLen(units.data(), static_cast<uint32_t>(units.size() * sizeof(WCHAR)));
-  const Reading expected = ReadSlowly(units);
+  const ModelReference expected = ModelOf(units);
 
   ZRREF old = {{9, 9, 9, 9, 9, 9}};
   ZRREF* ref = &old;
@@ -70,7 +70,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FUZZ_CLAIM(std::memcmp(ref, &*expected.ref, sizeof *ref) == 0);
   FUZZ_CLAIM(std::memcmp(&split, ref, sizeof split) == 0);
 
-  // Written, it reads as the same again, and compares as the same however it is held.
+  // Formatted and parsed again it must be the same, and an SREF of its numbers must equal an SREF of its text.
   ZRSTR written = nullptr;
   FUZZ_CLAIM(ZrREFToString(ref, &written) == ZR_R_OK);
   ZRSREF numbers = {ref, nullptr}, words = {nullptr, written};

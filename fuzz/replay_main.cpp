@@ -1,5 +1,5 @@
-// Replays a corpus in builds without a fuzzer: feeds every file of a folder to a fuzz target once. The last name that
-// is printed is the input that failed.
+// Replays a corpus in builds without a fuzzer. Passes every file of a folder to the fuzz target once. The last file
+// name printed is the input that failed.
 
 #include <cstdint>
 #include <cstdio>

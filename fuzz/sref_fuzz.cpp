@@ -1,5 +1,5 @@
-// Sequences of operations on a few SREFs, against plain values: numbers in an array, text in a string. The item caches
-// are on, with a small cap, so that records travel between the slots.
+// Performs any sequence of operations on a few SREFs and compares each step with a model: numbers in an array, text in
+// a string. The item caches are enabled with a small cap, so that the slots reuse each other's records.
 
 #include <algorithm>
 #include <array>
@@ -23,19 +23,19 @@ struct Slot {
   std::optional<Model> model;
 };
 
-static std::string Write(const Numbers& n, const char* format) {
+static std::string FormatNumbers(const Numbers& n, const char* format) {
   char written[80];
   std::snprintf(written, sizeof written, format, n[0], n[1], n[2], n[3], n[4], n[5]);
   return written;
 }
-static std::string Plain(const Numbers& n) { return Write(n, "%u.%u.%u.%u.%u.%u"); }
+static std::string Plain(const Numbers& n) { return FormatNumbers(n, "%u.%u.%u.%u.%u.%u"); }
 
 static std::optional<Numbers> Parse(std::string text) {
   static constexpr char kSpace[] = " \t\n\r\f\v";
   text.erase(0, std::min(text.find_first_not_of(kSpace), text.size()));
   text.erase(text.find_last_not_of(kSpace) + 1);
   std::array<unsigned long, 6> n{};
-  // Loose in what it takes: writing it back decides.
+  // sscanf accepts too much, so the numbers are formatted again and compared with the text.
   if (std::sscanf(text.c_str(), "%lu.%lu.%lu.%lu.%lu.%lu", &n[0], &n[1], &n[2], &n[3], &n[4], &n[5]) != 6) return {};
   Numbers numbers;
   std::transform(n.begin(), n.end(), numbers.begin(), [](unsigned long word) { return static_cast<uint32_t>(word); });
@@ -67,7 +67,7 @@ static Order Compare(const std::optional<Model>& left, const std::optional<Model
   if (const auto parsed = Parse(text)) {
     return {left->ref ? Difference(numbers, *parsed) : Difference(*parsed, numbers)};
   }
-  const int order = Write(numbers, "%d.%d.%d.%d.%d.%d").compare(text);
+  const int order = FormatNumbers(numbers, "%d.%d.%d.%d.%d.%d").compare(text);
   return {left->ref ? order : -order, ZR_R_INVALID_ARGUMENTS};
 }
 
@@ -130,14 +130,14 @@ class CSrefSequence : public CSequence<CSrefSequence> {
       std::copy(numbers.begin(), numbers.end(), slot.sref->ref->words);
       slot.model->ref = numbers;
     }
-    if (!text.empty()) {  // a text that nobody asks whether it is numbers
+    if (!text.empty()) {  // a text that is not parsed, even if it has the form of numbers
       slot.sref->text = ZrCopyString(string);
       slot.model->text = text;
     }
-    Note([&] { return "made " + DescribeSlot(slot); });
+    Note([&] { return "a new slot: " + DescribeSlot(slot); });
   }
 
-  // To a slot of its own or onto itself.
+  // Copies into another slot or into itself.
   void Copy(Slot& slot, const Slot& other) {
     if (!other.model) return;
     ZRSREF* copy = nullptr;
@@ -166,7 +166,7 @@ class CSrefSequence : public CSequence<CSrefSequence> {
     if (!slot.model) return;
     Owned text;
     ClaimResult("ZrSREFToString", ZrSREFToString(slot.sref, &text.string), ZR_R_OK);
-    Claim(text.string != nullptr, [] { return "ZrSREFToString gave no string"; });
+    Claim(text.string != nullptr, [] { return "ZrSREFToString returned no string"; });
     if (text.string == nullptr) return;
     const std::string written(text.string, text.string + ZrStringLen(text));
     const std::string expected = slot.model->ref ? Plain(*slot.model->ref) : slot.model->text.value_or("");

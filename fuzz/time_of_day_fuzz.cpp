@@ -1,4 +1,4 @@
-// Any text as a time of day: read as the slow model reads it, and written without harm.
+// Parses any text as a time of day, compares the record with the model, and formats it.
 
 #include "fuzz/fuzz_support.h"
 #include "tests/support/time_models.h"

@@ -1,4 +1,5 @@
-// Any text as a time span: read as the slow model reads it; and a span that isn't negative writes back and reads again.
+// Parses any text as a time span and compares it with the model. A span that is not negative must survive a round trip
+// through text.
 
 #include "fuzz/fuzz_support.h"
 #include "tests/support/time_models.h"

@@ -1,5 +1,5 @@
-// Any bytes, read as text in all three forms: every function does what its slow model does. The first four bytes choose
-// a length, the byte after the text and a capacity.
+// Takes any bytes as text in each of the three encodings and compares every conversion with the model. The first four
+// bytes choose a length, the byte after the text and a capacity.
 
 #include "fuzz/fuzz_support.h"
 #include "tests/support/unicode_check.h"
@@ -7,7 +7,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size < 4) return 0;
   const uint8_t chosenLength = data[0], after = data[1];
-  const int32_t capacity = data[2] | (data[3] & 0x0F) << 8;  // far above what the text needs, and quick to fill
+  const int32_t capacity = data[2] | (data[3] & 0x0F) << 8;  // may be far larger than the text, but is quick to fill
   data += 4;
   size -= 4;
 

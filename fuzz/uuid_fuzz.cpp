@@ -1,4 +1,5 @@
-// Any text: what is accepted writes back and reads again as the same value, what is refused leaves nil or nothing.
+// Parses any text as a UUID. An accepted text must survive a round trip. A rejected one leaves the record nil or
+// unchanged.
 
 #include "fuzz/fuzz_support.h"
 #include "zrcore/zrcore.h"

@@ -1,5 +1,5 @@
-// Sequences of operations on a few records. After each step the shared string and the object have as many owners as
-// records hold them; the address sanitizer finds leaks and double releases.
+// Performs any sequence of operations on a few variants. After each step the reference counts of the shared string and
+// of the object must match the records that own them. The address sanitizer finds leaks and double releases.
 
 #include <array>
 
@@ -53,16 +53,16 @@ static constexpr const char* kValues[] = {
     "SREF 1.2.3.4.5.6 text shared",
 };
 
-static const int64_t g_count = 5;  // what a ZR_VT_QWORD may be taken for the address of
+static const int64_t g_count = 5;  // a ZR_VT_QWORD may contain its address
 
 class CVariantSequence : public CSequence<CVariantSequence> {
   friend CSequence;
 
   CVariantSequence(const uint8_t* data, std::size_t size) : CSequence(data, size) {
-    for (std::size_t row = 0; row < std::size(kValues); ++row) behind_[row] = Make(row);
+    for (std::size_t row = 0; row < std::size(kValues); ++row) targets_[row] = Make(row);
   }
 
-  // A value, with the one shared text where it says so.
+  // Makes the value of a row. The text "shared" is always the one shared string.
   OwnedVariant Make(std::size_t row) {
     OwnedVariant made = Value(kValues[row]);
     ZRSTR* text = made.Type == ZR_VT_STR                                     ? &made.Value.string
@@ -111,14 +111,14 @@ class CVariantSequence : public CSequence<CVariantSequence> {
         slot = Make(row);
         break;
       }
-      case 2: {  // a reference to what stays, or to such a reference, or to nothing
+      case 2: {  // a reference to a value or record that stays, to another reference, or to null
         const uint32_t row = NextBelow(std::size(kValues)), way = NextBelow(4);
         Note([&] { return Format("to %s, way %u", kValues[row], way); });
         (void)ZrVariantClear(&slot);
-        references_[row] = ByRef(behind_[row]);
-        ZRVARIANT& record = way == 1 ? references_[row] : behind_[row];
-        const ZRVARIANT reference = way == 0   ? ByRef(behind_[row])
-                                    : way == 3 ? ByRef(behind_[row].Type, nullptr)
+        references_[row] = ByRef(targets_[row]);
+        ZRVARIANT& record = way == 1 ? references_[row] : targets_[row];
+        const ZRVARIANT reference = way == 0   ? ByRef(targets_[row])
+                                    : way == 3 ? ByRef(targets_[row].Type, nullptr)
                                                : ByRef(ZR_VT_VARIANT, &record);
         static_cast<ZRVARIANT&>(slot) = reference;
         break;
@@ -136,9 +136,10 @@ class CVariantSequence : public CSequence<CVariantSequence> {
       case 6: {
         uint8_t equal = 9;
         const ZRRESULT result = ZrVariantCompare(&slot, &other, &equal);
-        Claim(equal == 9 || equal <= 1, [&] { return Format("it wrote %u", unsigned{equal}); });
+        Claim(equal == 9 || equal <= 1, [&] { return Format("ZrVariantCompare wrote %u", unsigned{equal}); });
         Claim(slot.Type == other.Type || (equal == 0 && result == ZR_R_OK), [&] {
-          return Format("records of two types: it wrote %u and returned ", unsigned{equal}) + ResultName(result);
+          return Format("records of two types: ZrVariantCompare wrote %u and returned ", unsigned{equal}) +
+                 ResultName(result);
         });
         const uint8_t isEmpty = ZrVariantIsContentEmpty(&slot);
         Claim(isEmpty <= 1, [&] { return Format("ZrVariantIsContentEmpty returned %u", unsigned{isEmpty}); });
@@ -153,7 +154,7 @@ class CVariantSequence : public CSequence<CVariantSequence> {
   void Change(OwnedVariant& slot, OwnedVariant& other, uint16_t target) {
     Note([&] { return Format("to the tag word 0x%04x", unsigned{target}); });
     if (other.Type == ZR_VT_QWORD && target == ZR_VT_DATETIME) return Dereference(slot);
-    // The record that this failure leaves would leak.
+    // This failure leaks a record.
     if (&slot != &other && other.Type == ZR_VT_REF && other.Value.ref == nullptr && target == ZR_VT_SREF) return;
     before_.Assign(other);
     const ZRRESULT result = ZrVariantChangeType(&slot, &other, 0, target);
@@ -164,15 +165,17 @@ class CVariantSequence : public CSequence<CVariantSequence> {
     }
     if (ZR_SUCCEEDED(result)) {
       Claim((slot.Type & ZR_VT_TYPEMASK) == target,
-            [&] { return "it returned " + ResultName(result) + " and made " + Describe(slot); });
-    } else if (&slot == &other && !HoldsNothing(before_) && NameOf(slot.Type) != nullptr && slot.Type != ZR_VT_EMPTY) {
-      Claim(after_ == before_ || !IsMarked(before_.Record()),
-            [&] { return "it returned " + ResultName(result) + " in place and left " + Describe(after_); });
+            [&] { return "ZrVariantChangeType returned " + ResultName(result) + " and made " + Describe(slot); });
+    } else if (&slot == &other && !IsNullOrEmpty(before_) && NameOf(slot.Type) != nullptr && slot.Type != ZR_VT_EMPTY) {
+      Claim(after_ == before_ || !IsMarked(before_.Record()), [&] {
+        return "ZrVariantChangeType in place returned " + ResultName(result) + " and left " + Describe(after_);
+      });
     }
   }
 
-  // A null of a kind that is owned, or a SREF with neither part. A failure in place does not keep it.
-  static bool HoldsNothing(const Snapshot& value) {
+  // Whether a value is a null of an owned kind, or an SREF with neither part. A failure in place does not preserve
+  // these.
+  static bool IsNullOrEmpty(const Snapshot& value) {
     const bool isValue = (value.Type() & (ZR_VT_ARRAY | ZR_VT_BYREF)) == 0;
     const bool isNull = isValue && IsOwned(value.Type() & ZR_VT_TYPEMASK) && value.IsNull();
     return isNull || (value.Type() == ZR_VT_SREF && value.Bytes() == std::string_view("", 1));
@@ -198,7 +201,7 @@ class CVariantSequence : public CSequence<CVariantSequence> {
       if (variant.Type == ZR_VT_UNKNOWN || variant.Type == ZR_VT_DISPATCH) objects += value.address != nullptr;
     };
     for (const OwnedVariant& variant : slots_) count(variant);
-    for (const OwnedVariant& variant : behind_) count(variant);
+    for (const OwnedVariant& variant : targets_) count(variant);
     ClaimNumber("the reference count of the shared string", ZrStringRefCount(shared_), texts);
     ClaimNumber("the count of references to the object", g_object.references - objects_, objects);
   }
@@ -206,7 +209,7 @@ class CVariantSequence : public CSequence<CVariantSequence> {
   const Owned shared_{Units(W("shared"))};
   const uint32_t objects_ = g_object.references;
   Snapshot before_, after_, source_;
-  std::array<OwnedVariant, std::size(kValues)> behind_;
+  std::array<OwnedVariant, std::size(kValues)> targets_;
   std::array<ZRVARIANT, std::size(kValues)> references_{};
   std::array<OwnedVariant, 4> slots_;
 };
