@@ -198,7 +198,7 @@ struct AllocationFailures {
   int failures = 0, deaths = 0;
 };
 static constexpr AllocationFailures kThrowsOnce{kThrows, 1}, kThrowsTwice{kThrows, 2}, kTerminates{kThrows, 2, 2},
-    kTextIsNull{ZR_R_OK, 1}, kTextIsRefused{ZR_R_NO_MEMORY, 1};
+    kReturnsNullText{ZR_R_OK, 1}, kReturnsNoMemory{ZR_R_NO_MEMORY, 1};
 
 struct VariantRow {
   const char* source;
@@ -208,26 +208,26 @@ struct VariantRow {
 static constexpr VariantRow kVariantRows[] = {
     {.source = "UUID {00000000-0000-0000-0000-000000000001}",
      .copy = kThrowsOnce, .copyInd = kThrowsOnce, .copyIndOfNull = kThrowsOnce, .toUuid = kThrowsOnce,
-     .toBlob = kTerminates, .toStr = kTextIsRefused},
+     .toBlob = kTerminates, .toStr = kReturnsNoMemory},
     {.source = "REF 1.2.3.4.5.6",
      .copy = kThrowsOnce, .copyInd = kThrowsOnce, .copyIndOfNull = kThrowsOnce, .toRef = kThrowsOnce,
-     .toSref = kThrowsTwice, .toBlob = kTerminates, .toStr = kTextIsNull},
+     .toSref = kThrowsTwice, .toBlob = kTerminates, .toStr = kReturnsNullText},
     {.source = "SREF 1.2.3.4.5.6 text name",
      .copy = kThrowsTwice, .copyInd = kThrowsTwice, .copyIndOfNull = kThrowsOnce, .toRef = kThrowsOnce,
-     .toSref = kThrowsTwice, .toBlob = kTerminates, .toStr = kTextIsNull},
+     .toSref = kThrowsTwice, .toBlob = kTerminates, .toStr = kReturnsNullText},
     {.source = "SREF text 1.2.3.4.5.6",
      .copy = kThrowsOnce, .copyInd = kThrowsOnce, .copyIndOfNull = kThrowsOnce, .toRef = kThrowsOnce,
      .toSref = kThrowsOnce, .toBlob = kTerminates},
     {.source = "BLOB 0102",
      .copy = kThrowsTwice, .copyInd = kThrowsTwice, .toUuid = kThrowsOnce, .toBlob = kThrowsTwice,
-     .toStr = kTextIsNull},
+     .toStr = kReturnsNullText},
     {.source = "STR 1.2.3.4.5.6", .toRef = kThrowsOnce, .toSref = kThrowsTwice, .toBlob = kTerminates},
     {.source = "STR 01234567-89ab-cdef-0123-456789abcdef",
      .toR8 = kThrowsTwice, .toUuid = kThrowsOnce, .toSref = kThrowsOnce, .toBlob = kTerminates},
-    {.source = "I4 5", .toBlob = kTerminates, .toStr = kTextIsNull},
-    {.source = "R8 1.5", .toBlob = kTerminates, .toStr = kTextIsNull},
-    {.source = "DATETIME 1", .toBlob = kTerminates, .toStr = kTextIsNull},
-    {.source = "CHAR32 65", .toBlob = kTerminates, .toStr = kTextIsRefused},
+    {.source = "I4 5", .toBlob = kTerminates, .toStr = kReturnsNullText},
+    {.source = "R8 1.5", .toBlob = kTerminates, .toStr = kReturnsNullText},
+    {.source = "DATETIME 1", .toBlob = kTerminates, .toStr = kReturnsNullText},
+    {.source = "CHAR32 65", .toBlob = kTerminates, .toStr = kReturnsNoMemory},
 };
 // clang-format on
 

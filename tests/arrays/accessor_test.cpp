@@ -42,7 +42,7 @@ TEST(Accessor, RejectsNullArgumentsAndZeroDimensions) {
                                       of->CompareData(&array, nullptr, &bound, &equal),
                                       of->CompareData(&array, &array, nullptr, &equal),
                                       of->CompareData(&array, &array, &bound, nullptr)});
-    ExpectRefused({of->AllocateData(0, &bound, &storage), of->CopyData(0, &bound, nullptr, &storage)});
+    ExpectRejected({of->AllocateData(0, &bound, &storage), of->CopyData(0, &bound, nullptr, &storage)});
     EXPECT_EQ(of->LinearIndex(1, nullptr, &first), -1);
     EXPECT_EQ(of->LinearIndex(1, &bound, nullptr), -1);
     EXPECT_EQ(of->LinearIndex(0, &bound, &first), -1);

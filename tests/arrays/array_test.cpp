@@ -12,20 +12,20 @@ TEST(Array, RandomOperationsMatchTheModel) {
 
 TEST(Array, RejectsNullHandles) {
   const Array array = MakeArray(ZR_VT_I4, {{1, 0}});
-  ZRSAFEARRAY none = nullptr, handle = array.get();
+  ZRSAFEARRAY null = nullptr, handle = array.get();
   uint32_t word = 7, first = 0;
   uint16_t tag = 0;
   uint8_t equal = 9;
   void* data = nullptr;
   const ZrSafeArrayBound bound = {2, 0}, *bounds = &bound;
   ExpectEach(ZR_R_INVALID_POINTER,
-             {ZrSafeArrayDestroy(none), ZrSafeArrayCopy(none, &none), ZrSafeArrayLock(none), ZrSafeArrayUnlock(none),
-              ZrSafeArrayAccessData(none, &data), ZrSafeArrayAccessData(handle, nullptr), ZrSafeArrayUnaccessData(none),
-              ZrSafeArrayGetElement(none, &word, &word), ZrSafeArrayPutElement(handle, &word, nullptr),
-              ZrSafeArrayGetVartype(none, &tag), ZrSafeArrayGetBounds(none, &word, &bounds),
-              ZrSafeArrayGetElementCount(none, &word, nullptr), ZrSafeArrayGetLBound(none, 1, &word),
-              ZrSafeArrayGetUBound(none, 1, &word), ZrSafeArrayRedim(none, 1, &bound),
-              ZrSafeArrayCompare(none, handle, &equal), ZrSafeArrayChangeType(none, 0, ZR_VT_I8)});
+             {ZrSafeArrayDestroy(null), ZrSafeArrayCopy(null, &null), ZrSafeArrayLock(null), ZrSafeArrayUnlock(null),
+              ZrSafeArrayAccessData(null, &data), ZrSafeArrayAccessData(handle, nullptr), ZrSafeArrayUnaccessData(null),
+              ZrSafeArrayGetElement(null, &word, &word), ZrSafeArrayPutElement(handle, &word, nullptr),
+              ZrSafeArrayGetVartype(null, &tag), ZrSafeArrayGetBounds(null, &word, &bounds),
+              ZrSafeArrayGetElementCount(null, &word, nullptr), ZrSafeArrayGetLBound(null, 1, &word),
+              ZrSafeArrayGetUBound(null, 1, &word), ZrSafeArrayRedim(null, 1, &bound),
+              ZrSafeArrayCompare(null, handle, &equal), ZrSafeArrayChangeType(null, 0, ZR_VT_I8)});
   EXPECT_EQ(ZrSafeArrayCreate(ZR_VT_I4, 1, nullptr), nullptr);
   EXPECT_EQ(ZrSafeArrayRedim(handle, 1, nullptr), ZR_R_INVALID_ARGUMENTS);
   // A null variable, or a dimension that does not exist, is not a failure.

@@ -22,9 +22,9 @@ TEST(Blob, ReportsAMissingElementOrBlock) {
   ExpectEach(ZR_R_FAILED, {ZrWriteBlob(blob, "x", 1), ZrAppendBlob(blob, whole.Get()), ZrAppendBlob(whole.Get(), blob),
                            ZrReadBlobPos(blob, &byte, 0, 1), ZrBlobPosition(blob, &number),
                            ZrCompareBlob(whole.Get(), blob, &byte)});
-  ExpectRefused({ZrBlobByteLen(blob, &number), ZrBlobGetAt(blob, 0, &byte), ZrBlobByteLen(nullptr, &number),
-                 ZrBlobGetAt(nullptr, 0, &byte), ZrBlobPosition(nullptr, &number), ZrBlobByteLen(whole.Get(), nullptr),
-                 ZrBlobGetAt(whole.Get(), 0, nullptr), ZrBlobPosition(whole.Get(), nullptr)});
+  ExpectRejected({ZrBlobByteLen(blob, &number), ZrBlobGetAt(blob, 0, &byte), ZrBlobByteLen(nullptr, &number),
+                  ZrBlobGetAt(nullptr, 0, &byte), ZrBlobPosition(nullptr, &number), ZrBlobByteLen(whole.Get(), nullptr),
+                  ZrBlobGetAt(whole.Get(), 0, nullptr), ZrBlobPosition(whole.Get(), nullptr)});
   EXPECT_TRUE(byte == 9 && number == 9) << "a failure must not change the variables";
   blob->element = new CZrBlobElement();
   EXPECT_EQ(ZrWriteBlob(blob, "x", 1), ZR_R_INVALID_OBJECT_STATE);
@@ -77,7 +77,7 @@ TEST(Blob, BlobWithoutABlockIsEmptyAndEqualsAny) {
   EXPECT_EQ(copy, nullptr);
   EXPECT_EQ(g_blobManager.CopyBlob(blob, &copy), ZR_R_FAILED);
   EXPECT_EQ(g_blobManager.CopyBlob(blob, nullptr), ZR_R_FAILED);
-  ExpectRefused({g_blobManager.CreateBlob(0, "", &copy), g_blobManager.CreateBlob(1, "x", nullptr)});
+  ExpectRejected({g_blobManager.CreateBlob(0, "", &copy), g_blobManager.CreateBlob(1, "x", nullptr)});
 
   blob->element = new CZrBlobElement();
   ExpectEach(ZR_R_INVALID_OBJECT_STATE, {ZrReadBlobPos(blob, &byte, 0, 1), ZrBlobPosition(blob, &number)});

@@ -160,25 +160,25 @@ TEST_F(ComponentTest, ClassNamesAreQueriedOnceAndKept) {
   const ZRUUID ids[] = {ClassId(1), ClassId(2), ClassId(3)};
   const Owned known(Units(W("Learnt.Once"))), unknown(Units(W("learnt.once")));
   ZRUUID classId;
-  ZRSTR none;
+  ZRSTR noName;
   for (const ZRRESULT removal : {ZR_R_OK, ZR_R_UNKNOWN_IDENTIFIER}) {
     Owned name;
     classId = ids[2];
-    none = known;
+    noName = known;
     EXPECT_RESULT(ZrCLSIDFromClassName(known, &classId), ZR_R_OK);
     EXPECT_RESULT(ZrClassNameFromCLSID(&ids[0], &name.string), ZR_R_OK);
-    EXPECT_RESULT(ZrClassNameFromCLSID(&ids[1], &none), ZR_R_OK);
+    EXPECT_RESULT(ZrClassNameFromCLSID(&ids[1], &noName), ZR_R_OK);
     EXPECT_EQ(classId, ids[0]);
     EXPECT_EQ(ContentOf(name), W("Learnt.Once"));
-    EXPECT_EQ(none, nullptr);
+    EXPECT_EQ(noName, nullptr);
     EXPECT_EQ(discovery.queries, 3u);
     EXPECT_RESULT(Remove(cookie).first, removal);
   }
-  none = known;
+  noName = known;
   EXPECT_RESULT(ZrCLSIDFromClassName(unknown, &classId), ZR_R_FAILED) << "names are case-sensitive";
-  EXPECT_RESULT(ZrClassNameFromCLSID(&ids[2], &none), ZR_R_FAILED);
+  EXPECT_RESULT(ZrClassNameFromCLSID(&ids[2], &noName), ZR_R_FAILED);
   EXPECT_EQ(classId, ids[0]) << "a failure must not clear the variable";
-  EXPECT_EQ(none, known.string) << "a failure must not clear the variable";
+  EXPECT_EQ(noName, known.string) << "a failure must not clear the variable";
 }
 
 TEST_F(ComponentTest, DiscoveryExceptionsBecomeResultCodes) {

@@ -64,13 +64,13 @@ TEST(Reference, RejectsNullArguments) {
   ZRREF value = {{1}}, *ref = nullptr;
   ZRSREF source = {&value, nullptr}, *sref = nullptr;
   ZRSTR string = nullptr;
-  ExpectRefused({ZrCopyREF(nullptr, &ref), ZrCopySREF(&source, nullptr), ZrREFToString(nullptr, &string),
-                 ZrSREFToString(nullptr, &string), ZrStringToREF(nullptr, &ref), ZrStringToSREF(nullptr, &sref),
-                 ZrSplitRefName(nullptr, value.words, nullptr, nullptr, nullptr, nullptr, nullptr),
-                 ZrCompareREF(&value, &value, nullptr), ZrCompareREF_ThreeWay(&value, &value, nullptr),
-                 ZrCompareSREF(&source, &source, nullptr), ZrCompareSREF_ThreeWay(&source, &source, nullptr),
-                 ZrCopyREF(&value, nullptr), ZrREFToString(&value, nullptr), ZrSREFToString(&source, nullptr),
-                 ZrStringToREF(text, nullptr), ZrStringToSREF(text, nullptr)});
+  ExpectRejected({ZrCopyREF(nullptr, &ref), ZrCopySREF(&source, nullptr), ZrREFToString(nullptr, &string),
+                  ZrSREFToString(nullptr, &string), ZrStringToREF(nullptr, &ref), ZrStringToSREF(nullptr, &sref),
+                  ZrSplitRefName(nullptr, value.words, nullptr, nullptr, nullptr, nullptr, nullptr),
+                  ZrCompareREF(&value, &value, nullptr), ZrCompareREF_ThreeWay(&value, &value, nullptr),
+                  ZrCompareSREF(&source, &source, nullptr), ZrCompareSREF_ThreeWay(&source, &source, nullptr),
+                  ZrCopyREF(&value, nullptr), ZrREFToString(&value, nullptr), ZrSREFToString(&source, nullptr),
+                  ZrStringToREF(text, nullptr), ZrStringToSREF(text, nullptr)});
   EXPECT_TRUE(ref == nullptr && sref == nullptr && string == nullptr && value.words[0] == 1);
   EXPECT_RESULT(ZrSplitRefName(text, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), ZR_R_OK)
       << "every out parameter may be null";
@@ -110,7 +110,7 @@ static constexpr auto RefOrder = OrderOf<ZrCompareREF_ThreeWay, ZrCompareREF, ZR
 static constexpr auto SrefOrder = OrderOf<ZrCompareSREF_ThreeWay, ZrCompareSREF, ZRSREFGreater, ZRSREFLess, ZRSREF>;
 
 TEST(Reference, OrdersByNumbersElseByText) {
-  const int32_t min = INT32_MIN, refused = ZR_R_INVALID_ARGUMENTS;  // the order is valid nevertheless
+  const int32_t min = INT32_MIN, rejected = ZR_R_INVALID_ARGUMENTS;  // the order is valid nevertheless
   const struct {
     std::string left, right;
     int32_t order, reverse;
@@ -133,9 +133,9 @@ TEST(Reference, OrdersByNumbersElseByText) {
       {"text 10.0.0.0.0.0", "text 9.0.0.0.0.0", -1, 1},
       // A REF and a text: by numbers if the text parses as a REF, else by units.
       {"10.2.3.4.5.6", "text  9.2.3.4.5.6", 1, -1},
-      {"4294967295.0.0.0.0.2147483648", "text -1.0.0.0.0.-2147483648", 0, 0, refused},
-      {"1.2.3.4.5.6", "text 1.2.3.4.5.6x", -1, 1, refused},
-      {"1.2.3.4.5.6", "text 1.2.3.4.5", 1, -1, refused},
+      {"4294967295.0.0.0.0.2147483648", "text -1.0.0.0.0.-2147483648", 0, 0, rejected},
+      {"1.2.3.4.5.6", "text 1.2.3.4.5.6x", -1, 1, rejected},
+      {"1.2.3.4.5.6", "text 1.2.3.4.5", 1, -1, rejected},
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.left + " and " + row.right);

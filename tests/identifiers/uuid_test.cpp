@@ -19,7 +19,7 @@ TEST(Uuid, CreatesCopiesAndGeneratesRecords) {
   EXPECT_EQ(*nil, kNil);
   EXPECT_RESULT(ZrCopyUUID(&kValue, &copy), ZR_R_OK);
   EXPECT_EQ(*copy, kValue);
-  ExpectRefused({ZrCopyUUID(&kValue, nullptr), ZrCopyUUID(nullptr, &copy), ZrUUIDFromString(nullptr, nil)});
+  ExpectRejected({ZrCopyUUID(&kValue, nullptr), ZrCopyUUID(nullptr, &copy), ZrUUIDFromString(nullptr, nil)});
   for (int round = 0; round < 100; ++round) {
     ZRUUID* random = ZrGenerateUUID();
     EXPECT_EQ(random->data3 >> 12, 4) << "the version must be 4";
@@ -48,7 +48,7 @@ TEST(Uuid, OrdersLikeItsText) {
   EXPECT_EQ(ZRUUIDGreater(&kValue, nullptr), 0);
   EXPECT_EQ(ZRUUIDLess(&kValue, nullptr), 0);
   EXPECT_EQ(ZRUUIDGreater(nullptr, &kValue), 0);
-  ExpectRefused({ZrCompareUUID(nullptr, &kValue, &equal), ZrCompareUUID(&kValue, &kValue, nullptr)});
+  ExpectRejected({ZrCompareUUID(nullptr, &kValue, &equal), ZrCompareUUID(&kValue, &kValue, nullptr)});
 }
 
 // Parses a text in a buffer of exactly its size. Returns the record afterwards.
@@ -79,5 +79,5 @@ TEST(Uuid, FormatsAndParsesText) {
     expected.data4[7] = static_cast<uint8_t>(0xE0 + std::strtoul(digit, nullptr, 16));
     EXPECT_EQ(Parsed(cut + digit), std::isxdigit(unit) ? expected : kNil) << "digit " << unit;
   }
-  ExpectRefused({ZrStringFromUUID(&kValue, nullptr), ZrUUIDFromString(plain.c_str(), nullptr)});
+  ExpectRejected({ZrStringFromUUID(&kValue, nullptr), ZrUUIDFromString(plain.c_str(), nullptr)});
 }

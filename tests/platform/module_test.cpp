@@ -32,6 +32,6 @@ TEST(PlatformModule, FindsOnlyFunctionsOfTheModule) {
   const ModuleHandle module = PlatformLoadModule(Widened(TEST_DIRECTORY "/good" MODULE_SUFFIX).c_str(), reason);
   ASSERT_NE(module, nullptr);
   EXPECT_NE(PlatformFindFunction(module, "ZrInitModule"), nullptr);
-  EXPECT_EQ(PlatformFindFunction(module, "NobodyDefinesThis"), nullptr);
+  EXPECT_EQ(PlatformFindFunction(module, "UndefinedFunction"), nullptr);
   PlatformReleaseModule(module);
 }

@@ -10,14 +10,14 @@
 
 static void CheckRow(uint32_t code, const Units& text, const Units& description) {
   SCOPED_TRACE(Format("code 0x%08X", code));
-  Owned given, again, described;
-  EXPECT_RESULT(ZrErrorInfoGetText(code, &given.string), ZR_R_OK);
-  EXPECT_RESULT(ZrErrorInfoGetText(code, &again.string), ZR_R_OK);
+  Owned first, second, described;
+  EXPECT_RESULT(ZrErrorInfoGetText(code, &first.string), ZR_R_OK);
+  EXPECT_RESULT(ZrErrorInfoGetText(code, &second.string), ZR_R_OK);
   EXPECT_RESULT(ZrErrorInfoGetDescription(code, &described.string), ZR_R_OK);
-  EXPECT_EQ(ContentOf(given), text);
+  EXPECT_EQ(ContentOf(first), text);
   EXPECT_EQ(ContentOf(described), description);
-  EXPECT_EQ(given.string, again.string);
-  EXPECT_EQ(ZrStringRefCount(given), 3u) << "the registry and two callers must share one string";
+  EXPECT_EQ(first.string, second.string);
+  EXPECT_EQ(ZrStringRefCount(first), 3u) << "the registry and two callers must share one string";
 }
 
 // The first call is a registration. When ctest runs each test in its own process, it is the registry's very first use.
@@ -42,6 +42,6 @@ TEST(ErrorInfo, NamesEveryHeaderCodeAndRegistersOthersOnce) {
   EXPECT_RESULT(ZrErrorInfoGetText(ZR_R_OK, &text), ZR_R_NOT_EXISTING);
   EXPECT_RESULT(ZrErrorInfoGetDescription(0x8000001F, &text), ZR_R_NOT_EXISTING);
   EXPECT_EQ(text, nullptr) << "a failure must not change the variable";
-  ExpectRefused(
+  ExpectRejected(
       {ZrErrorInfoRegister(9, nullptr, W("d")), ZrErrorInfoGetText(7, nullptr), ZrErrorInfoGetDescription(7, nullptr)});
 }

@@ -32,9 +32,9 @@ TEST(LibraryState, OutParametersAreClearedBeforeTheInitializationCheck) {
   // An extra ZrUninitialize has no effect. Calls of ZrInitialize are counted.
   ExpectEach(ZR_R_OK, {ZrUninitialize(), ZrInitialize(), ZrInitialize(), ZrUninitialize()});
   cookie = 9;
-  ExpectRefused({ZrAddComponentDiscovery(nullptr, &cookie), ZrCreateInstance(&classId, 0, &classId, 0, nullptr),
-                 ZrQueryComponentConfiguration(&classId, nullptr, nullptr), ZrCLSIDFromClassName(nullptr, nullptr),
-                 ZrClassNameFromCLSID(&classId, nullptr)});
+  ExpectRejected({ZrAddComponentDiscovery(nullptr, &cookie), ZrCreateInstance(&classId, 0, &classId, 0, nullptr),
+                  ZrQueryComponentConfiguration(&classId, nullptr, nullptr), ZrCLSIDFromClassName(nullptr, nullptr),
+                  ZrClassNameFromCLSID(&classId, nullptr)});
   EXPECT_EQ(cookie, 0u);
   EXPECT_RESULT(ZrUninitialize(), ZR_R_OK);
   EXPECT_RESULT(ZrRemoveComponentDiscovery(1), ZR_R_NO_INIT);

@@ -28,9 +28,9 @@ TEST(Lock, IsRecursiveAndExcludesOtherThreads) {
   }
   for (int entry = 1; entry <= 2; ++entry) EXPECT_EQ(tryFromAnotherThread(), 1) << "entry " << entry;
 
-  ExpectRefused({ZrInitializeCriticalSection(nullptr), ZrEnterCriticalSection(nullptr), ZrLeaveCriticalSection(nullptr),
-                 ZrDeleteCriticalSection(nullptr), ZrTryEnterCriticalSection(nullptr, &acquired),
-                 ZrTryEnterCriticalSection(&lock, nullptr)});
+  ExpectRejected({ZrInitializeCriticalSection(nullptr), ZrEnterCriticalSection(nullptr),
+                  ZrLeaveCriticalSection(nullptr), ZrDeleteCriticalSection(nullptr),
+                  ZrTryEnterCriticalSection(nullptr, &acquired), ZrTryEnterCriticalSection(&lock, nullptr)});
   EXPECT_RESULT(ZrDeleteCriticalSection(&lock), ZR_R_OK);
   // A deleted lock is an invalid object.
   ExpectEach(ZR_R_INVALID_OBJECT_STATE, {ZrEnterCriticalSection(&lock), ZrLeaveCriticalSection(&lock),

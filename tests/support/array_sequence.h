@@ -216,11 +216,11 @@ class CArraySequence : public CSequence<CArraySequence> {
   }
 
   void AccessTaken(Slot& slot, const uint32_t* indices) {
-    const ZRRESULT refused = ZR_R_INVALID_OBJECT_STATE;
+    const ZRRESULT rejected = ZR_R_INVALID_OBJECT_STATE;
     void* data = this;
-    ClaimResult("ZrSafeArrayPutElement", ZrSafeArrayPutElement(slot.Array(), indices, this), refused);
-    ClaimResult("ZrSafeArrayGetElement", ZrSafeArrayGetElement(slot.Array(), indices, this), refused);
-    ClaimResult("ZrSafeArrayAccessData", ZrSafeArrayAccessData(slot.Array(), &data), refused);
+    ClaimResult("ZrSafeArrayPutElement", ZrSafeArrayPutElement(slot.Array(), indices, this), rejected);
+    ClaimResult("ZrSafeArrayGetElement", ZrSafeArrayGetElement(slot.Array(), indices, this), rejected);
+    ClaimResult("ZrSafeArrayAccessData", ZrSafeArrayAccessData(slot.Array(), &data), rejected);
     Claim(data == this, [] { return "ZrSafeArrayAccessData wrote to its argument while the flag was taken"; });
   }
 
@@ -237,7 +237,7 @@ class CArraySequence : public CSequence<CArraySequence> {
     const bool isVariant = tag == ZR_VT_VARIANT;
     const auto& texts = g_putTexts[isVariant ? kElementTags[NextBelow(27)].tag : tag];
     const std::size_t chosen = NextBelow(256) % (texts.size() + (isVariant ? 1 : 0));
-    const std::string& text = chosen < texts.size() ? texts[chosen] : kRefusedText;
+    const std::string& text = chosen < texts.size() ? texts[chosen] : kRejectedText;
     Note([&] { return "puts " + text; });
     const OwnedVariant variant = Value(text);
     const void* value = PayloadOf(tag, variant);
@@ -250,11 +250,11 @@ class CArraySequence : public CSequence<CArraySequence> {
   void AccessMissingElement(Slot& slot, const uint32_t* indices, bool isBelow) {
     const uint16_t tag = slot.Tag();
     char nothing[16] = {};
-    const bool isRefused = isBelow || IsOfKind(tag, "rg");
+    const bool isRejected = isBelow || IsOfKind(tag, "rg");
     const ZRRESULT getResult = !isBelow ? 1 : tag == ZR_VT_VARIANT ? ZR_R_FAILED : ZR_R_INVALID_ARGUMENTS;
     ClaimResult("ZrSafeArrayGetElement", ZrSafeArrayGetElement(slot.Array(), indices, nothing), getResult);
     ClaimResult("ZrSafeArrayPutElement", ZrSafeArrayPutElement(slot.Array(), indices, nothing),
-                isRefused ? ZR_R_INVALID_ARGUMENTS : 1);
+                isRejected ? ZR_R_INVALID_ARGUMENTS : 1);
   }
 
   // Copies the array itself, the variant that holds it, or a reference to that variant.
@@ -322,7 +322,7 @@ class CArraySequence : public CSequence<CArraySequence> {
     slot.isTaken = takes;
   }
 
-  inline static const std::string kRefusedText = "14 0";  // a variant that ZrVariantCopy rejects
+  inline static const std::string kRejectedText = "14 0";  // a variant that ZrVariantCopy rejects
   static constexpr uint32_t kSlots = 3;
   const uint32_t strings_ = ZrStringRefCount(g_shared), objects_ = g_object.references;  // before any array exists
   Snapshot found_;

@@ -1,3 +1,5 @@
+// The linker's option --wrap redirects the allocation functions; operator new and operator delete are replaced.
+
 #include "tests/support/failing_heap.h"
 
 #include <cstddef>

@@ -1,3 +1,5 @@
+// A shared library that all test modules and the tests link, so that they use one log.
+
 #include "tests/support/module_log.h"
 
 #include <mutex>

@@ -31,7 +31,7 @@ inline testing::AssertionResult IsResult(const char* call, const char*, Result r
 
 // Expects each of the calls between a pair of braces to return the same result.
 #define ExpectEach(expected, ...) ExpectEachOf(__FILE__, __LINE__, #__VA_ARGS__, expected, __VA_ARGS__)
-#define ExpectRefused(...) ExpectEachOf(__FILE__, __LINE__, #__VA_ARGS__, ZR_R_INVALID_ARGUMENTS, __VA_ARGS__)
+#define ExpectRejected(...) ExpectEachOf(__FILE__, __LINE__, #__VA_ARGS__, ZR_R_INVALID_ARGUMENTS, __VA_ARGS__)
 
 inline void ExpectEachOf(const char* file, int line, const std::string& calls, Result expected,
                          std::initializer_list<ZRRESULT> results) {

@@ -127,7 +127,7 @@ inline ZRVARIANT ByRef(ZRVARIANT& target) {
   return ByRef(target.Type, isRecord ? static_cast<void*>(&target) : &target.Value);
 }
 
-// The parts between bars.
+// The parts of a list that '|' separates.
 inline std::vector<std::string> Split(const std::string& list) {
   std::vector<std::string> parts;
   std::istringstream stream(list);

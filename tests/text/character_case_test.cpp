@@ -61,5 +61,5 @@ TEST(CharacterCase, FollowsTheLocaleUnitByUnit) {
   EXPECT_LT(ZrWCHARCompareNoCase(nullptr, W("")), 0);
   EXPECT_GT(ZrWCHARCompareNoCase(W(""), nullptr), 0);
   EXPECT_EQ(ZrWCHARCompareNoCase(nullptr, nullptr), 0);
-  ExpectRefused({ZrWCHARToLower(nullptr), ZrWCHARToUpper(nullptr)});
+  ExpectRejected({ZrWCHARToLower(nullptr), ZrWCHARToUpper(nullptr)});
 }

@@ -22,19 +22,19 @@ TEST(CountedString, CreatorsHandleNullEmptyAndEveryLength) {
     for (const int32_t length : {INT32_MIN, -2, -1, 0, 1, 3, 40}) {
       Units expected = text != nullptr ? text : Units();
       const bool isShared = text != nullptr && (expected.empty() || length == 0);
-      const bool isRefused = length < -1 || (text == nullptr && length == -1);
+      const bool isRejected = length < -1 || (text == nullptr && length == -1);
       SCOPED_TRACE(testing::Message() << (text ? testing::PrintToString(expected) : "null") << ", length " << length);
       if (length >= 0) expected.resize(static_cast<std::size_t>(length));
       for (const auto& [name, create] : kCreators) {
         SCOPED_TRACE(name);
         ZRSTR string = before;
-        EXPECT_RESULT(create(text, length, &string), isRefused ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK);
-        EXPECT_EQ(string == before.string, isRefused) << "only a rejected call may leave the variable unchanged";
-        if (isRefused) continue;
+        EXPECT_RESULT(create(text, length, &string), isRejected ? ZR_R_INVALID_ARGUMENTS : ZR_R_OK);
+        EXPECT_EQ(string == before.string, isRejected) << "only a rejected call may leave the variable unchanged";
+        if (isRejected) continue;
         EXPECT_EQ(string == shared.string, isShared);
         EXPECT_EQ(ContentOf(Owned(string)), isShared ? Units() : expected);
       }
-      if (isRefused) continue;
+      if (isRejected) continue;
       const Owned exact(ZrCreateStringLen(text, static_cast<uint32_t>(length)));
       EXPECT_NE(exact.string, shared.string);
       EXPECT_EQ(ContentOf(exact), expected);
@@ -135,5 +135,5 @@ TEST(CountedString, ComparesByBytesOrByUnits) {
       EXPECT_EQ(order, !left.empty() && rightText.empty() ? 1 : SignOf(Units(left.c_str()).compare(rightText)));
     }
   }
-  ExpectRefused({ZrCompareString(nullptr, nullptr, nullptr), ZrCompareStringW(nullptr, nullptr, nullptr)});
+  ExpectRejected({ZrCompareString(nullptr, nullptr, nullptr), ZrCompareStringW(nullptr, nullptr, nullptr)});
 }

@@ -70,7 +70,8 @@ static int64_t ModelMoment(const std::vector<Period>& periods, std::size_t at, i
   }
   if (readings.empty()) return local - periods[at].offset;  // skipped: the offset after the gap
   if (readings.size() == 1) return readings[0].second;
-  return readings[!readings[0].first && readings[1].first ? 0 : 1].second;  // repeated: standard time, then the later
+  // Repeated: the first reading if only that one is standard time, else the second.
+  return readings[!readings[0].first && readings[1].first ? 0 : 1].second;
 }
 
 static std::string DescribeMoment(int64_t seconds) {

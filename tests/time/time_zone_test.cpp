@@ -65,10 +65,10 @@ TEST_F(TimeZoneTest, MomentsRoundTripWithinTheirLimits) {
     EXPECT_EQ(Moment(DateTimeOf(row.local)), row.moment);
     EXPECT_TRUE(!row.roundTrips || LocalValue(row.moment) == DateTimeOf(row.local));
   }
-  for (const int64_t none : {int64_t{-1}, kYear3001, INT64_MIN, INT64_MAX}) EXPECT_EQ(LocalValue(none), 0);
+  for (const int64_t moment : {int64_t{-1}, kYear3001, INT64_MIN, INT64_MAX}) EXPECT_EQ(LocalValue(moment), 0);
   EXPECT_EQ(ZrDateTimeToTimeT(-1, nullptr), ZR_R_FAILED) << "the value must be checked before the pointer";
   EXPECT_THROW((void)ZrDateTimeToTimeT(INT64_MAX, nullptr), CZrException);
-  ExpectRefused({ZrDateTimeFromTimeT(-1, nullptr), ZrDateTimeToTimeT(0, nullptr)});
+  ExpectRejected({ZrDateTimeFromTimeT(-1, nullptr), ZrDateTimeToTimeT(0, nullptr)});
 }
 
 TEST(TimeT, ExceptionIsCaughtInAnotherModule) {

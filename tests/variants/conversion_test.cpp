@@ -15,7 +15,7 @@
 // One row per kind of source and one column per kind of target. The table follows the contract and is independent of
 // the library's own table. Kinds are the lower-case letters of tag_names.h. The rules are upper case:
 //
-//     X  refused with ZR_R_NOT_SUPPORTED               A  refused with ZR_R_INVALID_ARGUMENTS
+//     X  rejected with ZR_R_NOT_SUPPORTED              A  rejected with ZR_R_INVALID_ARGUMENTS
 //     N  the number if it is in the target's range     Y  the byte of a boolean, unchanged
 //     Q  the number, truncated without a range check   L  the first bytes of a blob
 //     W  the 64 bits, unchanged                        I  the 64 bits at the address that the number is taken for
@@ -103,43 +103,43 @@ static Outcome Model(char letter, const ZRVARIANT& source, uint16_t target) {
 }
 
 // The expectations that the rules leave open.
-static constexpr ZRRESULT kRefused = ZR_R_INVALID_ARGUMENTS;
+static constexpr ZRRESULT kRejected = ZR_R_INVALID_ARGUMENTS;
 static constexpr struct {
   const char *source, *destination;  // after a failure: only the name of the target type
   ZRRESULT result = ZR_R_OK;
 } kClaims[] = {
     // clang-format off
     // The range check uses binary64, where the bounds of 64-bit integers are rounded up. The number is then truncated.
-    {"R8 127.5", "I1", kRefused}, {"R8 -0.5", "I1 0"}, {"UI8 9223372036854776832", "I8 -9223372036854774784"},
+    {"R8 127.5", "I1", kRejected}, {"R8 -0.5", "I1 0"}, {"UI8 9223372036854776832", "I8 -9223372036854774784"},
     {"R8 18446744073709551616", "UI8 9223372036854775808"}, {"R8 nan", "CY -9223372036854775808"},
     {"STR 0x80000000", "R8 2147483648"}, {"STR -0x10", "R8 -16"}, {"STR zr_TRUE", "R4 1"}, {"STR 1e39", "R4 inf"},
     // Characters and times. The last row is a time of 25 hours.
     {"STR 65", "CHAR32 54"}, {"STR \xe9t\xe9", "CHAR32 233"}, {"STR null", "CHAR32 0"},
     {"CHAR32 65536", "STR \\ud800\\udc00"}, {"CHAR32 1114112", "STR \\udc00\\udc00"},
-    {"STR x", "TIME", kRefused}, {"STR x", "DATETIME", kRefused}, {"STR 01:00:00.0000005", "TIME 36000000005"},
+    {"STR x", "TIME", kRejected}, {"STR x", "DATETIME", kRejected}, {"STR 01:00:00.0000005", "TIME 36000000005"},
     {"STR 04.03.2012 05:06:07.1234567", "DATETIME 129753111671234567"},
     {"DATETIME 129753111671234567", "STR 2012-03-04 05:06:07.1234567"}, {"TIME 900000000000", "STR 01:00:00.0000000"},
     // Records and blobs to texts.
     {"UUID 01234567-89ab-cdef-0123-456789abcdef", "STR {01234567-89AB-CDEF-0123-456789ABCDEF}"},
     {"REF 4294967295.2.3.4.5.6", "STR 4294967295.2.3.4.5.6"}, {"SREF 1.2.3.4.5.6 text name", "STR 1.2.3.4.5.6"},
-    {"SREF text name", "STR name"}, {"SREF neither", "STR", kRefused}, {"SREF null", "STR", kRefused},
-    {"REF null", "STR", kRefused}, {"UUID null", "STR", kRefused}, {"BLOB null", "STR null"}, {"BLOB ", "STR null"},
+    {"SREF text name", "STR name"}, {"SREF neither", "STR", kRejected}, {"SREF null", "STR", kRejected},
+    {"REF null", "STR", kRejected}, {"UUID null", "STR", kRejected}, {"BLOB null", "STR null"}, {"BLOB ", "STR null"},
     {"BLOB 41004200", "STR AB"},
     // Records and texts to blobs.
     {"UUID 01234567-89ab-cdef-0123-456789abcdef", "BLOB 67452301ab89efcd0123456789abcdef"},
     {"REF 1.2.3.4.5.256", "BLOB 010000000200000003000000040000000500000000010000"}, {"SREF text a", "BLOB 6100"},
     {"SREF 1.2.3.4.5.256 text a", "BLOB 010000000200000003000000040000000500000000010000"},
     {"STR A\xe9", "BLOB 4100e900"}, {"STR null", "BLOB null"}, {"SREF text ", "BLOB null"},
-    {"UUID null", "BLOB", kRefused}, {"REF null", "BLOB", kRefused}, {"SREF neither", "BLOB", kRefused},
+    {"UUID null", "BLOB", kRejected}, {"REF null", "BLOB", kRejected}, {"SREF neither", "BLOB", kRejected},
     // Blobs, texts and records to records. A UUID is parsed as UTF-8.
     {"BLOB 00112233445566778899aabbccddeeff00", "UUID {33221100-5544-7766-8899-AABBCCDDEEFF}"},
     {"BLOB 41", "UUID {00000041-0000-0000-0000-000000000000}"}, {"BLOB ", "UUID", ZR_R_FAILED},
     {"STR 01234567-89ab-cdef-0123-456789abcdef", "UUID {01234567-89AB-CDEF-0123-456789ABCDEF}"},
     {"STR 01234567-89ab-cdef-0123-456789abcdef\xe9 and a tail that is longer than any other",
-     "UUID {01234567-89AB-CDEF-0123-456789ABCDEF}"}, {"STR 01234567\xe9-89ab-cdef-0123-456789ab", "UUID", kRefused},
-    {"STR  1.2.3.4.5.6 ", "REF 1.2.3.4.5.6"}, {"STR 1.2.3.4.5", "REF", kRefused}, {"SREF text name", "REF", kRefused},
+     "UUID {01234567-89AB-CDEF-0123-456789ABCDEF}"}, {"STR 01234567\xe9-89ab-cdef-0123-456789ab", "UUID", kRejected},
+    {"STR  1.2.3.4.5.6 ", "REF 1.2.3.4.5.6"}, {"STR 1.2.3.4.5", "REF", kRejected}, {"SREF text name", "REF", kRejected},
     {"SREF text 1.2.3.4.5.6", "REF 1.2.3.4.5.6"}, {"SREF 1.2.3.4.5.6 text name", "REF 1.2.3.4.5.6"},
-    {"SREF neither", "REF", kRefused}, {"REF 1.2.3.4.5.6", "SREF 1.2.3.4.5.6"}, {"REF null", "SREF", kRefused},
+    {"SREF neither", "REF", kRejected}, {"REF 1.2.3.4.5.6", "SREF 1.2.3.4.5.6"}, {"REF null", "SREF", kRejected},
     {"STR name", "SREF text name"}, {"STR 1.2.3.4.5.6", "SREF 1.2.3.4.5.6"},
     // clang-format on
 };
@@ -151,8 +151,8 @@ static void CheckConversion(const std::string& text, uint16_t target, const Outc
   static const int64_t kCount = 123456789012345678;
   OwnedVariant source = Value(text), copy, owner = Before(), number = Value("I4 7");
   const uint16_t tag = source.Type & ZR_VT_TYPEMASK;
-  const bool isByRef = (source.Type & ZR_VT_BYREF) != 0, isRefused = isByRef && tag != target;
-  const char letter = isRefused ? 'X' : LetterFor(tag, target);
+  const bool isByRef = (source.Type & ZR_VT_BYREF) != 0, isRejected = isByRef && tag != target;
+  const char letter = isRejected ? 'X' : LetterFor(tag, target);
   if (letter == '.' && claim == nullptr) return;
   if (letter == 'I') source.Value.ui8 = reinterpret_cast<uintptr_t>(&kCount);
   // Only copies of numbers copy the marker words. These bits of the tag word have no meaning.
@@ -163,17 +163,17 @@ static void CheckConversion(const std::string& text, uint16_t target, const Outc
   SCOPED_TRACE(testing::PrintToString(text) + " (" + TagWordName(source.Type) + ") to " + TagWordName(target));
   const Outcome expected = claim != nullptr ? *claim : Model(letter, copy, target);
   for (OwnedVariant* apart : {&owner, &number}) {
-    const std::string old = Describe(*apart), after = isRefused ? old : expected.destination;
+    const std::string old = Describe(*apart), after = isRejected ? old : expected.destination;
     ASSERT_RESULT(ZrVariantChangeType(apart, &source, 0x12345678, target), expected.result) << "  into " << old;
     // By contract this failure leaks a record, which is destroyed here.
-    const bool leaksRecord = tag == ZR_VT_REF && target == ZR_VT_SREF && expected.result == kRefused;
+    const bool leaksRecord = tag == ZR_VT_REF && target == ZR_VT_SREF && expected.result == kRejected;
     if (leaksRecord) ZrDestroySREF(std::exchange(apart->Value.sref, nullptr));
     EXPECT_EQ(Describe(*apart), after) << "  into " << old;
     EXPECT_EQ(Describe(source), before) << "a conversion must not change its source";
   }
-  EXPECT_EQ(ZrStringRefCount(g_before), isRefused ? 2u : 1u) << "the old value of the destination must be released";
+  EXPECT_EQ(ZrStringRefCount(g_before), isRejected ? 2u : 1u) << "the old value of the destination must be released";
   // A failure in place leaves the value that ZrVariantCopy makes of the source.
-  const std::string inPlace = tag == target || isRefused   ? before
+  const std::string inPlace = tag == target || isRejected  ? before
                               : ZR_FAILED(expected.result) ? Describe(copy)
                                                            : expected.destination;
   ASSERT_RESULT(ZrVariantChangeType(&source, &source, 0, target), expected.result);
