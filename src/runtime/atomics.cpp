@@ -1,22 +1,35 @@
-// The atomic exports. A U form does the same on the bits as its signed form; one template serves all.
+// The atomic exports: increment, decrement and exchange of 32-bit and 64-bit integers.
+//
+// One template per operation serves the signed and the unsigned form: in two's complement both do the same to the bits.
+//
+//     value 0x7FFFFFFF   ZrInterlockedIncrement32   -> 0x80000000 is stored, -2147483648 is returned
+//     null address       any of the functions       -> nothing is stored, 0 is returned
+//
+// std::atomic_ref makes a plain integer of the caller atomic for one operation. Its default order is sequentially
+// consistent, which the public header promises.
 
 #include <atomic>
 
 #include "zrcore/atomic.h"
 
+// Returns the new value, whereas fetch_add returns the old one.
+//
+// fetch_add wraps around for signed integers too. The plain addition must wrap in the same way, but a signed overflow
+// is undefined behaviour there. Therefore it is done with the unsigned type of the same width.
 template <class Integer>
 static Integer Increment(Integer* address) noexcept {
   if (address == nullptr) return 0;
-  // Unsigned arithmetic, so that the largest value plus 1 is the smallest in the signed forms too.
   return static_cast<Integer>(static_cast<std::make_unsigned_t<Integer>>(std::atomic_ref(*address).fetch_add(1)) + 1);
 }
 
+// Like Increment: new value = old value - 1, modulo 2^32 or 2^64.
 template <class Integer>
 static Integer Decrement(Integer* address) noexcept {
   if (address == nullptr) return 0;
   return static_cast<Integer>(static_cast<std::make_unsigned_t<Integer>>(std::atomic_ref(*address).fetch_sub(1)) - 1);
 }
 
+// Returns the old value. The load of `*value` is plain: only the exchange at `address` is atomic.
 template <class Integer>
 static Integer Exchange(Integer* address, const Integer* value) noexcept {
   if (address == nullptr || value == nullptr) return 0;

@@ -1,4 +1,8 @@
-// The rows of the registry, those it is built with, and its exports.
+// The registry's own rows, its operations, and the exports.
+//
+// The table of the library's codes is written once, below, and checked by static_asserts. It becomes rows of the map
+// when the registry is first used. Rows contain strings, so making them while the library is loaded could terminate the
+// process when out of memory.
 
 #include "runtime/error_registry.h"
 
@@ -9,14 +13,14 @@
 #include <string_view>
 #include <utility>
 
-// ---- The codes that the library knows of itself ---------------------------------------------------------------------
+// ---- The library's own codes ----------------------------------------------------------------------------------------
 
 struct CBuiltInRow {
   ZRRESULT code;
   std::string_view name;
 };
 
-// A code's text is its name, so the name is written once.
+// The text of a code is its name: ZR_ROW(ZR_R_FAILED) -> {ZR_R_FAILED, "ZR_R_FAILED"}.
 #define ZR_ROW(code) \
   { code, #code }
 static constexpr CBuiltInRow kBuiltInRows[] = {
@@ -56,9 +60,11 @@ static constexpr CBuiltInRow kBuiltInRows[] = {
 };
 #undef ZR_ROW
 
+// All of the library's own codes have this description.
 static constexpr std::string_view kDescription = "The component reported a general error";
 
-// Failures in ascending order, without the two that stay unassigned, then the one success.
+// The table has the 32 failures in ascending order from 0x80000000 on, then the one success. The codes 0x8000001E and
+// 0x8000001F are unassigned and have no row.
 static_assert([] {
   uint32_t next = 0x80000000;
   for (std::size_t row = 0; row + 1 < std::size(kBuiltInRows); ++row, ++next) {
@@ -68,7 +74,8 @@ static_assert([] {
   return std::size(kBuiltInRows) == 33 && std::rbegin(kBuiltInRows)->code == ZR_R_SAME_VALUE;
 }());
 
-// A short ASCII text in code units, zero-terminated.
+// A short ASCII text as zero-terminated code units. ASCII characters have the same numbers in both. The array has the
+// size of the description, which is the longest text; the static_assert below checks that.
 class CAsciiUnits {
  public:
   explicit CAsciiUnits(std::string_view ascii) noexcept {
@@ -89,6 +96,7 @@ static_assert([] {
 
 // ---- Rows -----------------------------------------------------------------------------------------------------------
 
+// ZrCopyString would turn null into the shared empty string. A row keeps null.
 static ZRSTR ShareOrNull(ZRSTR string) noexcept { return string != nullptr ? ZrCopyString(string) : nullptr; }
 
 CZrErrorInfoData::CZrErrorInfoData(const CZrErrorInfoData& other) noexcept
@@ -99,7 +107,11 @@ CZrErrorInfoData::~CZrErrorInfoData() {
   ZrDestroyString(std::exchange(text_, nullptr));
 }
 
-// A registration never replaces. A string that can't be made is exhausted memory, like a row that can't be.
+// The order matters: the code is looked up before any string is made, so a code that exists needs no memory. A string
+// that can't be made is null without an exception; it is reported as std::bad_alloc, as for a row that can't be made.
+//
+// The map copies `row`, which adds a reference to each string, and `row` then releases its own. An exception of the map
+// releases them too.
 ZRRESULT CErrorRegistry::Add(uint32_t code, const WCHAR* text, const WCHAR* description) {
   const auto place = rows_.lower_bound(code);
   if (place != rows_.end() && place->first == code) return ZR_R_ALREADY_REGISTERED;
@@ -109,14 +121,16 @@ ZRRESULT CErrorRegistry::Add(uint32_t code, const WCHAR* text, const WCHAR* desc
   return ZR_R_OK;
 }
 
-// Before anything else that anybody asks, so that nobody can be first with a code of the library's own. A build that
-// runs out of memory is finished by the next call.
+// Every operation calls this first. So no caller can register one of the library's own codes before the library does.
+//
+// If the loop runs out of memory, the rows that it has added remain and built_ stays false. The next call runs the
+// whole loop again and adds the missing rows; for the others Add returns ZR_R_ALREADY_REGISTERED.
 void CErrorRegistry::Build() {
   if (built_) return;
   const CAsciiUnits description(kDescription);
   for (const CBuiltInRow& row : kBuiltInRows) {
     (void)Add(static_cast<uint32_t>(row.code), CAsciiUnits(row.name).Get(),
-              description.Get());  // a second time: is there
+              description.Get());  // already registered after an interrupted attempt
   }
   built_ = true;
 }
@@ -129,12 +143,13 @@ ZRRESULT CErrorRegistry::Register(uint32_t code, const WCHAR* text, const WCHAR*
   return Add(code, text, description);
 }
 
+// Writes `*result` on success only.
 ZRRESULT CErrorRegistry::ShareString(uint32_t code, ZRSTR (CZrErrorInfoData::*string)() const noexcept, ZRSTR* result) {
   CLockGuard hold(mutex_);
   Build();
   const auto row = rows_.find(code);
   if (row == rows_.end()) return ZR_R_NOT_EXISTING;
-  *result = ZrCopyString((row->second.*string)());  // none reads as empty
+  *result = ZrCopyString((row->second.*string)());  // null becomes the shared empty string
   return ZR_R_OK;
 }
 
@@ -147,6 +162,8 @@ ZRRESULT CErrorRegistry::GetDescription(uint32_t code, ZRSTR* description) {
 }
 
 // ---- Exports --------------------------------------------------------------------------------------------------------
+//
+// The null pointer is refused before the registry is used, so these calls neither lock nor throw.
 
 ZRRESULT ZrErrorInfoRegister(uint32_t code, const WCHAR* text, const WCHAR* description) {
   return text != nullptr ? ErrorRegistry().Register(code, text, description) : ZR_R_INVALID_ARGUMENTS;

@@ -1,7 +1,13 @@
-// The one heap behind everything that crosses the boundary: malloc and free of the C runtime, shared with the callers.
+// The heap of the library: malloc and free of the C runtime, which the callers share.
 //
-// Two ways to ask, for the two ways in which families report exhaustion: a null, or std::bad_alloc as from the global
-// allocation function. What either gives is released with std::free.
+// Memory crosses the boundary in both directions, so it must not come from operator new: a caller may replace that
+// operator in its own binary. All blocks of these functions are released with std::free.
+//
+//     AllocateOrNull           out of memory -> null
+//     Allocate...OrThrow       out of memory -> calls the new-handler and tries again; without one, std::bad_alloc
+//
+// The families of the library report out of memory in one of these two ways. The second way is the same as that of the
+// global operator new, which calls the new-handler until an allocation succeeds.
 
 #pragma once
 
@@ -11,22 +17,27 @@
 #include <new>
 #include <utility>
 
+// For a size of 0 the C runtime decides: null or a block.
 [[nodiscard]] inline void* AllocateOrNull(std::size_t size) noexcept { return std::malloc(size); }
 
-// Calls the new-handler until the heap gives way or there is no handler; then throws std::bad_alloc.
+// Never null. A size of 0 returns a block too.
 [[nodiscard]] void* AllocateOrThrow(std::size_t size);
 
-// The same with zeros, which a large block that is new to the process has for nothing.
+// Returns a block of `count` * `size` zero bytes; the product must not be 0. A product that overflows is out of memory.
+// For large blocks this is faster than filling: pages that are new to the process are already zero.
 [[nodiscard]] void* AllocateZeroedOrThrow(std::size_t count, std::size_t size);
 
-// The block with its content, extended or moved to have a new `size` above 0. It is unchanged if this throws.
+// Extends, shrinks or moves a block to a new `size`, which must not be 0. The content is kept as far as it fits. If
+// this throws, the old block is unchanged and still valid.
 [[nodiscard]] void* ReallocateOrThrow(void* block, std::size_t size);
 
+// The deleter for std::unique_ptr of such a block.
 struct HeapFree {
   void operator()(void* block) const noexcept { std::free(block); }
 };
 
-// A constructed object on the heap, for HeapDelete. A constructor that throws leaves no block behind.
+// Constructs an object in a block of this heap. HeapDelete destroys it and frees the block. If the constructor throws,
+// the block is freed.
 template <class T, class... Arguments>
 [[nodiscard]] T* HeapNew(Arguments&&... arguments) {
   static_assert(alignof(T) <= alignof(std::max_align_t));
@@ -36,6 +47,7 @@ template <class T, class... Arguments>
   return object;
 }
 
+// Null is ignored.
 template <class T>
 void HeapDelete(T* object) noexcept {
   if (object == nullptr) return;

@@ -1,12 +1,22 @@
-// Locks: the recursive one that callers get, a plain mutex, and the guard for both.
+// Locks: the recursive lock that callers get, a plain mutex for the library itself, and one guard for both.
 //
-// The recursive lock is a plain mutex with an owner word and a depth. What holds:
-//   1. owner_ is written by the thread that holds mutex_ only, and cleared before it lets go.
-//   2. So a thread that reads its own id there holds the lock, and one that doesn't reads anything else. Re-entry needs
-//      no atomic instruction but a load.
-//   3. depth_ belongs to the owner.
-//   4. A thread leaves the lock before it ends. Its identifier may be given to a later thread, which would read it
-//   there.
+// The recursive lock is a plain mutex, the identifier of its owner, and the number of entries:
+//
+//                             mutex_     owner_     depth_
+//     nobody is inside        unlocked   none       0
+//     thread A enters         locked     A          1
+//     thread A enters again   locked     A          2        no operation on mutex_
+//
+// Invariants:
+//   1. Only the thread that holds mutex_ writes owner_. It clears owner_ before it unlocks mutex_.
+//   2. A thread that reads its own identifier from owner_ holds the lock. A thread that does not hold the lock reads
+//      another identifier or none: it cleared its own when it left. A thread always sees its own writes in order, so a
+//      relaxed load decides this, and a second entry needs no other atomic operation.
+//   3. Only the owner reads or writes depth_.
+//   4. A thread must leave the lock before it ends. Otherwise the system may assign its identifier to a later thread,
+//      which would then read its own identifier from owner_ and enter a lock that it does not hold.
+//
+// mutex_ orders the memory accesses of successive owners. owner_ orders nothing, so all its operations are relaxed.
 
 #pragma once
 
@@ -24,6 +34,7 @@ struct ZR_CAPABILITY("lock") tagZRCRITICALSECTION {
   tagZRCRITICALSECTION(const tagZRCRITICALSECTION&) = delete;
   tagZRCRITICALSECTION& operator=(const tagZRCRITICALSECTION&) = delete;
 
+  // Throws std::system_error if the system can't lock a mutex.
   void Enter() ZR_ACQUIRE() ZR_UNCHECKED {
     const std::thread::id self = std::this_thread::get_id();
     if (owner_.load(std::memory_order_relaxed) != self) {
@@ -43,6 +54,7 @@ struct ZR_CAPABILITY("lock") tagZRCRITICALSECTION {
     return true;
   }
 
+  // The calling thread must be the owner. This is not checked: otherwise the behaviour is undefined.
   void Leave() ZR_RELEASE() ZR_UNCHECKED {
     if (--depth_ != 0) return;
     owner_.store(std::thread::id(), std::memory_order_relaxed);
@@ -54,7 +66,7 @@ struct ZR_CAPABILITY("lock") tagZRCRITICALSECTION {
     return owner_.load(std::memory_order_relaxed) == std::this_thread::get_id();
   }
 
-  // For the body of a lambda, which the analysis reads on its own.
+  // For the body of a lambda, which clang analyses without the locks of the function around it.
   void AssertHeld() const noexcept ZR_ASSERT_HELD { assert(IsOwn()); }
 
  private:
@@ -63,11 +75,11 @@ struct ZR_CAPABILITY("lock") tagZRCRITICALSECTION {
   uint32_t depth_ = 0;
 };
 
-// Inside the library the lock is a member, not a block behind a handle: the library's own state then needs no memory,
-// and can't fail to come up.
+// Callers get a lock as a heap block with a handle. The library's own locks are members instead: making them needs no
+// memory, so the library's state can't fail to be constructed.
 using CRecursiveLock = tagZRCRITICALSECTION;
 
-// The standard library's plain mutex, with the claims that the analysis needs.
+// std::mutex with the attributes that the analysis needs. Not recursive: a second Enter on one thread deadlocks.
 class ZR_CAPABILITY("mutex") CMutex {
  public:
   void Enter() ZR_ACQUIRE() ZR_UNCHECKED { mutex_.lock(); }
@@ -77,6 +89,7 @@ class ZR_CAPABILITY("mutex") CMutex {
   std::mutex mutex_;
 };
 
+// Holds a lock until the end of the scope, which exceptions reach too. The lock must outlive the guard.
 template <class Lock>
 class ZR_SCOPED_CAPABILITY CLockGuard {
  public:

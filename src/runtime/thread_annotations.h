@@ -1,4 +1,12 @@
-// Claims about locks that clang checks with -Wthread-safety. Other compilers see nothing.
+// Attributes that state which lock guards what. clang checks them with -Wthread-safety; other compilers ignore them.
+//
+//     class ZR_CAPABILITY("mutex") CMutex { ... };      // objects of this class are locks
+//     int count_ ZR_GUARDED_BY(mutex_);                 // must not be used unless mutex_ is held
+//     void Add() ZR_REQUIRES(mutex_);                   // callers must hold mutex_
+//
+// A function that clang cannot follow is marked ZR_UNCHECKED: its body is not analysed. A lambda is analysed as a
+// function of its own, so it does not know the locks of the function around it. Such a lambda calls a function that is
+// marked ZR_ASSERT_HELD.
 
 #pragma once
 
@@ -8,9 +16,15 @@
 #define ZR_THREAD_ATTRIBUTE(attribute)
 #endif
 
+// For classes: a lock, and a guard that holds a lock for a scope.
 #define ZR_CAPABILITY(name) ZR_THREAD_ATTRIBUTE(capability(name))
 #define ZR_SCOPED_CAPABILITY ZR_THREAD_ATTRIBUTE(scoped_lockable)
+
+// For fields.
 #define ZR_GUARDED_BY(lock) ZR_THREAD_ATTRIBUTE(guarded_by(lock))
+
+// For functions. ZR_TRY_ACQUIRE's first argument is the result that means success. ZR_ASSERT_HELD states that the
+// object itself is a lock that is held from here on.
 #define ZR_REQUIRES(...) ZR_THREAD_ATTRIBUTE(requires_capability(__VA_ARGS__))
 #define ZR_ACQUIRE(...) ZR_THREAD_ATTRIBUTE(acquire_capability(__VA_ARGS__))
 #define ZR_TRY_ACQUIRE(...) ZR_THREAD_ATTRIBUTE(try_acquire_capability(__VA_ARGS__))
