@@ -1,18 +1,21 @@
-// The exports, in the order of the header. Called on the object by its name, a virtual operation is a direct call.
+// The exports of blobs, in the order of the public header. Each forwards to the manager, which checks the arguments.
+//
+// They call the manager by the name of the object, not through a pointer or reference. The compiler knows the class
+// then, so the call of a virtual operation is direct.
 
 #include "blobs/blob_manager.h"
 #include "zrcore/blob.h"
 
 ZRBLOB ZrCreateBlob(uint32_t size, const void* bytes) {
-  if (size == 0) return nullptr;  // there is no empty blob
+  if (size == 0) return nullptr;  // there is no empty blob handle
   ZRBLOB blob = nullptr;
-  (void)g_blobManager.CreateBlob(size, bytes, &blob);  // null tells the failure
+  (void)g_blobManager.CreateBlob(size, bytes, &blob);  // a null blob shows the failure
   return blob;
 }
 
 ZRBLOB ZrCopyBlob(ZRBLOB source) {
   ZRBLOB copy = nullptr;
-  (void)g_blobManager.CopyBlob(source, &copy);  // null tells the failure
+  (void)g_blobManager.CopyBlob(source, &copy);  // a null copy shows the failure
   return copy;
 }
 

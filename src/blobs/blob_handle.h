@@ -1,12 +1,18 @@
-// What a ZRBLOB points at, and the owner that the rest of the library holds it by.
+// The record that a ZRBLOB points to, and the holder by which the rest of the library owns a handle.
 //
-//     ZRBLOB -> tagZRBLOB { block, element }          one for each handle
+//     ZRBLOB -> tagZRBLOB { block, element }          one per handle
 //                             |       '-> CZrBlobElement { block }     owns one reference on the block
-//                             '-------------------> ZrBlobBlock        shared until somebody changes it
+//                             '-------------------> ZrBlobBlock        shared until one of its handles is changed
 //
-// The handle's block is a copy of the element's, so that the question whether bytes are shared costs one step less.
-// Both are rewritten together. Handles that the manager made have an element, and elements have a block. A block counts
-// as missing if either pointer is null.
+//     a = ZrCreateBlob(...), b = ZrCopyBlob(a)     two handles, two elements, one block with refCount 2
+//     ZrWriteBlob(b, ...)                          b gets a new element with a block of its own; refCount 1 each
+//
+// Invariants:
+//   1. A handle's block pointer is a copy of its element's block pointer. It saves one indirection when the reference
+//      count is tested. Both pointers are replaced together.
+//   2. A handle that the manager made has an element, and the element has a block. Callers can build other handles, so
+//      the manager tests both. A block counts as missing if either pointer is null.
+//   3. Only elements own references on blocks.
 
 #pragma once
 
@@ -19,13 +25,14 @@
 #include "runtime/heap.h"
 #include "zrcore/blob.h"
 
-// The constructors can't throw: where they need memory and there is none, the process ends.
+// Owns one reference on a block. The contract fixes the layout, a table pointer and the block pointer, and that the
+// constructors are noexcept: if one of them runs out of memory, the process terminates.
 class CZrBlobElement final {
  public:
   CZrBlobElement() noexcept = default;
   CZrBlobElement(uint32_t size, const void* bytes) noexcept : block_(ZrBlobBlock::Create(size, bytes)) {}
   explicit CZrBlobElement(const ZrBlobBlock& original) noexcept : block_(ZrBlobBlock::Duplicate(original)) {}
-  CZrBlobElement(const CZrBlobElement& other) noexcept : block_(other.block_) {  // shares
+  CZrBlobElement(const CZrBlobElement& other) noexcept : block_(other.block_) {  // shares the block
     if (block_ != nullptr) block_->AddReference();
   }
   CZrBlobElement& operator=(const CZrBlobElement&) = delete;
@@ -33,6 +40,7 @@ class CZrBlobElement final {
     if (block_ != nullptr) std::exchange(block_, nullptr)->Release();
   }
 
+  // From the heap of the library. Unlike the constructors, operator new throws std::bad_alloc.
   static void* operator new(std::size_t size) { return AllocateOrThrow(size); }
   static void operator delete(void* element) noexcept { std::free(element); }
 
@@ -44,14 +52,17 @@ class CZrBlobElement final {
 
 static_assert(sizeof(CZrBlobElement) == 16);
 
+// Two plain pointers without a destructor: ReleaseBlob deletes the element.
 struct tagZRBLOB {
   tagZRBLOB() noexcept = default;
   explicit tagZRBLOB(CZrBlobElement* owned) noexcept : block(owned->Block()), element(owned) {}
 
-  // For a handle with an element. Null if the block is missing.
+  // The element must not be null. Returns null if the block is missing.
   ZrBlobBlock* Block() const noexcept { return block != nullptr ? element->Block() : nullptr; }
 
-  // The block for a change. Null if it is missing or if others hold it too, which only a race can bring about.
+  // Returns the block for a change. The element must not be null, and CZrBlobMgr::EnsureExclusive must have run.
+  // Returns null if the block is missing or if other elements share it. In a sound handle other elements can share it
+  // only if another thread has copied the handle in between, which is a data race of the callers.
   ZrBlobBlock* ExclusiveBlock() const noexcept {
     ZrBlobBlock* found = Block();
     return found != nullptr && found->RefCount() == 1 ? found : nullptr;
@@ -62,7 +73,7 @@ struct tagZRBLOB {
 };
 static_assert(sizeof(tagZRBLOB) == 16 && offsetof(tagZRBLOB, element) == 8);
 
-// ZrCopyBlob and ZrDestroyBlob for a handle that was made by the manager, or null. Throws std::bad_alloc.
+// ZrCopyBlob without its result code. Null returns null; another handle must have an element. Throws std::bad_alloc.
 [[nodiscard]] inline ZRBLOB ShareBlob(ZRBLOB source) {
   if (source == nullptr) return nullptr;
   auto element = std::make_unique<CZrBlobElement>(*source->element);
@@ -71,22 +82,24 @@ static_assert(sizeof(tagZRBLOB) == 16 && offsetof(tagZRBLOB, element) == 8);
   return blob;
 }
 
+// ZrDestroyBlob without its result code. Null is ignored, and the element may be missing.
 inline void ReleaseBlob(ZRBLOB blob) noexcept {
   if (blob == nullptr) return;
   delete blob->element;
   HeapDelete(blob);
 }
 
-// A blob's handle, freed at the end of the scope. May hold none.
+// Owns a handle and releases it at the end of the scope. The handle may be null.
 class CBlobHolder {
  public:
   CBlobHolder() noexcept = default;
+  // Adopt takes the handle of the caller; Share makes a second handle and throws std::bad_alloc.
   static CBlobHolder Adopt(ZRBLOB blob) noexcept { return CBlobHolder(blob); }
   static CBlobHolder Share(ZRBLOB blob) { return CBlobHolder(ShareBlob(blob)); }
   CBlobHolder(CBlobHolder&& other) noexcept : blob_(other.Detach()) {}
   CBlobHolder& operator=(CBlobHolder&& other) noexcept {
     CBlobHolder taken(std::move(other));
-    std::swap(blob_, taken.blob_);  // what this held goes with `taken`
+    std::swap(blob_, taken.blob_);  // `taken` releases the old handle
     return *this;
   }
   ~CBlobHolder() { ReleaseBlob(blob_); }
