@@ -1,9 +1,13 @@
+// Both functions change the members under the mutex, copy the settings in force, and apply the copy without the mutex.
+// The mutex is a leaf: nothing is called while it is held.
+
 #include "components/allocator_settings.h"
 
 #include "identifiers/reference_records.h"
 
 void CAllocatorSettings::DiscoveryAdded(IZrComponentDiscovery& discovery) {
-  // Every discovery is asked, though only the first one's answers count: which one that is, is known under the mutex.
+  // Only the settings of the first discovery are used, but every discovery is called: which one is the first is known
+  // only under the mutex, and foreign code must not run under it.
   const CoreConfiguration read = ReadCoreConfiguration(discovery);
   CoreConfiguration inForce;
   {
@@ -24,7 +28,8 @@ void CAllocatorSettings::DiscoveryRemoved() {
   Apply(inForce);
 }
 
-// The switch first: caches that go off are no longer used when their caps empty them.
+// The switch must be set first. If the caches are switched off, new calls no longer use them when SetCap frees their
+// items without a hold. The default cap 0 then frees all items, except if the old cap was 0 too.
 void CAllocatorSettings::Apply(const CoreConfiguration& configuration) noexcept {
   CItemAllocator::SetEnabled(configuration.enableAllocator);
   g_refAllocator.SetCap(configuration.refCap);

@@ -1,8 +1,20 @@
-// The settings of the item allocators: those of the first discovery, for as long as there are any.
+// The settings of the item allocators. The first discovery decides them; they stay in force until as many discoveries
+// have been removed as were added. Then they are the defaults again.
 //
-// Discoveries are counted as they are added and removed, and the count wraps: so a removal that overtakes the reading
-// of its own discovery on another thread cancels out. Those that the last ZrUninitialize clears stay in the count, and
-// one whose configuration threw was never in it.
+//     call                                    count   settings in force
+//     (loaded)                                0       defaults: caches off
+//     discovery A is added, with settings a   1       a
+//     discovery B is added, with settings b   2       a; the settings b are read and dropped
+//     A is removed                            1       a, although A is gone
+//     B is removed                            0       defaults
+//
+// The count is unsigned and wraps around. Another thread may remove a discovery while its configuration is still being
+// read; the removal is then counted first: 0 -> 0xFFFFFFFF -> 0. The addition sees a count that is not 0, so the
+// settings of a removed discovery never come into force.
+//
+// Two cases make the count differ from the number of registered discoveries. The public headers document both:
+//   - The last ZrUninitialize removes all discoveries without counting them.
+//   - A discovery whose configuration throws is not counted as added. Its removal is counted.
 
 #pragma once
 
@@ -17,18 +29,20 @@ class CAllocatorSettings {
   CAllocatorSettings(const CAllocatorSettings&) = delete;
   CAllocatorSettings& operator=(const CAllocatorSettings&) = delete;
 
-  // After a discovery was added and after one was removed; under no lock. Two that run at once may set the allocators
-  // in either order. What the discovery's objects throw passes through, and then nothing has changed.
+  // Must be called after a discovery was added to or removed from the registry, without any lock: DiscoveryAdded calls
+  // the discovery. An exception of the discovery's objects passes to the caller, and nothing has changed then.
+  //
+  // Two calls that overlap may set the allocators in either order, so the older settings may remain.
   void DiscoveryAdded(IZrComponentDiscovery& discovery);
   void DiscoveryRemoved();
 
  private:
   static void Apply(const CoreConfiguration& configuration) noexcept;
 
-  CMutex mutex_;  // held for the members only: not while a discovery is asked, nor while allocators are set
+  CMutex mutex_;  // guards the members only; it is not held while a discovery is called or the allocators are set
   uint32_t discoveries_ ZR_GUARDED_BY(mutex_) = 0;
   CoreConfiguration stored_ ZR_GUARDED_BY(mutex_);
 };
 
-// The only settings, which the component exports keep.
+// The only settings. src/runtime/library_state.cpp defines them; the component exports update them.
 CAllocatorSettings& AllocatorSettings() noexcept;

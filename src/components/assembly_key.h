@@ -1,4 +1,9 @@
-// What tells assemblies apart: the path of a module file or, without one, the functions that a discovery handed over.
+// The key of an assembly: the path of a module file or, without a path, the functions that a discovery handed over.
+//
+//     "a.so", f, g, h   equals    "a.so", null, null, null      with a path, the functions are ignored
+//     "a.so"            differs from   "./a.so" and "A.so"      paths are compared unit by unit, not as files
+//     "", f, g, h       equals    "", f, g, h
+//     "", ...           is less than   every key with a path
 
 #pragma once
 
@@ -9,15 +14,17 @@
 using CModulePath = std::basic_string<WCHAR>;
 
 struct CAssemblyKey {
-  CModulePath path;                   // empty for none
-  ZrModuleEntryPoints entryPoints{};  // tells keys apart only where there is no path
+  CModulePath path;                   // empty if there is no module file
+  ZrModuleEntryPoints entryPoints{};  // part of the comparison only if both paths are empty
 };
 
-// No path comes before any path. Two paths compare by code unit, exactly. Without paths the functions compare as
-// unsigned numbers, in the order create, exit, init: not that of the record's fields, and meant so.
+// An empty path comes before every other path. Paths are compared by code unit. Without paths the addresses of the
+// functions are compared as unsigned numbers, in the order createInstance, exit, init.
+//
+// The contract fixes this order. It is not the order of the fields, which is createInstance, init, exit.
 struct CAssemblyKeyLess {
   bool operator()(const CAssemblyKey& left, const CAssemblyKey& right) const noexcept;
 };
 
-// The path as a discovery reported it, up to its first zero unit; null is no path.
+// Returns the path that a discovery reported, up to its first zero unit. Null returns an empty path.
 [[nodiscard]] CModulePath ModulePathFrom(ZRSTR path);

@@ -1,3 +1,16 @@
+// Loads, starts, uses, stops and unloads the code of one assembly. component_assembly.h draws the states.
+//
+// The life of a module file, and the function that makes each step:
+//
+//     first creation      Load                 PlatformLoadModule, look up the three exports
+//                         Start                ZrInitModule
+//     every creation      LoadAndCreate        ZrCreateInstanceModule, record the class
+//     discovery removed   Exit, then Forget    ZrExitModule; release the handle when the last class is forgotten
+//     shutdown            Exit, then Unload    ZrExitModule; release the handle
+//
+// A mutex is held for single steps only. Between two steps another thread may load, start, stop or unload the same
+// assembly, so each step reads the state anew.
+
 #include "components/component_assembly.h"
 
 #include <string_view>
@@ -17,7 +30,8 @@ static constexpr auto kNotExported = WideLiteral(
     "\". One or more of the functions \"ZrInitModule\", \"ZrExitModule\", \"ZrCreateInstanceModule\" are not "
     "exported correctly.\r\n");
 
-// Sends the pieces as one text. What can't be put together for want of memory is lost, so that it hides no result.
+// Sends the pieces as one text. If there is no memory for the text, it is lost: an exception here would replace the
+// result code that the caller is about to return.
 template <class... Pieces>
 static void Report(const Pieces&... pieces) noexcept {
   try {
@@ -37,43 +51,48 @@ ZRRESULT CComponentAssembly::CreateInstance(const ZRUUID& classId, uint64_t argu
   return Guarded(ZR_R_UNEXPECTED, [&] { return LoadAndCreate(classId, argument1, interfaceId, argument2, object); });
 }
 
+// The class is recorded only after the module has made an object. So an assembly is unloaded when the last class of
+// which an object was made is removed; classes that were only looked up don't keep it.
 ZRRESULT CComponentAssembly::LoadAndCreate(const ZRUUID& classId, uint64_t argument1, const ZRUUID& interfaceId,
                                            uint64_t argument2, void** object) {
-  Snapshot now = Look(classId);
-  if (now.createInstance == nullptr) {
+  Snapshot snapshot = TakeSnapshot(classId);
+  if (snapshot.createInstance == nullptr) {
     if (key_.path.empty()) return ZR_R_FAILED;
     if (const ZRRESULT result = Load(); Failed(result)) return result;
-    now = Look(classId);
+    snapshot = TakeSnapshot(classId);
   }
-  // A start that is over needs no lock. (A flag that a creation left behind when the module was stopped under it does
-  // no harm: started_ is false then.)
+  // A start that is over needs no lock. Both flags must be tested: startReturned_ may be true from an earlier start
+  // after the module has been stopped, and started_ is true while ZrInitModule still runs in another thread.
   if (!started_.load(std::memory_order_acquire) || !startReturned_.load(std::memory_order_acquire)) {
     if (const ZRRESULT result = Start(); Failed(result)) return result;
-    now = Look(classId);
+    snapshot = TakeSnapshot(classId);
   }
-  if (now.createInstance == nullptr) return ZR_R_NOT_SUPPORTED;  // unloaded by a refused start in another thread
+  if (snapshot.createInstance == nullptr) return ZR_R_NOT_SUPPORTED;  // unloaded by a refused start in another thread
 
-  // The record's entry is made first, so that nothing can fail once the module has made an object. (But for a class
-  // that is struck off during the call: its entry is made anew behind it.)
+  // The entry for the record is allocated before the call. After the module has made an object, running out of memory
+  // would leak it. One case remains: a recorded class that Forget removes during the call gets its entry afterwards.
+  // Then out of memory is reported as a failure although the module has made an object.
   ClassMap entry;
-  if (!now.isRecorded) entry.emplace(classId, classId);
+  if (!snapshot.isRecorded) entry.emplace(classId, classId);
 
   const ZRUUID lentClassId = classId, lentInterfaceId = interfaceId;
-  const ZRRESULT result = now.createInstance(&lentClassId, argument1, &lentInterfaceId, argument2, object);
+  const ZRRESULT result = snapshot.createInstance(&lentClassId, argument1, &lentInterfaceId, argument2, object);
   if (Failed(result)) return result;
 
-  if (now.isRecorded && forgotten_.load(std::memory_order_acquire) == now.forgotten) return result;
+  if (snapshot.isRecorded && forgotten_.load(std::memory_order_acquire) == snapshot.forgotten) return result;
   if (entry.empty()) entry.emplace(lentClassId, lentClassId);
   const CLockGuard hold(stateMutex_);
   classes_.merge(entry);
   return result;
 }
 
-CComponentAssembly::Snapshot CComponentAssembly::Look(const ZRUUID& classId) {
+CComponentAssembly::Snapshot CComponentAssembly::TakeSnapshot(const ZRUUID& classId) {
   const CLockGuard hold(stateMutex_);
   return {entryPoints_.createInstance, forgotten_.load(std::memory_order_relaxed), classes_.contains(classId)};
 }
 
+// Loads the module file and stores its three functions. Runs without any lock, because loading runs static constructors
+// of the module, which may make callbacks.
 ZRRESULT CComponentAssembly::Load() {
   CModulePath reason;
   ModuleHandle module = PlatformLoadModule(key_.path.c_str(), reason);
@@ -92,7 +111,8 @@ ZRRESULT CComponentAssembly::Load() {
     return ZR_R_INVALID_SYSTEM;
   }
   {
-    // Two threads may have loaded at the same time. The last one's reference stays, the other is given back.
+    // Two threads may have loaded the module at the same time. Then the assembly keeps the later handle, and the swap
+    // returns the earlier one, which is released below.
     const CLockGuard hold(stateMutex_);
     std::swap(module_, module);
     entryPoints_ = found;
@@ -101,9 +121,15 @@ ZRRESULT CComponentAssembly::Load() {
   return ZR_R_OK;
 }
 
-// Calls ZrInitModule, once, however many threads want the first object.
+// Calls ZrInitModule once, however many threads create the first object at the same time.
+//
+// startReturned_ must become false before started_ becomes true. In the other order, a creation in between could see
+// both flags true, the second one from an earlier start, and use the module before ZrInitModule has run.
+//
+// started_ stays true if ZrInitModule refuses or throws, so that it is not called again. The next creation then finds
+// started_ true here and uses the module. The contract fixes this.
 ZRRESULT CComponentAssembly::Start() {
-  ModuleHandle refusing = nullptr;
+  ModuleHandle refused = nullptr;
   {
     const CLockGuard hold(startMutex_);
     if (started_.load(std::memory_order_acquire)) return ZR_R_OK;
@@ -118,17 +144,29 @@ ZRRESULT CComponentAssembly::Start() {
       startReturned_.store(true, std::memory_order_release);
       return ZR_R_OK;
     }
-    // A creation that waits for the start mutex must not find functions that are about to go.
-    refusing = DetachModule();
+    // Detached before startMutex_ is left: a creation that waits for it must not find functions of a module that is
+    // about to be released. Released after it is left, because module code runs then.
+    refused = DetachModule();
   }
-  PlatformReleaseModule(refusing);
+  PlatformReleaseModule(refused);
   return ZR_R_NOT_SUPPORTED;
 }
 
-// ---- Ending --------------------------------------------------------------------------------------------------------
+// ---- Stopping and unloading ----------------------------------------------------------------------------------------
 
-// Keeps the module of the call mapped: what is detached meanwhile is released when the call has returned. If it throws
-// instead, the exception may still need the module's code, so the module stays loaded and is the assembly's again.
+// One call of ZrExitModule. It keeps the module mapped until the call has returned.
+//
+// DetachModule may run during the call, in a callback. It then hands the module's handle to this object instead of
+// releasing it, and the destructor releases the handle:
+//
+//     Exit -> CExitCall::Run -> ZrExitModule -> callback that unloads -> DetachModule -> HandOver
+//     ~CExitCall releases the handle, after ZrExitModule has returned
+//
+// If ZrExitModule throws, the exception object may need code of the module, such as its destructor. Then the handle
+// goes back to the assembly, so the module stays loaded. If the assembly has loaded it anew meanwhile, the handle
+// leaks.
+//
+// Calls nest: a callback may start the module anew and stop it again. outer_ links a call to the call that it runs in.
 class CComponentAssembly::CExitCall {
  public:
   explicit CExitCall(CComponentAssembly& assembly) : assembly_(assembly) {
@@ -156,9 +194,9 @@ class CComponentAssembly::CExitCall {
     hasReturned_ = true;
   }
 
-  // Under the state mutex: hands a reference on `module` to the outermost call of that module which has none yet, since
-  // that call returns last. False if no call needs it. A module that was loaded twice has two references, and a call
-  // keeps it mapped by one.
+  // Hands a handle on `module` to the outermost call of that module that has no handle yet; returns false if there is
+  // no such call. The outermost call returns last, so the module stays mapped for all calls inside it. A module that
+  // was loaded twice has two handles with the same value, and one handle per call is enough. Requires the state mutex.
   static bool HandOver(CExitCall* innermost, ModuleHandle module) noexcept {
     CExitCall* receiver = nullptr;
     for (CExitCall* call = innermost; call != nullptr; call = call->outer_) {
@@ -178,12 +216,14 @@ class CComponentAssembly::CExitCall {
   bool hasReturned_ = false;
 };
 
+// started_ is cleared before the call, so a callback that creates an object starts the module anew.
 void CComponentAssembly::Exit() {
   if (!started_.exchange(false, std::memory_order_acq_rel)) return;
   CExitCall call(*this);
   call.Run();
 }
 
+// Without a path, the entry points came from the discovery and are all that the assembly has, so they are kept.
 ModuleHandle CComponentAssembly::DetachModule() noexcept {
   const CLockGuard hold(stateMutex_);
   if (!key_.path.empty()) entryPoints_ = {};
@@ -193,6 +233,11 @@ ModuleHandle CComponentAssembly::DetachModule() noexcept {
 
 void CComponentAssembly::Unload() noexcept { PlatformReleaseModule(DetachModule()); }
 
+// A creation may overlap with this call, because it does not need the management lock. It compares forgotten_ before
+// and after it calls the module, and records the class again if the number has changed.
+//
+// The removal of a discovery has called Exit before. So started_ is true here only if a creation has started the
+// module again since.
 void CComponentAssembly::Forget(const ZRUUID& classId) {
   {
     const CLockGuard hold(stateMutex_);
@@ -201,7 +246,8 @@ void CComponentAssembly::Forget(const ZRUUID& classId) {
     if (!classes_.empty()) return;
   }
   if (!started_.exchange(false, std::memory_order_acq_rel)) return Unload();
-  // Detached before ZrExitModule is called and released afterwards: what that call loads and starts anew stays loaded.
+  // Detached before ZrExitModule is called, released afterwards by `call`. In the obvious order, unloading after the
+  // call, a callback that loads and starts the module anew would have its new module unloaded.
   CExitCall call(*this);
   Unload();
   call.Run();

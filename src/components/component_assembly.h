@@ -1,22 +1,29 @@
-// An assembly: the unit of code that holds component classes. A module file, loaded when an object is first wanted, or
-// three functions that a discovery handed over.
+// An assembly: the unit of code that contains component classes. It is a module file, which is loaded when the first
+// object is created, or three functions that a discovery handed over.
 //
-//     state      module       functions               started
-//     new        none         none, or handed over    no
-//     loaded     set          set                     no
-//     running    as before    set                     yes: ZrInitModule has been called
-//     stopped    as before    set                     no: ZrExitModule has been called, the next creation starts it
-//     unloaded   none         none, or handed over    no; or yes after a refused start, which is not tried again
+//     state      module_      entryPoints_            started_
+//     new        null         null, or handed over    false
+//     loaded     set          set                     false
+//     running    as before    set                     true: ZrInitModule has been called
+//     stopped    as before    set                     false: ZrExitModule has been called
+//     unloaded   null         null, or handed over    false; but true after a refused start
 //
-// Objects are made without the management lock, so creations meet one another and the steps that end an assembly:
-//   1. startMutex_ is held while ZrInitModule runs, so all first creations wait for the one start. It is never taken
-//      under the management lock.
-//   2. stateMutex_ guards what the two sides share. It is a leaf: no foreign code runs and no lock is taken under it.
-//   3. ZrExitModule may call back and end the assembly that it belongs to. The unload step then clears the handle and
-//      the entry points at once, so that a creation in the same call loads and starts the module anew. Only the release
-//      of the handle waits until ZrExitModule has returned, because its code must stay mapped until then.
-//   4. A module whose functions are being called may be unloaded by the removal of its discovery. That is the host's
-//      responsibility, and no lock here could take it over: objects outlive calls.
+// The next creation starts a stopped module again. A refused start is not repeated: the next creation loads
+// the module and uses it without a start.
+//
+// Functions that were handed over have no module: module_ is always null then.
+//
+// Objects are created without the management lock. So creations overlap with other creations and with the steps that
+// stop and unload an assembly:
+//   1. startMutex_ is held while ZrInitModule runs. All first creations wait there for the one start. The library never
+//      locks it under the management lock.
+//   2. stateMutex_ guards the state that creations share with stopping and unloading. It is a leaf: under it no
+//      foreign code runs, and no other lock is taken.
+//   3. ZrExitModule may make callbacks that unload its own assembly. The unload step clears the handle and the entry
+//      points at once, so that a creation in the same callback loads and starts the module anew. But the handle is
+//      released only after ZrExitModule has returned, because its code must stay mapped until then.
+//   4. The removal of a discovery may unload a module while one of its functions runs in a creation. The host must
+//      prevent this. No lock here could, because objects, whose code is in the module, outlive every call.
 
 #pragma once
 
@@ -38,56 +45,59 @@ class CComponentAssembly {
 
   const CAssemblyKey& Key() const noexcept { return key_; }
 
-  // Makes an object: loads and starts the code if need be, and records the class. Answers ZrCreateInstanceModule's own
-  // result, or why it wasn't called.
+  // Creates an object: loads and starts the module if necessary, calls ZrCreateInstanceModule, and records the class.
+  // Returns the result of ZrCreateInstanceModule, or a code that says why it was not called. Exceptions and out of
+  // memory become ZR_R_UNEXPECTED.
   [[nodiscard]] ZRRESULT CreateInstance(const ZRUUID& classId, uint64_t argument1, const ZRUUID& interfaceId,
                                         uint64_t argument2, void** object) noexcept;
 
-  // Calls ZrExitModule if the assembly is started, which it then no longer is. Under the management lock.
+  // Calls ZrExitModule if started_ is true, and sets started_ to false before the call. Under the management lock. An
+  // exception of ZrExitModule passes to the caller.
   void Exit();
 
-  // Releases the module, at once or when its ZrExitModule has returned. Functions that came from it are forgotten,
-  // handed-over ones kept.
+  // Releases the module, at once or when its ZrExitModule has returned. Entry points of a module file are cleared;
+  // functions that were handed over are kept.
   void Unload() noexcept;
 
-  // Strikes a class off the record; without any class left, exits and unloads. Under the management lock.
+  // Removes a class from the record. If no class is left, stops and unloads the module. Under the management lock. An
+  // exception of ZrExitModule passes to the caller.
   void Forget(const ZRUUID& classId);
 
  private:
   using ClassMap =
       std::map<ZRUUID, ZRUUID, CByteWiseLess>;  // Fixed by contract: a set as a map, each value is its key.
 
-  // What a creation needs to know of the shared state, as of one moment.
+  // The part of the shared state that a creation needs, as of one moment.
   struct Snapshot {
-    ZrCreateInstanceModuleFunction createInstance;
-    uint32_t forgotten;
-    bool isRecorded;
+    ZrCreateInstanceModuleFunction createInstance;  // null: not loaded, or not handed over
+    uint32_t forgotten;                             // value of forgotten_
+    bool isRecorded;                                // the class is in classes_
   };
 
   ZRRESULT LoadAndCreate(const ZRUUID& classId, uint64_t argument1, const ZRUUID& interfaceId, uint64_t argument2,
                          void** object);
-  Snapshot Look(const ZRUUID& classId);
+  Snapshot TakeSnapshot(const ZRUUID& classId);
   ZRRESULT Load();
   ZRRESULT Start();
 
-  // Forgets the module and the functions that came from it. Returns the handle that the caller has to release, under no
-  // lock. Returns null if no module was loaded, or if a call of ZrExitModule still needs the module: it is released
-  // when that call has returned.
+  // Clears module_ and the entry points of a module file. Returns the handle, which the caller must release without
+  // holding stateMutex_ or startMutex_, because module code runs then. Returns null if no module was loaded, or if a
+  // call of ZrExitModule still needs the module: then that call releases it when it has returned.
   [[nodiscard]] ModuleHandle DetachModule() noexcept;
 
-  // One call of ZrExitModule, for as long as it lasts.
+  // Exists while one call of ZrExitModule runs.
   class CExitCall;
 
-  std::atomic<bool> started_{false};        // true from the moment ZrInitModule is about to be called
-  std::atomic<bool> startReturned_{false};  // and it has come back since: nobody needs to wait for startMutex_
+  std::atomic<bool> started_{false};        // becomes true directly before ZrInitModule is called
+  std::atomic<bool> startReturned_{false};  // the start has succeeded: creations need not wait for startMutex_
   CMutex startMutex_;
 
   const CAssemblyKey key_;
 
   CMutex stateMutex_;
-  ZrModuleEntryPoints entryPoints_ ZR_GUARDED_BY(stateMutex_);  // those in force
+  ZrModuleEntryPoints entryPoints_ ZR_GUARDED_BY(stateMutex_);  // the functions in force
   ModuleHandle module_ ZR_GUARDED_BY(stateMutex_) = nullptr;
-  CExitCall* innermostExit_ ZR_GUARDED_BY(stateMutex_) = nullptr;  // calls nest, on the thread with the management lock
-  ClassMap classes_ ZR_GUARDED_BY(stateMutex_);                    // those of which at least one object was made
-  std::atomic<uint32_t> forgotten_{0};  // counts the classes struck off; written under stateMutex_
+  CExitCall* innermostExit_ ZR_GUARDED_BY(stateMutex_) = nullptr;  // calls nest, on one thread: the management lock's
+  ClassMap classes_ ZR_GUARDED_BY(stateMutex_);                    // classes of which an object was made
+  std::atomic<uint32_t> forgotten_{0};  // number of calls of Forget, modulo 2^32; written under stateMutex_
 };

@@ -1,3 +1,10 @@
+// Calls a discovery object of the host and remembers what it has reported.
+//
+// The object is foreign code. It may throw, it may write to its arguments, and it may call back into the registry on
+// the same thread. Hence two rules:
+//   1. The object never gets a pointer to an identifier of the library. It gets a pointer to a copy: lentClassId.
+//   2. State is changed before a call that may make callbacks, so that a callback finds it complete.
+
 #include "components/component_discovery.h"
 
 #include <utility>
@@ -8,21 +15,23 @@ CComponentDiscovery::~CComponentDiscovery() {
   try {
     Detach();
   } catch (...) {
-    // A host's Release that throws has nobody left to tell.
+    // An exception of the host's Release is lost: a destructor must not throw, and no result code is left to report it.
   }
 }
 
+// The pointer is stored before AddRef is called, because AddRef may make a callback that looks up a class here.
 void CComponentDiscovery::Attach(uint32_t cookie, IZrComponentDiscovery* discovery) {
   cookie_ = cookie;
-  discovery_ = discovery;  // before the call, which may come back with a lookup
+  discovery_ = discovery;
   try {
     discovery->AddRef();
   } catch (...) {
-    discovery_ = nullptr;  // no reference was taken
+    discovery_ = nullptr;  // no reference was added, so none must be released
     throw;
   }
 }
 
+// discovery_ is cleared before Release is called. So neither a callback nor an exception leads to a second Release.
 void CComponentDiscovery::Detach() {
   ForgetComponents();
   if (IZrComponentDiscovery* discovery = std::exchange(discovery_, nullptr)) discovery->Release();
@@ -31,7 +40,7 @@ void CComponentDiscovery::Detach() {
 ZRRESULT CComponentDiscovery::QueryComponent(const ZRUUID& classId, std::shared_ptr<CComponent>& component) {
   if (discovery_ == nullptr) return ZR_R_UNEXPECTED;
   const ZRUUID lentClassId = classId;
-  CStringHolder modulePath;  // ours whatever the object answers
+  CStringHolder modulePath;  // releases the string that the object stored, even if its result is a failure
   ZrModuleEntryPoints entryPoints{};
   const ZRRESULT result = discovery_->QueryComponent(&lentClassId, modulePath.Receive(), &entryPoints);
   if (result >= 0) {
@@ -55,7 +64,10 @@ ZRRESULT CComponentDiscovery::QueryClassName(const ZRUUID& classId, ZRSTR* class
   return discovery_ != nullptr ? discovery_->QueryClassName(&lentClassId, className) : ZR_R_UNEXPECTED;
 }
 
+// After a shutdown, a component may own the last pointer to its assembly. Destroying the assembly unloads the module,
+// whose destructors may make callbacks. So the map must be empty before the first component is destroyed. clear() would
+// not ensure this.
 void CComponentDiscovery::ForgetComponents() noexcept {
-  CComponentMap forgotten;  // emptied first and destroyed then, since a module that goes may call back
+  CComponentMap forgotten;
   forgotten.swap(components_);
 }

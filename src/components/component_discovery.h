@@ -1,4 +1,10 @@
-// One registered discovery object and the components that it reported.
+// One registered discovery object, and the components that it has reported.
+//
+//     registry --> CComponentDiscovery --> IZrComponentDiscovery of the host     one reference, until Detach
+//                        |
+//                        '--> CComponent, one per reported class --> CComponentAssembly, once an object is created
+//
+// The registry has a map of components too and shares each component with the discovery that reported it.
 
 #pragma once
 
@@ -9,7 +15,7 @@
 
 #include "components/component_assembly.h"
 
-// Where the code of one class is.
+// Describes where one class is implemented. All fields except the assembly are constant.
 class CComponent {
  public:
   CComponent(uint32_t cookie, const ZRUUID& classId, ZRSTR modulePath, const ZrModuleEntryPoints& entryPoints)
@@ -18,11 +24,11 @@ class CComponent {
   CComponent& operator=(const CComponent&) = delete;
   virtual ~CComponent() = default;
 
-  uint32_t Cookie() const noexcept { return cookie_; }  // of the discovery that reported the class
+  uint32_t Cookie() const noexcept { return cookie_; }  // cookie of the discovery that reported the class
   const ZRUUID& ClassId() const noexcept { return classId_; }
   const CAssemblyKey& AssemblyKey() const noexcept { return assemblyKey_; }
 
-  // Empty until bound. Both under the management lock.
+  // Null until the first object of the class is created. Both functions under the management lock.
   const std::shared_ptr<CComponentAssembly>& Assembly() const noexcept { return assembly_; }
   void Bind(std::shared_ptr<CComponentAssembly> assembly) noexcept { assembly_ = std::move(assembly); }
 
@@ -35,7 +41,11 @@ class CComponent {
 
 using CComponentMap = std::map<ZRUUID, std::shared_ptr<CComponent>, CByteWiseLess>;
 
-// Everything here happens under the management lock.
+// All functions are called under the management lock, except the destructor, which runs where the last shared pointer
+// is destroyed.
+//
+// The operations call the host's object, which may make callbacks. A callback may even remove this discovery from the
+// registry, so the caller must hold a shared pointer during each call.
 class CComponentDiscovery {
  public:
   CComponentDiscovery() = default;
@@ -43,26 +53,30 @@ class CComponentDiscovery {
   CComponentDiscovery& operator=(const CComponentDiscovery&) = delete;
   virtual ~CComponentDiscovery();
 
-  // Takes a reference of `discovery`. If its AddRef throws, this stays unattached.
+  // Stores the cookie and the pointer and adds a reference to `discovery`. If AddRef throws, the pointer is cleared,
+  // and the exception passes to the caller.
   void Attach(uint32_t cookie, IZrComponentDiscovery* discovery);
 
-  // Gives the reference up, after the components. What Release throws passes through, with the reference given up.
+  // Drops the components, then releases the reference. An exception of Release passes to the caller; the reference
+  // counts as released then. Does nothing if there is no reference.
   void Detach();
 
-  // Asks for a class that isn't known yet; makes its component on an answer of zero or above. Answers what the
-  // object answered.
+  // Asks the object for a class. If the result is zero or above, stores a new component in `component` and in the map.
+  // Returns the object's result, or ZR_R_UNEXPECTED without an object.
   [[nodiscard]] ZRRESULT QueryComponent(const ZRUUID& classId, std::shared_ptr<CComponent>& component);
 
+  // Pass the arguments to the object and return its result, or ZR_R_UNEXPECTED without an object.
   [[nodiscard]] ZRRESULT QueryConfiguration(const ZRUUID& classId, ZRSTR name, IZrConfiguration** configuration);
   [[nodiscard]] ZRRESULT QueryClassId(ZRSTR className, ZRUUID* classId);
   [[nodiscard]] ZRRESULT QueryClassName(const ZRUUID& classId, ZRSTR* className);
 
-  // Those that the object reported. The registry may have one of them no longer, or another in its place.
+  // The components that the object has reported. The registry's map may lack one of them, or may contain a component of
+  // another discovery for the same class.
   const CComponentMap& Components() const noexcept { return components_; }
   void ForgetComponents() noexcept;
 
  private:
-  uint32_t cookie_ = 0;  // until attached
+  uint32_t cookie_ = 0;  // 0 until Attach
   IZrComponentDiscovery* discovery_ = nullptr;
   CComponentMap components_;
 };

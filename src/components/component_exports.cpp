@@ -1,5 +1,17 @@
-// The component exports: each one's checks and what it clears, in its own order, which differs from one to the next and
-// on which callers rely. The registry takes over with arguments that are in order.
+// The component exports: they clear results and check arguments, then call the registry.
+//
+// Callers rely on the order of these steps, which differs from export to export:
+//
+//     export                          steps, before the registry is called
+//     ZrAddComponentDiscovery         cookie null? clear *cookie. initialised? discovery null?
+//     ZrRemoveComponentDiscovery      initialised?
+//     ZrCreateInstance                clear *object, if not null. initialised? object null?
+//     ZrCLSIDFromClassName            initialised? classId null?
+//     ZrClassNameFromCLSID            initialised? read *classId. className null?
+//     ZrQueryComponentConfiguration   clear *configuration, if not null. initialised? configuration null?
+//
+// "initialised?" returns ZR_R_NO_INIT, "null?" returns ZR_R_INVALID_ARGUMENTS. A common function for these checks would
+// change the result of calls that fail in two ways.
 
 #include "components/allocator_settings.h"
 #include "components/component_management.h"
@@ -7,16 +19,20 @@
 #include "runtime/result.h"
 #include "zrcore/configuration.h"
 
+// The settings are read after the registry has left its lock, because the discovery is called for that. An exception of
+// the discovery passes to the caller of this export, although the discovery is registered.
 ZRRESULT ZrAddComponentDiscovery(IZrComponentDiscovery* discovery, uint32_t* cookie) {
   if (cookie == nullptr) return ZR_R_INVALID_ARGUMENTS;
   *cookie = 0;
   if (!IsLibraryInitialized()) return ZR_R_NO_INIT;
   if (discovery == nullptr) return ZR_R_INVALID_ARGUMENTS;
   const ZRRESULT result = ComponentRegistry().AddDiscovery(discovery, cookie);
-  if (!Failed(result)) AllocatorSettings().DiscoveryAdded(*discovery);  // outside the registry's lock and its catch
+  if (!Failed(result)) AllocatorSettings().DiscoveryAdded(*discovery);  // without the lock; exceptions pass
   return result;
 }
 
+// Only the call that took the discovery out of the registry counts it, so that no discovery is counted twice.
+// A removal that failed is not counted, even if the discovery is gone.
 ZRRESULT ZrRemoveComponentDiscovery(uint32_t cookie) {
   if (!IsLibraryInitialized()) return ZR_R_NO_INIT;
   bool isRemoved = false;
@@ -39,9 +55,11 @@ ZRRESULT ZrCLSIDFromClassName(ZRSTR className, ZRUUID* classId) noexcept {
   return ComponentRegistry().ClassIdFromName(className, classId);
 }
 
+// `*classId` is read before `className` is checked. The contract fixes this order: a null `classId` is undefined
+// behaviour even if `className` is null too.
 ZRRESULT ZrClassNameFromCLSID(const ZRUUID* classId, ZRSTR* className) noexcept {
   if (!IsLibraryInitialized()) return ZR_R_NO_INIT;
-  const ZRUUID lookedUp = *classId;  // ahead of the test below, by contract
+  const ZRUUID lookedUp = *classId;
   if (className == nullptr) return ZR_R_INVALID_ARGUMENTS;
   return ComponentRegistry().NameFromClassId(lookedUp, className);
 }

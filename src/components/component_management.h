@@ -1,12 +1,21 @@
-// The registry: which discoveries there are, which classes they reported so far and where those live, and the class
-// names learnt.
+// The registry: the discoveries, the components that they have reported, the assemblies, and the class names.
 //
-// What holds:
-//   1. The management lock guards every member, and every call into a discovery object is made under it.
-//   2. It is recursive, and discovery objects and modules may call back on the same thread. So nothing here keeps an
-//      iterator across such a call: walks resume behind the key that they had reached.
-//   3. Making an object happens without the lock; a shared pointer keeps the assembly alive for it.
-//   4. Class names are never forgotten, not by a removal and not by the shutdown; nor is the last cookie.
+//     discoveries_   cookie -> CComponentDiscovery       in the order in which lookups ask them
+//     components_    class identifier -> CComponent      a cache: filled when a class is first looked up
+//     assemblies_    key -> CComponentAssembly           classes of one module share its assembly, until the shutdown
+//     classIds_      name -> identifier                  a cache, never cleared
+//     classNames_    identifier -> name                  another cache; the two are filled independently
+//
+//     ZrCreateInstance(X): components_[X], else ask the discoveries -> Bind -> assembly, which creates the object
+//
+// Invariants:
+//   1. The management lock guards every member. Every call of a discovery object happens under it, except the query for
+//      the configuration "ZrCore" and, at the end of the process, Release.
+//   2. The lock is recursive, and discovery objects and modules may make callbacks on the same thread. So a
+//      callback may change every map. No iterator or reference into a map may be used after such a call: a walk
+//      continues at the first key that is greater than the last one.
+//   3. Objects are created without the lock. A shared pointer keeps the assembly alive meanwhile.
+//   4. Class names and the last cookie are never forgotten, neither by a removal nor by the shutdown.
 
 #pragma once
 
@@ -25,34 +34,36 @@ class CComponentManagement {
   CComponentManagement& operator=(const CComponentManagement&) = delete;
   virtual ~CComponentManagement();
 
-  // What the exports do behind their checks. Exceptions have become codes.
+  // The exports call these after their checks. Exceptions become result codes.
   [[nodiscard]] ZRRESULT AddDiscovery(IZrComponentDiscovery* discovery, uint32_t* cookie) noexcept;
-  // `isRemoved` receives whether this call took the discovery out. A success without it means that a module, which the
-  // removal stopped, has removed the same discovery meanwhile.
+  // `isRemoved` receives whether this call took the discovery out of the registry. It is false after a success if a
+  // module that was stopped by the removal has removed the same discovery in a callback.
   [[nodiscard]] ZRRESULT RemoveDiscovery(uint32_t cookie, bool* isRemoved) noexcept;
-  // (Identifiers by value: foreign code that is called may change the caller's records.)
+  // Identifiers are passed by value: foreign code that runs during the call may change the caller's records.
   [[nodiscard]] ZRRESULT CreateInstance(ZRUUID classId, uint64_t argument1, ZRUUID interfaceId, uint64_t argument2,
                                         void** object) noexcept;
   [[nodiscard]] ZRRESULT QueryConfiguration(ZRUUID classId, ZRSTR name, IZrConfiguration** configuration) noexcept;
   [[nodiscard]] ZRRESULT ClassIdFromName(ZRSTR className, ZRUUID* classId) noexcept;
   [[nodiscard]] ZRRESULT NameFromClassId(ZRUUID classId, ZRSTR* className) noexcept;
 
-  // Stops every module, then unloads every module, then lets go of everything but the names and the last cookie.
+  // Stops every module, then unloads every module, then clears everything except the class names and the last cookie.
+  // The first exception of a ZrExitModule passes to the caller, after all of this is done.
   void Shutdown();
 
-  // For who needs the registry to stand still around a lock of its own.
+  // For a caller that must enter the management lock before a lock of its own.
   [[nodiscard]] CRecursiveLock& ManagementLock() noexcept ZR_RETURNS_LOCK(lock_) { return lock_; }
 
-  // For the end of the process, which must not wait: a thread that it left behind may hold the lock for ever.
+  // For the end of the process. They read without the lock, which another thread may hold for ever.
   [[nodiscard]] bool HasDiscoveries() const noexcept ZR_UNCHECKED { return !discoveries_.empty(); }
   [[nodiscard]] bool HasAssemblies() const noexcept ZR_UNCHECKED { return !assemblies_.empty(); }
   [[nodiscard]] bool HasComponents() const noexcept ZR_UNCHECKED { return !components_.empty(); }
 
  private:
-  friend struct CRegistryTestPeer;  // nobody can issue four thousand million cookies to see them wrap
+  friend struct CRegistryTestPeer;  // tests set the last cookie: 2^32 additions would take too long
 
+  // Orders names by content. It is transparent, so that find() accepts a ZRSTR and needs no reference for the search.
   struct CNameLess {
-    using is_transparent = void;  // so that a name is looked up without a reference of its own
+    using is_transparent = void;
     static ZRSTR Name(ZRSTR name) noexcept { return name; }
     static ZRSTR Name(const CStringHolder& name) noexcept { return name.Get(); }
     template <class Left, class Right>
@@ -65,17 +76,22 @@ class CComponentManagement {
   using CClassIdMap = std::map<CStringHolder, ZRUUID, CNameLess>;
   using CClassNameMap = std::map<ZRUUID, CStringHolder, CFieldWiseLess>;
 
+  // Cookies count up and wrap around to 1: 0 is not a cookie.
   void AdvanceCookie() noexcept ZR_REQUIRES(lock_) {
-    if (++lastCookie_ == 0) ++lastCookie_;  // 0 is no cookie
+    if (++lastCookie_ == 0) ++lastCookie_;
   }
 
-  // Returns the component of a class, null if no discovery knows the class. The component belongs to the registry and
-  // is valid until the lock is left or foreign code runs. If discoveries had to be asked, `reporter` receives the one
-  // that knew the class: the caller drops it, which may run foreign code, when it no longer needs the component.
+  // Returns the component of a class, or null if no discovery knows the class. The registry owns the component. The
+  // pointer is valid until the lock is left or foreign code runs.
+  //
+  // If the discoveries had to be asked, `reporter` receives the discovery that knew the class. The caller must destroy
+  // this pointer after its last use of the component, because that may call the discovery's Release.
   CComponent* FindComponent(const ZRUUID& classId, std::shared_ptr<CComponentDiscovery>& reporter) ZR_REQUIRES(lock_);
+  // Returns the assembly of a component. Finds or makes it under the component's key if it is not bound yet.
   const std::shared_ptr<CComponentAssembly>& Bind(CComponent& component) ZR_REQUIRES(lock_);
 
-  // Asks the discoveries in ascending cookie order until one answers zero or above; whether one did.
+  // Calls `ask` for each discovery in ascending order of the cookies until it returns zero or above. Returns whether it
+  // did.
   template <class Ask>
   bool AskDiscoveries(Ask&& ask) ZR_REQUIRES(lock_);
 
@@ -88,5 +104,5 @@ class CComponentManagement {
   CClassNameMap classNames_ ZR_GUARDED_BY(lock_);
 };
 
-// The only registry that callers reach.
+// The only registry that exports use. src/runtime/library_state.cpp defines it.
 CComponentManagement& ComponentRegistry() noexcept;

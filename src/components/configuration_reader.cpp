@@ -1,4 +1,13 @@
-// Three interfaces deep, one value at a time. Results are not looked at on the way: an object came or it didn't.
+// Reads the library's configuration through three interfaces of the host, one value at a time:
+//
+//     discovery --QueryConfiguration--> configuration --QuerySection--> section --QueryValue--> value --Read--> variant
+//
+// The results of the three queries are ignored; only the pointer counts. A null pointer means that there is nothing to
+// read, whatever the result was. An object that came with a failure is used and released like any other.
+//
+// All objects are foreign code and may throw, also from Release. On the normal path each object is released explicitly,
+// so that its exception passes to the caller. Destructors release only while another exception is passing, and must
+// ignore a second one, which would terminate the process.
 
 #include "components/configuration_reader.h"
 
@@ -10,16 +19,17 @@
 #include "variants/variant_record.h"
 #include "zrcore/configuration.h"
 
-// For destructors, which have something to do only while an exception passes: it must not meet a second one.
+// Runs an action and ignores its exceptions. Only for destructors: see above.
 template <class Action>
-static void Quietly(Action action) noexcept {
+static void IgnoreExceptions(Action action) noexcept {
   try {
     action();
   } catch (...) {
   }
 }
 
-// One reference on an object of the host's. What the object throws passes through Release.
+// Owns one reference on an object of the host. An exception of the object passes through Release. The pointer is
+// cleared before the call, so the destructor does not release it a second time.
 template <class Interface>
 class CObjectHolder {
  public:
@@ -27,12 +37,12 @@ class CObjectHolder {
   CObjectHolder(const CObjectHolder&) = delete;
   CObjectHolder& operator=(const CObjectHolder&) = delete;
   ~CObjectHolder() {
-    Quietly([this] { Release(); });
+    IgnoreExceptions([this] { Release(); });
   }
 
   explicit operator bool() const noexcept { return object_ != nullptr; }
   Interface* operator->() const noexcept { return object_; }
-  Interface** Receive() noexcept { return &object_; }  // once, for an out-parameter
+  Interface** Receive() noexcept { return &object_; }  // for an out-parameter; only while the holder is empty
 
   void Release() {
     if (Interface* object = std::exchange(object_, nullptr)) object->Release();
@@ -42,13 +52,13 @@ class CObjectHolder {
   Interface* object_ = nullptr;
 };
 
-// A record with a value of the host's. What an object in it throws passes through Clear.
+// Owns a variant that the host has filled. It may contain an object of the host, whose exception passes through Clear.
 struct CHostRecord {
   CHostRecord() = default;
   CHostRecord(const CHostRecord&) = delete;
   CHostRecord& operator=(const CHostRecord&) = delete;
   ~CHostRecord() {
-    Quietly([this] { Clear(); });
+    IgnoreExceptions([this] { Clear(); });
   }
 
   void Clear() { ResetVariant(variant); }
@@ -58,8 +68,12 @@ struct CHostRecord {
 
 // ---- One value -----------------------------------------------------------------------------------------------------
 
-// The number in a record, held or pointed at, converted if need be; 0 if there is none. An array isn't told from a
-// number: of one that has the tag, or converts to it, the first bytes of the handle are taken.
+// Returns the number in a record, by value or by reference. Another type is converted; 0 if that fails.
+//
+//     type ZR_VT_UI4:   UI4 7 -> 7      UI4|BYREF to 7 -> 7      STR "7" -> 7      STR "x" -> 0
+//
+// Only the type bits are compared, so the flag of an array is not noticed: for an array with this element type, or one
+// that is converted to it, the first bytes of its handle are returned. Hosts must not return arrays.
 template <class Number>
 static Number NumberIn(const ZRVARIANT& record, uint16_t type) {
   Number number = 0;
@@ -69,7 +83,7 @@ static Number NumberIn(const ZRVARIANT& record, uint16_t type) {
     return number;
   }
   CHostRecord converted;
-  (void)ZrVariantCopyInd(&converted.variant, &record);  // what can't be copied doesn't convert either
+  (void)ZrVariantCopyInd(&converted.variant, &record);  // after a failure, the conversion fails too
   if (ZrVariantChangeType(&converted.variant, &converted.variant, 0, type) == ZR_R_OK) {
     std::memcpy(&number, &converted.variant.Value, sizeof number);
   }
@@ -77,34 +91,37 @@ static Number NumberIn(const ZRVARIANT& record, uint16_t type) {
   return number;
 }
 
-// The value of that name as a number of the type, or 0, which is the default of all.
+// Returns the value with a name as a number of the type; 0, the default of every value, if it is absent.
+//
+// The value object is released before its result is converted. So a by-reference result must point to something that
+// outlives the object; zrcore/configuration.h requires it.
 template <class Number>
 static Number ReadNumber(CObjectHolder<IZrConfigurationSection>& section, const WCHAR* name, uint16_t type) {
   const CStringHolder lentName = CStringHolder::Adopt(ZrCreateString(name));
-  if (lentName.Get() == nullptr) return 0;  // exhausted memory; nobody can be asked without a name
+  if (lentName.Get() == nullptr) return 0;  // out of memory: a query needs a name
   CObjectHolder<IZrConfigurationValue> value;
   (void)section->QueryValue(lentName.Get(), value.Receive());
   if (!value) return 0;
 
   ZRVARIANT lentDefault = kResetVariant;
   lentDefault.Type = type;
-  CHostRecord answer;
-  const ZRRESULT result = value->Read(&lentDefault, type, &answer.variant);
-  if (result < 0) answer.Clear();
-  value.Release();  // before its answer is looked at, so what that points at must outlive the value object
-  const Number number = result >= 0 ? NumberIn<Number>(answer.variant, type) : Number{0};
-  answer.Clear();
+  CHostRecord received;
+  const ZRRESULT result = value->Read(&lentDefault, type, &received.variant);
+  if (result < 0) received.Clear();
+  value.Release();
+  const Number number = result >= 0 ? NumberIn<Number>(received.variant, type) : Number{0};
+  received.Clear();
   return number;
 }
 
-// ---- All of them ---------------------------------------------------------------------------------------------------
+// ---- The whole configuration ---------------------------------------------------------------------------------------
 
 CoreConfiguration ReadCoreConfiguration(IZrComponentDiscovery& discovery) {
   CoreConfiguration read;
   CObjectHolder<IZrConfiguration> configuration;
   {
     const CStringHolder name = CStringHolder::Adopt(ZrCreateString(WideLiteral("ZrCore").data()));
-    if (name.Get() == nullptr) return read;  // as above
+    if (name.Get() == nullptr) return read;  // out of memory, as above
     const ZRUUID nil{};
     (void)discovery.QueryConfiguration(&nil, name.Get(), configuration.Receive());
   }
@@ -112,7 +129,7 @@ CoreConfiguration ReadCoreConfiguration(IZrComponentDiscovery& discovery) {
   CObjectHolder<IZrConfigurationSection> section;
   (void)configuration->QuerySection(section.Receive());
   if (section) {
-    // Exactly 1: a boolean may hold any byte, and no other one turns the caches on.
+    // A boolean may contain any byte. Only 1 turns the caches on, so a test for nonzero would be wrong.
     read.enableAllocator = ReadNumber<uint8_t>(section, WideLiteral("EnableAllocator").data(), ZR_VT_BOOL) == 1;
     read.refCap = ReadNumber<uint32_t>(section, WideLiteral("ZR_VT_REF").data(), ZR_VT_UI4);
     read.srefCap = ReadNumber<uint32_t>(section, WideLiteral("ZR_VT_SREF").data(), ZR_VT_UI4);
