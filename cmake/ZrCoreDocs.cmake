@@ -1,5 +1,5 @@
 # Adds the target docs: the reference manual as HTML, in html/ of the build folder. It is made from the comments of the
-# public headers and from README.md and ARCHITECTURE.md. The target exists only if Doxygen is installed.
+# public headers and from the documents. The target exists only if Doxygen is installed.
 
 find_package(Doxygen 1.9 QUIET)
 if(NOT DOXYGEN_FOUND)
@@ -8,7 +8,7 @@ endif()
 
 set(DOXYGEN_FILTER_PATTERNS
   "\"*.h=awk -f ${CMAKE_CURRENT_LIST_DIR}/documentation_filter.awk\"")
-set(DOXYGEN_USE_MDFILE_AS_MAINPAGE README.md)
+set(DOXYGEN_USE_MDFILE_AS_MAINPAGE "${PROJECT_SOURCE_DIR}/README.md")
 set(DOXYGEN_STRIP_FROM_PATH "${PROJECT_SOURCE_DIR}/include" "${PROJECT_SOURCE_DIR}")
 set(DOXYGEN_PREDEFINED __cplusplus ZR_API= ZR_MODULE_API= ZR_NOEXCEPT=)   # the manual shows the C++ declarations
 set(DOXYGEN_MACRO_EXPANSION YES)
@@ -24,5 +24,8 @@ set(DOXYGEN_HAVE_DOT NO)
 set(DOXYGEN_QUIET YES)
 set(DOXYGEN_WARN_IF_INCOMPLETE_DOC NO)   # a parameter whose name says enough needs no @param
 set(DOXYGEN_WARN_AS_ERROR FAIL_ON_WARNINGS)
-doxygen_add_docs(docs include/zrcore README.md ARCHITECTURE.md WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}"
+# In the order of the tree view: guides for users first.
+set(documents README.md docs/values.md docs/hosts.md docs/modules.md docs/debugging.md examples/README.md
+  ARCHITECTURE.md CONTRIBUTING.md CHANGELOG.md SECURITY.md)
+doxygen_add_docs(docs include/zrcore ${documents} WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}"
   COMMENT "Writing the reference to ${CMAKE_CURRENT_BINARY_DIR}/html")
