@@ -1,11 +1,20 @@
-// Letter case: filling the tables, comparing without case, changing the case of a text in place; and the exports that
-// do so with the tables of the process's default locale.
+// Letter case: filling the tables, comparing without case, and changing the case of a text in place. The exports use
+// the tables of the process's default locale.
+//
+// The table always decides; vectors only skip what it would decide in the same way. They are used if the table is plain
+// for ASCII, where upper and lower case differ by the bit 0x20 (A is 0x41, a is 0x61):
+//
+//     comparing          eight units are equal if they are equal after A to Z have become a to z
+//     changing the case  eight ASCII units are changed by flipping the bit 0x20 of the letters
+//
+// Surrogates are units without case, so the length of a text never changes.
 
 #include "text/character_case.h"
 
 #include "text/code_units.h"
 #include "zrcore/unicode.h"
 
+// The release store comes last: a thread that sees isRead_ also sees the filled tables.
 void CCharacterCase::Read() {
   locale_ = PlatformOpenCharacterLocale();
   lower_.Read([this](WCHAR unit) { return PlatformToLower(locale_, unit); }, 'A', 'a' - 'A');
@@ -16,8 +25,8 @@ void CCharacterCase::Read() {
 #if defined(__SSE2__)
 static __m128i Each(int unit) noexcept { return _mm_set1_epi16(static_cast<int16_t>(unit)); }
 
-// All bits of those units that lie from `first` to `last`, two ASCII letters. (As signed numbers the units from 0x8000
-// up are negative, and outside too.)
+// Sets all bits of the units from `first` to `last`, which are two ASCII letters. The comparisons are signed. Units
+// from 0x8000 up are negative for them, and so outside the range, too.
 static __m128i Between(__m128i units, char first, char last) noexcept {
   return _mm_and_si128(_mm_cmpgt_epi16(units, Each(first - 1)), _mm_cmplt_epi16(units, Each(last + 1)));
 }
@@ -26,21 +35,26 @@ static __m128i AsciiLower(__m128i units) noexcept {
   return _mm_or_si128(units, _mm_and_si128(Between(units, 'A', 'Z'), Each(0x20)));
 }
 
-// Whether a vector read at `text` stays within a page, and so within what is mapped.
+// Whether a vector that is read at `text` stays in one page of memory. A read that crosses into the next page could
+// reach memory that isn't mapped. Pages have 4096 bytes or a multiple of it.
 static bool StaysInPage(const WCHAR* text) noexcept {
   return reinterpret_cast<std::uintptr_t>(text) % 4096 <= 4096 - 16;
 }
 
-// Eight units at a time, up to the end of the left text or the first unit that only the table can tell to be equal.
-// Units that are equal once ASCII letters are folded are equal by the table, whatever it says of the others.
-ZR_READS_WHOLE_VECTORS static std::size_t EqualAhead(const WCHAR* left, const WCHAR* right) noexcept {
+// Returns the number of units that are equal at the beginning of both texts after A to Z have become a to z. It stops
+// before the terminator of `left`, at a unit that only the table can find equal, and before the end of a page.
+//
+// The lengths aren't known, so a vector may read past the terminators. Only for a table that is plain for ASCII: then
+// units that are equal here are equal by the table, too.
+ZR_READS_WHOLE_VECTORS static std::size_t CountEqualUnits(const WCHAR* left, const WCHAR* right) noexcept {
   std::size_t at = 0;
   while (StaysInPage(left + at) && StaysInPage(right + at)) {
     const __m128i leftUnits = _mm_loadu_si128(reinterpret_cast<const __m128i*>(left + at));
     const __m128i rightUnits = _mm_loadu_si128(reinterpret_cast<const __m128i*>(right + at));
     const __m128i areEqual = _mm_cmpeq_epi16(AsciiLower(leftUnits), AsciiLower(rightUnits));
-    const __m128i goOn = _mm_andnot_si128(_mm_cmpeq_epi16(leftUnits, _mm_setzero_si128()), areEqual);
-    const auto mask = static_cast<unsigned>(_mm_movemask_epi8(goOn));
+    // All bits of the units that are equal and not the terminator; two bits per unit in the mask.
+    const __m128i isEqualAndInside = _mm_andnot_si128(_mm_cmpeq_epi16(leftUnits, _mm_setzero_si128()), areEqual);
+    const auto mask = static_cast<unsigned>(_mm_movemask_epi8(isEqualAndInside));
     if (mask != 0xFFFF) return at + static_cast<std::size_t>(std::countr_one(mask)) / sizeof(WCHAR);
     at += 8;
   }
@@ -48,12 +62,15 @@ ZR_READS_WHOLE_VECTORS static std::size_t EqualAhead(const WCHAR* left, const WC
 }
 #endif
 
+// Alternates between vectors and the table. The unit that ended a run of vectors is decided by the table, which finds a
+// difference, the end, or two units that are equal in this locale.
 int32_t CompareNoCase(const CCaseMap& lower, const WCHAR* left, const WCHAR* right) noexcept {
   for (std::size_t at = 0;;) {
 #if defined(__SSE2__)
-    if (lower.IsAsciiPlain()) at += EqualAhead(left + at, right + at);
+    if (lower.IsAsciiPlain()) at += CountEqualUnits(left + at, right + at);
 #endif
-    // A few units by the table, so that neither a page's end nor an accented letter is looked at in vain each time.
+    // Eight units, not one: near the end of a page, and among letters beyond ASCII, a vector would be tried in vain for
+    // each unit.
     for (const std::size_t end = at + 8; at < end; ++at) {
       const int32_t order = int32_t{lower[left[at]]} - int32_t{lower[right[at]]};
       if (order != 0 || left[at] == 0) return order;
@@ -61,7 +78,8 @@ int32_t CompareNoCase(const CCaseMap& lower, const WCHAR* left, const WCHAR* rig
   }
 }
 
-// The letters from `first` to `last` are those that a plain map changes, all by the bit 0x20.
+// Maps each unit up to the first zero unit. The letters from `first` to `last` are those that a plain map changes, by
+// the bit 0x20. Vectors stay within the length, because they are also written.
 static void ChangeCase(const CCaseMap& map, WCHAR* text, char first, char last) noexcept {
   const std::size_t length = TerminatedLength(text);
   std::size_t at = 0;

@@ -1,8 +1,9 @@
-// Letter case in the process's default locale: a table for each direction, read from the locale once, on first use.
+// Letter case in the process's default locale: one table of 65536 units for each direction, filled from the locale
+// once, on first use.
 //
-// One unit is one look into a table, where a call into the system would cost as much as the rest of the work. For whole
-// vectors of units even the tables are too slow, so the tables know whether the locale treats ASCII letters as most do.
-// (Where the lower case of I is not i, it doesn't.)
+// With a table, mapping a unit is one load; a call into the system would cost as much as all the other work. A loop
+// over vectors can't use a table, so each table also says whether the locale maps ASCII in the usual way. If it does,
+// vectors of ASCII are mapped by arithmetic. In Turkish it doesn't: the lower case of I is a dotless i.
 
 #pragma once
 
@@ -16,7 +17,7 @@
 
 class CCaseMap {
  public:
-  // Reads all units through `map`. ASCII is plain if exactly the 26 letters from `first` on change, by `distance`.
+  // Fills the table from `map`. ASCII is plain if exactly the 26 letters from `first` on change, each by `distance`.
   template <class Map>
   void Read(Map map, WCHAR first, int distance) {
     for (std::size_t unit = 0; unit < units_.size(); ++unit) units_[unit] = map(static_cast<WCHAR>(unit));
@@ -36,6 +37,7 @@ class CCaseMap {
   bool isAsciiPlain_ = false;
 };
 
+// The tables of the default locale, and the locale itself. Any thread may ask for a table; the first one fills both.
 class CCharacterCase {
  public:
   constexpr CCharacterCase() = default;
@@ -53,7 +55,7 @@ class CCharacterCase {
   }
   void Read();
 
-  std::atomic<bool> isRead_{false};  // what is looked at in every call, since the flag itself costs more
+  std::atomic<bool> isRead_{false};  // checked in every call, because std::call_once costs more even when it is done
   std::once_flag once_;
   CharacterLocale locale_ = nullptr;
   CCaseMap lower_, upper_;
@@ -61,5 +63,5 @@ class CCharacterCase {
 
 extern constinit CCharacterCase g_characterCase;
 
-// ZrWCHARCompareNoCase by the given table; both texts are there.
+// ZrWCHARCompareNoCase by the given table of lower case. Neither text may be null.
 [[nodiscard]] int32_t CompareNoCase(const CCaseMap& lower, const WCHAR* left, const WCHAR* right) noexcept;

@@ -1,4 +1,10 @@
-// Code units: literals of them, and scans over them.
+// Code units, the 16-bit elements of text: how to write them as literals, and how to find the end of a text.
+//
+// WCHAR is char16_t on POSIX systems and wchar_t on Windows, so neither u"" nor L"" literals have the right type on
+// both. WideLiteral converts an ASCII literal at compile time:
+//
+//     static constexpr auto kNil = WideLiteral("0.0");   // an array of four units, the last one 0
+//     if (text == ViewOf(kNil)) ...                      // a view of three units
 
 #pragma once
 
@@ -15,10 +21,10 @@
 #include <emmintrin.h>
 #endif
 
-// Code units that somebody else owns.
+// A view of code units. It doesn't own them and need not end with a zero unit.
 using CTextView = std::basic_string_view<WCHAR>;
 
-// An ASCII literal as code units, terminator included. (A u"" literal has the wrong type where WCHAR is wchar_t.)
+// An ASCII literal as code units, terminator included.
 template <std::size_t size>
 consteval std::array<WCHAR, size> WideLiteral(const char (&literal)[size]) {
   std::array<WCHAR, size> units{};
@@ -35,19 +41,25 @@ constexpr CTextView ViewOf(const std::array<WCHAR, size>& literal) noexcept {
   return {literal.data(), size - 1};
 }
 
-// A scan in steps of an aligned vector reads beside the text, though never into another page. The sanitizers would call
-// that an error, and rightly so anywhere else.
+// For a function that reads whole vectors and so reads past the ends of a text. The processor allows it as long as a
+// vector doesn't reach into another page of memory. The sanitizers report such a read as an error, so they must not
+// check the function. Nothing else may use this.
 #if defined(__GNUC__)
 #define ZR_READS_WHOLE_VECTORS __attribute__((no_sanitize("address", "thread")))
 #else
 #define ZR_READS_WHOLE_VECTORS
 #endif
 
-// The number of units in front of the first zero unit.
+// Returns the number of units before the first zero unit.
+//
+// It reads vectors at addresses that are multiples of 16, which never cross the end of a page. The first vector may
+// begin before the text and the last may end after it. No unit after the terminator's vector is read.
 #if defined(__SSE2__)
 ZR_READS_WHOLE_VECTORS inline std::size_t TerminatedLength(const WCHAR* text) noexcept {
   const auto address = reinterpret_cast<std::uintptr_t>(text);
-  if (address % sizeof(WCHAR) != 0) {  // a vector boundary would cut its units in two
+  // At an odd address, units would lie across the boundaries of aligned vectors, and a comparison by units would never
+  // see them whole. The copy avoids a misaligned read of a WCHAR, which is undefined behaviour.
+  if (address % sizeof(WCHAR) != 0) {
     const char* bytes = reinterpret_cast<const char*>(text);
     for (std::size_t length = 0;; ++length) {
       WCHAR unit;
@@ -58,7 +70,7 @@ ZR_READS_WHOLE_VECTORS inline std::size_t TerminatedLength(const WCHAR* text) no
   const __m128i zero = _mm_setzero_si128();
   const std::size_t before = address % 16;
   auto vector = reinterpret_cast<const __m128i*>(reinterpret_cast<const char*>(text) - before);
-  // Two bits a unit; those of the units in front of the text are dropped.
+  // `zeros` has two bits per unit, set for a zero unit. The shift drops the bits of what precedes the text.
   auto zeros = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_load_si128(vector), zero))) >> before;
   if (zeros != 0) return static_cast<std::size_t>(std::countr_zero(zeros)) / sizeof(WCHAR);
   do {

@@ -1,4 +1,13 @@
-// Creation, comparison and the exports of counted strings.
+// Creation, comparison and the exports of counted strings. The layout of a block and its invariants are in
+// counted_string.h.
+//
+// The creators differ in when they return the shared empty string instead of a new block, and callers rely on it:
+//
+//                                  empty text   empty text, length 3   null, length 0   null, length 3
+//   ZrCreateString                 shared       -                      -                -
+//   ZrCreateZRSTRfromWCHAR etc.    shared       shared (not 3 zeros)   new              new, 3 zeros
+//   ZrCreateStringLen              new          new, 3 zeros           new              new, 3 zeros
+//   ZrAppendStrings, deep copies   new; ZrAppendStrings of one null and one string returns that string again
 
 #include "text/counted_string.h"
 
@@ -9,13 +18,13 @@
 
 static constexpr uint32_t kWholeText = 0xFFFFFFFF;
 
-// A string of `areaBytes` bytes, terminator included: `copyBytes` bytes of data, then zeros. Nothing is zeroed that is
-// copied over.
+// Makes a string of `areaBytes` bytes, terminator included: `copyBytes` bytes of data, then zeros. Only the bytes that
+// no data is copied to are zeroed.
 static ZRSTR MakeString(const void* data, std::size_t copyBytes, std::size_t areaBytes) noexcept {
   ZRSTR string = AllocateString(areaBytes);
   if (string == nullptr) return nullptr;
   auto* bytes = reinterpret_cast<unsigned char*>(string);
-  if (copyBytes != 0) std::memcpy(bytes, data, copyBytes);
+  if (copyBytes != 0) std::memcpy(bytes, data, copyBytes);  // memcpy from null is undefined even for 0 bytes
   std::memset(bytes + copyBytes, 0, areaBytes - copyBytes);
   return string;
 }
@@ -24,8 +33,11 @@ static constexpr std::size_t AreaOf(std::size_t units) noexcept { return (units 
 
 static ZRSTR MakeEmptyString() noexcept { return MakeString(nullptr, 0, AreaOf(0)); }
 
-// The creation behind ZrCreateString and the three names of ZrCreateZRSTRfromWCHAR. The terminator is looked for,
-// without a bound, even when a length is given: nothing behind it is ever copied.
+// ZrCreateString and the three names of ZrCreateZRSTRfromWCHAR.
+//
+// Nothing after the first zero unit is ever copied, so the text is scanned for its terminator even when a shorter
+// length is given. The scan has no bound. If no unit is copied from a text, the result is the shared empty string,
+// whatever the length is.
 static ZRRESULT CreateFromText(const WCHAR* text, int32_t length, ZRSTR* string) noexcept {
   if (string == nullptr || length < -1 || (text == nullptr && length == -1)) return ZR_R_INVALID_ARGUMENTS;
   *string = nullptr;
@@ -40,6 +52,8 @@ static ZRRESULT CreateFromText(const WCHAR* text, int32_t length, ZRSTR* string)
   return *string != nullptr ? ZR_R_OK : ZR_R_NO_MEMORY;
 }
 
+// memcmp compares bytes, not units: callers rely on this order, in which U+0100 (00 01) comes before U+00FF (FF 00) on
+// a little-endian machine.
 int32_t CompareStrings(ZRSTR left, ZRSTR right) noexcept {
   const uint32_t leftBytes = StringByteLen(left), rightBytes = StringByteLen(right);
   const uint32_t common = std::min(leftBytes, rightBytes);
@@ -52,7 +66,7 @@ int32_t CompareStrings(ZRSTR left, ZRSTR right) noexcept {
 
 ZRSTR ZrCreateString(const WCHAR* text) noexcept {
   ZRSTR string = nullptr;
-  (void)CreateFromText(text, -1, &string);  // null tells the failure
+  (void)CreateFromText(text, -1, &string);  // a failure leaves null, which is the result for it
   return string;
 }
 
@@ -68,6 +82,7 @@ ZRRESULT ZrCreateStringLen_2(const WCHAR* text, int32_t length, ZRSTR* string) n
   return CreateFromText(text, length, string);
 }
 
+// Always a new block, with `length` units in any case: the text, then zero units.
 ZRSTR ZrCreateStringLen(const WCHAR* text, uint32_t length) noexcept {
   if (length == kWholeText) {
     const std::size_t whole = TerminatedLength(text);
@@ -81,6 +96,8 @@ ZRSTR ZrCreateStringByteLen(const void* data, uint32_t length) noexcept {
   return MakeString(data, data != nullptr ? length : 0, std::size_t{length} + sizeof(WCHAR));
 }
 
+// The copy of `right` includes its terminator. The bytes are copied, so an odd number of bytes in `left` moves all
+// units of `right` by a byte.
 ZRSTR ZrAppendStrings(ZRSTR left, ZRSTR right) noexcept {
   if (left == nullptr && right == nullptr) return MakeEmptyString();
   if (left == nullptr || right == nullptr) return ShareString(left != nullptr ? left : right);
@@ -89,7 +106,7 @@ ZRSTR ZrAppendStrings(ZRSTR left, ZRSTR right) noexcept {
   if (string == nullptr) return nullptr;
   auto* bytes = reinterpret_cast<unsigned char*>(string);
   std::memcpy(bytes, left, leftBytes);
-  std::memcpy(bytes + leftBytes, right, rightArea);  // with its terminator
+  std::memcpy(bytes + leftBytes, right, rightArea);
   return string;
 }
 
@@ -107,7 +124,7 @@ void ZrDestroyString(ZRSTR string) noexcept { ReleaseString(string); }
 
 uint8_t ZrReCreateString(ZRSTR* string, const WCHAR* text) noexcept {
   if (string == nullptr || text == nullptr) return 0;
-  ReleaseString(*string);  // before the text is read, by contract
+  ReleaseString(*string);  // before the text is read, by contract: the text must not lie in the old string
   *string = ZrCreateString(text);
   return *string != nullptr;
 }
@@ -136,6 +153,9 @@ ZRRESULT ZrCompareString(ZRSTR left, ZRSTR right, int32_t* order) noexcept {
   return ZR_R_OK;
 }
 
+// Compares units, unlike ZrCompareString. Two rules:
+//   - Emptiness of `left` is decided by its length: a `left` that begins with a zero unit comes after an empty `right`.
+//   - Otherwise the first zero unit on either side ends the comparison, even inside `left`.
 ZRRESULT ZrCompareStringW(ZRSTR left, const WCHAR* right, int32_t* order) noexcept {
   if (order == nullptr) return ZR_R_INVALID_ARGUMENTS;
   const bool leftEmpty = StringLen(left) == 0;

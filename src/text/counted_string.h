@@ -1,15 +1,18 @@
-// Counted strings: one block, two header words in front of the characters, the handle points between them.
+// Counted strings: one block with two header words and then the characters. The handle (ZRSTR) points between them.
 //
 //     | refCount | byteLen | c0 c1 c2 ... 0 |
 //     '----- 8 bytes ------^ ZRSTR
 //
-// What holds everywhere below:
-//   1. byteLen counts the terminator and never changes. Length comes from it, never from a scan: zeros may lie inside.
+// Invariants:
+//   1. byteLen counts the terminator and never changes. The length comes from it, never from a scan, because a string
+//      may contain zero units.
 //   2. Characters are written before the creator returns and never after. That is why readers need no lock.
-//   3. Only the thread that takes refCount to zero frees. Nobody else can hold the block then.
-//   4. A reader of whole units always finds a zero unit inside the allocation, also behind an odd number of bytes.
+//   3. Only the thread that releases the last reference frees the block. No other thread can use the block then.
+//   4. A string may have an odd number of bytes. A padding byte then makes sure that a scan by units finds a zero unit
+//      inside the allocation.
 //
-// The shared empty string is an ordinary block whose first reference is never given up: balanced callers can't free it.
+// The shared empty string is an ordinary block in static storage whose first reference is never released, so callers
+// that release only what they own can't free it.
 
 #pragma once
 
@@ -39,6 +42,7 @@ extern constinit CSharedEmptyString g_emptyString;
 
 inline CStringHeader* StringHeader(ZRSTR string) noexcept { return reinterpret_cast<CStringHeader*>(string) - 1; }
 
+// The lengths without the terminator; 0 for null. An odd number of bytes is rounded down to whole units.
 inline uint32_t StringByteLen(ZRSTR string) noexcept {
   return string != nullptr ? StringHeader(string)->byteLen - uint32_t{sizeof(WCHAR)} : 0;
 }
@@ -47,11 +51,14 @@ inline uint32_t StringLen(ZRSTR string) noexcept {
   return string != nullptr ? (StringHeader(string)->byteLen >> 1) - 1 : 0;
 }
 
-// The units of a string, zero units inside included; empty for null. The view is valid while the string lives.
+// The units of a string, including zero units; empty for null. The view is valid as long as the string exists.
 inline CTextView ViewOf(ZRSTR string) noexcept { return {string, StringLen(string)}; }
 
-// A block with one reference whose character area, terminator included, has `areaBytes` bytes for the caller to fill;
-// null when memory is exhausted. byteLen takes what fits 32 bits.
+// Allocates a block with one reference. The caller fills its character area, which has `areaBytes` bytes including the
+// terminator. Returns null when out of memory.
+//
+// An area of more than 32 bits is allocated in full, but byteLen contains only the low 32 bits of its size. Callers of
+// the exports rely on getting such a string, which they may only destroy.
 [[nodiscard]] inline ZRSTR AllocateString(std::size_t areaBytes) noexcept {
   const std::size_t wholeUnits = (areaBytes + 1) & ~std::size_t{1};
   void* block = AllocateOrNull(sizeof(CStringHeader) + wholeUnits);
@@ -62,37 +69,46 @@ inline CTextView ViewOf(ZRSTR string) noexcept { return {string, StringLen(strin
   return characters;
 }
 
-// A block of `length` units and a terminator, for the caller to write digits straight into their place: a copy from a
-// buffer would have to wait until what was stored there piece by piece can be read as a whole.
+// Allocates a block of `length` units and a terminator. The caller writes the units.
+//
+// Formatters use it to write digits straight to their places rather than into a buffer first. Copying such a buffer in
+// wide vectors right after it was written in small pieces would stall the processor.
 [[nodiscard]] inline ZRSTR AllocateText(std::size_t length) noexcept {
   ZRSTR string = AllocateString((length + 1) * sizeof(WCHAR));
   if (string != nullptr) string[length] = 0;
   return string;
 }
 
+// ZrCopyString: adds a reference. For null it returns the shared empty string, so the result is never null.
 inline ZRSTR ShareString(ZRSTR string) noexcept {
   if (string == nullptr) string = &g_emptyString.terminator;
   std::atomic_ref(StringHeader(string)->refCount).fetch_add(1);
   return string;
 }
 
+// ZrDestroyString: releases a reference. Null is ignored.
 inline void ReleaseString(ZRSTR string) noexcept {
   if (string == nullptr) return;
   std::atomic_ref refCount(StringHeader(string)->refCount);
-  // The only holder of a reference needs no locked instruction to give it up: nobody else can raise the count.
+  // If the count is 1, this is the only reference, and no other thread can raise or lower the count. A plain load then
+  // replaces the locked decrement, which costs several times as much.
   if (refCount.load(std::memory_order_acquire) != 1 && refCount.fetch_sub(1) != 1) return;
-  if (string == &g_emptyString.terminator) {  // released once too often; static data can't go back to the heap
+  if (string == &g_emptyString.terminator) {  // a caller has released it too often; static data must not be freed
     refCount.store(1);
     return;
   }
   std::free(StringHeader(string));
 }
 
-// ZrCompareString without its test: by bytes, a prefix comes first, null is empty.
+// ZrCompareString without the check of its arguments. Compares bytes; if one string is the beginning of the other, the
+// shorter one comes first; null is empty.
 [[nodiscard]] int32_t CompareStrings(ZRSTR left, ZRSTR right) noexcept;
 
-// One reference on a counted string, given up at the end of the scope. Null stays null: unlike ZrCopyString, a holder
-// never turns nothing into the shared empty string.
+// Owns one reference on a counted string and releases it at the end of the scope. Null stays null: unlike ZrCopyString,
+// Share of null doesn't make the shared empty string.
+//
+//   Adopt(s)   takes over the caller's reference       Detach()    hands the reference over to the caller
+//   Share(s)   adds a reference                        Receive()   the variable to pass as an out-parameter
 class CStringHolder {
  public:
   CStringHolder() noexcept = default;
@@ -103,15 +119,15 @@ class CStringHolder {
   CStringHolder(CStringHolder&& other) noexcept : string_(other.Detach()) {}
   CStringHolder& operator=(CStringHolder&& other) noexcept {
     CStringHolder taken(std::move(other));
-    std::swap(string_, taken.string_);  // what this held goes with `taken`
+    std::swap(string_, taken.string_);  // the destructor of `taken` releases the old string
     return *this;
   }
   ~CStringHolder() { ReleaseString(string_); }
 
   ZRSTR Get() const noexcept { return string_; }
   [[nodiscard]] ZRSTR Detach() noexcept { return std::exchange(string_, nullptr); }
-  ZRSTR* Receive() noexcept {  // for an out-parameter
-    assert(string_ == nullptr);
+  ZRSTR* Receive() noexcept {
+    assert(string_ == nullptr);  // the old reference would leak
     return &string_;
   }
 

@@ -1,5 +1,13 @@
-// Plain numbers take the language's conversions, which know no locale and need no terminator; the rest goes through the
-// C library's.
+// Parses and formats real numbers in 16-bit text.
+//
+// The C library's strtod defines the result of parsing, but it needs a zero-terminated text of chars, which means a
+// copy on the heap. Two faster ways are tried first. Each handles only texts for which it returns the same result:
+//
+//   1. ReadShortReal   "-12.5"     up to 15 digits and no exponent: arithmetic alone
+//   2. ReadPlainReal   "1.25e-7"   up to 48 units: std::from_chars, which knows no locale and rounds as strtod does
+//   3. ReadAnyReal     " +1,5 km"  strtod, with everything that it accepts and the locale's decimal point
+//
+// Formatting has two ways: below 2^44 a number is rounded to millionths as an integer, above by std::to_chars.
 
 #include "text/real_text.h"
 
@@ -27,16 +35,18 @@ static constexpr bool IsPlain(WCHAR unit) noexcept {
   return IsDigit(unit) || unit == '.' || unit == '-' || unit == '+' || unit == 'e' || unit == 'E';
 }
 
-// A number without an exponent whose digits, and whose power of ten, binary64 holds exactly: then one division rounds
-// as it has to. False for any other.
+// Reads a number without an exponent and with at most 15 digits. "12.5" is 125 / 10^1. A double represents both the
+// digits (below 10^15) and the power of ten (up to 10^15) exactly, so the division, which rounds once, returns the
+// nearest double. Returns false for any other text, and for text after the number other than a suffix 'f'.
 static bool ReadShortReal(CTextView text, CReadReal& read) noexcept {
   static constexpr std::array<double, 16> kPowersOfTen = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                                           1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
   constexpr std::size_t kMostDigits = std::numeric_limits<double>::digits10;
-  if constexpr (FLT_EVAL_METHOD != 0) return false;  // a wider register would round twice
+  if constexpr (FLT_EVAL_METHOD != 0) return false;  // wider registers round twice: there, and to double
   const bool isNegative = !text.empty() && text[0] == '-';
   std::size_t at = isNegative ? 1 : 0;
   uint64_t digits = 0;
+  // Stops one digit after the most that are accepted, which is enough to refuse the number below.
   const auto readDigits = [&] {
     const std::size_t end = std::min(text.size(), at + kMostDigits + 1);
     const std::size_t first = at;
@@ -48,15 +58,18 @@ static bool ReadShortReal(CTextView text, CReadReal& read) noexcept {
     ++at;
     fraction = readDigits();
     count += fraction;
-    if (PlatformDecimalPoint().unit != '.') return false;
+    if (PlatformDecimalPoint().unit != '.') return false;  // looked up only for a text with a point
   }
   if (count == 0 || count > kMostDigits || !EndsAt(text, at, 'f')) return false;
+  // Processors convert signed integers faster. Negating last keeps the sign of "-0".
   const auto magnitude = static_cast<double>(static_cast<int64_t>(digits));
   read = {(isNegative ? -magnitude : magnitude) / kPowersOfTen[fraction], at};
   return true;
 }
 
-// The number that fills the text up to its end or to an 'f'; false for anything that needs a closer look.
+// Reads the number at the beginning of a text that consists of digits, points, signs and exponents up to its end or to
+// a suffix 'f'. Returns false for everything that from_chars treats differently from strtod: white space or '+' at the
+// beginning, the locale's own point, hexadecimal digits, infinities, NaN, and numbers out of range.
 static bool ReadPlainReal(CTextView text, CReadReal& read) noexcept {
   std::array<char, 48> plain;
   std::size_t length = 0;
@@ -74,7 +87,8 @@ static bool ReadPlainReal(CTextView text, CReadReal& read) noexcept {
   return true;
 }
 
-// Through the C library, with the locale's point in its own spelling. A unit that isn't ASCII ends every number.
+// Reads through strtod. The first decimal point of the text is replaced by the bytes that the C library expects, which
+// can be several. A unit that isn't ASCII ends the number, so copying stops there.
 static CReadReal ReadAnyReal(CTextView text) {
   const CDecimalPoint point = PlatformDecimalPoint();
   std::string narrow;
@@ -92,7 +106,8 @@ static CReadReal ReadAnyReal(CTextView text) {
   char* end = nullptr;
   const double value = std::strtod(narrow.c_str(), &end);
   auto length = static_cast<std::size_t>(end - narrow.c_str());
-  if (length == 0) return {0, 0};  // where there is no number, some libraries keep the sign in front of it
+  if (length == 0) return {0, 0};  // without a number, some C libraries return -0 for a text like "-"
+  // From bytes back to units: the point is one unit, however many bytes it has.
   if (pointAt != std::string::npos && length > pointAt) length -= std::string_view(point.bytes.data()).size() - 1;
   return {value, length};
 }
@@ -107,17 +122,21 @@ CReadReal ReadReal(CTextView text) {
 // A 64 by 64 bit product. Both compilers have it; the language has no name for it.
 __extension__ using CUint128 = unsigned __int128;
 
-static constexpr double kExactLimit = 0x1p44;  // times a million, the numbers below fit 64 bits
+static constexpr double kExactLimit = 0x1p44;  // 2^44 * 10^6 < 2^64
 
-// A number of the range 0 to kExactLimit in millionths, rounded to even from its exact value.
+// Rounds a number from 0 to below kExactLimit to millionths, from its exact value; ties to even.
+//
+// The number is significand / 2^shift, with a significand of 53 bits. In millionths it is significand * 10^6 / 2^shift.
+// The product has at most 73 bits, so nothing is lost in 128. The division is a shift, and the bits that it drops are
+// compared with half of 2^shift.
 static uint64_t RoundToMillionths(double value) noexcept {
   const auto bits = std::bit_cast<uint64_t>(value);
   constexpr int kFractionBits = std::numeric_limits<double>::digits - 1;
   constexpr int kBias = 1023 + kFractionBits;
   const int exponent = static_cast<int>(bits >> kFractionBits);
   const uint64_t fraction = bits & ((uint64_t{1} << kFractionBits) - 1);
-  const int shift = kBias - exponent;  // value = significand / 2^shift
-  if (shift > 80) return 0;            // below 2^-27: far from half a millionth, and nearly all of the subnormals
+  const int shift = kBias - exponent;
+  if (shift > 80) return 0;  // below 2^-28, far from half a millionth; among these are zero and all subnormal numbers
   const CUint128 product = CUint128{fraction | uint64_t{1} << kFractionBits} * 1'000'000;
   const CUint128 half = CUint128{1} << (shift - 1);
   const auto quotient = static_cast<uint64_t>(product >> shift);
@@ -127,6 +146,7 @@ static uint64_t RoundToMillionths(double value) noexcept {
 
 static WCHAR PointUnit() noexcept { return PlatformDecimalPoint().unit; }
 
+// Writes from the end: six digits in three pairs, the point, the whole part. A sign comes first.
 static ZRSTR NewMillionthsText(uint64_t millionths, bool isNegative) noexcept {
   const uint64_t whole = millionths / 1'000'000;
   auto fraction = static_cast<uint32_t>(millionths % 1'000'000);
@@ -142,11 +162,13 @@ static ZRSTR NewMillionthsText(uint64_t millionths, bool isNegative) noexcept {
 }
 
 ZRSTR NewFixedText(double value) noexcept {
-  const bool isNegative = std::bit_cast<int64_t>(value) < 0;
+  const bool isNegative = std::bit_cast<int64_t>(value) < 0;  // by the sign bit: -0.0 is "-0.000000", as printf has it
   const double magnitude = isNegative ? -value : value;
   if (magnitude < kExactLimit) return NewMillionthsText(RoundToMillionths(magnitude), isNegative);
 
-  std::array<char, 320> narrow;  // the longest has a sign, 309 digits, a point and six more
+  // Large numbers, and infinities and NaN, for which the comparison above is false. The longest text has a sign, 309
+  // digits, a point and six more digits.
+  std::array<char, 320> narrow;
   char* const end = std::to_chars(narrow.data(), narrow.data() + narrow.size(), value, std::chars_format::fixed, 6).ptr;
   ZRSTR string = AllocateText(static_cast<std::size_t>(end - narrow.data()));
   if (string == nullptr) return nullptr;

@@ -1,5 +1,5 @@
-// Real numbers in 16-bit text, read and written as the C library does in the process's current locale: the decimal
-// point is the locale's, everything else that of the C locale.
+// Real numbers in 16-bit text, parsed and formatted as the C library does in its current locale: the decimal point is
+// the locale's, everything else is as in the C locale.
 
 #pragma once
 
@@ -8,14 +8,17 @@
 
 struct CReadReal {
   double value;
-  std::size_t end;  // behind what was read; 0 if the text doesn't begin with a number
+  std::size_t end;  // after the number; 0 if the text doesn't begin with a number
 };
 
-// What strtod reads: white space, a sign, digits with a point and an exponent, hexadecimal ones behind "0x", infinities
-// and NaN by their names. What is too large becomes infinite, what is too small 0 or the nearest number there is.
-// Allocates, and may throw std::bad_alloc, for other than plain decimal numbers of ordinary length alone.
+// Parses what strtod parses: white space, a sign, digits with a point and an exponent, hexadecimal digits after "0x",
+// infinities and NaN by their names. A number that is too large becomes infinite. A number that is too small becomes 0
+// or the nearest subnormal number.
+//
+// Plain decimal numbers of ordinary length need no memory. For all others it allocates, and throws std::bad_alloc when
+// out of memory.
 [[nodiscard]] CReadReal ReadReal(CTextView text);
 
-// A new string of what printf's "%f" writes, six digits behind the point, exactly rounded: to even where two are
-// equally near. Null when memory is exhausted.
+// Makes a new string of what printf writes for "%f": six digits after the point, rounded from the exact value of the
+// number. A tie is rounded to the even digit: 0.0078125 -> "0.007812". Returns null when out of memory.
 [[nodiscard]] ZRSTR NewFixedText(double value) noexcept;

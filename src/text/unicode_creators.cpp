@@ -1,7 +1,16 @@
-// Strings of UTF-32 and UTF-8: one pass counts the units, a block of exactly that size is made, a second pass fills it.
+// Strings from UTF-32 and UTF-8: one pass counts the units, then a block of exactly that size is allocated, then a
+// second pass fills it.
 //
-// For UTF-8 the first pass is also the only check: every lead byte is followed by its continuation bytes, unless the
-// text ends before, and no other byte is a continuation byte. The second pass relies on that and doesn't look again.
+// For UTF-8 the first pass is also the only check. Text is good if continuation bytes follow each lead byte, as many as
+// it needs unless the text ends first, and if no other byte is a continuation byte. The second pass relies on this and
+// checks nothing. These rules look like mistakes, but callers rely on them:
+//
+//   - Bad text isn't an error. It counts as zero units, so the result is a new empty string and ZR_R_OK.
+//   - The forms aren't checked: C1 81 (overlong) is U+0041, ED A0 80 is the surrogate D800.
+//   - A text that ends inside a sequence is good. If one byte is missing, the byte after the text takes its place: the
+//     terminator, or whatever follows the given length. If more are missing, the sequence yields no unit.
+//   - If decoding yields fewer units than were counted (such a sequence, or an overlong one of four bytes, which counts
+//     as a pair), zero units fill the string and the result is ZR_R_FAILED. The caller owns the string nevertheless.
 
 #include <algorithm>
 #include <bit>
@@ -26,7 +35,8 @@ static ZRRESULT StoreSharedEmpty(ZRSTR* string) noexcept {
 
 // ---- UTF-8: counting -----------------------------------------------------------------------------------------------
 
-// The continuation bytes that what stands in front of `at` still asks for, given that all of it is good.
+// Returns how many continuation bytes the sequence before `at` still needs, if the text before `at` is good. A lead
+// byte is at most three bytes back; an ASCII byte on the way ends the search.
 static std::size_t NeededAt(const unsigned char* text, std::size_t at) noexcept {
   for (std::size_t back = 1; back <= 3 && back <= at; ++back) {
     const unsigned char byte = text[at - back];
@@ -37,12 +47,16 @@ static std::size_t NeededAt(const unsigned char* text, std::size_t at) noexcept 
 }
 
 #if defined(__SSE2__)
-// Counts and checks whole vectors. A byte has to be a continuation byte if the byte before it leads two or more, the
-// one before that three or more, or the third four, and else must not be one. With that, a text has a unit for each
-// byte that is no continuation byte, and one more for each that leads four.
+// Counts and checks whole vectors of sixteen bytes.
+//
+// A byte must be a continuation byte (80 to BF) if the byte before it is a lead byte (C0 to FF), or the byte two before
+// it leads three or more (E0 to FF), or the byte three before it leads four (F0 to FF). Any other byte must not be one.
+// Text that keeps this rule yields one unit per byte that is not a continuation byte, and a second unit per byte that
+// leads four, because such a character becomes a surrogate pair.
 class CVectorCount {
  public:
-  // `count` vectors from `at` on; none, if they are all ASCII and nothing is asked for, costs less.
+  // Adds 64 bytes of ASCII, at less cost than Add. Returns false, and adds nothing, if a byte isn't ASCII or the bytes
+  // before still need a continuation byte. The caller then uses Add.
   bool AddAscii64(const unsigned char* text, std::size_t at) noexcept {
     const __m128i all = _mm_or_si128(_mm_or_si128(Load(text + at), Load(text + at + 16)),
                                      _mm_or_si128(Load(text + at + 32), Load(text + at + 48)));
@@ -51,23 +65,28 @@ class CVectorCount {
     return true;
   }
 
+  // Adds up to four vectors. `units` counts in sixteen lanes, one per column of the vectors: a lane starts with one
+  // unit per vector, loses one for a continuation byte and gains one for a byte that leads four. It never exceeds twice
+  // `vectors`, so the eight bits of a lane suffice.
   void Add(const unsigned char* text, std::size_t at, std::size_t vectors) noexcept {
-    __m128i units = _mm_set1_epi8(static_cast<char>(vectors));  // a byte for each column; at most twice `vectors`
+    __m128i units = _mm_set1_epi8(static_cast<char>(vectors));
     for (const std::size_t end = at + vectors * 16; at < end; at += 16) {
       const __m128i bytes = Load(text + at);
-      // In front of the text stands nothing that asks for anything.
+      // At the beginning of the text, zeros are shifted in for the bytes before it. They require nothing, and reading
+      // before the text would be out of bounds.
       const __m128i before1 = at != 0 ? Load(text + at - 1) : _mm_slli_si128(bytes, 1);
       const __m128i before2 = at != 0 ? Load(text + at - 2) : _mm_slli_si128(bytes, 2);
       const __m128i before3 = at != 0 ? Load(text + at - 3) : _mm_slli_si128(bytes, 3);
-      const __m128i asked = _mm_or_si128(_mm_subs_epu8(before1, Each(0xBF)),
-                                         _mm_or_si128(_mm_subs_epu8(before2, Each(0xDF)), AboveEF(before3)));
-      const __m128i isNotAsked = _mm_cmpeq_epi8(asked, _mm_setzero_si128());
-      const __m128i isTail = _mm_cmplt_epi8(bytes, Each(0xC0));  // as signed bytes those from 0x80 to 0xBF
-      bad_ = _mm_or_si128(bad_, _mm_cmpeq_epi8(isNotAsked, isTail));
+      // A saturating subtraction leaves a byte above 0 only where it exceeds the limit.
+      const __m128i required = _mm_or_si128(_mm_subs_epu8(before1, Each(0xBF)),
+                                            _mm_or_si128(_mm_subs_epu8(before2, Each(0xDF)), AboveEF(before3)));
+      const __m128i isNotRequired = _mm_cmpeq_epi8(required, _mm_setzero_si128());
+      const __m128i isTail = _mm_cmplt_epi8(bytes, Each(0xC0));  // compared as signed, only 80 to BF are below C0
+      bad_ = _mm_or_si128(bad_, _mm_cmpeq_epi8(isNotRequired, isTail));
       const __m128i leadsFour = _mm_min_epu8(AboveEF(bytes), Each(1));
-      units = _mm_add_epi8(_mm_add_epi8(units, isTail), leadsFour);
+      units = _mm_add_epi8(_mm_add_epi8(units, isTail), leadsFour);  // isTail is -1 where it holds
     }
-    const __m128i halves = _mm_sad_epu8(units, _mm_setzero_si128());
+    const __m128i halves = _mm_sad_epu8(units, _mm_setzero_si128());  // the sums of the lower and the upper eight lanes
     units_ += static_cast<std::size_t>(_mm_cvtsi128_si32(halves) + _mm_extract_epi16(halves, 4));
   }
 
@@ -79,6 +98,7 @@ class CVectorCount {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
   }
   static __m128i Each(int byte) noexcept { return _mm_set1_epi8(static_cast<char>(byte)); }
+  // Above 0 for the bytes that lead four.
   static __m128i AboveEF(__m128i bytes) noexcept { return _mm_subs_epu8(bytes, Each(0xEF)); }
 
   __m128i bad_ = _mm_setzero_si128();
@@ -86,12 +106,13 @@ class CVectorCount {
 };
 #endif
 
-// A short text that begins in ASCII is mostly ASCII, and done before wide vectors are set up.
+// A short text that begins with ASCII is usually all ASCII. The loops of this file finish it before the wide vectors
+// are set up.
 static bool PrefersAvx2(const unsigned char* text, std::size_t size) noexcept {
   return g_hasAvx2 && size >= kFewestBytes && (size >= 128 || *text >= 0x80);
 }
 
-// The units of the text, or kNotCounted if it is bad.
+// Returns the number of units that the text yields, or kNotCounted if it is bad.
 static std::size_t CountUnits(const unsigned char* text, std::size_t size) noexcept {
   if (PrefersAvx2(text, size)) return CountUnitsAvx2(text, size);
   std::size_t at = 0, units = 0;
@@ -107,6 +128,7 @@ static std::size_t CountUnits(const unsigned char* text, std::size_t size) noexc
   if (!count.IsGood()) return kNotCounted;
   units = count.Units();
 #endif
+  // What no vector covers, byte by byte. The text may end while `needed` isn't 0: incomplete text is good.
   for (std::size_t needed = NeededAt(text, at); at < size; ++at) {
     const unsigned char byte = text[at];
     const bool isTail = byte >= 0x80 && byte < 0xC0;
@@ -123,14 +145,17 @@ static std::size_t CountUnits(const unsigned char* text, std::size_t size) noexc
 
 // ---- UTF-8: decoding -----------------------------------------------------------------------------------------------
 
+// One unit up to 0xFFFF, surrogates included; two above, even above 0x10FFFF.
 static WCHAR* StoreCodePoint(WCHAR* to, char32_t codePoint) noexcept {
   if (codePoint > 0xFFFF) return StorePair(to, codePoint);
   *to = static_cast<WCHAR>(codePoint);
   return to + 1;
 }
 
-// One whole sequence; answers how many bytes it had. Each length is a branch of its own: where the next sequence begins
-// is then a guess that is mostly right, and not the end of a chain of computation.
+// Decodes one whole sequence and returns its number of bytes.
+//
+// Each length has a branch with a constant result, rather than one return of TailBytes(*at) + 1. The processor predicts
+// the branch and starts on the next sequence at once; a computed length would make it wait for the computation.
 static std::size_t DecodeSequence(const unsigned char* at, WCHAR*& to) noexcept {
   if (*at < 0xE0) {
     *to++ = static_cast<WCHAR>(SequenceValue(at, 1));
@@ -145,41 +170,50 @@ static std::size_t DecodeSequence(const unsigned char* at, WCHAR*& to) noexcept 
 }
 
 #if defined(__SSE2__)
-// Stores sixteen bytes as units. Where they are not all ASCII, what follows the first others is stored over again.
+// Stores sixteen bytes as units. Only ASCII bytes become the right ones; the units from the first other byte on are
+// garbage, which the next store overwrites.
 static void Widen(const unsigned char* at, WCHAR* to) noexcept {
   const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
   _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
   _mm_storeu_si128(reinterpret_cast<__m128i*>(to + 8), _mm_unpackhi_epi8(bytes, _mm_setzero_si128()));
 }
 
-static unsigned BeyondAscii(const unsigned char* at) noexcept {
+// A bit for each of sixteen bytes that isn't ASCII; the bit of the first byte is the lowest.
+static unsigned NonAsciiMask(const unsigned char* at) noexcept {
   return static_cast<unsigned>(_mm_movemask_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(at))));
 }
 
-// Decodes in steps of a fixed sixteen bytes, so that the next vector is loaded while this one is still being taken
-// apart; a sequence may reach into the next step. Stops where fewer than two vectors are left on either side.
+// Decodes in steps of sixteen bytes, as long as two vectors are left on either side. The steps have a fixed length, so
+// that the processor can load the next vector while it still decodes this one. A sequence at the end of a step may
+// reach up to three bytes into the next; `taken` is their number there.
+//
+// A step alternates between runs of ASCII and single sequences. `nonAscii` has a bit for each byte that is left of the
+// step; its lowest bit belongs to the byte at `at + taken`. That byte begins a character, because the text is good.
+//
+// Sixteen units are always stored at once. What exceeds the run of ASCII stays before `toEnd`, and later units or the
+// caller's fill overwrite it.
 static void DecodeVectors(const unsigned char*& at, const unsigned char* end, WCHAR*& to, const WCHAR* toEnd) noexcept {
-  std::size_t taken = 0;  // of this step, by the sequence before
+  std::size_t taken = 0;  // bytes of this step that are done
   for (; end - at >= 32 && toEnd - to >= 32; at += 16) {
-    while (taken == 0 && end - at >= 64 && toEnd - to >= 64 && (BeyondAscii(at) | BeyondAscii(at + 16)) == 0) {
+    while (taken == 0 && end - at >= 64 && toEnd - to >= 64 && (NonAsciiMask(at) | NonAsciiMask(at + 16)) == 0) {
       Widen(at, to);
       Widen(at + 16, to + 16);
       at += 32;
       to += 32;
     }
-    unsigned others = BeyondAscii(at) >> taken;
+    unsigned nonAscii = NonAsciiMask(at) >> taken;
     while (taken < 16) {
-      if ((others & 1) == 0) {
+      if ((nonAscii & 1) == 0) {
         Widen(at + taken, to);
-        const std::size_t ascii = others != 0 ? static_cast<std::size_t>(std::countr_zero(others)) : 16 - taken;
+        const std::size_t ascii = nonAscii != 0 ? static_cast<std::size_t>(std::countr_zero(nonAscii)) : 16 - taken;
         to += ascii;
         taken += ascii;
-        others >>= ascii;
-        if (others == 0) break;
+        nonAscii >>= ascii;
+        if (nonAscii == 0) break;
       }
       const std::size_t bytes = DecodeSequence(at + taken, to);
       taken += bytes;
-      others >>= bytes;
+      nonAscii >>= bytes;
     }
     taken -= 16;
   }
@@ -189,7 +223,8 @@ static void DecodeVectors(const unsigned char*& at, const unsigned char* end, WC
 static void DecodeVectors(const unsigned char*&, const unsigned char*, WCHAR*&, const WCHAR*) noexcept {}
 #endif
 
-// Fills [to, toEnd), which is what the text was counted to yield, and answers the place behind the last unit stored.
+// Decodes into [to, toEnd), which has as many units as were counted, and returns the end of what was decoded. Units
+// from there to `toEnd` may be garbage. For bad text, which counts zero units, nothing is decoded.
 static WCHAR* Decode(const unsigned char* at, const unsigned char* end, WCHAR* to, const WCHAR* toEnd) noexcept {
   if (PrefersAvx2(at, static_cast<std::size_t>(end - at))) DecodeAvx2(at, end, to, toEnd);
   DecodeVectors(at, end, to, toEnd);
@@ -198,7 +233,7 @@ static WCHAR* Decode(const unsigned char* at, const unsigned char* end, WCHAR* t
 #if defined(__SSE2__)
       if (end - at >= 16 && toEnd - to >= 16) {
         Widen(at, to);
-        const int ascii = std::countr_zero(BeyondAscii(at) | 0x10000);
+        const int ascii = std::countr_zero(NonAsciiMask(at) | 0x10000);
         at += ascii;
         to += ascii;
         continue;
@@ -207,7 +242,8 @@ static WCHAR* Decode(const unsigned char* at, const unsigned char* end, WCHAR* t
       *to++ = *at++;
       continue;
     }
-    // A sequence that lacks one byte takes the one behind the text.
+    // An incomplete sequence at the end. The check is for one byte less than the sequence has: if only the last byte is
+    // missing, the byte after the text is read in its place, by contract.
     if (static_cast<std::size_t>(end - at) < TailBytes(*at)) break;
     at += DecodeSequence(at, to);
   }
@@ -216,6 +252,7 @@ static WCHAR* Decode(const unsigned char* at, const unsigned char* end, WCHAR* t
 
 // ---- The exports ---------------------------------------------------------------------------------------------------
 
+// Nothing is refused: a surrogate becomes one unit, a value above 0x10FFFF two.
 ZRRESULT ZrCreateZRSTRfromUTF32(const char32_t* text, int32_t length, ZRSTR* string) noexcept {
   if (text == nullptr || string == nullptr || length < -1) return ZR_R_INVALID_ARGUMENTS;
   auto size = static_cast<std::size_t>(length);
@@ -240,7 +277,7 @@ ZRRESULT ZrCreateZRSTRfromUTF8(const char* text, int32_t length, ZRSTR* string) 
 
   const auto* bytes = reinterpret_cast<const unsigned char*>(text);
   std::size_t units = CountUnits(bytes, size);
-  if (units == kNotCounted) units = 0;
+  if (units == kNotCounted) units = 0;  // bad text makes an empty string of its own, not the shared one
   if (units > kMostUnits) return ZR_R_INVALID_ARGUMENTS;
   ZRSTR made = *string = AllocateText(units);
   if (made == nullptr) return ZR_R_NO_MEMORY;
@@ -250,6 +287,7 @@ ZRRESULT ZrCreateZRSTRfromUTF8(const char* text, int32_t length, ZRSTR* string) 
   return stored == end ? ZR_R_OK : ZR_R_FAILED;
 }
 
+// Differs in one rule: a length of 0 is refused.
 ZRRESULT ZrUTF8toZRSTR(const char* text, int32_t length, ZRSTR* string) noexcept {
   if (length == 0) return ZR_R_INVALID_ARGUMENTS;
   return ZrCreateZRSTRfromUTF8(text, length, string);

@@ -1,7 +1,22 @@
-// A string into the caller's buffer as 16-bit text, UTF-32 or UTF-8, with a size query through the in-out capacity.
+// A string into the caller's buffer as 16-bit text, UTF-32 or UTF-8. A `*capacity` of -1 asks for the size instead.
 //
-// The sizes told and the texts written follow different rules for lone surrogates, and each writer has its own idea of
-// a buffer that is too small or too large. All of it is what callers rely on.
+// The loops below look inconsistent, and must stay so, because callers rely on each writer's own rules:
+//
+//                          UTF-16    UTF-32                            UTF-8
+//   units converted        length    length + 1 (the terminator too)   length, then a zero byte
+//   size: lone surrogate   1         0                                 0
+//   size: the last one     1         the whole size is 0               the text's size is 0
+//   written: lone          copied    nothing; the unit after it is     merged with the unit after it into some
+//     surrogate                      skipped, too                      code point
+//   written: the last one  copied    ends the writing                  fails
+//   buffer too small       cut       cut, ZR_R_OK                      cut, even inside a character, ZR_R_OK
+//   buffer too large       zeros     ZR_R_FAILED                       ZR_R_FAILED
+//
+// So the size that a text is said to need, and what is written of it, agree only if all surrogates are in pairs.
+//
+// UTF-8 is the common case and has three layers, for counting and for encoding: AVX2 (utf8_vectors.h), vectors of
+// eight units for every x86-64, and the plain loop that defines the result. The faster layers stop where the rules for
+// irregular text begin.
 
 #include <algorithm>
 #include <bit>
@@ -19,7 +34,8 @@
 
 static constexpr int32_t kQuery = -1;
 
-// What all four check before they look at the text.
+// What all writers check before they look at the text. A `length` of 0 is refused although an empty string with a
+// `length` of -1 is not.
 static bool AreArgumentsGood(ZRSTR source, int32_t length, const void* buffer, const int32_t* capacity) noexcept {
   if (length == 0 || source == nullptr || capacity == nullptr) return false;
   return *capacity >= kQuery && length >= -1 && (buffer != nullptr || *capacity == kQuery);
@@ -29,7 +45,8 @@ static std::size_t SourceLength(ZRSTR source, int32_t length) noexcept {
   return length == -1 ? StringLen(source) : static_cast<std::size_t>(length);
 }
 
-static ZRRESULT AnswerQuery(int32_t* capacity, std::size_t units) noexcept {
+// Stores the result of a size query. A size above 31 bits wraps: only the low 32 bits are stored, as a signed number.
+static ZRRESULT StoreSize(int32_t* capacity, std::size_t units) noexcept {
   *capacity = static_cast<int32_t>(static_cast<uint32_t>(units));
   return ZR_R_OK;
 }
@@ -38,18 +55,20 @@ static ZRRESULT AnswerQuery(int32_t* capacity, std::size_t units) noexcept {
 
 static ZRRESULT WriteUtf16(ZRSTR source, int32_t length, WCHAR* buffer, int32_t* capacity) noexcept {
   if (!AreArgumentsGood(source, length, buffer, capacity)) return ZR_R_INVALID_ARGUMENTS;
-  if (length == std::numeric_limits<int32_t>::max()) return ZR_R_INVALID_ARGUMENTS;  // no room to count a terminator
+  if (length == std::numeric_limits<int32_t>::max()) return ZR_R_INVALID_ARGUMENTS;  // length + 1 wouldn't fit 31 bits
   const std::size_t units = SourceLength(source, length);
-  if (*capacity == kQuery) return AnswerQuery(capacity, units + 1);
-  const auto room = static_cast<std::size_t>(*capacity);
-  const std::size_t copied = std::min(room, units);
+  if (*capacity == kQuery) return StoreSize(capacity, units + 1);
+  const auto bufferUnits = static_cast<std::size_t>(*capacity);
+  const std::size_t copied = std::min(bufferUnits, units);
   std::memcpy(buffer, source, copied * sizeof(WCHAR));
-  std::memset(buffer + copied, 0, (room - copied) * sizeof(WCHAR));
+  std::memset(buffer + copied, 0, (bufferUnits - copied) * sizeof(WCHAR));
   return ZR_R_OK;
 }
 
 // ---- UTF-32 --------------------------------------------------------------------------------------------------------
 
+// One for each unit that isn't a surrogate and for each true pair, nothing for a lone surrogate. A lone surrogate in
+// the last place makes the whole count 0. [at, end) includes the terminator, which counts as a code point.
 static std::size_t CountCodePoints(const WCHAR* at, const WCHAR* end) noexcept {
   std::size_t count = 0;
   for (; at < end; ++at) {
@@ -65,6 +84,12 @@ static std::size_t CountCodePoints(const WCHAR* at, const WCHAR* end) noexcept {
   return count;
 }
 
+// Writes until the number of steps equals the capacity. Two rules differ from the obvious loop:
+//
+//   - The limit counts steps, not code points. A lone surrogate and the unit after it are one step that stores nothing,
+//     so such a text fills less of the buffer than ZR_R_OK suggests. CountCodePoints skips only the surrogate.
+//   - The limit is checked after a step. A capacity of 0 is therefore never reached: everything is written, and the
+//     result is ZR_R_OK only if a surrogate in the last place ends the writing.
 static ZRRESULT WriteCodePoints(const WCHAR* at, const WCHAR* end, char32_t* to, std::size_t capacity) noexcept {
   std::size_t steps = 0;
   while (at < end) {
@@ -88,14 +113,17 @@ static __m128i LoadUnits(const WCHAR* at) noexcept { return _mm_loadu_si128(rein
 static __m128i Each(int unit) noexcept { return _mm_set1_epi16(static_cast<int16_t>(unit)); }
 static __m128i IsZero(__m128i units) noexcept { return _mm_cmpeq_epi16(units, _mm_setzero_si128()); }
 
-// Bits that are set in no ASCII unit.
+// The bits that no ASCII unit has: zero for ASCII.
 static __m128i BeyondAscii(__m128i units) noexcept { return _mm_and_si128(units, Each(0xFF80)); }
 
-// Counts from `at` while all surrogates stand in pairs, and moves `at` behind what is counted: at most seven units, and
-// a high surrogate that a vector's end has cut off its partner, are left.
+// Counts the bytes that the units from `at` on yield, as long as all surrogates are in pairs, and moves `at` past what
+// it has counted. Of such text it leaves at most seven units, and before them a high surrogate if the end of the last
+// vector separates it from its low surrogate. It stops before a vector that contains a lone surrogate.
+//
+// Blocks of up to four vectors, so that the sum of the lanes is taken once per block.
 static std::size_t CountVectors(const WCHAR*& at, const WCHAR* end) noexcept {
   std::size_t bytes = 0;
-  unsigned highBefore = 0;  // both bits of the last unit of the vector before, if that is a high surrogate
+  unsigned highBefore = 0;  // 0b11 if the last unit of the vector before is a high surrogate, else 0
   while (end - at >= 8) {
     if (end - at >= 32 && highBefore == 0) {
       const __m128i all = _mm_or_si128(_mm_or_si128(LoadUnits(at), LoadUnits(at + 8)),
@@ -106,7 +134,9 @@ static std::size_t CountVectors(const WCHAR*& at, const WCHAR* end) noexcept {
         continue;
       }
     }
-    // Three bytes a unit, less one below 0x800, less one more below 0x80; each half of a pair has two.
+    // A unit yields three bytes, one less below 0x800 and one less again below 0x80; each half of a pair yields two. A
+    // comparison that holds is -1 in its lane, so `less` collects in each lane the negative number of bytes to
+    // subtract.
     __m128i less = _mm_setzero_si128();
     const WCHAR* const vectorsEnd = at + (std::min<std::ptrdiff_t>(end - at, 32) & ~std::ptrdiff_t{7});
     const WCHAR* const start = at;
@@ -116,18 +146,22 @@ static std::size_t CountVectors(const WCHAR*& at, const WCHAR* end) noexcept {
       const __m128i isHigh = _mm_cmpeq_epi16(kind, Each(0xD800)), isLow = _mm_cmpeq_epi16(kind, Each(0xDC00));
       const auto high = static_cast<unsigned>(_mm_movemask_epi8(isHigh));
       const auto low = static_cast<unsigned>(_mm_movemask_epi8(isLow));
+      // Two bits per unit. All surrogates are in pairs if the low ones are exactly where the high ones are, one unit
+      // further on.
       if (low != ((high << 2 | highBefore) & 0xFFFF)) break;
       highBefore = high >> 14;
       const __m128i below800 = IsZero(_mm_and_si128(units, Each(0xF800))), below80 = IsZero(BeyondAscii(units));
       less = _mm_add_epi16(less, _mm_add_epi16(_mm_add_epi16(below800, below80), _mm_or_si128(isHigh, isLow)));
     }
+    // Adds up the eight lanes: times -1 and in pairs to four sums of 32 bits, then the upper two to the lower, then the
+    // upper one.
     __m128i sum = _mm_madd_epi16(less, Each(-1));
     sum = _mm_add_epi32(sum, _mm_srli_si128(sum, 8));
     sum = _mm_add_epi32(sum, _mm_srli_si128(sum, 4));
     bytes += static_cast<std::size_t>((at - start) * 3 - _mm_cvtsi128_si32(sum));
     if (at < vectorsEnd) break;
   }
-  if (highBefore != 0) {
+  if (highBefore != 0) {  // its low surrogate isn't counted: the loop gets the pair as a whole, or finds it lone
     --at;
     bytes -= 2;
   }
@@ -137,6 +171,10 @@ static std::size_t CountVectors(const WCHAR*& at, const WCHAR* end) noexcept {
 static std::size_t CountVectors(const WCHAR*&, const WCHAR*) noexcept { return 0; }
 #endif
 
+// The bytes of UTF-8 that the text yields: four for a true pair, none for a lone surrogate. If the last unit is a lone
+// surrogate, the whole count is 0, whatever precedes it.
+//
+// The count differs from what EncodeUtf8 writes for text with lone surrogates, and callers rely on both.
 static std::size_t CountUtf8(const WCHAR* at, const WCHAR* end) noexcept {
   if (const auto length = static_cast<std::size_t>(end - at); g_hasAvx2 && length >= kFewestUnits) {
     if (const std::size_t bytes = CountUtf8Avx2(at, length); bytes != kNotCounted) return bytes;
@@ -155,48 +193,57 @@ static std::size_t CountUtf8(const WCHAR* at, const WCHAR* end) noexcept {
   return bytes;
 }
 
-// One character from `at`, which is not a surrogate in the last place; answers its code point and moves `at` behind it.
+// Returns the code point at `at` and moves `at` past it. Any surrogate is merged with the unit after it, so `at` must
+// not be a surrogate in the last place.
 static char32_t ReadMerged(const WCHAR*& at) noexcept {
   const WCHAR unit = *at++;
   return IsSurrogate(unit) ? MergeUnits(unit, *at++) : char32_t{unit};
 }
 
 #if defined(__SSE2__)
-// Stores sixteen units as bytes; those beyond ASCII as anything.
+// Stores sixteen units as bytes. ASCII units become the right bytes; all other units become garbage.
 static void Narrow(const WCHAR* at, unsigned char* to) noexcept {
   _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_packus_epi16(LoadUnits(at), LoadUnits(at + 8)));
 }
 
-static unsigned OthersThanAscii(const WCHAR* at) noexcept {
+// A bit for each of sixteen units that isn't ASCII; the bit of the first unit is the lowest.
+static unsigned NonAsciiMask(const WCHAR* at) noexcept {
   const __m128i isAscii = _mm_packs_epi16(IsZero(BeyondAscii(LoadUnits(at))), IsZero(BeyondAscii(LoadUnits(at + 8))));
   return static_cast<unsigned>(_mm_movemask_epi8(isAscii)) ^ 0xFFFF;
 }
 
-// Encodes in steps of a fixed sixteen units, as long as the end of neither side is near. The last unit of the text is
-// not among those looked at, so each of them yields a byte at least, and nothing of the sixteen bytes stored at once
-// lies behind what is written in the end.
+// Encodes in steps of sixteen units, as long as the end of neither side is near. The steps have a fixed length, so that
+// the processor can load and compare the next vector while it still encodes this one. A surrogate at the end of a step
+// takes the first unit of the next step with it; `taken` is 1 there.
+//
+// A step alternates between runs of ASCII and single characters. `nonAscii` has a bit for each unit that is left of the
+// step; its lowest bit belongs to the unit at `at + taken`.
+//
+// Narrow stores sixteen bytes although only the run of ASCII counts. The rest is overwritten later: each of these
+// sixteen units yields at least one byte, because none of them is the last unit of the text (end - at > 32). The last
+// unit may be a lone surrogate, which yields none, and garbage would then remain after the end of the result.
 static void EncodeVectors(const WCHAR*& at, const WCHAR* end, unsigned char*& to, const unsigned char* toEnd) noexcept {
-  std::size_t taken = 0;  // of this step, by the pair before
+  std::size_t taken = 0;  // units of this step that are done
   for (; end - at > 32 && toEnd - to >= 64; at += 16) {
-    while (taken == 0 && end - at > 64 && toEnd - to >= 96 && (OthersThanAscii(at) | OthersThanAscii(at + 16)) == 0) {
+    while (taken == 0 && end - at > 64 && toEnd - to >= 96 && (NonAsciiMask(at) | NonAsciiMask(at + 16)) == 0) {
       Narrow(at, to);
       Narrow(at + 16, to + 16);
       at += 32;
       to += 32;
     }
-    unsigned others = OthersThanAscii(at) >> taken;
+    unsigned nonAscii = NonAsciiMask(at) >> taken;
     while (taken < 16) {
-      if ((others & 1) == 0) {
+      if ((nonAscii & 1) == 0) {
         Narrow(at + taken, to);
-        const std::size_t ascii = others != 0 ? static_cast<std::size_t>(std::countr_zero(others)) : 16 - taken;
+        const std::size_t ascii = nonAscii != 0 ? static_cast<std::size_t>(std::countr_zero(nonAscii)) : 16 - taken;
         to += ascii;
         taken += ascii;
-        others >>= ascii;
-        if (others == 0) break;
+        nonAscii >>= ascii;
+        if (nonAscii == 0) break;
       }
       const std::size_t units = StoreCharacter(at + taken, to);
       taken += units;
-      others >>= units;
+      nonAscii >>= units;
     }
     taken -= 16;
   }
@@ -206,24 +253,29 @@ static void EncodeVectors(const WCHAR*& at, const WCHAR* end, unsigned char*& to
 static void EncodeVectors(const WCHAR*&, const WCHAR*, unsigned char*&, const unsigned char*) noexcept {}
 #endif
 
-// Writes at most `limit` bytes and answers how many; 0 if it comes to a surrogate in the last place.
+// Writes at most `limit` bytes and returns how many. A text that is longer is cut there, even inside a character. If
+// the writing reaches a surrogate in the last place, the result is 0 although bytes were written: the caller reports
+// any other number than `limit` as a failure.
 static std::size_t EncodeUtf8(const WCHAR* at, const WCHAR* end, unsigned char* buffer, std::size_t limit) noexcept {
   unsigned char* to = buffer;
   unsigned char* const toEnd = buffer + limit;
   if (g_hasAvx2) EncodeAvx2(at, end, to, toEnd);
   EncodeVectors(at, end, to, toEnd);
   while (at < end && to < toEnd) {
+    // Near the ends: still sixteen at once where they fit, with the same rule for what Narrow stores in excess. If all
+    // are ASCII there is no excess, and the last unit of the text may be among them.
 #if defined(__SSE2__)
     if (*at < 0x80 && end - at >= 16 && toEnd - to >= 16) {
-      const unsigned others = OthersThanAscii(at);
-      if (others == 0 || end - at > 16) {
+      const unsigned nonAscii = NonAsciiMask(at);
+      if (nonAscii == 0 || end - at > 16) {
         Narrow(at, to);
-        const int ascii = std::countr_zero(others | 0x10000);
+        const int ascii = std::countr_zero(nonAscii | 0x10000);
         at += ascii;
         to += ascii;
         continue;
       }
     }
+    // A whole character that fits in any case.
     if (*at >= 0x80 && end - at >= 2 && toEnd - to >= 4) {
       at += StoreCharacter(at, to);
       continue;
@@ -234,6 +286,7 @@ static std::size_t EncodeUtf8(const WCHAR* at, const WCHAR* end, unsigned char* 
       continue;
     }
     if (IsSurrogate(*at) && at + 1 == end) return 0;
+    // The bytes go through `sequence`, because only some of them may fit the buffer.
     const char32_t codePoint = ReadMerged(at);
     unsigned char sequence[kMostSequenceBytes] = {};
     const std::size_t size = SequenceSize(codePoint);
@@ -255,16 +308,18 @@ ZRRESULT ZrCreateUTF16fromZRSTR(ZRSTR source, int32_t length, WCHAR* buffer, int
 
 ZRRESULT ZrCreateUTF32fomZRSTR(ZRSTR source, int32_t length, char32_t* buffer, int32_t* capacity) noexcept {
   if (!AreArgumentsGood(source, length, buffer, capacity)) return ZR_R_INVALID_ARGUMENTS;
-  const WCHAR* const end = source + SourceLength(source, length) + 1;  // the terminator too
-  if (*capacity == kQuery) return AnswerQuery(capacity, CountCodePoints(source, end));
+  const WCHAR* const end = source + SourceLength(source, length) + 1;  // the terminator is converted, too
+  if (*capacity == kQuery) return StoreSize(capacity, CountCodePoints(source, end));
   return WriteCodePoints(source, end, buffer, static_cast<std::size_t>(*capacity));
 }
 
 ZRRESULT ZrCreateUTF8fromZRSTR(ZRSTR source, int32_t length, char* buffer, int32_t* capacity) noexcept {
   if (!AreArgumentsGood(source, length, buffer, capacity)) return ZR_R_INVALID_ARGUMENTS;
   const WCHAR* const end = source + SourceLength(source, length);
-  if (*capacity == kQuery) return AnswerQuery(capacity, CountUtf8(source, end) + 1);
+  if (*capacity == kQuery) return StoreSize(capacity, CountUtf8(source, end) + 1);
   if (*capacity == 0) return ZR_R_FAILED;
+  // A buffer that the text and the zero byte don't fill exactly is a failure. The bytes so far stay, without a zero
+  // byte.
   const auto limit = static_cast<std::size_t>(*capacity) - 1;
   if (EncodeUtf8(source, end, reinterpret_cast<unsigned char*>(buffer), limit) != limit) return ZR_R_FAILED;
   buffer[limit] = 0;

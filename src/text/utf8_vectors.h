@@ -1,8 +1,12 @@
-// UTF-8 and 16-bit text in vectors of 32 bytes, for processors that have them. Whether this one does is found out once,
-// when the library is loaded; without them nothing here is called, and the loops of the conversions do all the work.
+// Conversions between UTF-8 and 16-bit text in vectors of 32 bytes, for processors with the AVX2 instructions.
 //
-// What is counted here is counted whole. What is converted here is converted from the front, as far as whole vectors
-// fit into both sides and nothing odd turns up: the cursors are moved behind that, and the loops go on from there.
+// The callers are the loops in unicode_creators.cpp and unicode_writers.cpp. They do all the work on other processors,
+// and they handle what the functions below leave to them:
+//
+//   - A counting function counts the whole text, or returns kNotCounted for text that it doesn't handle.
+//   - A converting function converts from the beginning of the text. It stops where less than a vector is left on
+//     either side, or at a character that needs other treatment. It moves both cursors past what it has converted, and
+//     the caller's loop continues there.
 
 #pragma once
 
@@ -11,23 +15,29 @@
 
 #include "zrcore/base.h"
 
+// Whether this processor can run the functions below; they must not be called otherwise. Set once, when the library is
+// loaded, by DetectAvx2.
 extern bool g_hasAvx2;
 
-// By the processor, and by the compiler.
+// Returns whether the processor has AVX2 and POPCNT. False if the library was built without code for them.
 [[nodiscard]] bool DetectAvx2() noexcept;
 
 inline constexpr std::size_t kNotCounted = std::numeric_limits<std::size_t>::max();
 
-// The units that a text of at least kFewestBytes yields, or kNotCounted if it is bad.
-inline constexpr std::size_t kFewestBytes = 35;
+// Returns the number of units that UTF-8 of at least kFewestBytes bytes yields. Returns kNotCounted for bad text: a
+// lead byte that lacks a continuation byte, unless the text ends first, or a continuation byte without a lead byte.
+inline constexpr std::size_t kFewestBytes = 35;  // the last vector ends with the text and reads three bytes before it
 [[nodiscard]] std::size_t CountUnitsAvx2(const unsigned char* text, std::size_t size) noexcept;
 
-// Decodes from the beginning of a text that was counted and is good. Units beside `to` are not kept, up to `toEnd`.
+// Decodes from the beginning of a text that CountUnitsAvx2 has found good. `at` ends on the first byte of a character.
+// Units between the final `to` and `toEnd` are overwritten with garbage.
 void DecodeAvx2(const unsigned char*& at, const unsigned char* end, WCHAR*& to, const WCHAR* toEnd) noexcept;
 
-// The bytes that at least kFewestUnits units yield, or kNotCounted if not all surrogates stand in pairs.
-inline constexpr std::size_t kFewestUnits = 16;
+// Returns the number of bytes of UTF-8 that at least kFewestUnits units yield, or kNotCounted if the text contains a
+// lone surrogate.
+inline constexpr std::size_t kFewestUnits = 16;  // one vector
 [[nodiscard]] std::size_t CountUtf8Avx2(const WCHAR* text, std::size_t length) noexcept;
 
-// Encodes from `at`. What it leaves yields enough bytes to cover whatever is stored behind `to`.
+// Encodes from `at`. Bytes after the final `to` may be overwritten with garbage. The units left, without the very last,
+// yield at least as many bytes as were overwritten, so the caller's loop writes over all of them.
 void EncodeAvx2(const WCHAR*& at, const WCHAR* end, unsigned char*& to, const unsigned char* toEnd) noexcept;
