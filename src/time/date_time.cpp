@@ -1,11 +1,16 @@
-// Date and time: the present, values and records, and seconds since 1970.
+// Date and time: the current time, values and records, and seconds since 1970. The calendar itself is in date_time.h.
+//
+// The platform layer returns local and universal times as CClockFields. Fields that aren't a date and time, such as the
+// zeros that it returns after a failure, become the value 0, which is not reported as an error.
 
 #include "time/date_time.h"
 
 #include "platform/clock.h"
 
-static constexpr uint32_t kLastSystemYear = 30827;  // of the system's records; values reach a little further
+// The last year that the system's own records of time represent. A value can represent a part of the year 30828, too.
+static constexpr uint32_t kLastSystemYear = 30827;
 
+// Checks each field, and the day against its month. DateTimeOf would accept any fields and carry them over.
 static bool IsValid(const CClockFields& fields) noexcept {
   const auto isWithin = [](int32_t value, int32_t least, int32_t most) { return value >= least && value <= most; };
   if (!isWithin(fields.year, kFirstYear, kLastSystemYear) || !isWithin(fields.month, 1, 12)) return false;
@@ -16,7 +21,7 @@ static bool IsValid(const CClockFields& fields) noexcept {
          isWithin(fields.minute, 0, 59) && isWithin(fields.second, 0, 59) && isWithin(fields.millisecond, 0, 999);
 }
 
-// 0 for fields that are no date and time.
+// Returns 0 for fields that aren't a date and time.
 static ZRDATETIME DateTimeOfFields(const CClockFields& fields) noexcept {
   if (!IsValid(fields)) return 0;
   ZRDATETIMESTRUCT record{};
@@ -36,6 +41,7 @@ ZRDATETIME ZrGetNow(uint8_t universal) noexcept {
   return DateTimeOfFields(universal != 0 ? PlatformUniversalNow() : PlatformLocalNow());
 }
 
+// By contract, only `value` is checked: a null `record` is undefined behaviour unless `value` is null, too.
 void ZrDateTimeFromStruct(const ZRDATETIMESTRUCT* record, ZRDATETIME* value) noexcept {
   if (value != nullptr) *value = DateTimeOf(*record);
 }
@@ -46,13 +52,16 @@ void ZrDateTimeToStruct(ZRDATETIME value, ZRDATETIMESTRUCT* record) noexcept {
 
 // ---- Seconds since 1970 --------------------------------------------------------------------------------------------
 
+// A moment outside the years 1970 to 3000 isn't a failure: the platform layer returns zeros, so the value is 0.
 ZRRESULT ZrDateTimeFromTimeT(int64_t timeT, ZRDATETIME* value) noexcept {
   if (value == nullptr) return ZR_R_INVALID_ARGUMENTS;
   *value = DateTimeOfFields(PlatformLocalTime(timeT));
   return ZR_R_OK;
 }
 
-// The fields of a value are a date and a time always; what is left to refuse is the year.
+// Returns the moment of a value that isn't negative. Its fields are always a valid date and time, so only the year can
+// be refused. Callers rely on three different results: a year below 1900 is the moment 0 and a success, the years 1900
+// to 1969 raise ZR_RAISED_NO_TIME_T, and any other local time without a moment raises ZR_RAISED_INVALID_TIME.
 static int64_t MomentOf(ZRDATETIME value) {
   const CDate date = DateOf(static_cast<uint32_t>(value / ZR_TICKS_PER_DAY));
   if (date.year < 1900) return 0;
@@ -67,6 +76,7 @@ static int64_t MomentOf(ZRDATETIME value) {
   return moment;
 }
 
+// `timeT` is checked after the exceptions, by contract.
 ZRRESULT ZrDateTimeToTimeT(ZRDATETIME value, int64_t* timeT) {
   if (value < 0) return ZR_R_FAILED;
   const int64_t moment = MomentOf(value);

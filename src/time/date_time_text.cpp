@@ -1,5 +1,17 @@
-// The texts of date and time. Numbers that fill their places go two digits at a time, straight into the string; any
-// other record takes the slow road, through a buffer.
+// Parses and formats the texts of date and time.
+//
+// Every number has a fixed place in the text, counted from its beginning:
+//
+//     0    5  8  11 14 17 20              0  3  6    11 14 17 20              0  3  6  9
+//     2012-03-04 05:06:07.1234567         04.03.2012 05:06:07.1234567         05:06:07.1234567
+//
+// Both directions have two ways with the same result. The plain way is for records and texts whose numbers have exactly
+// as many digits as their places. It converts several digits at once and writes straight into the string. The general
+// way is for all others, because callers may pass any text and any record, and nothing is validated:
+//
+//   - Parsing reads as much of a number as is there: white space, a sign, digits. What is left out is 0.
+//   - Formatting writes fields as signed numbers. One that is too long for its place makes the text longer. It goes
+//     through a buffer, because the length isn't known before.
 
 #include "time/date_time_text.h"
 
@@ -18,10 +30,12 @@ static void SetTime(ZRDATETIMESTRUCT& record, const CPlainTime& time) noexcept {
   record.minute = static_cast<int8_t>(time.Minute());
   record.second = static_cast<int8_t>(time.Second());
   record.fraction = time.Ticks();
-  record.millisecond = static_cast<int16_t>(record.fraction / 10000);  // its first three digits
+  record.millisecond = static_cast<int16_t>(record.fraction / 10000);  // the first three of its seven digits
 }
 
-// The form that is written: year first, a digit at every place. False for any other, with `record` as it was.
+// Parses the form that is written: the year first, and a digit at every place. The characters between the places may be
+// any, except the first hyphen, which says that the year comes first. Returns false for any other text and leaves
+// `record` unchanged.
 static bool ReadPlainDateTime(CTextView text, ZRDATETIMESTRUCT& record) noexcept {
   constexpr std::size_t kTimeAt = 11;
   if (text.size() < kTimeAt + CPlainTime::kLength || text[4] != '-') return false;
@@ -35,6 +49,12 @@ static bool ReadPlainDateTime(CTextView text, ZRDATETIMESTRUCT& record) noexcept
   return true;
 }
 
+// Parses any text of at least ten units. The year comes first if the first hyphen of the text is at index 4.
+//
+// A field is read if the text reaches at least its first digit; two thresholds are different, and callers rely on them.
+// The part below a second is read from 22 units on, as three digits of milliseconds. From 26 units on its seven places
+// are read as ticks instead. So six digits after the point, as in "....07.123456", mean 123456 ticks, not 123456
+// microseconds.
 static void ReadAnyDateTime(CTextView text, ZRDATETIMESTRUCT& record) noexcept {
   const bool isYearFirst = text.find(WCHAR{'-'}) == 4;
   record.year = static_cast<int16_t>(ReadPlace<4>(text, isYearFirst ? 0 : 6));
@@ -47,6 +67,8 @@ static void ReadAnyDateTime(CTextView text, ZRDATETIMESTRUCT& record) noexcept {
   record.fraction = text.size() >= 26 ? ReadPlace<7>(text, 20) : record.millisecond * 10000;
 }
 
+// As above, for a time alone, which begins at index 0. The thresholds are those of a date and time less eleven, except
+// that the seconds need both of their digits: eight units, not seven.
 static void ReadAnyTime(CTextView text, ZRDATETIMESTRUCT& record) noexcept {
   record.hour = static_cast<int8_t>(ReadPlace<2>(text, 0));
   if (text.size() >= 4) record.minute = static_cast<int8_t>(ReadPlace<2>(text, 3));
@@ -55,6 +77,7 @@ static void ReadAnyTime(CTextView text, ZRDATETIMESTRUCT& record) noexcept {
   record.fraction = text.size() >= 15 ? ReadPlace<7>(text, 9) : record.millisecond * 10000;
 }
 
+// The record is zeroed first: it is all zeros for a text that is refused, and fields that aren't read stay zero.
 uint8_t ZrDateTimeStringToDateTimeStruct(ZRSTR string, ZRDATETIMESTRUCT* record) noexcept {
   if (record == nullptr) return 0;
   *record = ZRDATETIMESTRUCT{};
@@ -65,6 +88,7 @@ uint8_t ZrDateTimeStringToDateTimeStruct(ZRSTR string, ZRDATETIMESTRUCT* record)
   return 1;
 }
 
+// The date stays zero, which is day 0, a Monday, for the day of the week.
 uint8_t ZrTimeStringToDateTimeStruct(ZRSTR string, ZRDATETIMESTRUCT* record) noexcept {
   if (record == nullptr) return 0;
   *record = ZRDATETIMESTRUCT{};
@@ -81,16 +105,18 @@ uint8_t ZrTimeStringToDateTimeStruct(ZRSTR string, ZRDATETIMESTRUCT* record) noe
 
 // ---- Writing -------------------------------------------------------------------------------------------------------
 
-static constexpr std::size_t kDateLength = 10, kTimeLength = 8;  // of records whose numbers fill their places
-static constexpr std::size_t kFractionLength = 8, kMillisecondLength = 4;
+static constexpr std::size_t kDateLength = 10, kTimeLength = 8;            // of plain records
+static constexpr std::size_t kFractionLength = 8, kMillisecondLength = 4;  // with the point
 
-// The longest text of a record: a year of 6 units, five fields of 4, a fraction of 11, six marks; and the blanks of the
-// time's second form.
+// At least the longest text of a record, which has 43 units: a year of 6 ("-32768"), five fields of 4 ("-128"), a
+// fraction of 11 ("-2147483648"), and six separators. The spaced form of the time is shorter.
 static constexpr std::size_t kMostUnits = 48;
 using CBuffer = std::array<WCHAR, kMostUnits>;
 
+// Whether a field has at most two digits and no sign. A negative number becomes a large one when it is made unsigned.
 static bool FillsTwo(int8_t value) noexcept { return static_cast<uint8_t>(value) <= 99; }
 
+// A year below 1000 isn't plain because it is padded with blanks, not with zeros.
 static bool HasPlainDate(const ZRDATETIMESTRUCT& record) noexcept {
   return record.year >= 1000 && record.year <= 9999 && FillsTwo(record.month) && FillsTwo(record.day);
 }
@@ -128,7 +154,9 @@ static void WritePlainFraction(WCHAR* at, const ZRDATETIMESTRUCT& record) noexce
   WriteSevenDigits(at + 1, static_cast<uint32_t>(record.fraction));
 }
 
-static WCHAR* WriteOddDate(WCHAR* at, const ZRDATETIMESTRUCT& record) noexcept {
+// These three write the same forms for any record and return the place after the last unit. They correspond to the
+// formats "%4d-%02d-%02d", "%02d:%02d:%02d" and ".%07d" or ".%03d" of printf.
+static WCHAR* WriteIrregularDate(WCHAR* at, const ZRDATETIMESTRUCT& record) noexcept {
   at = WritePadded(at, record.year, 4, Pad::Blanks);
   *at++ = '-';
   at = WritePadded(at, record.month, 2, Pad::Zeros);
@@ -136,7 +164,7 @@ static WCHAR* WriteOddDate(WCHAR* at, const ZRDATETIMESTRUCT& record) noexcept {
   return WritePadded(at, record.day, 2, Pad::Zeros);
 }
 
-static WCHAR* WriteOddTime(WCHAR* at, const ZRDATETIMESTRUCT& record) noexcept {
+static WCHAR* WriteIrregularTime(WCHAR* at, const ZRDATETIMESTRUCT& record) noexcept {
   at = WritePadded(at, record.hour, 2, Pad::Zeros);
   *at++ = ':';
   at = WritePadded(at, record.minute, 2, Pad::Zeros);
@@ -144,7 +172,7 @@ static WCHAR* WriteOddTime(WCHAR* at, const ZRDATETIMESTRUCT& record) noexcept {
   return WritePadded(at, record.second, 2, Pad::Zeros);
 }
 
-static WCHAR* WriteOddPart(WCHAR* at, int32_t value, std::size_t width) noexcept {
+static WCHAR* WriteIrregularFraction(WCHAR* at, int32_t value, std::size_t width) noexcept {
   *at++ = '.';
   return WritePadded(at, value, width, Pad::Zeros);
 }
@@ -177,7 +205,8 @@ ZRSTR FormatTime(const ZRDATETIMESTRUCT& record, bool withFraction) noexcept {
     return string;
   }
   CBuffer buffer;
-  return NewString(buffer.data(), WriteOddPart(WriteOddTime(buffer.data(), record), record.fraction, 7));
+  return NewString(buffer.data(),
+                   WriteIrregularFraction(WriteIrregularTime(buffer.data(), record), record.fraction, 7));
 }
 
 ZRSTR ZrDateTimeStructToDateString(const ZRDATETIMESTRUCT* record) noexcept {
@@ -188,7 +217,7 @@ ZRSTR ZrDateTimeStructToDateString(const ZRDATETIMESTRUCT* record) noexcept {
     return string;
   }
   CBuffer buffer;
-  return NewString(buffer.data(), WriteOddDate(buffer.data(), *record));
+  return NewString(buffer.data(), WriteIrregularDate(buffer.data(), *record));
 }
 
 ZRSTR ZrDateTimeStructToDateTimeString(const ZRDATETIMESTRUCT* record, uint8_t withFraction) noexcept {
@@ -211,10 +240,11 @@ ZRSTR ZrDateTimeStructToDateTimeString(const ZRDATETIMESTRUCT* record, uint8_t w
     return string;
   }
   CBuffer buffer;
-  WCHAR* at = WriteOddDate(buffer.data(), *record);
+  WCHAR* at = WriteIrregularDate(buffer.data(), *record);
   *at++ = ' ';
-  at = WriteOddTime(at, *record);
-  at = withFraction != 0 ? WriteOddPart(at, record->fraction, 7) : WriteOddPart(at, record->millisecond, 3);
+  at = WriteIrregularTime(at, *record);
+  at = withFraction != 0 ? WriteIrregularFraction(at, record->fraction, 7)
+                         : WriteIrregularFraction(at, record->millisecond, 3);
   return NewString(buffer.data(), at);
 }
 

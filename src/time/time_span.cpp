@@ -1,4 +1,13 @@
-// Time spans as text, in both directions.
+// Formats and parses time spans. The days, if there are any, are padded with blanks to four places, and the time
+// follows after a point:
+//
+//     "   1.02:03:04.0000005"     one day, two hours, ...
+//     "02:03:04.0000005"          no days
+//     "-1:-30:00.0000000"         minus one and a half hours: each part has its own sign
+//
+// The parts are parsed with their own signs and added up, but at fixed places. A part with a sign can be longer than
+// its place and moves the parts after it, so most negative spans aren't parsed to the same value. Callers rely on both
+// forms.
 
 #include <array>
 
@@ -8,12 +17,13 @@
 #include "zrcore/timespan.h"
 
 static constexpr std::size_t kTimeLength = 16;  // "03:04:05.0000006", each part at its least width
-static constexpr std::size_t kMostUnits = 40;   // days of 9 units, a dot, a time with four signs
+static constexpr std::size_t kMostUnits = 40;   // more than days of 9 units, a point and a time with four signs
 
 // ---- Writing -------------------------------------------------------------------------------------------------------
 
-// Any span: divisions go towards zero, so every part has the span's sign or is zero.
-static ZRSTR FormatOddSpan(int32_t days, int32_t seconds, int32_t ticks) noexcept {
+// Formats any span, in particular a negative one or one with more than four digits of days. The parts come from
+// divisions that round towards zero, so each has the sign of the span or is zero.
+static ZRSTR FormatGeneralSpan(int32_t days, int32_t seconds, int32_t ticks) noexcept {
   std::array<WCHAR, kMostUnits> buffer;
   WCHAR* at = buffer.data();
   if (days != 0) {
@@ -34,14 +44,14 @@ ZRSTR ZrTimeSpanToTimeSpanString(ZRTIMESPAN span) noexcept {
   const int64_t rest = span % ZR_TICKS_PER_DAY;
   const auto seconds = static_cast<int32_t>(rest / ZR_TICKS_PER_SECOND);
   const auto ticks = static_cast<int32_t>(rest % ZR_TICKS_PER_SECOND);
-  if (span < 0 || days > 9999) return FormatOddSpan(days, seconds, ticks);
+  if (span < 0 || days > 9999) return FormatGeneralSpan(days, seconds, ticks);
 
   const std::size_t daysLength = days != 0 ? 5 : 0;
   ZRSTR string = AllocateText(daysLength + kTimeLength);
   if (string == nullptr) return nullptr;
   if (days != 0) {
     WriteFourDigits(string, static_cast<uint32_t>(days));
-    for (WCHAR* leading = string; *leading == '0'; ++leading) *leading = ' ';  // some digit is none
+    for (WCHAR* leading = string; *leading == '0'; ++leading) *leading = ' ';  // ends, because days isn't 0
     string[4] = '.';
   }
   WCHAR* at = string + daysLength;
@@ -57,19 +67,25 @@ ZRSTR ZrTimeSpanToTimeSpanString(ZRTIMESPAN span) noexcept {
 
 // ---- Reading -------------------------------------------------------------------------------------------------------
 
-// Few digits behind blanks, as they are written; or any number.
+// Reads the days. The loop is for at most nine digits after blanks, as they are written; any other text is read in the
+// general way, which accepts white space and a sign and saturates.
 static uint64_t ReadDays(CTextView text) noexcept {
   std::size_t at = 0;
   while (at < text.size() && text[at] == ' ') ++at;
-  uint64_t days = 0, isOdd = text.size() - at > 9 ? 1 : 0;
-  for (; at < text.size() && isOdd == 0; ++at) {
+  uint64_t days = 0, isIrregular = text.size() - at > 9 ? 1 : 0;
+  for (; at < text.size() && isIrregular == 0; ++at) {
     const uint64_t digit = uint64_t{text[at]} - '0';
-    isOdd = digit > 9 ? 1 : 0;
+    isIrregular = digit > 9 ? 1 : 0;
     days = days * 10 + digit;
   }
-  return isOdd == 0 ? days : static_cast<uint64_t>(ReadInteger<int64_t>(text).value);
+  return isIrregular == 0 ? days : static_cast<uint64_t>(ReadInteger<int64_t>(text).value);
 }
 
+// A point before the first colon ends the days; the time begins after it. Without one the time begins at index 0. A
+// text without a colon is refused. If the third unit after the point is a colon, as in a text that was written here,
+// the search for a colon isn't needed.
+//
+// The thresholds for the parts of the time are those of ZrTimeStringToDateTimeStruct, counted from where it begins.
 uint8_t ZrTimeSpanStringToTimeSpan(ZRSTR string, ZRTIMESPAN* span) noexcept {
   if (span == nullptr) return 0;
   *span = 0;
@@ -103,7 +119,7 @@ uint8_t ZrTimeSpanStringToTimeSpan(ZRSTR string, ZRTIMESPAN* span) noexcept {
       ticks = ReadPlace<3>(text, at + 9) * 10000;
     }
   }
-  // Unsigned, so that absurd numbers of days wrap.
+  // Unsigned, because a large number of days must wrap rather than overflow.
   const uint64_t allSeconds = days * 86400 + static_cast<uint64_t>(int64_t{seconds});
   *span = static_cast<ZRTIMESPAN>(allSeconds * ZR_TICKS_PER_SECOND + static_cast<uint64_t>(int64_t{ticks}));
   return 1;
