@@ -1,4 +1,8 @@
-// References: their records, and their comparison, whose one decision all exports ask.
+// References: records, conversion from and to text, and comparison. The exports differ in what they check and return;
+// CompareRefs and CompareSrefs contain all rules of comparison.
+//
+// An SREF owns its ref and one reference on its text. The ref is made before the record of the SREF; a CRefHolder
+// releases it if there is no memory for the record.
 
 #include "identifiers/reference.h"
 
@@ -9,19 +13,22 @@
 
 // ---- Order ---------------------------------------------------------------------------------------------------------
 
+// No text, an empty text, or exactly the text of a nil REF. " 0.0.0.0.0.0" isn't nil, although it would be parsed as
+// nil.
 static bool IsNilText(ZRSTR text) noexcept {
   static constexpr auto kNil = WideLiteral("0.0.0.0.0.0");
   const CTextView units = ViewOf(text);
   return units.empty() || units == ViewOf(kNil);
 }
 
+// A ref decides only without a text: an SREF with both is never nil.
 static bool IsNilSref(const ZRSREF* sref) noexcept {
   if (sref == nullptr) return true;
   if (sref->ref == nullptr) return IsNilText(sref->text);
   return sref->text == nullptr && IsNilRef(*sref->ref);
 }
 
-// By unit, up to the terminator.
+// Compares units up to the terminator, not by the length: a zero unit inside `right` ends the comparison.
 static int32_t CompareTerminated(const WCHAR* left, const WCHAR* right) noexcept {
   for (; *left == *right; ++left, ++right) {
     if (*left == 0) return 0;
@@ -29,11 +36,15 @@ static int32_t CompareTerminated(const WCHAR* left, const WCHAR* right) noexcept
   return *left < *right ? -1 : 1;
 }
 
-// A ref on the left, a text on the right or, if `isSwapped`, the other way round.
+// Compares a ref on the left with a text on the right, or the other way round if `isSwapped`.
+//
+// If the text is that of a REF, numbers are compared. Otherwise the ref is written as signed numbers, and texts are
+// compared: "-1.0.0.0.0.0", which isn't the text of a REF, equals a ref whose word 0 is 0xFFFFFFFF. Callers rely on the
+// signed form, and on getting ZR_R_INVALID_ARGUMENTS together with this order.
 static CSrefOrder CompareRefWithText(const ZRREF& ref, ZRSTR text, bool isSwapped) noexcept {
   ZRREF read;
   if (ReadRef(ViewOf(text), read) == RefReading::Read) {
-    // Swapped, not negated: the smallest difference has no opposite.
+    // Swapped rather than negated: the difference -2^31 has no positive counterpart.
     return {isSwapped ? RefDifference(read, ref) : RefDifference(ref, read), ZR_R_OK};
   }
   WCHAR written[kSignedRefUnits];
@@ -42,12 +53,16 @@ static CSrefOrder CompareRefWithText(const ZRREF& ref, ZRSTR text, bool isSwappe
   return {isSwapped ? -order : order, ZR_R_INVALID_ARGUMENTS};
 }
 
+// The first of these rules that applies decides:
+//   1. Nil references are equal and come before all others.
+//   2. Two refs compare by numbers, whatever the texts are.
+//   3. Two texts compare by bytes.
+//   4. What remains is a ref alone and a text alone: CompareRefWithText.
 CSrefOrder CompareSrefs(const ZRSREF* left, const ZRSREF* right) noexcept {
   const bool leftIsNil = IsNilSref(left), rightIsNil = IsNilSref(right);
   if (leftIsNil || rightIsNil) return {int{rightIsNil} - int{leftIsNil}, ZR_R_OK};
   if (left->ref != nullptr && right->ref != nullptr) return {RefDifference(*left->ref, *right->ref), ZR_R_OK};
   if (left->text != nullptr && right->text != nullptr) return {CompareStrings(left->text, right->text), ZR_R_OK};
-  // One is a ref alone and the other a text alone: neither is nil.
   if (left->ref != nullptr) return CompareRefWithText(*left->ref, right->text, false);
   return CompareRefWithText(*right->ref, left->text, true);
 }
@@ -91,6 +106,7 @@ void ZrDestroySREF(ZRSREF* sref) noexcept {
 
 // ---- Text ----------------------------------------------------------------------------------------------------------
 
+// Out of memory isn't reported by the result code, by contract: the string is null then.
 ZRRESULT ZrREFToString(const ZRREF* ref, ZRSTR* string) noexcept {
   if (ref == nullptr || string == nullptr) return ZR_R_INVALID_ARGUMENTS;
   *string = WriteRef(*ref);
@@ -99,10 +115,12 @@ ZRRESULT ZrREFToString(const ZRREF* ref, ZRSTR* string) noexcept {
 
 ZRRESULT ZrSREFToString(const ZRSREF* sref, ZRSTR* string) noexcept {
   if (sref == nullptr || string == nullptr) return ZR_R_INVALID_ARGUMENTS;
-  *string = sref->ref != nullptr ? WriteRef(*sref->ref) : ShareString(sref->text);  // of null, the empty string
+  *string = sref->ref != nullptr ? WriteRef(*sref->ref) : ShareString(sref->text);  // no text: the shared empty string
   return ZR_R_OK;
 }
 
+// Both kinds of refusal return the same code, but they differ in `*ref`, and callers rely on it: it is unchanged if the
+// text doesn't have six fields, and null if the fields are in the wrong form.
 ZRRESULT ZrStringToREF(ZRSTR string, ZRREF** ref) {
   if (string == nullptr || ref == nullptr) return ZR_R_INVALID_ARGUMENTS;
   ZRREF read;
@@ -115,6 +133,7 @@ ZRRESULT ZrStringToREF(ZRSTR string, ZRREF** ref) {
   return ZR_R_INVALID_ARGUMENTS;
 }
 
+// Never refuses a string: what isn't the text of a REF becomes the text of the SREF.
 ZRRESULT ZrStringToSREF(ZRSTR string, ZRSREF** sref) {
   if (string == nullptr || sref == nullptr) return ZR_R_INVALID_ARGUMENTS;
   ZRREF read;
@@ -131,14 +150,16 @@ ZRRESULT ZrSplitRefName(ZRSTR string, uint32_t* word0, uint32_t* word1, uint32_t
   ZRREF read;
   if (ReadRef(ViewOf(string), read) != RefReading::Read) return ZR_R_INVALID_ARGUMENTS;
   const uint32_t* word = read.words;
-  for (uint32_t* wanted : {word0, word1, word2, word3, word4, word5}) {
-    if (wanted != nullptr) *wanted = *word;
+  for (uint32_t* target : {word0, word1, word2, word3, word4, word5}) {
+    if (target != nullptr) *target = *word;
     ++word;
   }
   return ZR_R_OK;
 }
 
 // ---- Comparison ----------------------------------------------------------------------------------------------------
+//
+// For SREFs, `*equal` and `*order` are written whatever the result code is.
 
 ZRRESULT ZrCompareREF(const ZRREF* left, const ZRREF* right, uint8_t* equal) noexcept {
   if (equal == nullptr) return ZR_R_INVALID_ARGUMENTS;

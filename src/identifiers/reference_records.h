@@ -1,4 +1,5 @@
-// Where the records of references come from and go to: the two item allocators, through four functions.
+// Allocates and releases the records of references. REFs and SREFs are small and short-lived, so each kind has an item
+// allocator (runtime/item_allocator.h), which keeps released records in a cache.
 
 #pragma once
 
@@ -13,7 +14,7 @@
 extern CItemAllocator g_refAllocator;
 extern CItemAllocator g_srefAllocator;
 
-// Never null: throws std::bad_alloc.
+// The results are never null. Both throw std::bad_alloc when out of memory.
 [[nodiscard]] inline ZRREF* AllocateRef(const ZRREF& value) {
   return ::new (g_refAllocator.Allocate(sizeof(ZRREF))) ZRREF(value);
 }
@@ -21,15 +22,15 @@ extern CItemAllocator g_srefAllocator;
   return ::new (g_srefAllocator.Allocate(sizeof(ZRSREF))) ZRSREF(value);
 }
 
-// Overwrites a record with zeros, so that a released one tells nothing. The fence is for the compiler alone, which
-// would take the zeros for dead in front of a release.
+// Overwrites a record with zeros, because a released record must not disclose its content. Without the fence, a
+// compiler removes the stores: nothing reads the record between them and its release. The fence costs no instruction.
 template <class Record>
 inline void WipeRecord(Record* record) noexcept {
   std::memset(record, 0, sizeof *record);
   std::atomic_signal_fence(std::memory_order_seq_cst);
 }
 
-// Not null. An SREF's ref and text are the caller's to release before.
+// Release a record, which must not be null. The caller releases the ref and the text of an SREF first.
 inline void RecycleRef(ZRREF* ref) noexcept {
   WipeRecord(ref);
   g_refAllocator.Recycle(ref);
@@ -43,5 +44,5 @@ struct CRefRecycler {
   void operator()(ZRREF* ref) const noexcept { RecycleRef(ref); }
 };
 
-// One record, given back at the end of the scope.
+// Owns a record and releases it at the end of the scope.
 using CRefHolder = std::unique_ptr<ZRREF, CRefRecycler>;

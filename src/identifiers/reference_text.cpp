@@ -1,6 +1,10 @@
-// The text of a REF. What is read is accepted only if it would be written back the same, which is decided on the way:
-// each number is a zero alone, or starts with another digit and fits 32 bits; anything else reads as a number that
-// writes back differently.
+// The text of a REF. A text is accepted only if the words that it denotes would be written back as the same text.
+// The parser doesn't write them back to find out. It accepts exactly the numbers for which this is true: a single zero,
+// or digits that begin with another digit than zero and fit 32 bits.
+//
+//     "1.2.3.4.5.6", " 1.2.3.4.5.6 "       Read
+//     "01.2.3.4.5.6", "+1.2.3.4.5.6"       NotCanonical: six fields in another form
+//     "1.2.3.4.5", "1..3.4.5.6", "abc"     NotSixFields
 
 #include "identifiers/reference_text.h"
 
@@ -21,8 +25,9 @@ static CTextView Trimmed(CTextView text) noexcept {
   return text;
 }
 
-// Which of the two ways of being wrong it is: callers tell them by what is left in the out-value.
-static RefReading Refusal(CTextView text) noexcept {
+// Returns why a trimmed text was refused. This looks at the whole text, not only at where the parser stopped, because
+// the reason depends on the number of fields: "x.2.3" has too few, and "x.2.3.4.5.6" has a field in the wrong form.
+static RefReading ClassifyRefused(CTextView text) noexcept {
   std::size_t dots = 0, fieldUnits = 0;
   bool hasEmptyField = false;
   for (const WCHAR unit : text) {
@@ -42,24 +47,28 @@ RefReading ReadRef(CTextView text, ZRREF& ref) noexcept {
   const WCHAR* at = text.data();
   const WCHAR* const end = at + text.size();
   for (std::size_t word = 0; word < kWords; ++word) {
-    if (word != 0 && (at == end || *at++ != '.')) return Refusal(text);
+    if (word != 0 && (at == end || *at++ != '.')) return ClassifyRefused(text);
+    // The subtraction is unsigned: every unit that isn't a digit, even one below '0', becomes a number above 9.
     const auto digitAt = [end](const WCHAR* place) { return place != end ? *place - unsigned{'0'} : 10u; };
     uint64_t number = digitAt(at);
-    if (number > 9) return Refusal(text);
+    if (number > 9) return ClassifyRefused(text);
     ++at;
-    if (number != 0) {
+    if (number != 0) {  // after a zero no digit may follow; the next turn refuses it because it isn't a dot
       for (unsigned digit; (digit = digitAt(at)) <= 9; ++at) {
         number = number * 10 + digit;
-        if (number > 0xFFFFFFFF) return Refusal(text);
+        if (number > 0xFFFFFFFF) return ClassifyRefused(text);
       }
     }
     ref.words[word] = static_cast<uint32_t>(number);
   }
-  // A zero unit ends the comparison with what is written back, but a dot behind it is one too many.
-  if (at != end && (*at != 0 || std::find(at, end, WCHAR{'.'}) != end)) return Refusal(text);
+  // A zero unit after the last number ends the text, because the comparison with the text written back would end there.
+  // But the dots are counted in the whole text, so another dot after the zero unit is refused.
+  if (at != end && (*at != 0 || std::find(at, end, WCHAR{'.'}) != end)) return ClassifyRefused(text);
   return RefReading::Read;
 }
 
+// Counts the digits first, so that the string has exactly the right length. A dot is written after each word, and the
+// terminator replaces the last one.
 ZRSTR WriteRef(const ZRREF& ref) noexcept {
   std::array<std::size_t, kWords> digits;
   std::size_t units = kWords;  // the dots and the terminator

@@ -1,4 +1,11 @@
-// Identifiers: heap records, comparison, and the text form in both directions from one table of places.
+// Identifiers: heap records, comparison, and the text form, whose two directions share one table of places.
+//
+//     {01234567-89AB-CDEF-0123-456789ABCDEF}
+//      data1    data2 and 3, data4 byte by byte
+//
+// The text writes data1 to data3 as numbers, highest digit first. Bytes "in the order of the text" are therefore the
+// two digits at each place from left to right, not the bytes of the record, which has its numbers in the machine's
+// order.
 
 #include "identifiers/uuid.h"
 
@@ -12,8 +19,8 @@
 
 // ---- The text form -------------------------------------------------------------------------------------------------
 
-// Where, counted from the first digit, the two digits of each byte stand; bytes in the order of the text, which is that
-// of the numbers' values.
+// The index of the two digits of each byte, counted from the first digit of the text; bytes in the order of the text.
+// The indexes that are left out are those of the hyphens.
 static constexpr std::array<uint8_t, 16> kDigitPlaces = {0,  2,  4,  6,  9,  11, 14, 16,   // data1, data2, data3
                                                          19, 21, 24, 26, 28, 30, 32, 34};  // data4
 static constexpr std::size_t kPlainLength = 36;                                            // without the braces
@@ -21,6 +28,7 @@ static constexpr std::size_t kTextLength = kPlainLength + 2;
 
 static constexpr uint8_t kNoDigit = 0xFF;
 
+// The value of each hexadecimal digit, in both cases; kNoDigit for all other characters.
 static constexpr std::array<uint8_t, 256> kDigitValues = [] {
   std::array<uint8_t, 256> values{};
   values.fill(kNoDigit);
@@ -51,6 +59,8 @@ static ZRUUID FromBytesInTextOrder(const std::array<uint8_t, 16>& bytes) noexcep
   return uuid;
 }
 
+// Whether a zero-terminated text has at least `length` bytes. memchr stops at the terminator, so it doesn't read past a
+// shorter text, and it doesn't scan all of a longer one, as strlen would.
 static bool HasAtLeast(const char* text, std::size_t length) noexcept {
   return std::memchr(text, 0, length) == nullptr;
 }
@@ -61,7 +71,7 @@ ZRUUID* ZrCreateUUID() { return HeapNew<ZRUUID>(); }
 
 ZRUUID* ZrGenerateUUID() {
   ZRUUID* uuid = HeapNew<ZRUUID>();
-  (void)PlatformRandomUuid(*uuid);  // a generator that fails leaves nil, which is the contract's answer
+  (void)PlatformRandomUuid(*uuid);  // if the generator fails, the record stays nil, by contract
   return uuid;
 }
 
@@ -73,7 +83,7 @@ ZRRESULT ZrCopyUUID(const ZRUUID* source, ZRUUID** copy) {
 
 void ZrDestroyUUID(ZRUUID* uuid) noexcept {
   if (uuid == nullptr) return;
-  // Through volatile, so that the wiping isn't taken for a dead store: a freed record tells nothing.
+  // A freed record must not disclose its content. Without volatile, a compiler removes the stores: nothing reads them.
   for (volatile uint8_t *byte = reinterpret_cast<uint8_t*>(uuid), *end = byte + sizeof *uuid; byte != end; ++byte) {
     *byte = 0;
   }
@@ -88,6 +98,7 @@ ZRRESULT ZrCompareUUID(const ZRUUID* left, const ZRUUID* right, uint8_t* equal) 
   return ZR_R_OK;
 }
 
+// With a null operand, both comparisons are false: null is neither nil nor less than anything.
 bool ZRUUIDGreater(const ZRUUID* left, const ZRUUID* right) noexcept {
   return left != nullptr && right != nullptr && CFieldWiseLess()(*right, *left);
 }
@@ -98,6 +109,8 @@ bool ZRUUIDLess(const ZRUUID* left, const ZRUUID* right) noexcept {
 
 // ---- Text ----------------------------------------------------------------------------------------------------------
 
+// `uuid` is read before anything is checked, by contract, so it must not be null. The frame supplies the braces, the
+// hyphens and the terminator; the digits are written over its zeros.
 ZRRESULT ZrStringFromUUID(const ZRUUID* uuid, ZRSTR* string) noexcept {
   const std::array<uint8_t, 16> bytes = BytesInTextOrder(*uuid);
   if (string == nullptr) return ZR_R_INVALID_ARGUMENTS;
@@ -118,6 +131,11 @@ ZRRESULT ZrStringFromUUID(const ZRUUID* uuid, ZRSTR* string) noexcept {
   return ZR_R_OK;
 }
 
+// Accepts more than is written: a quotation mark, a brace, or both in this order may come first, the separators may be
+// any characters, and everything after the 36 characters is ignored, even the closing brace.
+//
+// There are two refusals, and callers see the difference in `*uuid`: it is unchanged if the whole text is too short,
+// and nil if too little is left after the mark and the brace, or if a digit is wrong.
 ZRRESULT ZrUUIDFromString(const char* text, ZRUUID* uuid) noexcept {
   if (text == nullptr || uuid == nullptr || !HasAtLeast(text, kPlainLength)) return ZR_R_INVALID_ARGUMENTS;
   *uuid = ZRUUID{};
@@ -127,7 +145,7 @@ ZRRESULT ZrUUIDFromString(const char* text, ZRUUID* uuid) noexcept {
   if (digits != text && !HasAtLeast(digits, kPlainLength)) return ZR_R_INVALID_ARGUMENTS;
 
   std::array<uint8_t, 16> bytes;
-  uint8_t seen = 0;  // a place without a digit sets a high bit, which none of the values has
+  uint8_t seen = 0;  // the bits of all values; kNoDigit sets high bits, which the value of a digit doesn't have
   for (std::size_t at = 0; at < bytes.size(); ++at) {
     const uint8_t high = kDigitValues[static_cast<uint8_t>(digits[kDigitPlaces[at]])];
     const uint8_t low = kDigitValues[static_cast<uint8_t>(digits[kDigitPlaces[at] + 1])];

@@ -1,4 +1,10 @@
-// The two orders of identifiers. They differ on a little-endian machine and must not be merged into one.
+// The two orders of identifiers. Callers see both: the order of fields in ZRUUIDLess, the order of bytes in how the
+// component system walks its components. On a little-endian machine they differ and must not be merged into one:
+//
+//     text {00000001-...}   bytes 01 00 00 00 ...   first by fields
+//     text {00000100-...}   bytes 00 01 00 00 ...   first by bytes
+//
+// Each order is a conversion to a 128-bit number (CUuidRank) and a comparison of such numbers.
 
 #pragma once
 
@@ -8,21 +14,22 @@
 
 #include "zrcore/uuid.h"
 
-// The bytes the other way round. Written as steps of a swap network, which compilers know for one instruction.
+// Reverses the bytes: first those of each 16 bits, then the 16-bit pieces of each 32 bits, then the two halves.
+// Compilers replace this pattern by one instruction.
 constexpr uint64_t SwapBytes64(uint64_t value) noexcept {
   value = (value & 0x00FF00FF00FF00FF) << 8 | (value >> 8 & 0x00FF00FF00FF00FF);
   value = (value & 0x0000FFFF0000FFFF) << 16 | (value >> 16 & 0x0000FFFF0000FFFF);
   return value << 32 | value >> 32;
 }
 
-// Eight bytes as a number whose order is that of the bytes.
+// Returns eight bytes as a number in which the first byte is the highest, so that numbers compare as memcmp does.
 inline uint64_t LoadBigEndian64(const void* address) noexcept {
   uint64_t value;
   std::memcpy(&value, address, sizeof value);
   return std::endian::native == std::endian::little ? SwapBytes64(value) : value;
 }
 
-// A 128-bit number in two halves.
+// An unsigned 128-bit number in two halves.
 struct CUuidRank {
   uint64_t high;
   uint64_t low;
@@ -31,7 +38,7 @@ struct CUuidRank {
   }
 };
 
-// By fields: data1, data2 and data3 as numbers, then the bytes of data4. The order of the text form.
+// Compares by fields: data1, data2 and data3 as numbers, then the bytes of data4. This is the order of the texts.
 struct CFieldWiseLess {
   static CUuidRank Rank(const ZRUUID& uuid) noexcept {
     return {uint64_t{uuid.data1} << 32 | uint64_t{uuid.data2} << 16 | uuid.data3, LoadBigEndian64(uuid.data4)};
@@ -39,7 +46,7 @@ struct CFieldWiseLess {
   bool operator()(const ZRUUID& left, const ZRUUID& right) const noexcept { return Rank(left) < Rank(right); }
 };
 
-// By the sixteen bytes from the first to the last, as memcmp does.
+// Compares the sixteen bytes in memory from the first to the last, as memcmp does.
 struct CByteWiseLess {
   static CUuidRank Rank(const ZRUUID& uuid) noexcept {
     const char* bytes = reinterpret_cast<const char*>(&uuid);
