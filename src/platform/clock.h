@@ -1,10 +1,13 @@
 // The system's clock and its time zone.
+//
+// A moment is a number of seconds since 1970-01-01 00:00:00 UTC. Fields are a local or universal time as people write
+// it. The conversions accept the same moments on every system, although the C libraries differ in their limits.
 
 #pragma once
 
 #include <cstdint>
 
-// A moment in fields: the year as people write it, months and days from 1.
+// A date and time in fields: the year as people write it, months and days from 1.
 struct CClockFields {
   int32_t year = 0;
   int32_t month = 0;
@@ -15,22 +18,23 @@ struct CClockFields {
   int32_t millisecond = 0;
 };
 
-// Moments are seconds since 1970-01-01 00:00:00 universal time. On every system local time is known for these only.
+// The first and the last moment for which local time is known.
 inline constexpr int64_t kFirstMoment = 0;
 inline constexpr int64_t kLastMoment = 32535215999;  // 3000-12-31 23:59:59
 
-// The present, in universal and in local time. All zeros should the system not know.
+// Return the current time, in UTC and in local time. All fields are zero if the system fails.
 [[nodiscard]] CClockFields PlatformUniversalNow() noexcept;
 [[nodiscard]] CClockFields PlatformLocalNow() noexcept;
 
-// The local time of a moment. All zeros outside the moments above.
+// Returns the local time of a moment. All fields are zero for a moment outside the range above.
 [[nodiscard]] CClockFields PlatformLocalTime(int64_t moment) noexcept;
 
-// Fills `moment` with that of a local time, whose milliseconds are ignored. The result depends on the zone and the
-// local time alone, never on earlier calls:
-//   - A local time that the zone skips is read with the offset that holds after the gap.
-//   - A local time that the zone repeats is read in standard time. If both readings are standard time, or both daylight
-//     time, the later one counts.
-// (On Windows the C runtime knows one daylight rule per zone and reads by that.)
-// Returns false, with `moment` unchanged, if the moment is not one of those above.
+// Stores the moment of a local time; the milliseconds are ignored. The result depends only on the zone and the local
+// time, never on earlier calls:
+//   - A local time that the zone skips is read with the offset from UTC that is valid after the gap.
+//   - A local time that the zone repeats is read in standard time. If both readings are in standard time, or both in
+//     daylight time, the later one counts.
+// On Windows the C runtime decides instead. It knows one daylight rule per zone.
+//
+// Returns false, and leaves `moment` unchanged, if the moment is outside the range above.
 [[nodiscard]] bool PlatformMomentOf(const CClockFields& local, int64_t& moment) noexcept;

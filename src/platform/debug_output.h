@@ -1,4 +1,4 @@
-// One text to the channel that a debugger shows.
+// Text for the developer of a program: standard error on POSIX systems, the debugger's output on Windows.
 
 #pragma once
 
@@ -6,6 +6,6 @@
 
 #include "zrcore/base.h"
 
-// Sends `text` as it stands, in one piece. Output that can't be made or delivered is lost: a diagnostic must not turn
-// into a second failure.
+// Writes `text` in one piece, without adding a newline. Errors are ignored, out of memory included: a diagnostic must
+// not become a second failure.
 void PlatformDebugOutput(std::basic_string_view<WCHAR> text) noexcept;

@@ -4,5 +4,6 @@
 
 #include "zrcore/uuid.h"
 
-// Fills `uuid` with a random identifier, version 4 of RFC 9562. False, with `uuid` unchanged, if the generator fails.
+// Stores a random identifier (version 4 of RFC 9562). If the generator fails, returns false and leaves `uuid`
+// unchanged.
 [[nodiscard]] bool PlatformRandomUuid(ZRUUID& uuid) noexcept;

@@ -1,17 +1,18 @@
-// Threads of the system: giving way, and telling one from another.
+// Threads of the system: yielding the processor, and identifying the calling thread.
 
 #pragma once
 
 #include <cstdint>
 
-// Lets another thread that is ready run on this processor, if there is one. Whether any did.
+// Lets another thread run on this processor, if one is ready. Returns whether one did.
 bool PlatformYield() noexcept;
 
-// Gives up the rest of the calling thread's time slice. It doesn't sleep.
+// Ends the calling thread's time slice. The thread stays ready to run; it doesn't sleep.
 void PlatformGiveUpTimeSlice() noexcept;
 
 // No thread has this identifier.
 inline constexpr uint32_t kNoThread = 0xFFFFFFFF;
 
-// The calling thread's identifier: differs from that of every other thread of the process that lives.
+// Returns an identifier of the calling thread that no other living thread of the process has. The system may give the
+// identifier of a thread that has ended to a new one.
 [[nodiscard]] uint32_t PlatformThreadId() noexcept;

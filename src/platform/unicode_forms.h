@@ -1,7 +1,17 @@
-// The arithmetic of UTF-16 and UTF-8: surrogate pairs, and the byte sequences of UTF-8 (RFC 3629, RFC 2781).
+// The arithmetic of UTF-16 and UTF-8: surrogate pairs, and the byte sequences of UTF-8 (RFC 2781, RFC 3629).
 //
-// There are no checks here. Which input is refused differs between the exported conversions, so each of them decides
-// for itself. The header is part of the platform layer because that lowest layer needs it, too.
+//     code points          UTF-16                         UTF-8
+//     U+0000 to U+007F     one unit                       0aaaaaaa
+//     U+0080 to U+07FF     one unit                       110aaaaa 10bbbbbb
+//     U+0800 to U+FFFF     one unit                       1110aaaa 10bbbbbb 10cccccc
+//     U+10000 and above    high surrogate D800 to DBFF,   11110aaa 10bbbbbb 10cccccc 10dddddd
+//                          low surrogate DC00 to DFFF
+//
+// The first byte of a sequence is its lead byte, the others are continuation bytes ("tail" in names). A surrogate that
+// isn't part of such a pair is lone.
+//
+// Nothing is checked here, because the exported conversions differ in what they refuse. Instead each function says what
+// it computes from irregular input. The header is in the platform layer, the lowest, because that layer needs it, too.
 
 #pragma once
 
@@ -14,13 +24,15 @@ constexpr bool IsSurrogate(char32_t unit) noexcept { return (unit & ~0x7FFu) == 
 constexpr bool IsHighSurrogate(char32_t unit) noexcept { return (unit & ~0x3FFu) == 0xD800; }
 constexpr bool IsLowSurrogate(char32_t unit) noexcept { return (unit & ~0x3FFu) == 0xDC00; }
 
-// The code point of a pair; for two other units, of which the first is a surrogate, some value up to 0x211FFF.
+// Returns the code point of a pair, 0x10000 + (first - 0xD800) * 1024 + (second - 0xDC00), with the constants added up.
+// For a surrogate and any other unit it is some value from 0x2400 to 0x211FFF, which callers rely on, too.
 constexpr char32_t MergeUnits(WCHAR first, WCHAR second) noexcept {
   return char32_t{first} * 1024 + char32_t{second} - 56613888;
 }
 static_assert(MergeUnits(WCHAR{0xD800}, WCHAR{0xDC00}) == 0x10000);
 
-// Stores a value above 0xFFFF as a pair and answers the place behind. The high unit of one above 0x10FFFF wraps.
+// Stores a value above 0xFFFF as a pair and returns the place after it. For a value above 0x10FFFF the first unit is
+// cut to 16 bits and need not be a high surrogate.
 constexpr WCHAR* StorePair(WCHAR* at, char32_t codePoint) noexcept {
   const char32_t above = codePoint - 0x10000;
   *at++ = static_cast<WCHAR>((above >> 10) + 0xD800);
@@ -28,10 +40,12 @@ constexpr WCHAR* StorePair(WCHAR* at, char32_t codePoint) noexcept {
   return at;
 }
 
-// How many bytes follow a lead byte, which is one from 0xC0 up.
+// Returns how many continuation bytes a lead byte needs. Any byte from 0xC0 to 0xFF is accepted, even those that UTF-8
+// never uses: 0xF8 to 0xFF lead four bytes like 0xF0.
 constexpr std::size_t TailBytes(unsigned char lead) noexcept { return lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3; }
 
-// The value of the lead byte at `at` and its `tailBytes` bytes: six bits of each, without a look at the other two.
+// Returns the value of the sequence at `at`, with `tailBytes` bytes after the lead byte. Each of these contributes its
+// low six bits, whatever its upper two bits are.
 constexpr char32_t SequenceValue(const unsigned char* at, std::size_t tailBytes) noexcept {
   const auto tail = [at](std::size_t index) { return char32_t{at[index]} & 0x3F; };
   if (tailBytes == 1) return (at[0] & 0x1Fu) << 6 | tail(1);
@@ -39,8 +53,8 @@ constexpr char32_t SequenceValue(const unsigned char* at, std::size_t tailBytes)
   return (at[0] & 0x07u) << 18 | tail(1) << 12 | tail(2) << 6 | tail(3);
 }
 
-// The bytes of one code point, first to last, as a sequence of `size` bytes; of larger values than such a sequence
-// holds, the low bits.
+// Stores a code point as a sequence of `size` bytes, from 1 to 4, and nothing past it. If the value needs more bits
+// than the sequence has, its upper bits are dropped. If it needs fewer, the form is overlong.
 inline constexpr std::size_t kMostSequenceBytes = 4;
 constexpr void StoreSequence(unsigned char* at, char32_t codePoint, std::size_t size) noexcept {
   const auto tail = [codePoint](int shift) { return static_cast<unsigned char>(0x80 | (codePoint >> shift & 0x3F)); };
@@ -65,14 +79,17 @@ constexpr void StoreSequence(unsigned char* at, char32_t codePoint, std::size_t 
   }
 }
 
-// By the published limits.
+// Returns the number of bytes that UTF-8 needs for a code point; 4 for all values from 0x10000 up.
 constexpr std::size_t SequenceSize(char32_t codePoint) noexcept {
   return codePoint < 0x80 ? 1 : codePoint < 0x800 ? 2 : codePoint < 0x10000 ? 3 : 4;
 }
 
-// Stores the character at `at`, into a room of four bytes, and answers how many units it had; a surrogate is not the
-// last unit, and goes with whatever follows. Each length is a branch of its own, so that where the next character goes
-// is mostly guessed right and needs no waiting.
+// Stores the character at `at` as UTF-8, moves `to` past it and returns its number of units. `to` must have space for
+// four bytes; only those of the character are written. A surrogate is merged with whatever follows, so it must not be
+// the last unit of the text.
+//
+// Each length has a branch that moves `to` by a constant. The processor predicts the branch and starts on the next
+// character at once; one addition of a computed size would make it wait for the computation.
 constexpr std::size_t StoreCharacter(const WCHAR* at, unsigned char*& to) noexcept {
   const WCHAR unit = *at;
   if (unit < 0x80) {

@@ -1,3 +1,6 @@
+// The clock and the time zone through the C library. localtime_r converts a moment to local time; the reverse direction
+// is computed here.
+
 #include "platform/clock.h"
 
 #include <atomic>
@@ -9,8 +12,10 @@
 
 static_assert(sizeof(std::time_t) == sizeof(int64_t), "moments reach the year 3000");
 
-// localtime_r need not notice that the zone has changed, so tzset reads it again: each time if the environment names
-// the zone, and otherwise once a second, because the C library then has to ask the file system.
+// Reads the time zone again. localtime_r, unlike localtime, need not notice that the zone has changed.
+//
+// If TZ names the zone, each call reads it. Otherwise tzset has to look at the system's file of the zone, so it is
+// called at most once per second. Two threads that read at the same time do no harm.
 static void ReadZone(std::time_t now) noexcept {
   constexpr std::time_t kNever = -1;
   static std::atomic<std::time_t> lastRead{kNever};
@@ -20,6 +25,7 @@ static void ReadZone(std::time_t now) noexcept {
   lastRead.store(wanted, std::memory_order_relaxed);
 }
 
+// The current time in the fields that `breakDown` returns.
 template <class BreakDown>
 static CClockFields Now(BreakDown breakDown) noexcept {
   std::timespec now{};
@@ -47,12 +53,21 @@ CClockFields PlatformLocalTime(int64_t moment) noexcept {
   return FieldsOf(time);
 }
 
-// ---- From local time to a moment
-// -------------------------------------------------------------------------------------
+// ---- From local time to a moment -----------------------------------------------------------------------------------
 //
-// mktime can't be used: it refuses local times that some zones skip, and where a zone repeats a local time its choice
-// can depend on the call before. So the moment is found from the offsets of the zone, which localtime_r gives for any
-// moment.
+// mktime can't be used. It refuses local times that some zones skip, and if a zone repeats a local time, its choice can
+// depend on the call before. So the moment is computed from the zone's offsets from UTC, which localtime_r provides for
+// any moment:
+//
+//     moment = local time as if it were UTC - offset at the moment
+//
+// The offset depends on the moment that is sought. The offsets well before and well after are the only candidates, so
+// both are tried:
+//
+//     equal              no change of offset nearby: this is the offset
+//     one fits           the local time is before or after the change
+//     none fits          the zone skips this local time, e.g. when daylight saving begins: the offset after the gap
+//     both fit           the zone repeats this local time, e.g. when daylight saving ends: standard time is preferred
 
 // The seconds from 1970-01-01 00:00:00 to these fields, as if they were universal time.
 static int64_t SecondsOf(const CClockFields& fields) noexcept {
@@ -63,7 +78,7 @@ static int64_t SecondsOf(const CClockFields& fields) noexcept {
          fields.second;
 }
 
-// What the zone adds to universal time at a moment. In a zone that counts leap seconds those are part of it.
+// What the zone adds to UTC at a moment. In a zone that counts leap seconds, these are part of it.
 struct COffset {
   int64_t seconds = 0;
   bool isDaylight = false;
@@ -71,20 +86,21 @@ struct COffset {
 
 static COffset OffsetAt(std::time_t moment) noexcept {
   std::tm time{};
-  if (localtime_r(&moment, &time) == nullptr) return {};  // only for years that an int doesn't hold
+  if (localtime_r(&moment, &time) == nullptr) return {};  // only for years that don't fit an int
   return {SecondsOf(FieldsOf(time)) - moment, time.tm_isdst > 0};
 }
 
 bool PlatformMomentOf(const CClockFields& local, int64_t& moment) noexcept {
-  // Further than any zone is off universal time, nearer than two changes of one zone are to each other.
+  // More than any zone differs from UTC, so the moment lies between the two tries. Changes of a zone are further apart
+  // than the tries, so at most one change lies there, too.
   constexpr int64_t kReach = int64_t{26} * 3600;
   ReadZone(std::time(nullptr));
   const int64_t wanted = SecondsOf(local);
   const COffset before = OffsetAt(wanted - kReach), after = OffsetAt(wanted + kReach);
   int64_t found = wanted - after.seconds;
   if (before.seconds != after.seconds) {
-    // The zone changes its offset nearby. The reading by an offset holds if the zone has that offset at the moment that
-    // the reading gives. None holds for a local time that the zone skips, and both for one that it repeats.
+    // An offset fits if the zone has this offset at the moment that is computed with it. If both fit, the offset after
+    // the change yields the later moment. The earlier one is preferred only if it alone is in standard time.
     const int64_t earlier = wanted - before.seconds;
     const COffset atEarlier = OffsetAt(earlier), atLater = OffsetAt(found);
     const bool isEarlier = atEarlier.seconds == before.seconds, isLater = atLater.seconds == after.seconds;

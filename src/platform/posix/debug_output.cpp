@@ -1,3 +1,5 @@
+// Debug output goes to standard error, as UTF-8.
+
 #include "platform/debug_output.h"
 
 #include <pthread.h>
@@ -11,11 +13,15 @@
 
 #include "platform/posix/utf8_text.h"
 
-// Keeps a write to a pipe that nobody reads from ending the process. The signal goes to the thread that writes: it is
-// held back, and taken off again if it wasn't pending before.
-class CWithoutBrokenPipe {
+// Prevents a write to a pipe that nobody reads from terminating the process. The default action of SIGPIPE would do
+// that, and the library must not change the process's signal handlers.
+//
+// The system sends SIGPIPE to the thread that writes. So the signal is blocked in this thread during the write. If the
+// write has raised it, sigtimedwait removes it before it is unblocked. A signal that was pending before is not removed:
+// it has another cause.
+class CBrokenPipeBlocker {
  public:
-  CWithoutBrokenPipe() noexcept {
+  CBrokenPipeBlocker() noexcept {
     sigemptyset(&brokenPipe_);
     sigaddset(&brokenPipe_, SIGPIPE);
     sigset_t pending;
@@ -24,10 +30,10 @@ class CWithoutBrokenPipe {
     wasPending_ = sigismember(&pending, SIGPIPE) == 1;
     pthread_sigmask(SIG_BLOCK, &brokenPipe_, &before_);
   }
-  CWithoutBrokenPipe(const CWithoutBrokenPipe&) = delete;
-  CWithoutBrokenPipe& operator=(const CWithoutBrokenPipe&) = delete;
-  ~CWithoutBrokenPipe() {
-    const timespec now = {};
+  CBrokenPipeBlocker(const CBrokenPipeBlocker&) = delete;
+  CBrokenPipeBlocker& operator=(const CBrokenPipeBlocker&) = delete;
+  ~CBrokenPipeBlocker() {
+    const timespec now = {};  // don't wait
     if (!wasPending_) sigtimedwait(&brokenPipe_, nullptr, &now);
     pthread_sigmask(SIG_SETMASK, &before_, nullptr);
   }
@@ -40,8 +46,9 @@ class CWithoutBrokenPipe {
 void PlatformDebugOutput(std::u16string_view text) noexcept {
   try {
     const std::string bytes = ToUtf8Lossy(text);
-    const CWithoutBrokenPipe quiet;
-    // In one write, so that lines of several threads don't mix, unless the system takes less at a time.
+    const CBrokenPipeBlocker quiet;
+    // One write for the whole text, so that the lines of several threads don't mix. The loop is for a system that
+    // accepts only a part, and for a signal that interrupts the write.
     for (std::string_view rest = bytes; !rest.empty();) {
       const ssize_t written = write(STDERR_FILENO, rest.data(), rest.size());
       if (written > 0) {

@@ -1,3 +1,8 @@
+// Letter case and the decimal point from the C library, and UTF-8 by the library's own arithmetic.
+//
+// The C library's functions for characters use 32-bit code points. A code unit is passed as the code point of the same
+// value, so surrogates have no case.
+
 #include "platform/locale_text.h"
 
 #include <langinfo.h>
@@ -24,7 +29,8 @@ void PlatformCloseCharacterLocale(CharacterLocale locale) noexcept {
   if (locale != nullptr) freelocale(Native(locale));
 }
 
-// What the locale answers has to be a unit again.
+// Returns what a locale has mapped a unit to, or the unit itself if the result doesn't fit a unit: the cast alone would
+// make another character of it.
 static WCHAR UnitOr(WCHAR unit, std::wint_t mapped) noexcept {
   return mapped <= std::numeric_limits<uint16_t>::max() ? static_cast<WCHAR>(mapped) : unit;
 }
@@ -39,6 +45,8 @@ WCHAR PlatformToUpper(CharacterLocale locale, WCHAR unit) noexcept {
   return UnitOr(unit, towupper_l(unit, Native(locale)));
 }
 
+// nl_langinfo, because localeconv need not be safe while another thread calls it. Both use the locale of the calling
+// thread. The point is spelt in the locale's own encoding, which mbrtowc decodes; the bytes must be one character.
 CDecimalPoint PlatformDecimalPoint() noexcept {
   const char* spelling = nl_langinfo(RADIXCHAR);
   if (spelling[0] == '.' && spelling[1] == 0) return {'.', {'.'}};
@@ -52,7 +60,8 @@ CDecimalPoint PlatformDecimalPoint() noexcept {
   return point;
 }
 
-// Two passes of the same loop: with `size` 0 it only counts.
+// The same loop counts, if `size` is 0, and writes. The terminator is converted like any other unit and ends the loop.
+// The unit after the terminator must not be read, so zero is passed in its place.
 int32_t PlatformTextToUtf8(const WCHAR* text, char* buffer, int32_t size) noexcept {
   const bool isQuery = size == 0;
   if (size < 0 || (!isQuery && (buffer == nullptr || static_cast<const void*>(buffer) == text))) return 0;

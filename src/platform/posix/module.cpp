@@ -1,3 +1,5 @@
+// Modules through the dynamic loader.
+
 #include "platform/module.h"
 
 #include <dlfcn.h>
@@ -8,8 +10,9 @@
 
 #include "platform/posix/utf8_text.h"
 
-// The loader puts the path in front of most of its texts, where it could crowd out what went wrong; and a file name may
-// hold what breaks a line.
+// Makes a reason of the loader's text. The loader begins most of its texts with the path, which is removed: a long path
+// would leave no space for the reason. Control characters, which a file name may contain, and the other characters that
+// break a line become blanks. The text is cut to the maximal length, but not inside a surrogate pair.
 static std::u16string ReasonText(std::string_view text, std::string_view path) {
   if (text.substr(0, path.size()) == path && text.substr(path.size(), 2) == ": ") text.remove_prefix(path.size() + 2);
   std::u16string reason = FromUtf8Lossy(text);
@@ -29,7 +32,8 @@ ModuleHandle PlatformLoadModule(const WCHAR* path, std::u16string& reason) {
     reason = u"the path is not valid UTF-16";
     return nullptr;
   }
-  // NOW: a missing symbol shows here and not in the middle of a call. LOCAL: two modules may define one name.
+  // RTLD_NOW reports a missing symbol here; otherwise it would terminate the process in the middle of a later call.
+  // RTLD_LOCAL keeps the module's symbols out of the search for others, because all modules export the same names.
   ModuleHandle module = dlopen(file->c_str(), RTLD_NOW | RTLD_LOCAL);
   if (module == nullptr) {
     const char* text = dlerror();
@@ -41,7 +45,8 @@ ModuleHandle PlatformLoadModule(const WCHAR* path, std::u16string& reason) {
 ModuleFunction PlatformFindFunction(ModuleHandle module, const char* name) noexcept {
   void* function = dlsym(module, name);
   if (function == nullptr) return nullptr;
-  // The search goes on into the libraries that the module needs. What it finds there is not the module's.
+  // dlsym also searches the libraries that the module depends on. A function from there isn't the module's own, so the
+  // object that contains the function must be the module itself.
   link_map *own = nullptr, *found = nullptr;
   Dl_info ignored;
   if (dlinfo(module, RTLD_DI_LINKMAP, &own) != 0) return nullptr;
@@ -51,5 +56,5 @@ ModuleFunction PlatformFindFunction(ModuleHandle module, const char* name) noexc
 }
 
 void PlatformReleaseModule(ModuleHandle module) noexcept {
-  if (module != nullptr) (void)dlclose(module);  // nobody could do anything about a failure
+  if (module != nullptr) (void)dlclose(module);  // a caller could do nothing about a failure
 }

@@ -1,3 +1,5 @@
+// Random identifiers from the kernel's generator.
+
 #include "platform/random.h"
 
 #include <fcntl.h>
@@ -7,7 +9,8 @@
 #include <cerrno>
 #include <cstring>
 
-// For kernels and sandboxes that don't know the call.
+// Reads the same generator through its device, for kernels and sandboxes without getrandom. Signals interrupt a read,
+// and a read may return less than it was asked for, so it is repeated until all bytes are there.
 static bool ReadRandomDevice(unsigned char* bytes, std::size_t size) noexcept {
   const int device = open("/dev/urandom", O_RDONLY | O_CLOEXEC);
   if (device < 0) return false;
@@ -28,12 +31,13 @@ bool PlatformRandomUuid(ZRUUID& uuid) noexcept {
   unsigned char bytes[sizeof(ZRUUID)];
   ssize_t got;
   do {
-    got = getrandom(bytes, sizeof bytes, 0);  // up to 256 bytes come whole or not at all
+    got = getrandom(bytes, sizeof bytes, 0);  // up to 256 bytes, it returns all of them or an error
   } while (got < 0 && errno == EINTR);
   if (got != static_cast<ssize_t>(sizeof bytes) && !ReadRandomDevice(bytes, sizeof bytes)) return false;
 
   std::memcpy(&uuid, bytes, sizeof uuid);
-  uuid.data3 = static_cast<uint16_t>((uuid.data3 & 0x0FFF) | 0x4000);   // version 4
-  uuid.data4[0] = static_cast<uint8_t>((uuid.data4[0] & 0x3F) | 0x80);  // the variant of RFC 9562
+  // 122 bits are random; the others are the version, 4, and the variant.
+  uuid.data3 = static_cast<uint16_t>((uuid.data3 & 0x0FFF) | 0x4000);
+  uuid.data4[0] = static_cast<uint8_t>((uuid.data4[0] & 0x3F) | 0x80);
   return true;
 }

@@ -1,20 +1,22 @@
+// Yielding the processor, and the thread's identifier.
+
 #include "platform/scheduling.h"
 
 #include <sched.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
-// How often the thread has lost its processor to another while it was ready to go on. A yield that hands the processor
-// over counts among these.
-static long Switches() noexcept {
+// Returns how often the thread has lost its processor to another while it was ready to run. A yield counts among these
+// if it hands the processor over, which sched_yield itself doesn't report.
+static long InvoluntarySwitches() noexcept {
   rusage usage{};
   return getrusage(RUSAGE_THREAD, &usage) == 0 ? usage.ru_nivcsw : 0;
 }
 
 bool PlatformYield() noexcept {
-  const long before = Switches();
+  const long before = InvoluntarySwitches();
   (void)sched_yield();  // it never fails
-  return Switches() != before;
+  return InvoluntarySwitches() != before;
 }
 
 void PlatformGiveUpTimeSlice() noexcept { (void)sched_yield(); }

@@ -1,4 +1,5 @@
-// UTF-8 to and from UTF-16 for the platform layer. Well-formed sequences are those of RFC 3629, table in section 4.
+// UTF-8 to and from UTF-16 for the platform layer. Well-formed sequences are those in the table of RFC 3629, section 4:
+// the shortest form of each code point up to U+10FFFF that isn't a surrogate.
 
 #include "platform/posix/utf8_text.h"
 
@@ -39,6 +40,11 @@ std::string ToUtf8Lossy(std::u16string_view text) {
   return bytes;
 }
 
+// A sequence is decoded as a whole and then checked. If it isn't well-formed, only its first byte is replaced, and
+// decoding continues at the next byte: C3 41 is U+FFFD and A, and each byte of ED A0 80, a surrogate, is a U+FFFD.
+//
+// Some bytes never begin a sequence: 80 to BF are continuation bytes, C0 and C1 would lead overlong forms, F5 to FF
+// values above U+10FFFF. For these `length` is 0.
 std::u16string FromUtf8Lossy(std::string_view bytes) {
   std::u16string text;
   for (std::size_t at = 0; at < bytes.size();) {
@@ -51,7 +57,7 @@ std::u16string FromUtf8Lossy(std::string_view bytes) {
                                : lead < 0xF5 ? 4
                                              : 0;
     char32_t codePoint = length == 1 ? lead : length == 0 ? kReplacement : lead & (0x7Fu >> length);
-    std::size_t taken = length == 0 ? 1 : length;
+    std::size_t taken = length == 0 ? 1 : length;  // bytes that become this character
     for (std::size_t tail = 1; tail < length; ++tail) {
       if (at + tail >= bytes.size() || (byteAt(at + tail) & 0xC0) != 0x80) {
         codePoint = kReplacement;

@@ -1,4 +1,5 @@
-// UTF-8 for the calls of POSIX systems: strict for names of files, lossy for texts that a person reads.
+// Conversion between UTF-16 and UTF-8 for calls of POSIX systems: strict for file names, lossy for text that a person
+// reads. (The exported conversions are in src/text, and have other rules.)
 
 #pragma once
 
@@ -7,14 +8,14 @@
 #include <string>
 #include <string_view>
 
-// One code point of UTF-16.
+// One character of UTF-16.
 struct CUtf16Character {
   char32_t codePoint;  // U+FFFD for a lone surrogate
   std::size_t units;   // 1, or 2 for a surrogate pair
   bool isWellFormed;   // false for a lone surrogate
 };
 
-// The character that begins with `unit`. `next` is the unit after it, or 0 at the end of the text.
+// Returns the character that begins with `unit`. `next` is the unit after it, or 0 at the end of the text.
 [[nodiscard]] CUtf16Character ReadUtf16Character(char16_t unit, char16_t next) noexcept;
 
 // Returns null if the text contains a lone surrogate: no file has such a name.

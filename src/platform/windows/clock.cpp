@@ -1,3 +1,5 @@
+// The clock from the system, the time zone from the C runtime.
+
 #include "platform/clock.h"
 
 #include <windows.h>
@@ -22,14 +24,15 @@ CClockFields PlatformLocalNow() noexcept {
   return FieldsOf(now);
 }
 
-// The runtimes end a few hours apart.
+// The moment is checked first, because the C runtimes of Windows differ by a few hours in the last moment that they
+// accept.
 CClockFields PlatformLocalTime(int64_t moment) noexcept {
   std::tm time{};
   if (!IsKnown(moment) || _localtime64_s(&time, &moment) != 0) return {};
   return FieldsOf(time);
 }
 
-// The runtime decides whether daylight saving applies.
+// tm_isdst is -1: the runtime decides whether daylight saving applies.
 static std::tm BrokenDown(const CClockFields& fields) noexcept {
   std::tm time{};
   time.tm_year = fields.year - 1900;
@@ -45,7 +48,7 @@ static std::tm BrokenDown(const CClockFields& fields) noexcept {
 bool PlatformMomentOf(const CClockFields& local, int64_t& moment) noexcept {
   std::tm time = BrokenDown(local);
   const int64_t found = _mktime64(&time);
-  if (!IsKnown(found)) return false;  // -1, the failure, among them
+  if (!IsKnown(found)) return false;  // also for -1, which reports a failure
   moment = found;
   return true;
 }

@@ -1,3 +1,5 @@
+// Debug output goes to the debugger. The copy adds the terminator that the system needs.
+
 #include "platform/debug_output.h"
 
 #include <windows.h>
@@ -8,6 +10,6 @@ void PlatformDebugOutput(std::wstring_view text) noexcept {
   try {
     OutputDebugStringW(std::wstring(text).c_str());
   } catch (...) {
-    // Lost, by contract.
+    // Out of memory: the text is lost, by contract.
   }
 }

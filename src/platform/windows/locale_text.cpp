@@ -1,3 +1,7 @@
+// Letter case and the decimal point from the C runtime, UTF-8 from the system.
+//
+// A unit is mapped as a string of one unit, by the functions that map strings.
+
 #include "platform/locale_text.h"
 
 #include <windows.h>
@@ -43,8 +47,8 @@ CDecimalPoint PlatformDecimalPoint() noexcept {
 }
 
 int32_t PlatformTextToUtf8(const WCHAR* text, char* buffer, int32_t size) noexcept {
-  if (size == 0) return WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);  // any buffer will do
+  if (size == 0) return WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);  // `buffer` is ignored
   if (static_cast<const void*>(buffer) == text)
-    return 0;  // the service refuses this too, but not every emulation of it
+    return 0;  // the system refuses this, too, but not every emulation of it does
   return WideCharToMultiByte(CP_UTF8, 0, text, -1, buffer, size, nullptr, nullptr);
 }

@@ -1,3 +1,5 @@
+// Modules through the system's loader.
+
 #include "platform/module.h"
 
 #include <windows.h>
@@ -6,7 +8,7 @@ ModuleHandle PlatformLoadModule(const WCHAR* path, std::wstring& reason) {
   ModuleHandle module = LoadLibraryW(path);
   if (module != nullptr) return module;
   const DWORD error = GetLastError();  // before any other call overwrites it
-  // On one line, and with the places for names left as they are, since nobody has the names.
+  // The text on one line. Placeholders for names stay in the text, because the names aren't known here.
   constexpr DWORD kPlainLine =
       FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK;
   WCHAR text[kModuleReasonUnits + 1];
@@ -19,5 +21,5 @@ ModuleFunction PlatformFindFunction(ModuleHandle module, const char* name) noexc
 }
 
 void PlatformReleaseModule(ModuleHandle module) noexcept {
-  if (module != nullptr) (void)FreeLibrary(static_cast<HMODULE>(module));  // nobody could do anything about a failure
+  if (module != nullptr) (void)FreeLibrary(static_cast<HMODULE>(module));  // a caller could do nothing about a failure
 }

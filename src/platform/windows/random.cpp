@@ -1,3 +1,5 @@
+// Random identifiers from the system, which already makes version 4 of RFC 9562.
+
 #include "platform/random.h"
 
 #include <objbase.h>

@@ -1,3 +1,5 @@
+// Yielding the processor, and the thread's identifier. Each function is one call of the system.
+
 #include "platform/scheduling.h"
 
 #include <windows.h>
