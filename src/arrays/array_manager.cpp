@@ -12,7 +12,7 @@
 #include <utility>
 
 #include "arrays/accessor.h"
-#include "arrays/array_element.h"
+#include "arrays/array_object.h"
 
 // Calls `use` with the element object of a handle and returns its result; ZR_R_INVALID_POINTER for a null handle. The
 // owner is never null while the array exists.

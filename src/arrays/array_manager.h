@@ -1,6 +1,6 @@
 // The manager of arrays: all operations on array handles, as one object without data of its own.
 //
-// The manager checks handles and pointers and forwards to the element object of the array (array_element.h). A null
+// The manager checks handles and pointers and forwards to the element object of the array (array_object.h). A null
 // handle returns ZR_R_INVALID_POINTER from every operation. The comment of the export with the same name in
 // zrcore/array.h describes each operation: results, null pointers, leaks and what is thrown.
 

@@ -13,7 +13,7 @@
 #include <memory>
 #include <utility>
 
-#include "components/component_assembly.h"
+#include "components/module_assembly.h"
 
 // Describes where one class is implemented. All fields except the assembly are constant.
 class CComponent {

@@ -14,7 +14,7 @@
 // change the result of calls that fail in two ways.
 
 #include "components/allocator_settings.h"
-#include "components/component_management.h"
+#include "components/component_registry.h"
 #include "runtime/library_state.h"
 #include "runtime/result.h"
 #include "zrcore/configuration.h"

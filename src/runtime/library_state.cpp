@@ -24,7 +24,7 @@
 #include "arrays/array_manager.h"
 #include "blobs/blob_manager.h"
 #include "components/allocator_settings.h"
-#include "components/component_management.h"
+#include "components/component_registry.h"
 #include "identifiers/reference_records.h"
 #include "runtime/error_registry.h"
 #include "runtime/item_allocator.h"

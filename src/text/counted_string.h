@@ -79,6 +79,13 @@ inline CTextView ViewOf(ZRSTR string) noexcept { return {string, StringLen(strin
   return string;
 }
 
+// Makes a new string of the units from `begin` to `end`. Returns null when out of memory. (ZrCreateStringByteLen rather
+// than ZrCreateStringLen, because the units need no terminator.)
+[[nodiscard]] inline ZRSTR NewString(const WCHAR* begin, const WCHAR* end) noexcept {
+  return ZrCreateStringByteLen(begin,
+                               static_cast<uint32_t>((end - begin) * static_cast<std::ptrdiff_t>(sizeof(WCHAR))));
+}
+
 // ZrCopyString: adds a reference. For null it returns the shared empty string, so the result is never null.
 inline ZRSTR ShareString(ZRSTR string) noexcept {
   if (string == nullptr) string = &g_emptyString.terminator;

@@ -1,6 +1,6 @@
 // Raw copies of units, and UTF-8 in which U+FFFD replaces each lone surrogate.
 //
-// This UTF-8 is always well-formed, unlike the UTF-8 of unicode_writers.cpp. The platform layer makes it, because
+// This UTF-8 is always well-formed, unlike the UTF-8 of unicode_to_buffer.cpp. The platform layer makes it, because
 // Windows has a service for it. It reads a zero-terminated text, so a zero unit inside a string ends the result.
 
 #include <cstring>

@@ -1,7 +1,7 @@
 // Conversions between UTF-8 and 16-bit text in vectors of 32 bytes, for processors with the AVX2 instructions.
 //
-// The callers are the loops in unicode_creators.cpp and unicode_writers.cpp. They do all the work on other processors,
-// and they handle what the functions below leave to them:
+// The callers are the loops in unicode_to_string.cpp and unicode_to_buffer.cpp. They do all the work on other
+// processors, and they handle what the functions below leave to them:
 //
 //   - A counting function counts the whole text, or returns kNotCounted for text that it doesn't handle.
 //   - A converting function converts from the beginning of the text. It stops where less than a vector is left on

@@ -21,7 +21,7 @@
 
 #include "text/decimal_digits.h"
 #include "time/date_time.h"
-#include "time/time_text.h"
+#include "time/time_digits.h"
 
 // ---- Reading -------------------------------------------------------------------------------------------------------
 

@@ -24,7 +24,7 @@
 #include "text/real_text.h"
 #include "time/date_time.h"
 #include "time/date_time_text.h"
-#include "time/time_text.h"
+#include "time/time_digits.h"
 #include "zrcore/unicode.h"
 
 // A new string of a literal, without the literal's terminator.

@@ -8,7 +8,7 @@
 #include <sstream>
 #include <thread>
 
-#include "components/component_management.h"
+#include "components/component_registry.h"
 #include "tests/support/fake_discovery.h"
 #include "tests/support/system.h"
 

@@ -6,7 +6,7 @@
 //   - A walk stores the key that it has reached and then looks for the next greater key. It terminates even if
 //     callbacks add entries, because the keys that it visits only increase.
 
-#include "components/component_management.h"
+#include "components/component_registry.h"
 
 #include <exception>
 #include <limits>

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "components/component_management.h"
+#include "components/component_registry.h"
 #include "tests/support/fake_discovery.h"
 
 struct CRegistryTestPeer {

@@ -12,7 +12,7 @@
 #include <array>
 
 #include "text/decimal_digits.h"
-#include "time/time_text.h"
+#include "time/time_digits.h"
 #include "zrcore/datetime.h"
 #include "zrcore/timespan.h"
 

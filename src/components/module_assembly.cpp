@@ -1,4 +1,4 @@
-// Loads, starts, uses, stops and unloads the code of one assembly. component_assembly.h draws the states.
+// Loads, starts, uses, stops and unloads the code of one assembly. module_assembly.h draws the states.
 //
 // The life of a module file, and the function that makes each step:
 //
@@ -11,7 +11,7 @@
 // A mutex is held for single steps only. Between two steps another thread may load, start, stop or unload the same
 // assembly, so each step reads the state anew.
 
-#include "components/component_assembly.h"
+#include "components/module_assembly.h"
 
 #include <string_view>
 #include <utility>

@@ -11,7 +11,7 @@
 // ChangeType and Redim allocate everything that they need before they change the array. So an exception or a failure
 // leaves the array as it was, with one exception: see ChangeType.
 
-#include "arrays/array_element.h"
+#include "arrays/array_object.h"
 
 #include <cstring>
 #include <memory>

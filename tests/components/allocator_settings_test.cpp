@@ -8,7 +8,7 @@
 #include <stdexcept>
 
 #include "components/allocator_settings.h"
-#include "components/component_management.h"
+#include "components/component_registry.h"
 #include "runtime/item_allocator.h"
 #include "tests/support/failing_heap.h"
 #include "tests/support/fake_configuration.h"

@@ -94,6 +94,3 @@ class CPlainTime {
  private:
   CFourPlaces hourAndMinute_, second_, ticks_, lastTicks_;
 };
-
-// Makes a new string of the units from `begin` to `end`. Returns null when out of memory.
-[[nodiscard]] ZRSTR NewString(const WCHAR* begin, const WCHAR* end) noexcept;
