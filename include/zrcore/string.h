@@ -35,8 +35,8 @@
 
 /// ZRSTR is a reference on a counted string, or null for an empty one.
 ///
-/// The units must not be written to: other holders rely on them. The type is not const, so that a literal can't be
-/// passed as a counted string by mistake.
+/// The units must not be written to: other holders rely on them. The type is not const, so that in C++ a literal
+/// can't be passed as a counted string by mistake. In C a literal can: that compiles and is undefined behaviour.
 typedef WCHAR* ZRSTR;
 
 // ---- Creating ------------------------------------------------------------------------------------------------------

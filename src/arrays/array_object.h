@@ -27,7 +27,7 @@ class CZrSafeArrayElement final {
   // Copies the elements. For a source without bounds the new object has no descriptor, and it must be destroyed.
   CZrSafeArrayElement(const CZrSafeArrayElement& source) noexcept;
   CZrSafeArrayElement& operator=(const CZrSafeArrayElement&) = delete;
-  virtual ~CZrSafeArrayElement();
+  virtual ~CZrSafeArrayElement();  // Fixed by contract: virtual.
 
   static void* operator new(std::size_t size) { return AllocateOrThrow(size); }
   static void operator delete(void* element) noexcept { std::free(element); }

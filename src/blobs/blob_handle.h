@@ -36,6 +36,7 @@ class CZrBlobElement final {
     if (block_ != nullptr) block_->AddReference();
   }
   CZrBlobElement& operator=(const CZrBlobElement&) = delete;
+  // Fixed by contract: virtual.
   virtual ~CZrBlobElement() {
     if (block_ != nullptr) std::exchange(block_, nullptr)->Release();
   }

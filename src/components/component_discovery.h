@@ -22,7 +22,7 @@ class CComponent {
       : cookie_(cookie), classId_(classId), assemblyKey_{ModulePathFrom(modulePath), entryPoints} {}
   CComponent(const CComponent&) = delete;
   CComponent& operator=(const CComponent&) = delete;
-  virtual ~CComponent() = default;
+  virtual ~CComponent() = default;  // Fixed by contract: virtual.
 
   uint32_t Cookie() const noexcept { return cookie_; }  // cookie of the discovery that reported the class
   const ZRUUID& ClassId() const noexcept { return classId_; }
@@ -51,7 +51,7 @@ class CComponentDiscovery {
   CComponentDiscovery() = default;
   CComponentDiscovery(const CComponentDiscovery&) = delete;
   CComponentDiscovery& operator=(const CComponentDiscovery&) = delete;
-  virtual ~CComponentDiscovery();
+  virtual ~CComponentDiscovery();  // Fixed by contract: virtual.
 
   // Stores the cookie and the pointer and adds a reference to `discovery`. If AddRef throws, the pointer is cleared,
   // and the exception passes to the caller.

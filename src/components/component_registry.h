@@ -32,7 +32,7 @@ class CComponentManagement {
   CComponentManagement() = default;
   CComponentManagement(const CComponentManagement&) = delete;
   CComponentManagement& operator=(const CComponentManagement&) = delete;
-  virtual ~CComponentManagement();
+  virtual ~CComponentManagement();  // Fixed by contract: virtual.
 
   // The exports call these after their checks. Exceptions become result codes.
   [[nodiscard]] ZRRESULT AddDiscovery(IZrComponentDiscovery* discovery, uint32_t* cookie) noexcept;

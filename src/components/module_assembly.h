@@ -41,7 +41,7 @@ class CComponentAssembly {
   explicit CComponentAssembly(const CAssemblyKey& key) : key_(key), entryPoints_(key.entryPoints) {}
   CComponentAssembly(const CComponentAssembly&) = delete;
   CComponentAssembly& operator=(const CComponentAssembly&) = delete;
-  virtual ~CComponentAssembly();  // unloads, but does not call ZrExitModule
+  virtual ~CComponentAssembly();  // Fixed by contract: virtual. Unloads, but does not call ZrExitModule.
 
   const CAssemblyKey& Key() const noexcept { return key_; }
 

@@ -25,7 +25,7 @@ class CZrErrorInfoData {
   CZrErrorInfoData(ZRSTR text, ZRSTR description) noexcept : text_(text), description_(description) {}  // takes both
   CZrErrorInfoData(const CZrErrorInfoData& other) noexcept;
   CZrErrorInfoData& operator=(const CZrErrorInfoData&) = delete;
-  virtual ~CZrErrorInfoData();
+  virtual ~CZrErrorInfoData();  // Fixed by contract: virtual.
 
   ZRSTR Text() const noexcept { return text_; }
   ZRSTR Description() const noexcept { return description_; }

@@ -43,7 +43,7 @@ class CGlobalData {
   CGlobalData() = default;
   CGlobalData(const CGlobalData&) = delete;
   CGlobalData& operator=(const CGlobalData&) = delete;
-  virtual ~CGlobalData();
+  virtual ~CGlobalData();  // Fixed by contract: virtual.
 
   ZRRESULT Initialize() {
     const CLockGuard hold(lifecycleLock_);
