@@ -16,9 +16,9 @@
 // The library and its callers must share the C runtime's malloc: memory that crosses the boundary comes from there.
 //
 // ## Null
-// A null handle is not an object. Where a ZRSTR is read, null is an empty string. Each family names the result code
-// that it returns for a null argument that it refuses. If no comment says what happens for a null pointer, to pass one
-// is undefined behaviour.
+// A null handle is not an object. Where a ZRSTR is read, null is an empty string, unless a comment says otherwise. Each
+// family names the result code that it returns for a null argument that it refuses. If no comment says what happens for
+// a null pointer, to pass one is undefined behaviour.
 //
 // ## Threads
 //
