@@ -57,7 +57,7 @@ TEST(Threads, LocksAndAtomicsLoseNoUpdate) {
   EXPECT_RESULT(ZrDeleteCriticalSection(&lock), ZR_R_OK);
 }
 
-// Keeps the library initialized, with this discovery, until the end of the scope.
+// Keeps the library initialised, with this discovery, until the end of the scope.
 struct Session {
   explicit Session(FakeDiscovery& discovery) {
     ZrInitialize();
@@ -140,7 +140,7 @@ TEST(Threads, ArrayFlagAdmitsOneThread) {
   EXPECT_EQ(counted, done);
 }
 
-// A discovery calls the library during a query while another thread uninitializes the library. The threads must not
+// A discovery calls the library during a query while another thread uninitialises the library. The threads must not
 // deadlock.
 TEST(Threads, DiscoveriesCallBackDuringTheLastUninitialize) {
   FakeDiscovery discovery;
@@ -158,10 +158,10 @@ TEST(Threads, DiscoveriesCallBackDuringTheLastUninitialize) {
   EXPECT_EQ(discovery.references, 0u);
 }
 
-// The last ZrUninitialize stops a module whose exit function initializes the library again. Calls of other threads must
+// The last ZrUninitialize stops a module whose exit function initialises the library again. Calls of other threads must
 // still fail.
 TEST(Threads, OtherThreadsAreRejectedDuringShutdown) {
-  static std::atomic<int> turn = 0;  // 1: initialized again during the shutdown; 2: the other thread calls
+  static std::atomic<int> turn = 0;  // 1: initialised again during the shutdown; 2: the other thread calls
   const ZrModuleEntryPoints points = {MakeObject, nullptr, [] {
                                         ZrInitialize();
                                         turn = 1;

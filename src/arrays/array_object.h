@@ -36,8 +36,8 @@ class CZrSafeArrayElement final {
   const ZrSafeArrayBound* Bounds() const noexcept { return bounds_; }
   const CZrSafeArrayAccessorBase* Accessor() const noexcept { return accessor_; }
 
-  // The access flag. Nobody waits for it: TryLock returns whether the flag was clear, Unlock whether it was set. Any
-  // caller may clear it, so Unlock does not check who has set it.
+  // The access flag. No function waits for it: TryLock returns whether the flag was clear, Unlock whether it was set.
+  // Any caller may clear it, so Unlock does not check who has set it.
   [[nodiscard]] bool TryLock() noexcept { return lock_.exchange(1) == 0; }
   bool Unlock() noexcept { return lock_.exchange(0) == 1; }
 

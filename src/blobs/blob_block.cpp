@@ -1,7 +1,7 @@
 // The operations on the bytes of one block. Offsets and counts are 32-bit; their sums are checked before they are used.
 //
-// The operations that add content have one order: check the arguments, compute the new end, enlarge the buffer, move
-// and copy bytes, then store length and position. Only the second and third step throw, so an exception changes
+// The operations that add content work in one order: check the arguments, compute the new end, enlarge the buffer, move
+// and copy bytes, then store length and position. Only the second and the third step throw, so an exception changes
 // nothing.
 //
 // The buffer may move when it is enlarged. Pointers into it must be computed after EnsureCapacity.

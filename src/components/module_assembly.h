@@ -23,7 +23,8 @@
 //      points at once, so that a creation in the same callback loads and starts the module anew. But the handle is
 //      released only after ZrExitModule has returned, because its code must stay mapped until then.
 //   4. The removal of a discovery may unload a module while one of its functions runs in a creation. The host must
-//      prevent this. No lock here could, because objects, whose code is in the module, outlive every call.
+//      prevent this. A lock here could not prevent it, because objects outlive every call, and their code is in the
+//      module.
 
 #pragma once
 
@@ -97,7 +98,7 @@ class CComponentAssembly {
   CMutex stateMutex_;
   ZrModuleEntryPoints entryPoints_ ZR_GUARDED_BY(stateMutex_);  // the functions in force
   ModuleHandle module_ ZR_GUARDED_BY(stateMutex_) = nullptr;
-  CExitCall* innermostExit_ ZR_GUARDED_BY(stateMutex_) = nullptr;  // calls nest, on one thread: the management lock's
+  CExitCall* innermostExit_ ZR_GUARDED_BY(stateMutex_) = nullptr;  // calls nest, all under the management lock
   ClassMap classes_ ZR_GUARDED_BY(stateMutex_);                    // classes of which an object was made
   std::atomic<uint32_t> forgotten_{0};  // number of calls of Forget, modulo 2^32; written under stateMutex_
 };

@@ -20,7 +20,7 @@
 // ---- The text form -------------------------------------------------------------------------------------------------
 
 // The index of the two digits of each byte, counted from the first digit of the text; bytes in the order of the text.
-// The indexes that are left out are those of the hyphens.
+// The missing indexes belong to the hyphens.
 static constexpr std::array<uint8_t, 16> kDigitPlaces = {0,  2,  4,  6,  9,  11, 14, 16,   // data1, data2, data3
                                                          19, 21, 24, 26, 28, 30, 32, 34};  // data4
 static constexpr std::size_t kPlainLength = 36;                                            // without the braces

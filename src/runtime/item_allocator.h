@@ -6,7 +6,7 @@
 //
 // Invariants:
 //   1. Every item was allocated with malloc and may be released with free, whether it was cached or not. So the caches
-//      may be switched on and off at any time, and an item may be recycled under another setting than it was made.
+//      may be switched on and off at any time, even between the allocation of an item and its recycling.
 //   2. No thread waits for an allocator without limit: after 100 failed attempts it uses the heap.
 //   3. Only the thread that has a hold reads or writes freeList_ and writes cached_. SetCap and Teardown work without a
 //      hold: during these calls no other thread may use the allocator.

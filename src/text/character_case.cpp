@@ -25,8 +25,8 @@ void CCharacterCase::Read() {
 #if defined(__SSE2__)
 static __m128i Each(int unit) noexcept { return _mm_set1_epi16(static_cast<int16_t>(unit)); }
 
-// Sets all bits of the units from `first` to `last`, which are two ASCII letters. The comparisons are signed. Units
-// from 0x8000 up are negative for them, and so outside the range, too.
+// Sets all bits of the units from `first` to `last`, which are two ASCII letters. The comparisons are signed, so units
+// from 0x8000 up are negative and outside the range.
 static __m128i Between(__m128i units, char first, char last) noexcept {
   return _mm_and_si128(_mm_cmpgt_epi16(units, Each(first - 1)), _mm_cmplt_epi16(units, Each(last + 1)));
 }

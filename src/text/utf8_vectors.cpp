@@ -14,8 +14,9 @@
 //   - Encoding computes, for each unit, all bytes that its group of characters can have. It drops the bytes that
 //     shorter characters lack.
 //
-// The dropping is a shuffle of bytes. Its pattern comes from a table, and the table's index is a mask with one bit per
-// character. All loads and stores are whole vectors; each function says why what it stores in excess does no harm.
+// Results are dropped by a shuffle of bytes. Its pattern comes from a table, and the table's index is a mask with one
+// bit per character. All loads and stores are whole vectors, so a store may write more than the result. Each function
+// says why the excess does no harm.
 //
 // Most AVX2 instructions treat a register as two separate halves of 16 bytes. Shifts by bytes, packs and shuffles never
 // move a byte from one half to the other.
@@ -118,8 +119,8 @@ ZR_AVX2 static std::size_t CountUnits32(const unsigned char* at, bool isAtStart,
   return CountBits(~TopBits(isTail) >> skipped) + CountBits(TopBits(leadsFour) >> skipped);
 }
 
-// Returns a position up to which everything from `at` on is ASCII: where the first vector begins that isn't all ASCII
-// or isn't complete. Each byte is one unit.
+// Skips ASCII text from `at` on. Returns the beginning of the first vector that isn't all ASCII or isn't complete. Each
+// skipped byte is one unit.
 ZR_AVX2 static std::size_t SkipAscii(const unsigned char* text, std::size_t at, std::size_t size) noexcept {
   for (; size - at >= 128; at += 128) {
     const __m256i all = _mm256_or_si256(_mm256_or_si256(Load(text + at), Load(text + at + 32)),

@@ -59,9 +59,10 @@ ZRRESULT ZrDateTimeFromTimeT(int64_t timeT, ZRDATETIME* value) noexcept {
   return ZR_R_OK;
 }
 
-// Returns the moment of a value that isn't negative. Its fields are always a valid date and time, so only the year can
-// be refused. Callers rely on three different results: a year below 1900 is the moment 0 and a success, the years 1900
-// to 1969 raise ZR_RAISED_NO_TIME_T, and any other local time without a moment raises ZR_RAISED_INVALID_TIME.
+// Returns the moment of a value that isn't negative. The fields of such a value are always a valid date and time, so
+// only the year can be refused. Callers rely on three different results: a year below 1900 is the moment 0 and a
+// success, the years 1900 to 1969 throw ZR_RAISED_NO_TIME_T, and any other local time without a moment throws
+// ZR_RAISED_INVALID_TIME.
 static int64_t MomentOf(ZRDATETIME value) {
   const CDate date = DateOf(static_cast<uint32_t>(value / ZR_TICKS_PER_DAY));
   if (date.year < 1900) return 0;

@@ -230,8 +230,8 @@ static ZRRESULT ChangeArray(ZRVARIANT& destination, const ZRVARIANT& source, uin
   return ZR_R_OK;
 }
 
-// The order of the checks is part of the contract. In particular an equal tag is a success before anything else is
-// looked at, whether the source is an array, by reference or of a tag that does not convert.
+// The order of the checks is part of the contract. In particular, equal tags are a success before anything else is
+// checked, even if the source is an array, is by reference or has a tag that does not convert.
 ZRRESULT ZrVariantChangeType(ZRVARIANT* destination, const ZRVARIANT* source, uint32_t flags, uint16_t target) {
   if (destination == nullptr || source == nullptr) return ZR_R_INVALID_POINTER;
   if ((source->Type & ZR_VT_TYPEMASK) == target) {

@@ -14,7 +14,7 @@
 // A result, and the calls of modules that the log contains.
 using Outcome = std::pair<Result, std::string>;
 
-// Initializes the library for one test. The discoveries outlive the registry's references to them.
+// Initialises the library for one test. The discoveries outlive the registry's references to them.
 class ComponentTest : public testing::Test {
  protected:
   ComponentTest() {
@@ -122,7 +122,7 @@ TEST_F(ComponentTest, ClassesWithOnePathShareAnAssembly) {
   EXPECT_EQ(Create(1), Outcome(ZR_R_OK, "good.create"));
 
   // The removal stops the shared module, which the other discovery's class still uses. The module stays loaded and is
-  // initialized again.
+  // initialised again.
   EXPECT_EQ(Remove(cookie), Outcome(ZR_R_OK, "good.exit good.exit"));
   EXPECT_EQ(Create(1), Outcome(ZR_R_CLASS_NOT_REGISTERED, ""));
   EXPECT_EQ(Create(3), Outcome(ZR_R_OK, "good.init good.create"));

@@ -1,4 +1,4 @@
-// Tests initialization, shutdown and teardown of the library: the check for initialization in the component exports,
+// Tests initialisation, shutdown and teardown of the library: the check for initialisation in the component exports,
 // the messages about components that are left at the end of the process, and the unloading of the library.
 
 #include <gtest/gtest.h>

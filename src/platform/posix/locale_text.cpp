@@ -29,8 +29,8 @@ void PlatformCloseCharacterLocale(CharacterLocale locale) noexcept {
   if (locale != nullptr) freelocale(Native(locale));
 }
 
-// Returns what a locale has mapped a unit to, or the unit itself if the result doesn't fit a unit: the cast alone would
-// make another character of it.
+// Returns the result of a locale's mapping of a unit. If it doesn't fit a unit, returns the unit itself: the cast alone
+// would produce a different character.
 static WCHAR UnitOr(WCHAR unit, std::wint_t mapped) noexcept {
   return mapped <= std::numeric_limits<uint16_t>::max() ? static_cast<WCHAR>(mapped) : unit;
 }

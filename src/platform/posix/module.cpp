@@ -10,8 +10,8 @@
 
 #include "platform/posix/utf8_text.h"
 
-// Makes a reason of the loader's text. The loader begins most of its texts with the path, which is removed: a long path
-// would leave no space for the reason. Control characters, which a file name may contain, and the other characters that
+// Makes the reason from the loader's text. Most texts of the loader begin with the path, which is removed: a long path
+// would leave no space for the reason. Control characters, which a file name may contain, and other characters that
 // break a line become blanks. The text is cut to the maximal length, but not inside a surrogate pair.
 static std::u16string ReasonText(std::string_view text, std::string_view path) {
   if (text.substr(0, path.size()) == path && text.substr(path.size(), 2) == ": ") text.remove_prefix(path.size() + 2);

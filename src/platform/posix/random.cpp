@@ -9,8 +9,8 @@
 #include <cerrno>
 #include <cstring>
 
-// Reads the same generator through its device, for kernels and sandboxes without getrandom. Signals interrupt a read,
-// and a read may return less than it was asked for, so it is repeated until all bytes are there.
+// Reads the same generator through its device, for kernels and sandboxes without getrandom. A signal may interrupt a
+// read, and a read may return fewer bytes than requested, so it is repeated until all bytes are there.
 static bool ReadRandomDevice(unsigned char* bytes, std::size_t size) noexcept {
   const int device = open("/dev/urandom", O_RDONLY | O_CLOEXEC);
   if (device < 0) return false;
