@@ -5,8 +5,8 @@ include(CMakePackageConfigHelpers)
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/ZrCore")
 
-install(DIRECTORY include/zrcore TYPE INCLUDE FILES_MATCHING PATTERN "*.h")
-install(TARGETS zrcore EXPORT ZrCoreTargets
+install(DIRECTORY include/zrcore include/zr TYPE INCLUDE FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp")
+install(TARGETS zrcore zr EXPORT ZrCoreTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})

@@ -1,0 +1,89 @@
+// TableDiscovery is a ready discovery: a list of classes, with their names and modules (zrcore/component.h).
+//
+//     auto discovery = zr::MakeObject<zr::TableDiscovery>(zr::TableDiscovery::Rows{
+//         {kMarsClass, u"Planets.Mars", u"./planets.so"}});
+//     zr::Registration registration(*discovery);
+//
+// The rows never change. Set configurations before the discovery is registered: to do it later is a data race.
+
+#ifndef ZR_DISCOVERY_HPP
+#define ZR_DISCOVERY_HPP
+
+#include <utility>
+
+#include "zr/configuration.hpp"
+#include "zr/object.hpp"
+#include "zr/string.hpp"
+#include "zr/uuid.hpp"
+#include "zrcore/component.h"
+
+namespace zr {
+
+class TableDiscovery final : public Object<IZrComponentDiscovery> {
+ public:
+  struct Row {
+    Uuid classId;
+    String name;
+    String modulePath;                   ///< the module file; empty if the program itself contains the class
+    ZrModuleEntryPoints functions = {};  ///< then, the functions of the class
+    Ptr<IZrConfiguration> configuration = {};
+  };
+  using Rows = zr::Rows<Row>;
+
+  explicit TableDiscovery(Rows rows) : rows_(std::move(rows)) {}
+
+  /// SetConfiguration sets what the library reads as its own configuration, "ZrCore".
+  void SetConfiguration(Ptr<IZrConfiguration> configuration) { ownConfiguration_ = std::move(configuration); }
+
+  ZRRESULT QueryComponent(const ZRUUID* classId, ZRSTR* modulePath, ZrModuleEntryPoints* entryPoints) override {
+    const Row* row = Find(*classId);
+    if (row == nullptr) return ZR_R_UNKNOWN_IDENTIFIER;
+    if (row->modulePath.IsEmpty()) {
+      *entryPoints = row->functions;
+    } else {
+      *modulePath = String(row->modulePath).Detach();
+    }
+    return ZR_R_OK;
+  }
+
+  ZRRESULT QueryConfiguration(const ZRUUID* classId, ZRSTR /*name*/, IZrConfiguration** configuration) override {
+    const Row* row = Find(*classId);
+    const Ptr<IZrConfiguration>& found = row != nullptr ? row->configuration : ownConfiguration_;
+    if (!found || (row == nullptr && !Uuid(*classId).IsNil())) return ZR_R_NOT_EXISTING;
+    *configuration = Ptr<IZrConfiguration>(found).Detach();
+    return ZR_R_OK;
+  }
+
+  ZRRESULT QueryClassId(ZRSTR className, ZRUUID* classId) override {
+    const String wanted = String::Share(className);
+    for (const Row& row : rows_) {
+      if (row.name == wanted) {
+        *classId = row.classId;
+        return ZR_R_OK;
+      }
+    }
+    return ZR_R_NOT_EXISTING;
+  }
+
+  ZRRESULT QueryClassName(const ZRUUID* classId, ZRSTR* className) override {
+    const Row* row = Find(*classId);
+    if (row == nullptr) return ZR_R_NOT_EXISTING;
+    *className = String(row->name).Detach();
+    return ZR_R_OK;
+  }
+
+ private:
+  [[nodiscard]] const Row* Find(const ZRUUID& classId) const noexcept {
+    for (const Row& row : rows_) {
+      if (row.classId == Uuid(classId)) return &row;
+    }
+    return nullptr;
+  }
+
+  Rows rows_;
+  Ptr<IZrConfiguration> ownConfiguration_;
+};
+
+}  // namespace zr
+
+#endif

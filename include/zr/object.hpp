@@ -1,0 +1,123 @@
+// Object implements the reference count and the interface lookup of a class with interfaces.
+//
+//     class CMars final : public zr::Object<IPlanet> {
+//      public:
+//       ZRRESULT MoonDistances(ZRVARIANT* kilometres) override {
+//         return zr::Guard([&] { *kilometres = zr::Variant(...).Detach(); });
+//       }
+//     };
+//     zr::Ptr<IPlanet> mars = zr::MakeObject<CMars>();
+//
+// An object begins with one reference, and the last Release deletes it. AddRef, Release and QueryInterface may be
+// called on any thread. Object adds a virtual destructor after the operations of the first interface, where no caller
+// looks.
+
+#ifndef ZR_OBJECT_HPP
+#define ZR_OBJECT_HPP
+
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <new>
+#include <type_traits>
+#include <utility>
+
+#include "zr/ptr.hpp"
+#include "zr/uuid.hpp"
+#include "zrcore/atomic.h"
+#include "zrcore/component.h"
+
+namespace zr {
+
+namespace detail {
+
+template <class I, class = void>
+struct HasInterfaceId : std::false_type {};
+template <class I>
+struct HasInterfaceId<I, std::void_t<decltype(InterfaceIdOf<I>::value)>> : std::true_type {};
+
+}  // namespace detail
+
+/// Object is the base of a class that implements the interfaces I. The first one must have no virtual destructor, like
+/// all interfaces of the boundary.
+template <class... I>
+class Object : public I... {
+  static_assert(sizeof...(I) > 0, "an object implements at least one interface");
+  static_assert((std::is_base_of_v<IZrUnknown, I> && ...), "interfaces derive from IZrUnknown");
+
+ public:
+  Object(const Object&) = delete;
+  Object& operator=(const Object&) = delete;
+
+  uint32_t AddRef() final { return ZrInterlockedIncrementU32(&references_); }
+  uint32_t Release() final {
+    const uint32_t left = ZrInterlockedDecrementU32(&references_);
+    if (left == 0) delete this;
+    return left;
+  }
+  /// Gives the interface with this identifier, with one reference. ZR_R_NO_INTERFACE, and null, for any other
+  /// identifier;
+  /// ZR_R_INVALID_ARGUMENTS for a null argument.
+  ZRRESULT QueryInterface(const ZRUUID* interfaceId, void** object) override {
+    if (object == nullptr) return ZR_R_INVALID_ARGUMENTS;
+    *object = nullptr;
+    if (interfaceId == nullptr) return ZR_R_INVALID_ARGUMENTS;
+    (Offer<I>(*interfaceId, object), ...);
+    if (*object == nullptr) return ZR_R_NO_INTERFACE;
+    (void)AddRef();
+    return ZR_R_OK;
+  }
+
+ protected:
+  Object() noexcept = default;
+  virtual ~Object() = default;
+
+ private:
+  template <class Interface>
+  void Offer(const ZRUUID& wanted, void** object) noexcept {
+    if constexpr (detail::HasInterfaceId<Interface>::value) {  // some interfaces are never asked for by identifier
+      if (*object == nullptr && InterfaceIdOf<Interface>::value == Uuid(wanted))
+        *object = static_cast<Interface*>(this);
+    }
+  }
+
+  uint32_t references_ = 1;
+};
+
+/// Rows owns a fixed list of rows, for objects that are made of a table. (It is a std::vector that never changes,
+/// without that header's cost for everyone who includes zr.hpp.)
+template <class Row>
+class Rows {
+ public:
+  Rows() noexcept = default;
+  Rows(std::initializer_list<Row> rows) : Rows(rows.size()) {  // from here on the destructor frees
+    Row* to = first_;
+    for (const Row& row : rows) *to++ = row;
+  }
+  Rows(Rows&& other) noexcept : first_(std::exchange(other.first_, nullptr)), count_(std::exchange(other.count_, 0)) {}
+  Rows(const Rows&) = delete;
+  Rows& operator=(const Rows&) = delete;
+  ~Rows() { delete[] first_; }
+
+  [[nodiscard]] const Row* begin() const noexcept { return first_; }
+  [[nodiscard]] const Row* end() const noexcept { return first_ + count_; }
+  [[nodiscard]] std::size_t size() const noexcept { return count_; }
+
+ private:
+  explicit Rows(std::size_t count) : first_(count != 0 ? new Row[count] : nullptr), count_(count) {}
+
+  Row* first_ = nullptr;
+  std::size_t count_ = 0;
+};
+
+/// MakeObject makes an object of class T. Exceptions of the constructor pass to the caller.
+template <class T, class... Arguments>
+[[nodiscard]] Ptr<T> MakeObject(Arguments&&... arguments) {
+  T* const made = new (std::nothrow) T(std::forward<Arguments>(arguments)...);
+  if (made == nullptr) detail::OutOfMemory();
+  return Ptr<T>::Adopt(made);
+}
+
+}  // namespace zr
+
+#endif

@@ -1,0 +1,115 @@
+// Uuid is a 128-bit identifier (zrcore/uuid.h).
+//
+//     inline constexpr zr::Uuid kMars("31AD0869-8AC8-4D25-A11C-A887BE515257");
+//     zr::Uuid fresh = zr::Uuid::Generate();
+//
+// A Uuid is a ZRUUID: its address may be passed wherever the C boundary wants a const ZRUUID*. It is a plain value that
+// owns nothing. Use constexpr for literals, so that the compiler refuses a wrong digit.
+
+#ifndef ZR_UUID_HPP
+#define ZR_UUID_HPP
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+#include "zr/result.hpp"
+#include "zr/string.hpp"
+#include "zrcore/uuid.h"
+
+namespace zr {
+
+namespace detail {
+
+// Not constexpr: a call of it in a constant expression is what makes the compiler refuse the literal.
+[[noreturn]] inline void NotAHexadecimalDigit() { std::abort(); }
+[[noreturn]] inline void NotAHyphen() { std::abort(); }
+
+}  // namespace detail
+
+class Uuid : public ZRUUID {
+ public:
+  /// Makes the nil identifier, sixteen zero bytes.
+  constexpr Uuid() noexcept : ZRUUID{} {}
+  constexpr Uuid(const ZRUUID& record) noexcept : ZRUUID(record) {}
+  /// Reads a literal such as "31AD0869-8AC8-4D25-A11C-A887BE515257". In a constant expression a wrong digit does not
+  /// compile; elsewhere it terminates the process. A literal of another length never compiles.
+  template <std::size_t size>
+  constexpr explicit Uuid(const char (&text)[size]) noexcept : ZRUUID{} {
+    static_assert(size == 37, "the text of an identifier has 36 characters, without braces");
+    if (text[8] != '-' || text[13] != '-' || text[18] != '-' || text[23] != '-') detail::NotAHyphen();
+    data1 = Number(text, 8);
+    data2 = static_cast<uint16_t>(Number(text + 9, 4));
+    data3 = static_cast<uint16_t>(Number(text + 14, 4));
+    for (int byte = 0; byte < 8; ++byte) {
+      data4[byte] = static_cast<uint8_t>(Number(text + (byte < 2 ? 19 : 20) + byte * 2, 2));
+    }
+  }
+
+  /// Generate returns a random identifier (version 4), or the nil identifier if the system has no random bytes.
+  [[nodiscard]] static Uuid Generate() {
+    ZRUUID* made = ZrGenerateUUID();
+    const Uuid copy(*made);
+    ZrDestroyUUID(made);
+    return copy;
+  }
+
+  /// Parse reads the text form, in all variants that ZrUUIDFromString accepts.
+  static Result<Uuid> Parse(std::string_view text) noexcept {
+    char terminated[64] = {};
+    if (text.size() >= sizeof terminated) return Failure{ZR_R_INVALID_ARGUMENTS};
+    std::memcpy(terminated, text.data(), text.size());
+    Uuid parsed;
+    if (const ZRRESULT result = ZrUUIDFromString(terminated, &parsed); Failed(result)) return Failure{result};
+    return parsed;
+  }
+
+  /// ToString returns the text form, in braces.
+  [[nodiscard]] String ToString() const {
+    String text;
+    if (Failed(ZrStringFromUUID(this, text.Put())) || text.Get() == nullptr) detail::OutOfMemory();
+    return text;
+  }
+
+  [[nodiscard]] constexpr bool IsNil() const noexcept { return *this == Uuid(); }
+
+  friend constexpr bool operator==(const Uuid& left, const Uuid& right) noexcept {
+    if (left.data1 != right.data1 || left.data2 != right.data2 || left.data3 != right.data3) return false;
+    for (int byte = 0; byte < 8; ++byte) {
+      if (left.data4[byte] != right.data4[byte]) return false;
+    }
+    return true;
+  }
+  friend constexpr bool operator!=(const Uuid& left, const Uuid& right) noexcept { return !(left == right); }
+  /// The order is that of the text forms (ZRUUIDLess).
+  friend bool operator<(const Uuid& left, const Uuid& right) noexcept { return ZRUUIDLess(&left, &right); }
+  friend bool operator>(const Uuid& left, const Uuid& right) noexcept { return ZRUUIDGreater(&left, &right); }
+
+ private:
+  static constexpr uint32_t Number(const char* text, int digits) noexcept {
+    uint32_t number = 0;
+    for (int at = 0; at < digits; ++at) number = number << 4 | Digit(text[at]);
+    return number;
+  }
+  static constexpr uint32_t Digit(char character) noexcept {
+    if (character >= '0' && character <= '9') return static_cast<uint32_t>(character - '0');
+    if (character >= 'A' && character <= 'F') return static_cast<uint32_t>(character - 'A' + 10);
+    if (character >= 'a' && character <= 'f') return static_cast<uint32_t>(character - 'a' + 10);
+    detail::NotAHexadecimalDigit();
+  }
+};
+static_assert(sizeof(Uuid) == sizeof(ZRUUID), "a Uuid is its record");
+
+}  // namespace zr
+
+template <>
+struct std::hash<zr::Uuid> {
+  std::size_t operator()(const zr::Uuid& uuid) const noexcept {
+    uint64_t halves[2];
+    std::memcpy(halves, &uuid, sizeof halves);
+    return static_cast<std::size_t>(halves[0] ^ (halves[1] * 0x9E3779B97F4A7C15));
+  }
+};
+
+#endif
