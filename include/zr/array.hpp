@@ -193,6 +193,12 @@ class Array {
     made.array_ = std::move(array);
     return made;
   }
+  /// From takes the array of a variant. ZR_R_NOT_SUPPORTED if the value is not an array of this element type.
+  static Result<Array> From(Variant value) {
+    Result<AnyArray> array = value.TakeArray();
+    if (!array) return Failure{array.Code()};
+    return From(*std::move(array));
+  }
   /// Any lends the array as one with a type known at run time; on a temporary it moves the array out.
   [[nodiscard]] const AnyArray& Any() const& noexcept { return array_; }
   [[nodiscard]] AnyArray Any() && noexcept { return std::move(array_); }

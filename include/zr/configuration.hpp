@@ -9,11 +9,13 @@
 #ifndef ZR_CONFIGURATION_HPP
 #define ZR_CONFIGURATION_HPP
 
+#include <cstdint>
 #include <utility>
 
 #include "zr/object.hpp"
 #include "zr/string.hpp"
 #include "zr/variant.hpp"
+#include "zrcore/atomic.h"
 #include "zrcore/configuration.h"
 
 namespace zr {
@@ -27,6 +29,13 @@ class ConfigurationTable final : public Object<IZrConfiguration> {
   using Rows = zr::Rows<Row>;
 
   explicit ConfigurationTable(Rows rows) : rows_(std::move(rows)) {}
+
+  /// TakeReads returns how many values have been found by name since the last call. A host can check with it that its
+  /// settings are read: a misspelt name is not an error.
+  uint32_t TakeReads() noexcept {
+    const uint32_t zero = 0;
+    return ZrInterlockedExchangeU32(&reads_, &zero);
+  }
 
   /// The one section contains all rows.
   ZRRESULT QuerySection(IZrConfigurationSection** section) override {
@@ -45,6 +54,7 @@ class ConfigurationTable final : public Object<IZrConfiguration> {
         for (const Row& row : table_->rows_) {
           if (row.name == wanted) {
             *value = MakeObject<Value>(row.value).Detach();
+            (void)ZrInterlockedIncrementU32(&table_->reads_);
             return ZR_R_OK;
           }
         }
@@ -77,6 +87,7 @@ class ConfigurationTable final : public Object<IZrConfiguration> {
   };
 
   Rows rows_;
+  uint32_t reads_ = 0;
 };
 
 }  // namespace zr

@@ -4,7 +4,11 @@
 //         {kMarsClass, u"Planets.Mars", u"./planets.so"}});
 //     zr::Registration registration(*discovery);
 //
-// The rows never change. Set configurations before the discovery is registered: to do it later is a data race.
+// The path of a module needs a slash: without one, the system's loader searches its own folders for the file. The rows
+// never change. Set configurations before the discovery is registered: to do it later is a data race.
+//
+// The library remembers the names of classes until the process ends, and keeps a reference on each name that it has
+// returned.
 
 #ifndef ZR_DISCOVERY_HPP
 #define ZR_DISCOVERY_HPP
@@ -24,9 +28,9 @@ class TableDiscovery final : public Object<IZrComponentDiscovery> {
   struct Row {
     Uuid classId;
     String name;
-    String modulePath;                   ///< the module file; empty if the program itself contains the class
-    ZrModuleEntryPoints functions = {};  ///< then, the functions of the class
-    Ptr<IZrConfiguration> configuration = {};
+    String modulePath;                         ///< the module file; empty if the program itself contains the class
+    ZrModuleEntryPoints functions = {};        ///< then, the functions of the class, such as &zr::CreateInstance<...>
+    Ptr<IZrConfiguration> configuration = {};  ///< of the class, whatever name a client asks for
   };
   using Rows = zr::Rows<Row>;
 

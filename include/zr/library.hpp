@@ -36,6 +36,9 @@ class Library {
 };
 
 /// Registration keeps a discovery registered.
+///
+/// The destructor ignores the result of Remove, and an exception of a module's ZrExitModule terminates the process:
+/// call Remove to receive both.
 class Registration {
  public:
   Registration() noexcept = default;
@@ -51,7 +54,7 @@ class Registration {
   }
   ~Registration() { (void)Remove(); }
 
-  /// Code returns the result of the registration, or of Remove.
+  /// Code returns the result of the registration, or ZR_R_NO_INIT after Remove.
   [[nodiscard]] ZRRESULT Code() const noexcept { return code_; }
   [[nodiscard]] explicit operator bool() const noexcept { return !Failed(code_); }
 

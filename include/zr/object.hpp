@@ -8,6 +8,9 @@
 //     };
 //     zr::Ptr<IPlanet> mars = zr::MakeObject<CMars>();
 //
+// No exception may leave an operation, so each one that can throw calls Guard. The operation above overwrites its
+// out-value; its contract must say that callers pass an empty variant, as Variant::Put does.
+//
 // An object begins with one reference, and the last Release deletes it. AddRef, Release and QueryInterface may be
 // called on any thread. Object adds a virtual destructor after the operations of the first interface, where no caller
 // looks.
@@ -38,12 +41,16 @@ struct HasInterfaceId<I, std::void_t<decltype(InterfaceIdOf<I>::value)>> : std::
 
 }  // namespace detail
 
-/// Object is the base of a class that implements the interfaces I. The first one must have no virtual destructor, like
-/// all interfaces of the boundary.
+/// Object is the base of a class that implements the interfaces I, which have no virtual destructor.
+///
+/// QueryInterface knows exactly the interfaces of the list. If an interface derives from another one that has an
+/// identifier of its own, override QueryInterface to return it for that identifier too.
 template <class... I>
 class Object : public I... {
   static_assert(sizeof...(I) > 0, "an object implements at least one interface");
   static_assert((std::is_base_of_v<IZrUnknown, I> && ...), "interfaces derive from IZrUnknown");
+  static_assert((!std::has_virtual_destructor_v<I> && ...),
+                "a virtual destructor would change the table of operations");
 
  public:
   Object(const Object&) = delete;
@@ -55,9 +62,10 @@ class Object : public I... {
     if (left == 0) delete this;
     return left;
   }
-  /// Gives the interface with this identifier, with one reference. ZR_R_NO_INTERFACE, and null, for any other
-  /// identifier;
-  /// ZR_R_INVALID_ARGUMENTS for a null argument.
+  /// Gives the interface with this identifier, with one reference.
+  ///
+  /// @return ZR_R_NO_INTERFACE, with null in `*object`, for any other identifier; ZR_R_INVALID_ARGUMENTS for a null
+  ///         argument.
   ZRRESULT QueryInterface(const ZRUUID* interfaceId, void** object) override {
     if (object == nullptr) return ZR_R_INVALID_ARGUMENTS;
     *object = nullptr;
@@ -84,15 +92,15 @@ class Object : public I... {
   uint32_t references_ = 1;
 };
 
-/// Rows owns a fixed list of rows, for objects that are made of a table. (It is a std::vector that never changes,
-/// without that header's cost for everyone who includes zr.hpp.)
+/// Rows owns a fixed list of rows, for objects that are made of a table.
 template <class Row>
 class Rows {
  public:
   Rows() noexcept = default;
-  Rows(std::initializer_list<Row> rows) : Rows(rows.size()) {  // from here on the destructor frees
-    Row* to = first_;
-    for (const Row& row : rows) *to++ = row;
+  Rows(std::initializer_list<Row> rows) : Rows(rows.begin(), rows.size()) {}
+  /// Copies `count` rows, for example those of a std::vector that the host has read from a file.
+  Rows(const Row* rows, std::size_t count) : Rows(count) {  // from here on the destructor frees
+    for (std::size_t row = 0; row < count; ++row) first_[row] = rows[row];
   }
   Rows(Rows&& other) noexcept : first_(std::exchange(other.first_, nullptr)), count_(std::exchange(other.count_, 0)) {}
   Rows(const Rows&) = delete;

@@ -23,6 +23,7 @@
 
 #include <cassert>
 #include <cstddef>
+#include <cstdint>
 #include <type_traits>
 #include <utility>
 
@@ -59,7 +60,7 @@ class Ptr {
     std::swap(object_, other.object_);
     return *this;
   }
-  ~Ptr() { Reset(); }
+  ~Ptr() { (void)Reset(); }
 
   /// Adopt takes a reference that the caller owns.
   [[nodiscard]] static Ptr Adopt(I* object) noexcept {
@@ -78,13 +79,16 @@ class Ptr {
   [[nodiscard]] I* Get() const noexcept { return object_; }
   /// Put releases the object and returns the address for an out-parameter.
   [[nodiscard]] I** Put() {
-    Reset();
+    (void)Reset();
     return &object_;
   }
   /// Detach gives the reference to the caller, who calls Release.
   [[nodiscard]] I* Detach() noexcept { return std::exchange(object_, nullptr); }
-  void Reset() {
-    if (I* object = Detach()) (void)object->Release();
+  /// Reset releases the object and returns what Release returned: by custom the number of references that are left, for
+  /// a check that nobody leaks the object. 0 for null.
+  uint32_t Reset() {
+    I* const object = Detach();
+    return object != nullptr ? object->Release() : 0;
   }
 
   [[nodiscard]] I* operator->() const noexcept {
