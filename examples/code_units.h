@@ -1,5 +1,4 @@
-// Literals of the library's 16-bit text for C and C++, W("text") and W('c'), and for C++ the matching string types of
-// the standard library.
+// Literals of the library's 16-bit text for C and C++: W("text") and W('c').
 
 #ifndef EXAMPLES_CODE_UNITS_H
 #define EXAMPLES_CODE_UNITS_H
@@ -13,13 +12,5 @@
 #define W_(literal) u##literal
 #endif
 #define W(literal) W_(literal)
-
-#ifdef __cplusplus
-#include <string>
-#include <string_view>
-
-using WideText = std::basic_string<WCHAR>;
-using WideView = std::basic_string_view<WCHAR>;
-#endif
 
 #endif

@@ -6,7 +6,7 @@
 #include <memory>
 #include <stdexcept>
 
-#include "host/environment.h"
+#include "support/environment.h"
 
 static std::string Utf8(const std::filesystem::path& path) { return path.u8string(); }
 
@@ -31,15 +31,9 @@ std::string PathInProgramFolder(const std::string& fileName) {
   return Utf8(std::filesystem::path(program).parent_path() / std::filesystem::u8path(fileName));
 }
 
-std::string AbsolutePath(const std::string& path) {
-  return Utf8(std::filesystem::absolute(std::filesystem::u8path(path)));
-}
-
-std::FILE* OpenToRead(const std::string& path) { return _wfopen(std::filesystem::u8path(path).c_str(), L"rb"); }
-
-uint32_t OutputWidth() {
-  constexpr uint32_t kDefaultWidth = 120;
+std::size_t OutputWidth() {
+  constexpr std::size_t kDefaultWidth = 120;
   CONSOLE_SCREEN_BUFFER_INFO screen;
   if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &screen)) return kDefaultWidth;
-  return static_cast<uint32_t>(screen.srWindow.Right - screen.srWindow.Left + 1);
+  return static_cast<std::size_t>(screen.srWindow.Right - screen.srWindow.Left + 1);
 }
