@@ -16,6 +16,9 @@
 //       ~IPlanet() = default;
 //     };
 //
+// An interface that derives from another one must state its own identifier too. If it inherits the identifier, As casts
+// an object that has only the base to the derived interface, and calling it is undefined behaviour.
+//
 // For an interface that cannot be changed, specialise InterfaceIdOf.
 
 #ifndef ZR_PTR_HPP
