@@ -35,7 +35,7 @@ class String {
   /// Copies the units of a view, zero units included.
   String(StringView units) : string_(Make(units)) {}
   /// Copies a zero-terminated text, such as a literal. Null makes an empty string.
-  String(const WCHAR* text) : string_(text != nullptr ? Make(StringView(text)) : nullptr) {}
+  String(const WCHAR* text) : string_(text != nullptr && *text != 0 ? Checked(ZrCreateString(text)) : nullptr) {}
   String(const std::basic_string<WCHAR>& units) : String(StringView(units)) {}
   /// 8-bit text has no encoding of its own: use FromUtf8.
   String(const char*) = delete;
@@ -47,7 +47,7 @@ class String {
     std::swap(string_, other.string_);
     return *this;
   }
-  ~String() { ZrDestroyString(string_); }
+  ~String() { Destroy(string_); }
 
   /// FromUtf8 makes a string of UTF-8. Bytes that are not sequences of UTF-8 fail with ZR_R_INVALID_ARGUMENTS; overlong
   /// forms, encoded surrogates and values above U+10FFFF are accepted (ZrCreateZRSTRfromUTF8).
@@ -89,7 +89,7 @@ class String {
   [[nodiscard]] ZRSTR Get() const noexcept { return string_; }
   /// Put releases the string and returns the address for an out-parameter.
   [[nodiscard]] ZRSTR* Put() noexcept {
-    ZrDestroyString(std::exchange(string_, nullptr));
+    Destroy(std::exchange(string_, nullptr));
     return &string_;
   }
   /// Detach gives the reference to the caller, who releases it with ZrDestroyString.
@@ -166,6 +166,11 @@ class String {
   friend bool operator!=(const String& left, const WCHAR* right) noexcept { return left.View() != right; }
 
  private:
+  // The export ignores null too, but the compiler sees this test, so that a moved-from String costs no call.
+  static void Destroy(ZRSTR string) noexcept {
+    if (string != nullptr) ZrDestroyString(string);
+  }
+
   static ZRSTR Checked(ZRSTR made) {
     if (made == nullptr) detail::OutOfMemory();
     return made;
