@@ -210,7 +210,7 @@ class Variant {
     std::swap(value_, other.value_);
     return *this;
   }
-  ~Variant() { Clear(); }
+  ~Variant() { Release(); }
 
   /// Adopt takes the value of a record. The caller must not clear the record afterwards.
   [[nodiscard]] static Variant Adopt(const ZRVARIANT& record) noexcept {
@@ -240,7 +240,7 @@ class Variant {
   }
   /// Clear releases the value, which leaves an empty variant.
   void Clear() {
-    if (value_.Type != ZR_VT_EMPTY) (void)ZrVariantClear(&value_);
+    Release();
     value_ = ZR_VARIANT_INIT;
   }
 
@@ -266,18 +266,16 @@ class Variant {
   Result<T> To() const& {
     using Traits = ValueTraits<T>;
     if (value_.Type == Traits::kTag) return Traits::Load(value_.Value);
-    Variant converted;
-    ZRRESULT result = ZR_R_OK;
-    if (IsReference()) {
-      result = ZrVariantCopyInd(&converted.value_, &value_);
-      if (Failed(result)) return Failure{result};
-      result = ZrVariantChangeType(&converted.value_, &converted.value_, 0, Traits::kTag);
-    } else {
-      result = ZrVariantChangeType(&converted.value_, &value_, 0, Traits::kTag);
-    }
-    if (Failed(result)) return Failure{result};
-    converted.value_.Type = ZR_VT_EMPTY;  // Take takes what the record owns
-    return Result<T>(Traits::Take(converted.value_.Value), result);
+    return Converted<T>(value_);
+  }
+  /// Of a variant that is moved or a temporary, a value that has type T already is moved out. The variant is empty
+  /// then.
+  template <class T>
+  Result<T> To() && {
+    using Traits = ValueTraits<T>;
+    if (value_.Type != Traits::kTag) return Converted<T>(value_);
+    ZRVARIANT taken = Detach();
+    return Traits::Take(taken.Value);
   }
 
   /// ChangeType converts the value in place. After a failure the value is as before.
@@ -306,6 +304,26 @@ class Variant {
  private:
   [[nodiscard]] bool HoldsArray() const noexcept {
     return (value_.Type & (ZR_VT_ARRAY | ZR_VT_BYREF)) == ZR_VT_ARRAY && value_.Value.array != nullptr;
+  }
+
+  // No tag word below ZR_VT_BLOB owns anything, so a number needs no call.
+  void Release() {
+    if (value_.Type >= ZR_VT_BLOB) (void)ZrVariantClear(&value_);
+  }
+
+  // The part of To that calls the library. The test before it is inlined where the two are separate functions.
+  template <class T>
+  static Result<T> Converted(const ZRVARIANT& record) {
+    Variant converted;
+    const ZRVARIANT* source = &record;
+    if ((record.Type & ZR_VT_BYREF) != 0) {
+      if (const ZRRESULT result = ZrVariantCopyInd(&converted.value_, source); Failed(result)) return Failure{result};
+      source = &converted.value_;
+    }
+    const ZRRESULT result = ZrVariantChangeType(&converted.value_, source, 0, ValueTraits<T>::kTag);
+    if (Failed(result)) return Failure{result};
+    converted.value_.Type = ZR_VT_EMPTY;  // Take takes what the record owns
+    return Result<T>(ValueTraits<T>::Take(converted.value_.Value), result);
   }
 
   // Only a record with an unknown tag cannot be copied; the copy is empty then.
