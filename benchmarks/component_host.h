@@ -1,5 +1,6 @@
-// What the component rows share: a discovery for the widget classes of one module file, the entry points of a module
-// that is loaded without the component system, and comparison and hash functions for identifiers.
+// What the component rows share: a discovery for the widget classes of one module file, a host of all widget classes,
+// the entry points of a module that is loaded without the component system, and comparison and hash functions for
+// identifiers.
 
 #pragma once
 
@@ -82,6 +83,34 @@ class CHost {
   }
   CHost(const CHost&) = delete;
   CHost& operator=(const CHost&) = delete;
+};
+
+// A host that has used every class and every name once, so that the measured lookup searches among all of them.
+class CWidgetHost {
+ public:
+  CWidgetHost() {
+    Require(ZR_SUCCEEDED(ZrAddComponentDiscovery(&discovery_, &cookie_)), "a discovery is added");
+    for (uint32_t i = 0; i < kClassCount; ++i) {
+      const ZRUUID classId = WidgetClass(i);
+      void* object = nullptr;
+      Require(ZR_SUCCEEDED(ZrCreateInstance(&classId, 0, &kWidgetInterface, 0, &object)), "a class makes an object");
+      static_cast<IZrUnknown*>(object)->Release();
+
+      ZRUUID found{};
+      uint8_t equal = 0;
+      Require(ZR_SUCCEEDED(ZrCLSIDFromClassName(MakeZrString(WidgetName(i)).get(), &found)), "a class name is known");
+      Require(ZR_SUCCEEDED(ZrCompareUUID(&classId, &found, &equal)) && equal == 1,
+              "a class name leads to its class identifier");
+    }
+  }
+  ~CWidgetHost() { (void)ZrRemoveComponentDiscovery(cookie_); }
+  CWidgetHost(const CWidgetHost&) = delete;
+  CWidgetHost& operator=(const CWidgetHost&) = delete;
+
+ private:
+  CHost host_;
+  CModuleDiscovery discovery_{BENCH_WARM_MODULE, 0, kClassCount};
+  uint32_t cookie_ = 0;
 };
 
 // Returns the three functions of a component module. `find` returns the address of an exported function by its name.

@@ -44,7 +44,7 @@ int main(int argc, char** argv) {
 
   for (auto addRows : {CallRows, StringRows, UnicodeRows, UuidRows, ReferenceRows, TimeRows, ResultCodeRows, BlobRows,
                        VariantRows, VariantConversionRows, ArrayRows, ArrayConversionRows, MemoryRows, LockRows,
-                       AtomicRows, ComponentRows, ComponentGrowthRows, ModuleLoadingRows})
+                       AtomicRows, ComponentRows, ComponentGrowthRows, ModuleLoadingRows, LayerRows})
     addRows();
   const std::size_t count = benchmark::RunSpecifiedBenchmarks();
 

@@ -5,6 +5,8 @@
 //     work. It is measured and shown, but ZrCore is not compared with it.
 //   - "lower bound" is a few lines written here: the least work that does the job. "lower bound by contract" adds the
 //     calls, locks and memory blocks that the library's contract requires.
+//   - The C++ layer is compared with calls of the C boundary: its library names are "zr layer" and "by hand". Their
+//     operations begin with "layer: ".
 //   - A row that creates a value also destroys it. Pass every result to Consume: it keeps the compiler from removing
 //   the
 //     work or moving it out of the loop.
@@ -42,6 +44,7 @@ void AtomicRows();
 void ComponentRows();
 void ComponentGrowthRows();
 void ModuleLoadingRows();
+void LayerRows();
 
 template <class Value>
 inline void Consume(const Value& value) {
