@@ -261,7 +261,7 @@ class Variant {
 
   /// To returns the value as a T, converted by the library if it has another type. The codes are those of
   /// ZrVariantChangeType: a number out of range and a text that can't be parsed fail with ZR_R_INVALID_ARGUMENTS, types
-  /// that do not convert with ZR_R_NOT_SUPPORTED.
+  /// that do not convert, and arrays, with ZR_R_NOT_SUPPORTED.
   template <class T>
   Result<T> To() const& {
     using Traits = ValueTraits<T>;
@@ -320,6 +320,7 @@ class Variant {
       if (const ZRRESULT result = ZrVariantCopyInd(&converted.value_, source); Failed(result)) return Failure{result};
       source = &converted.value_;
     }
+    if ((source->Type & ZR_VT_ARRAY) != 0) return Failure{ZR_R_NOT_SUPPORTED};  // the export would convert its elements
     const ZRRESULT result = ZrVariantChangeType(&converted.value_, source, 0, ValueTraits<T>::kTag);
     if (Failed(result)) return Failure{result};
     converted.value_.Type = ZR_VT_EMPTY;  // Take takes what the record owns
