@@ -198,7 +198,7 @@ class Variant {
     value_.Value.array = array.Detach();
   }
   /// An object is held by its IZrUnknown.
-  template <class I>
+  template <class I, class = std::enable_if_t<!std::is_same_v<I, IZrUnknown>>>
   Variant(Ptr<I> object) : Variant(Ptr<IZrUnknown>(std::move(object))) {}
   /// 8-bit text has no encoding of its own: use String::FromUtf8.
   Variant(const char*) = delete;
