@@ -1,7 +1,8 @@
 # Doxygen input filter for the public headers: awk -f documentation_filter.awk HEADER
 #
 # Turns plain // comments into Doxygen comments. The opening comment of a header becomes the text of its page, and each
-# "// ---- Title ---" section becomes a named group of the members that follow it.
+# "// ---- Title ---" section becomes a named group of the members that follow it. Specialisations of templates of other
+# libraries are hidden.
 
 function leave() {
   if (inSection) print "///@{"
@@ -23,7 +24,12 @@ NR == 1 {
 }
 !/^\/\/($| )/ { leave() }
 inHeading || inSection { sub(/^\/\//, "///") }
+# Doxygen can't find the templates that these specialise.
+held != "" && /^struct (std|fmt)::/ { print "/// @cond" }
+held != "" { print held; isHidden = /^struct (std|fmt)::/; held = "" }
+/^template </ { held = $0; next }
 { print }
+isHidden && /^};/ { print "/// @endcond"; isHidden = 0 }
 END {
   leave()
   if (hasGroup) print "///@}"

@@ -1,4 +1,4 @@
-// std::formatter for the values of the C++ layer, for programs in C++20 whose standard library has <format>. Elsewhere
+// std::formatter for the values of the C++ layer, for programs in C++20 whose standard library has the header `format`. Elsewhere
 // this header declares nothing. zr.hpp does not include it.
 //
 //     #include <zr/format.hpp>

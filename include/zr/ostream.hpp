@@ -7,7 +7,7 @@
 // It prints String, Uuid, Ref, Sref, DateTime, TimeSpan and Variant as UTF-8. The text is that of ToString; for a
 // String, its units up to the first zero unit, with U+FFFD for each lone surrogate. A Variant prints what
 // Variant::To<String> returns: a blob, for example, prints its bytes as code units. If the value does not convert to a
-// text, the type is printed instead, such as <EMPTY>, <UNKNOWN> or <R8 ARRAY>.
+// text, the type is printed instead, such as `<EMPTY>`, `<UNKNOWN>` or `<R8 ARRAY>`.
 //
 // No other type can be printed, not even if it converts to a Variant.
 
