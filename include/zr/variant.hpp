@@ -94,10 +94,11 @@ template <class Owner, uint16_t tag, class Handle, Handle ZRVARIANTVALUE::*field
 struct OwnerTraits {
   static constexpr uint16_t kTag = tag;
   static Owner Load(const ZRVARIANTVALUE& payload) {
-    Owner lent = Owner::Adopt(payload.*field);
-    Owner copy = lent;
-    (void)lent.Detach();
-    return copy;
+    struct Borrowed {
+      Owner owner;
+      ~Borrowed() { (void)owner.Detach(); }  // also if the copy throws: the payload keeps the handle
+    } borrowed{Owner::Adopt(payload.*field)};
+    return borrowed.owner;
   }
   static Owner Take(ZRVARIANTVALUE& payload) noexcept { return Owner::Adopt(payload.*field); }
   static void Store(ZRVARIANTVALUE& payload, Owner value) noexcept { payload.*field = value.Detach(); }
