@@ -28,13 +28,16 @@ struct BoundsView {
   [[nodiscard]] const Bound& operator[](uint32_t dimension) const noexcept { return first[dimension]; }
 };
 
+/// AnyArray owns an array, or null.
 class AnyArray {
  public:
   AnyArray() noexcept = default;
-  /// Makes an array of zeros, null pointers or empty variants. `dimensions` must be above 0.
+  /// Makes an array of zeros, null pointers or empty variants. `dimensions` must be above 0. Out of memory for the
+  /// elements terminates the process.
   AnyArray(uint16_t tag, uint32_t dimensions, const Bound* bounds)
       : array_(ZrSafeArrayCreate(tag, dimensions, bounds)) {}
 
+  /// Copies all elements.
   AnyArray(const AnyArray& other) {
     if (other.array_ != nullptr) (void)ZrSafeArrayCopy(other.array_, &array_);
   }
@@ -73,7 +76,7 @@ class AnyArray {
     (void)ZrSafeArrayGetElementCount(array_, &count, nullptr);
     return count;
   }
-  /// Bounds lends the bounds. It has no dimensions for null.
+  /// Bounds lends the bounds until the shape changes or the array is destroyed. It has no dimensions for null.
   [[nodiscard]] BoundsView Bounds() const& noexcept {
     BoundsView view;
     if (Failed(ZrSafeArrayGetBounds(array_, &view.count, &view.first))) return BoundsView();
@@ -81,11 +84,14 @@ class AnyArray {
   }
   BoundsView Bounds() const&& = delete;
 
-  /// Redim changes the shape. Elements keep their position in the storage.
+  /// Redim changes the shape. Elements keep their position in the storage. The codes are those of ZrSafeArrayRedim
+  /// (array.h). Throws std::bad_alloc when out of memory; the array is unchanged then.
   Result<void> Redim(const Bound* bounds, uint32_t dimensions) {
     return Result<void>(ZrSafeArrayRedim(array_, dimensions, bounds));
   }
-  /// ChangeType converts all elements in place. The code is 1 if some did not convert; those are zero then.
+  /// ChangeType converts all elements in place. The code is 1, a success, if some did not convert: those are zero, null
+  /// or empty then, and their old values are lost. Other codes are those of ZrSafeArrayChangeType (array.h). Throws
+  /// std::bad_alloc when out of memory; the array is unchanged then.
   Result<void> ChangeType(uint16_t tag) { return Result<void>(ZrSafeArrayChangeType(array_, 0, tag)); }
 
   /// Two arrays are equal if their shapes and elements are (ZrSafeArrayCompare). Two null arrays are equal.

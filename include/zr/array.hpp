@@ -30,9 +30,10 @@ namespace zr {
 
 /// ElementTraits connects an element type with the storage of arrays:
 ///
-///   Stored            the type of a variable for ZrSafeArrayGetElement, and of an element in the storage
-///   Take(stored)      makes the element of what ZrSafeArrayGetElement has stored
-///   Address(element)  what ZrSafeArrayPutElement reads
+///   Stored          the type of a variable for ZrSafeArrayGetElement, and of an element in the storage
+///   kTag            the tag of the elements
+///   Take(stored)    makes the element of what ZrSafeArrayGetElement has stored
+///   Lower(element)  what ZrSafeArrayPutElement reads
 template <class T, class = void>
 struct ElementTraits;
 
@@ -159,12 +160,14 @@ class Lent {
   std::size_t count_ = 0;
 };
 
+/// Array owns an array with elements of type T, or null.
 template <class T>
 class Array {
   static_assert(detail::HasElementTraits<T>::value, "arrays cannot have elements of this type");
   using Traits = ElementTraits<T>;
 
  public:
+  /// The type of the elements that Lend lends: T for numbers, a handle or record for other types.
   using Stored = typename Traits::Stored;
   /// The tag of the elements.
   static constexpr uint16_t kTag = Traits::kTag;
@@ -178,6 +181,7 @@ class Array {
       : array_(kTag, static_cast<uint32_t>(bounds.size()), bounds.begin()) {}
   /// Makes an array of one dimension with these elements.
   Array(std::initializer_list<T> elements) : Array(elements.begin(), static_cast<uint32_t>(elements.size())) {}
+  /// Makes an array of one dimension with copies of `count` elements.
   Array(const T* elements, uint32_t count) : Array(count) {
     if constexpr (std::is_same_v<T, Stored>) {
       if (auto lent = Lend(); lent && count != 0) std::memcpy(lent->data(), elements, count * sizeof(T));
@@ -186,7 +190,8 @@ class Array {
     }
   }
 
-  /// From takes an array whose element type is known only at run time. ZR_R_NOT_SUPPORTED if it is another one.
+  /// From takes an array whose element type is known only at run time. ZR_R_NOT_SUPPORTED if its tag is not kTag; the
+  /// array is destroyed then.
   static Result<Array> From(AnyArray array) {
     if (array.Tag() != kTag) return Failure{ZR_R_NOT_SUPPORTED};
     Array made;
@@ -205,13 +210,17 @@ class Array {
   operator AnyArray() const& { return array_; }
   operator AnyArray() && noexcept { return std::move(array_); }
 
+  /// Get lends the array to functions of the C boundary.
   [[nodiscard]] ZRSAFEARRAY Get() const noexcept { return array_.Get(); }
+  /// Detach gives the array to the caller, who destroys it with ZrSafeArrayDestroy.
   [[nodiscard]] ZRSAFEARRAY Detach() noexcept { return array_.Detach(); }
+  /// Size returns the number of elements of all dimensions; 0 for null.
   [[nodiscard]] uint32_t Size() const noexcept { return array_.Size(); }
+  /// Bounds lends the bounds until the shape changes or the array is destroyed.
   [[nodiscard]] BoundsView Bounds() const& noexcept { return array_.Bounds(); }
   BoundsView Bounds() const&& = delete;
 
-  /// Redim changes the shape; elements keep their position in the storage.
+  /// Redim changes the shape, as AnyArray::Redim does.
   Result<void> Redim(std::initializer_list<Bound> bounds) {
     return array_.Redim(bounds.begin(), static_cast<uint32_t>(bounds.size()));
   }
@@ -228,7 +237,8 @@ class Array {
     if (const ZRRESULT result = ZrSafeArrayGetElement(Get(), indices, &stored); Failed(result)) return Failure{result};
     return Traits::Take(stored);
   }
-  /// Set replaces one element with a copy of the value. The codes are those of At.
+  /// Set replaces one element with a copy of the value. The codes are those of At, and those of ZrSafeArrayPutElement
+  /// for the value. Throws std::bad_alloc when out of memory.
   template <class... Index>
   Result<void> Set(const T& value, Index... index) {
     const uint32_t indices[] = {static_cast<uint32_t>(index)...};
@@ -243,7 +253,8 @@ class Array {
   Result<Lent<const Stored>> Lend() const& { return LendAs<const Stored>(); }
   Result<Lent<const Stored>> Lend() const&& = delete;
 
-  /// To copies the array and converts the elements. The code is 1 if some did not convert; those are zero then.
+  /// To copies the array and converts the elements. The codes are those of AnyArray::ChangeType: 1, a success, if some
+  /// did not convert, which are zero, null or empty then.
   template <class U>
   Result<Array<U>> To() const {
     AnyArray copy = array_;
@@ -254,6 +265,7 @@ class Array {
     return Result<Array<U>>(*std::move(typed), changed.Code());
   }
 
+  /// Two arrays are equal if their shapes and elements are. Two null arrays are equal.
   friend bool operator==(const Array& left, const Array& right) { return left.array_ == right.array_; }
   friend bool operator!=(const Array& left, const Array& right) { return !(left == right); }
 

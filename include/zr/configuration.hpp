@@ -20,14 +20,17 @@
 
 namespace zr {
 
+/// ConfigurationTable is a configuration with one section of fixed values. zr::MakeObject makes it.
 class ConfigurationTable final : public Object<IZrConfiguration> {
  public:
+  /// Row is one value and its name.
   struct Row {
-    String name;
-    Variant value;
+    String name;    ///< case-sensitive
+    Variant value;  ///< not an array
   };
   using Rows = zr::Rows<Row>;
 
+  /// Takes the rows. If two have one name, the first counts.
   explicit ConfigurationTable(Rows rows) : rows_(std::move(rows)) {}
 
   /// TakeReads returns how many values have been found by name since the last call. A host can check with it that its
@@ -37,7 +40,7 @@ class ConfigurationTable final : public Object<IZrConfiguration> {
     return ZrInterlockedExchangeU32(&reads_, &zero);
   }
 
-  /// The one section contains all rows.
+  /// QuerySection gives the one section, which contains all rows. ZR_R_NO_MEMORY when out of memory.
   ZRRESULT QuerySection(IZrConfigurationSection** section) override {
     return Guard([&] { *section = MakeObject<Section>(Ptr<ConfigurationTable>::Share(this)).Detach(); });
   }

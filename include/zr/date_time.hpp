@@ -19,14 +19,17 @@
 
 namespace zr {
 
+/// DateTime is a number of ticks of 100 ns since 1601. It has the operators of an ordered value.
 class DateTime : public detail::Ticked<DateTime> {
  public:
   /// Makes 1601-01-01, which is 0.
   constexpr DateTime() noexcept = default;
+  /// Makes a point in time of this many ticks since 1601-01-01.
   constexpr explicit DateTime(ZRDATETIME value) noexcept : Ticked(value) {}
   /// Makes a value of the fields. Fields out of range carry.
   explicit DateTime(const ZRDATETIMESTRUCT& fields) noexcept { ZrDateTimeFromStruct(&fields, &ticks_); }
 
+  /// Now returns the local time, UtcNow the time in UTC.
   [[nodiscard]] static DateTime Now() noexcept { return DateTime(ZrGetNow(0)); }
   [[nodiscard]] static DateTime UtcNow() noexcept { return DateTime(ZrGetNow(1)); }
 
@@ -36,8 +39,15 @@ class DateTime : public detail::Ticked<DateTime> {
     (void)ZrDateTimeFromTimeT(seconds, &made.ticks_);
     return made;
   }
-  /// ToTimeT converts local time to seconds since 1970. Years 1900 to 1969, and moments that are not within 1970 to
-  /// 3000, fail with the code of the CZrException that the export throws.
+  /// ToTimeT converts local time to seconds since 1970 in UTC; for the years 1601 to 1899 the result is 0.
+  ///
+  /// @return
+  ///   - ZR_R_OK                 the time was converted.
+  ///   - ZR_R_FAILED             the time is before 1601.
+  ///   - ZR_RAISED_NO_TIME_T     the year is 1900 to 1969.
+  ///   - ZR_RAISED_INVALID_TIME  the moment is not within 1970 to 3000.
+  ///
+  /// The last two are codes of an exception that the export throws. Without exceptions they terminate the process.
   [[nodiscard]] Result<int64_t> ToTimeT() const noexcept {
     int64_t seconds = 0;
     const ZRRESULT result = Guard([&] { return ZrDateTimeToTimeT(Ticks(), &seconds); });
@@ -45,19 +55,22 @@ class DateTime : public detail::Ticked<DateTime> {
     return seconds;
   }
 
-  /// Parse reads a date, or a date and a time. Only the length is checked; a number that is missing is 0.
+  /// Parse reads a date, or a date and a time. Only the length is checked: ZR_R_INVALID_ARGUMENTS for a text that is
+  /// too short. A number that is missing is 0, and a number out of range carries.
   static Result<DateTime> Parse(const String& text) noexcept {
     ZRDATETIMESTRUCT fields{};
     if (ZrDateTimeStringToDateTimeStruct(text.Get(), &fields) == 0) return Failure{ZR_R_INVALID_ARGUMENTS};
     return DateTime(fields);
   }
 
+  /// Fields returns the year, month, day, hour, minute, second and fraction.
   [[nodiscard]] ZRDATETIMESTRUCT Fields() const noexcept {
     ZRDATETIMESTRUCT fields{};
     ZrDateTimeToStruct(Ticks(), &fields);
     return fields;
   }
-  /// ToString formats date and time with seven digits of ticks; the others format a part.
+  /// ToString formats date and time with seven digits of ticks; ToDateString and ToTimeString format a part. They throw
+  /// std::bad_alloc when out of memory.
   [[nodiscard]] String ToString() const {
     const ZRDATETIMESTRUCT fields = Fields();
     return detail::NewText(ZrDateTimeStructToDateTimeString(&fields, 1));

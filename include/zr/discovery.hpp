@@ -23,22 +23,28 @@
 
 namespace zr {
 
+/// TableDiscovery is a discovery of a fixed list of classes. zr::MakeObject makes it.
 class TableDiscovery final : public Object<IZrComponentDiscovery> {
  public:
+  /// Row is one class: in a module file, or in the program itself.
   struct Row {
-    Uuid classId;
-    String name;
+    Uuid classId;                              ///< identifies the class
+    String name;                               ///< for ZrCLSIDFromClassName; case-sensitive
     String modulePath;                         ///< the module file; empty if the program itself contains the class
-    ZrModuleEntryPoints functions = {};        ///< then, the functions of the class, such as &zr::CreateInstance<...>
-    Ptr<IZrConfiguration> configuration = {};  ///< of the class, whatever name a client asks for
+    ZrModuleEntryPoints functions = {};        ///< then, the functions of the class; createInstance must not be null
+    Ptr<IZrConfiguration> configuration = {};  ///< of the class, under every name; may be null
   };
   using Rows = zr::Rows<Row>;
 
+  /// Takes the rows. If two have one identifier or name, the first counts.
   explicit TableDiscovery(Rows rows) : rows_(std::move(rows)) {}
 
   /// SetConfiguration sets what the library reads as its own configuration, "ZrCore".
   void SetConfiguration(Ptr<IZrConfiguration> configuration) { ownConfiguration_ = std::move(configuration); }
 
+  // The operations of the discovery, which the library calls.
+
+  /// QueryComponent reports where a class is. ZR_R_UNKNOWN_IDENTIFIER for a class without a row.
   ZRRESULT QueryComponent(const ZRUUID* classId, ZRSTR* modulePath, ZrModuleEntryPoints* entryPoints) override {
     const Row* row = Find(*classId);
     if (row == nullptr) return ZR_R_UNKNOWN_IDENTIFIER;
@@ -50,6 +56,8 @@ class TableDiscovery final : public Object<IZrComponentDiscovery> {
     return ZR_R_OK;
   }
 
+  /// QueryConfiguration gives the configuration of a row or, for the nil class, the configuration of SetConfiguration.
+  /// ZR_R_NOT_EXISTING without a configuration.
   ZRRESULT QueryConfiguration(const ZRUUID* classId, ZRSTR /*name*/, IZrConfiguration** configuration) override {
     const Row* row = Find(*classId);
     const Ptr<IZrConfiguration>& found = row != nullptr ? row->configuration : ownConfiguration_;
@@ -58,6 +66,7 @@ class TableDiscovery final : public Object<IZrComponentDiscovery> {
     return ZR_R_OK;
   }
 
+  /// QueryClassId finds a class by its name. ZR_R_NOT_EXISTING for a name without a row.
   ZRRESULT QueryClassId(ZRSTR className, ZRUUID* classId) override {
     const String wanted = String::Share(className);
     for (const Row& row : rows_) {
@@ -69,6 +78,7 @@ class TableDiscovery final : public Object<IZrComponentDiscovery> {
     return ZR_R_NOT_EXISTING;
   }
 
+  /// QueryClassName gives the name of a class. ZR_R_NOT_EXISTING for a class without a row.
   ZRRESULT QueryClassName(const ZRUUID* classId, ZRSTR* className) override {
     const Row* row = Find(*classId);
     if (row == nullptr) return ZR_R_NOT_EXISTING;

@@ -1,5 +1,5 @@
-// std::formatter for the values of the C++ layer, for programs in C++20 whose standard library has the header `format`. Elsewhere
-// this header declares nothing. zr.hpp does not include it.
+// std::formatter for the values of the C++ layer, for programs in C++20 whose standard library has the header `format`.
+// Elsewhere this header declares nothing. zr.hpp does not include it.
 //
 //     #include <zr/format.hpp>
 //     #include <zr/zr.hpp>

@@ -11,6 +11,7 @@
 
 namespace zr {
 
+/// Memory owns a block, or null. It can be moved, but not copied.
 class Memory {
  public:
   Memory() noexcept = default;
@@ -31,6 +32,7 @@ class Memory {
     made.block_ = block;
     return made;
   }
+  /// Get lends the block.
   [[nodiscard]] void* Get() const noexcept { return block_; }
   /// Detach gives the block to the caller, who destroys it with ZrDestroyMemory.
   [[nodiscard]] void* Detach() noexcept { return std::exchange(block_, nullptr); }

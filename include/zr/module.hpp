@@ -27,6 +27,7 @@ template <class T, const Uuid& id>
 struct Class {
   static constexpr const Uuid& kId = id;
 
+  /// Create makes an object and gives its interface. Exceptions pass to the caller, CreateInstance.
   static ZRRESULT Create(uint64_t argument1, const ZRUUID* interfaceId, uint64_t argument2, void** object) {
     if constexpr (std::is_constructible_v<T, uint64_t, uint64_t>) {
       return MakeObject<T>(argument1, argument2)->QueryInterface(interfaceId, object);
@@ -37,7 +38,17 @@ struct Class {
   }
 };
 
-/// CreateInstance is ZrCreateInstanceModule for these classes. ZR_R_CLASS_NOT_REGISTERED for any other class.
+/// CreateInstance is ZrCreateInstanceModule for these classes, and the function of a class in the program itself.
+///
+/// @param object  gives an object with one reference; null after a failure.
+/// @return
+///   - ZR_R_OK                    the object was made.
+///   - ZR_R_INVALID_ARGUMENTS     a pointer is null.
+///   - ZR_R_CLASS_NOT_REGISTERED  the class is not one of these.
+///   - ZR_R_NO_INTERFACE          the class does not have the interface.
+///   - ZR_R_NO_MEMORY, ZR_R_UNEXPECTED or a code of zr::Error  the constructor threw an exception; see Guard.
+///
+/// Any thread, any time, if the constructors allow it.
 template <class... Classes>
 ZRRESULT CreateInstance(const ZRUUID* classId, uint64_t argument1, const ZRUUID* interfaceId, uint64_t argument2,
                         void** object) noexcept {
@@ -55,7 +66,8 @@ ZRRESULT CreateInstance(const ZRUUID* classId, uint64_t argument1, const ZRUUID*
 
 }  // namespace zr
 
-/// ZR_MODULE defines ZrInitModule, ZrExitModule and ZrCreateInstanceModule for a list of zr::Class.
+/// ZR_MODULE defines ZrInitModule, ZrExitModule and ZrCreateInstanceModule for a list of zr::Class. Use it outside of
+/// namespaces.
 #define ZR_MODULE(...)                                                                                  \
   ZRRESULT ZrInitModule() { return ZR_R_OK; }                                                           \
   void ZrExitModule() {}                                                                                \

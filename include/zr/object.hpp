@@ -56,16 +56,21 @@ class Object : public I... {
   Object(const Object&) = delete;
   Object& operator=(const Object&) = delete;
 
+  /// AddRef adds a reference and returns the new number of references.
   uint32_t AddRef() final { return ZrInterlockedIncrementU32(&references_); }
+  /// Release takes a reference away and returns how many are left. The last one deletes the object.
   uint32_t Release() final {
     const uint32_t left = ZrInterlockedDecrementU32(&references_);
     if (left == 0) delete this;
     return left;
   }
-  /// Gives the interface with this identifier, with one reference.
+  /// QueryInterface gives the interface with this identifier, with one reference. The first interface of the list that
+  /// has the identifier counts. IZrUnknown itself has no identifier.
   ///
-  /// @return ZR_R_NO_INTERFACE, with null in `*object`, for any other identifier; ZR_R_INVALID_ARGUMENTS for a null
-  ///         argument.
+  /// @return
+  ///   - ZR_R_OK                 `*object` is the interface.
+  ///   - ZR_R_NO_INTERFACE       the class does not have the interface. `*object` is null.
+  ///   - ZR_R_INVALID_ARGUMENTS  an argument is null.
   ZRRESULT QueryInterface(const ZRUUID* interfaceId, void** object) override {
     if (object == nullptr) return ZR_R_INVALID_ARGUMENTS;
     *object = nullptr;
@@ -96,7 +101,9 @@ class Object : public I... {
 template <class Row>
 class Rows {
  public:
+  /// Makes an empty list.
   Rows() noexcept = default;
+  /// Copies the rows. Throws what the copies throw, and std::bad_alloc when out of memory.
   Rows(std::initializer_list<Row> rows) : Rows(rows.begin(), rows.size()) {}
   /// Copies `count` rows, for example those of a std::vector that the host has read from a file.
   Rows(const Row* rows, std::size_t count) : Rows(count) {  // from here on the destructor frees
@@ -107,6 +114,7 @@ class Rows {
   Rows& operator=(const Rows&) = delete;
   ~Rows() { delete[] first_; }
 
+  /// The rows, which lie next to each other.
   [[nodiscard]] const Row* begin() const noexcept { return first_; }
   [[nodiscard]] const Row* end() const noexcept { return first_ + count_; }
   [[nodiscard]] std::size_t size() const noexcept { return count_; }
@@ -118,7 +126,8 @@ class Rows {
   std::size_t count_ = 0;
 };
 
-/// MakeObject makes an object of class T. Exceptions of the constructor pass to the caller.
+/// MakeObject makes an object of class T and returns its first reference. Exceptions of the constructor pass to the
+/// caller. Throws std::bad_alloc when out of memory.
 template <class T, class... Arguments>
 [[nodiscard]] Ptr<T> MakeObject(Arguments&&... arguments) {
   T* const made = new (std::nothrow) T(std::forward<Arguments>(arguments)...);

@@ -45,11 +45,13 @@ struct InterfaceIdOf<I, std::void_t<decltype(I::kId)>> {
   static constexpr const Uuid& value = I::kId;
 };
 
+/// Ptr owns one reference on an object with the interface I, or null.
 template <class I>
 class Ptr {
  public:
   Ptr() noexcept = default;
   Ptr(std::nullptr_t) noexcept {}
+  /// Adds a reference.
   Ptr(const Ptr& other) : object_(other.object_) { Add(); }
   Ptr(Ptr&& other) noexcept : object_(other.Detach()) {}
   /// Converts to a base interface. Another interface needs As, which asks the object.
@@ -94,6 +96,7 @@ class Ptr {
     return object != nullptr ? object->Release() : 0;
   }
 
+  /// The object, which must not be null.
   [[nodiscard]] I* operator->() const noexcept {
     assert(object_ != nullptr);
     return object_;
@@ -102,10 +105,13 @@ class Ptr {
     assert(object_ != nullptr);
     return *object_;
   }
+  /// Returns whether there is an object.
   [[nodiscard]] explicit operator bool() const noexcept { return object_ != nullptr; }
 
-  /// As asks the object for another interface. ZR_R_NO_INTERFACE if the object does not have it; ZR_R_INVALID_POINTER
-  /// for null.
+  /// As asks the object for another interface, by QueryInterface, and returns it with a reference of its own.
+  ///
+  /// @return ZR_R_INVALID_POINTER for null; ZR_R_NO_INTERFACE if the object does not have the interface, or returns a
+  ///         success without an object; or the failure that the object returns.
   template <class J>
   Result<Ptr<J>> As() const {
     if (object_ == nullptr) return Failure{ZR_R_INVALID_POINTER};
@@ -117,6 +123,7 @@ class Ptr {
     return Ptr<J>::Adopt(static_cast<J*>(found));
   }
 
+  /// Two pointers are equal if they point to one interface of one object.
   friend bool operator==(const Ptr& left, const Ptr& right) noexcept { return left.object_ == right.object_; }
   friend bool operator!=(const Ptr& left, const Ptr& right) noexcept { return left.object_ != right.object_; }
 

@@ -20,11 +20,14 @@
 
 namespace zr {
 
+/// Ref is a ZRREF with constructors, texts and operators.
 class Ref : public ZRREF {
  public:
   /// Makes a reference of six zeros, which is nil.
   constexpr Ref() noexcept : ZRREF{} {}
+  /// Copies a record.
   constexpr Ref(const ZRREF& record) noexcept : ZRREF(record) {}
+  /// Makes a reference of six numbers.
   constexpr Ref(uint32_t w0, uint32_t w1, uint32_t w2, uint32_t w3, uint32_t w4, uint32_t w5) noexcept
       : ZRREF{{w0, w1, w2, w3, w4, w5}} {}
 
@@ -37,6 +40,7 @@ class Ref : public ZRREF {
     return ref;
   }
 
+  /// ToString returns the six numbers with points between them. Throws std::bad_alloc when out of memory.
   [[nodiscard]] String ToString() const {
     String text;
     if (Failed(ZrREFToString(this, text.Put())) || text.Get() == nullptr) detail::OutOfMemory();

@@ -78,6 +78,7 @@ inline std::string ErrorText(ZRRESULT code) {
 /// Error is what Result::Value throws: a result code, and the text that is registered for it (error_info.h).
 class Error : public std::runtime_error {
  public:
+  /// Makes an exception for a failure code. Throws std::bad_alloc when out of memory.
   explicit Error(ZRRESULT code) : std::runtime_error(detail::ErrorText(code)), code_(code) {}
 
   /// Code returns the result code, which is negative.
@@ -108,12 +109,13 @@ class [[nodiscard]] Result {
     assert(!Failed(code_));
   }
 
+  /// Code returns the result code; a positive success is kept.
   [[nodiscard]] ZRRESULT Code() const noexcept { return code_; }
   /// Returns whether this is a success; never whether the value is true.
   [[nodiscard]] explicit operator bool() const noexcept { return !Failed(code_); }
 
 #if ZR_EXCEPTIONS
-  /// Value returns the value, or throws Error after a failure.
+  /// Value returns the value, or throws Error after a failure. It does not exist without exceptions.
   [[nodiscard]] T& Value() & {
     Check();
     return value_;
@@ -132,7 +134,8 @@ class [[nodiscard]] Result {
   [[nodiscard]] T ValueOr(T other) const& { return *this ? value_ : std::move(other); }
   [[nodiscard]] T ValueOr(T other) && { return *this ? std::move(value_) : std::move(other); }
 
-  /// The value, which must exist: after a failure this is a T made by the default constructor.
+  /// The value without a check: after a failure, a T made by the default constructor. On a temporary Result, `*` moves
+  /// the value out, so `for (x : *array.Lend())` is safe.
   [[nodiscard]] T& operator*() & noexcept { return value_; }
   [[nodiscard]] const T& operator*() const& noexcept { return value_; }
   [[nodiscard]] T operator*() && { return std::move(value_); }
@@ -154,14 +157,19 @@ class [[nodiscard]] Result {
 template <>
 class [[nodiscard]] Result<void> {
  public:
+  /// Makes a success with ZR_R_OK.
   Result() noexcept = default;
+  /// Makes a failure.
   Result(Failure failure) noexcept : code_(failure.code) {}
+  /// Makes a success or a failure, by the sign of the code.
   explicit Result(ZRRESULT code) noexcept : code_(code) {}
 
+  /// Code returns the result code; a positive success is kept.
   [[nodiscard]] ZRRESULT Code() const noexcept { return code_; }
+  /// Returns whether this is a success.
   [[nodiscard]] explicit operator bool() const noexcept { return !Failed(code_); }
 #if ZR_EXCEPTIONS
-  /// Throws Error if this is a failure.
+  /// Throws Error if this is a failure. It does not exist without exceptions.
   void Value() const {
     if (Failed(code_)) throw Error(code_);
   }
@@ -212,9 +220,18 @@ template <class Body>
 #endif
 }
 
-/// RegisterError gives a module's own code a text and a description. Text and description are zero-terminated.
+/// RegisterError registers a text and a description for a result code of a module. Error::what and TextOf return them.
+/// They stay registered until the process ends.
 ///
-/// @return ZR_R_ALREADY_REGISTERED if the code has a text already.
+/// @param text         reads a zero-terminated text.
+/// @param description  the same; null means none.
+/// @return
+///   - ZR_R_OK                  the code has a text now.
+///   - ZR_R_ALREADY_REGISTERED  the code had a text already, which stays.
+///   - another code             as ZrErrorInfoRegister (error_info.h).
+/// @throws std::bad_alloc when out of memory.
+///
+/// Any thread, any time.
 inline Result<void> RegisterError(ZRRESULT code, const WCHAR* text, const WCHAR* description = nullptr) {
   return Result<void>(ZrErrorInfoRegister(static_cast<uint32_t>(code), text, description));
 }

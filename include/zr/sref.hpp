@@ -22,14 +22,17 @@
 
 namespace zr {
 
+/// Sref owns a reference by numbers or by text, or null, which is a reference to nothing.
 class Sref {
  public:
   Sref() noexcept = default;
+  /// Makes a reference by numbers. Throws std::bad_alloc when out of memory.
   explicit Sref(const Ref& ref) : Sref() {
     const ZRSREF record = {const_cast<Ref*>(&ref), nullptr};  // only read
     (void)ZrCopySREF(&record, &sref_);
   }
 
+  /// Copies the record. A record with neither numbers nor a text becomes null.
   Sref(const Sref& other) {
     if (other.sref_ != nullptr) (void)ZrCopySREF(other.sref_, &sref_);  // null for a record without fields
   }
@@ -40,7 +43,8 @@ class Sref {
   }
   ~Sref() { Destroy(sref_); }
 
-  /// Parse makes a reference by numbers if the text is that of a Ref, else a reference by text. Null stays null.
+  /// Parse makes a reference by numbers if the text is that of a Ref, else a reference by text. Null stays null. Throws
+  /// std::bad_alloc when out of memory.
   [[nodiscard]] static Sref Parse(const String& text) {
     Sref made;
     if (text.Get() != nullptr) (void)ZrStringToSREF(text.Get(), &made.sref_);
@@ -63,6 +67,8 @@ class Sref {
   /// Detach gives the record to the caller, who destroys it with ZrDestroySREF.
   [[nodiscard]] ZRSREF* Detach() noexcept { return std::exchange(sref_, nullptr); }
 
+  /// ToString returns the numbers with points between them or, without numbers, the text. It is empty for null. Throws
+  /// std::bad_alloc when out of memory.
   [[nodiscard]] String ToString() const {
     String text;
     if (sref_ != nullptr && (Failed(ZrSREFToString(sref_, text.Put())) || text.Get() == nullptr)) detail::OutOfMemory();
@@ -76,6 +82,7 @@ class Sref {
     (void)ZrCompareSREF_ThreeWay(left.sref_, right.sref_, &order);
     return order;
   }
+  /// Two references are equal if Compare returns 0.
   friend bool operator==(const Sref& left, const Sref& right) noexcept { return Compare(left, right) == 0; }
   friend bool operator!=(const Sref& left, const Sref& right) noexcept { return Compare(left, right) != 0; }
 

@@ -28,6 +28,7 @@ namespace zr {
 /// StringView is a view of 16-bit code units: std::u16string_view, and std::wstring_view on Windows.
 using StringView = std::basic_string_view<WCHAR>;
 
+/// String owns a reference on an immutable string of 16-bit code units, or null, which is an empty string.
 class String {
  public:
   /// Makes an empty string.
@@ -36,11 +37,13 @@ class String {
   String(StringView units) : string_(Make(units)) {}
   /// Copies a zero-terminated text, such as a literal. Null makes an empty string.
   String(const WCHAR* text) : string_(text != nullptr && *text != 0 ? Checked(ZrCreateString(text)) : nullptr) {}
+  /// Copies the units of a standard string, zero units included.
   String(const std::basic_string<WCHAR>& units) : String(StringView(units)) {}
   /// 8-bit text has no encoding of its own: use FromUtf8.
   String(const char*) = delete;
   String(std::nullptr_t) = delete;
 
+  /// Shares the units with the other string.
   String(const String& other) noexcept : string_(other.string_ != nullptr ? ZrCopyString(other.string_) : nullptr) {}
   String(String&& other) noexcept : string_(std::exchange(other.string_, nullptr)) {}
   String& operator=(String other) noexcept {
@@ -49,8 +52,15 @@ class String {
   }
   ~String() { Destroy(string_); }
 
-  /// FromUtf8 makes a string of UTF-8. Bytes that are not sequences of UTF-8 fail with ZR_R_INVALID_ARGUMENTS; overlong
-  /// forms, encoded surrogates and values above U+10FFFF are accepted (ZrCreateZRSTRfromUTF8).
+  /// FromUtf8 makes a string of UTF-8. Zero bytes become zero units.
+  ///
+  /// @return
+  ///   - ZR_R_OK                 the string was made.
+  ///   - ZR_R_INVALID_ARGUMENTS  the bytes are not sequences of UTF-8, end inside a sequence, or are more than
+  ///                             0x7FFFFFFF. Overlong forms of two and three bytes, encoded surrogates and values above
+  ///                             U+10FFFF are accepted, as by ZrCreateZRSTRfromUTF8.
+  ///   - ZR_R_FAILED             a form of four bytes is overlong.
+  /// @throws std::bad_alloc when out of memory.
   static Result<String> FromUtf8(std::string_view bytes) {
     if (bytes.empty()) return String();
     if (bytes.size() > INT32_MAX || EndsInsideSequence(bytes)) return Failure{ZR_R_INVALID_ARGUMENTS};
@@ -63,6 +73,10 @@ class String {
   }
 
   /// FromUtf32 makes a string of code points.
+  ///
+  /// @return ZR_R_INVALID_ARGUMENTS for more than 0x7FFFFFFF code points; otherwise as ZrCreateZRSTRfromUTF32
+  ///         (unicode.h).
+  /// @throws std::bad_alloc when out of memory.
   static Result<String> FromUtf32(std::u32string_view codePoints) {
     if (codePoints.size() > INT32_MAX) return Failure{ZR_R_INVALID_ARGUMENTS};
     if (codePoints.empty()) return String();
@@ -95,21 +109,27 @@ class String {
   /// Detach gives the reference to the caller, who releases it with ZrDestroyString.
   [[nodiscard]] ZRSTR Detach() noexcept { return std::exchange(string_, nullptr); }
 
+  /// Length returns the number of code units, zero units included.
   [[nodiscard]] uint32_t Length() const noexcept { return ZrStringLen(string_); }
+  /// IsEmpty returns whether there are no code units.
   [[nodiscard]] bool IsEmpty() const noexcept { return Length() == 0; }
 
-  /// View lends the units. A view of a temporary would dangle, so it does not compile.
+  /// View lends the units until the String is assigned, moved from or destroyed. A view of a temporary would dangle, so
+  /// it does not compile.
   [[nodiscard]] StringView View() const& noexcept {
     return string_ != nullptr ? StringView(string_, Length()) : StringView();
   }
   StringView View() const&& = delete;
+  /// The same as View.
   operator StringView() const& noexcept { return View(); }
   operator StringView() const&& = delete;
 
-  /// ToUtf8 copies the text up to its first zero unit. Each lone surrogate becomes U+FFFD.
+  /// ToUtf8 copies the text up to its first zero unit. Each lone surrogate becomes U+FFFD. Throws std::bad_alloc when
+  /// out of memory.
   [[nodiscard]] std::string ToUtf8() const { return detail::Utf8Of(string_); }
 
-  /// ToUtf32 copies all code points. A lone surrogate fails with ZR_R_INVALID_ARGUMENTS.
+  /// ToUtf32 copies all code points. A lone surrogate fails with ZR_R_INVALID_ARGUMENTS. Throws std::bad_alloc when out
+  /// of memory.
   [[nodiscard]] Result<std::u32string> ToUtf32() const {
     const StringView units = View();
     std::size_t pairs = 0;
@@ -134,17 +154,21 @@ class String {
   /// ReferenceCount returns how many references the string has; 0 for null. It may have changed when the call returns.
   [[nodiscard]] uint32_t ReferenceCount() const noexcept { return ZrStringRefCount(string_); }
 
-  /// Lower and Upper return a copy in the other letter case of the process's default locale, up to the first zero unit.
+  /// Lower and Upper return a copy whose units up to the first zero unit are in that letter case, by the rules of the
+  /// user's locale. Throws std::bad_alloc when out of memory.
   [[nodiscard]] String Lower() const { return WithCase(ZrWCHARToLower); }
   [[nodiscard]] String Upper() const { return WithCase(ZrWCHARToUpper); }
 
-  /// CompareNoCase orders two texts without regard to letter case, each up to its first zero unit.
+  /// CompareNoCase returns a negative number, 0 or a positive number: the order of two texts without regard to letter
+  /// case, each up to its first zero unit, by the rules of the user's locale.
   [[nodiscard]] int32_t CompareNoCase(const String& other) const noexcept {
     static constexpr WCHAR kEmpty[] = {0};
     return ZrWCHARCompareNoCase(string_ != nullptr ? string_ : kEmpty,
                                 other.string_ != nullptr ? other.string_ : kEmpty);
   }
 
+  /// Appends. A sum with an empty String shares the units of the other; otherwise it is a new string. Throws
+  /// std::bad_alloc when out of memory.
   String& operator+=(const String& other) { return *this = *this + other; }
   friend String operator+(const String& left, const String& right) {
     if (left.string_ == nullptr) return right;
@@ -152,6 +176,7 @@ class String {
     return Adopt(Checked(ZrAppendStrings(left.string_, right.string_)));
   }
 
+  /// Two strings are equal if their units are.
   friend bool operator==(const String& left, const String& right) noexcept { return Order(left, right) == 0; }
   friend bool operator!=(const String& left, const String& right) noexcept { return Order(left, right) != 0; }
   /// The order is that of the bytes, as ZrCompareString has it: not the order of code units or of a language.
@@ -209,7 +234,8 @@ class String {
 };
 static_assert(sizeof(String) == sizeof(ZRSTR), "a String is its handle");
 
-/// TextOf returns the text that is registered for a result code, or ZR_R_NOT_EXISTING.
+/// TextOf returns the text that is registered for a result code. ZR_R_NOT_EXISTING if the code has
+/// no text, such as ZR_R_OK. Throws std::bad_alloc when out of memory.
 inline Result<String> TextOf(ZRRESULT code) {
   String text;
   const ZRRESULT result = ZrErrorInfoGetText(static_cast<uint32_t>(code), text.Put());
@@ -217,7 +243,8 @@ inline Result<String> TextOf(ZRRESULT code) {
   return text;
 }
 
-/// DescriptionOf returns the description that is registered for a result code, or ZR_R_NOT_EXISTING.
+/// DescriptionOf returns the description that is registered for a result code. ZR_R_NOT_EXISTING if the code has no
+/// text. Throws std::bad_alloc when out of memory.
 inline Result<String> DescriptionOf(ZRRESULT code) {
   String text;
   const ZRRESULT result = ZrErrorInfoGetDescription(static_cast<uint32_t>(code), text.Put());

@@ -53,31 +53,35 @@ class Ticked {
 
 }  // namespace detail
 
+/// TimeSpan is a signed number of ticks of 100 ns. It has the operators of an ordered value.
 class TimeSpan : public detail::Ticked<TimeSpan> {
  public:
   constexpr TimeSpan() noexcept = default;
+  /// Makes a span of this many ticks.
   constexpr explicit TimeSpan(ZRTIMESPAN ticks) noexcept : Ticked(ticks) {}
+  /// Milliseconds, Seconds, Minutes, Hours and Days make a span of this many units. A product that does not fit wraps.
   [[nodiscard]] static constexpr TimeSpan Milliseconds(int64_t count) noexcept { return Of(count, 10000); }
   [[nodiscard]] static constexpr TimeSpan Seconds(int64_t count) noexcept { return Of(count, ZR_TICKS_PER_SECOND); }
   [[nodiscard]] static constexpr TimeSpan Minutes(int64_t count) noexcept { return Of(count, ZR_TICKS_PER_MINUTE); }
   [[nodiscard]] static constexpr TimeSpan Hours(int64_t count) noexcept { return Of(count, ZR_TICKS_PER_HOUR); }
   [[nodiscard]] static constexpr TimeSpan Days(int64_t count) noexcept { return Of(count, ZR_TICKS_PER_DAY); }
 
-  /// Parse reads the text of a span. It refuses only a text with fewer than two units or no colon.
+  /// Parse reads the text of a span. ZR_R_INVALID_ARGUMENTS only for a text with fewer than two units or no
+  /// colon.
   static Result<TimeSpan> Parse(const String& text) noexcept {
     ZRTIMESPAN span = 0;
     if (ZrTimeSpanStringToTimeSpan(text.Get(), &span) == 0) return Failure{ZR_R_INVALID_ARGUMENTS};
     return TimeSpan(span);
   }
-  /// ParseTimeOfDay reads a time of day such as "05:06:07.1234567" as the span since midnight. It refuses only a text
-  /// with fewer than two units.
+  /// ParseTimeOfDay reads a time of day such as "05:06:07.1234567" as the span since midnight.
+  /// ZR_R_INVALID_ARGUMENTS only for a text with fewer than two units.
   static Result<TimeSpan> ParseTimeOfDay(const String& text) noexcept {
     ZRDATETIMESTRUCT fields{};
     if (ZrTimeStringToDateTimeStruct(text.Get(), &fields) == 0) return Failure{ZR_R_INVALID_ARGUMENTS};
     return Hours(fields.hour) + Minutes(fields.minute) + Seconds(fields.second) + TimeSpan(fields.fraction);
   }
   /// ToString formats the span. The text of a negative span has a minus sign in every part, and Parse reads it as
-  /// another value.
+  /// another value. Throws std::bad_alloc when out of memory.
   [[nodiscard]] String ToString() const { return detail::NewText(ZrTimeSpanToTimeSpanString(Ticks())); }
 
   friend constexpr TimeSpan operator+(TimeSpan left, TimeSpan right) noexcept {

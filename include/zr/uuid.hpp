@@ -29,10 +29,12 @@ namespace detail {
 
 }  // namespace detail
 
+/// Uuid is a ZRUUID with a constructor for literals, and with operators.
 class Uuid : public ZRUUID {
  public:
   /// Makes the nil identifier, sixteen zero bytes.
   constexpr Uuid() noexcept : ZRUUID{} {}
+  /// Copies a record.
   constexpr Uuid(const ZRUUID& record) noexcept : ZRUUID(record) {}
   /// Reads a literal such as "31AD0869-8AC8-4D25-A11C-A887BE515257". In a constant expression a wrong digit does not
   /// compile; elsewhere it terminates the process. A literal of another length never compiles.
@@ -48,7 +50,8 @@ class Uuid : public ZRUUID {
     }
   }
 
-  /// Generate returns a random identifier (version 4), or the nil identifier if the system has no random bytes.
+  /// Generate returns a random identifier (version 4), or the nil identifier if the system has no random bytes. Throws
+  /// std::bad_alloc when out of memory.
   [[nodiscard]] static Uuid Generate() {
     ZRUUID* made = ZrGenerateUUID();
     const Uuid copy(*made);
@@ -56,7 +59,8 @@ class Uuid : public ZRUUID {
     return copy;
   }
 
-  /// Parse reads the text form, in all variants that ZrUUIDFromString accepts.
+  /// Parse reads the text form, in all variants that ZrUUIDFromString accepts. ZR_R_INVALID_ARGUMENTS for other
+  /// texts.
   static Result<Uuid> Parse(const char* text) noexcept {
     Uuid parsed;
     if (const ZRRESULT result = ZrUUIDFromString(text, &parsed); Failed(result)) return Failure{result};
@@ -76,13 +80,14 @@ class Uuid : public ZRUUID {
     return Parse(static_cast<const char*>(terminated));
   }
 
-  /// ToString returns the text form, in braces.
+  /// ToString returns the text form in upper case, in braces. Throws std::bad_alloc when out of memory.
   [[nodiscard]] String ToString() const {
     String text;
     if (Failed(ZrStringFromUUID(this, text.Put())) || text.Get() == nullptr) detail::OutOfMemory();
     return text;
   }
 
+  /// IsNil returns whether all bytes are zero.
   [[nodiscard]] constexpr bool IsNil() const noexcept { return *this == Uuid(); }
 
   friend constexpr bool operator==(const Uuid& left, const Uuid& right) noexcept {

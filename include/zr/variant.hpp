@@ -180,19 +180,23 @@ struct ValueTraits<Uuid>
 template <>
 struct ValueTraits<Ref> : detail::RecordTraits<Ref, ZRREF, ZR_VT_REF, &ZRVARIANTVALUE::ref, ZrCopyREF, ZrDestroyREF> {};
 
+/// Variant owns the value of a record with a tag word, or nothing.
 class Variant {
  public:
   /// Makes an empty variant.
   Variant() noexcept = default;
-  /// Makes a variant with a value of a type that ValueTraits knows.
+  /// Makes a variant with a value of a type that ValueTraits knows. Throws std::bad_alloc when out of memory, as the
+  /// copy of the value does.
   template <class T, class = std::enable_if_t<detail::HasValueTraits<std::decay_t<T>>::value>>
   Variant(T&& value) {
     using Traits = ValueTraits<std::decay_t<T>>;
     Traits::Store(value_.Value, std::forward<T>(value));
     value_.Type = Traits::kTag;  // last: Store may throw
   }
+  /// Makes a ZR_VT_STR with a copy of a text.
   Variant(StringView units) : Variant(String(units)) {}
   Variant(const WCHAR* text) : Variant(String(text)) {}
+  /// Takes an array. Null makes an empty variant.
   Variant(AnyArray array) noexcept {
     if (array.Get() == nullptr) return;
     value_.Type = static_cast<uint16_t>(array.Tag() | ZR_VT_ARRAY);
@@ -205,6 +209,7 @@ class Variant {
   Variant(const char*) = delete;
   Variant(std::string_view) = delete;
 
+  /// Copies the value. A record with an unknown tag becomes empty.
   Variant(const Variant& other) { CopyFrom(other); }
   Variant(Variant&& other) noexcept : value_(other.Detach()) {}
   Variant& operator=(Variant other) noexcept {
@@ -213,13 +218,15 @@ class Variant {
   }
   ~Variant() { Release(); }
 
-  /// Adopt takes the value of a record. The caller must not clear the record afterwards.
+  /// Adopt takes the value of a record. The caller must not clear the record afterwards. A variant of a record by
+  /// reference must not outlive the variable that the record refers to.
   [[nodiscard]] static Variant Adopt(const ZRVARIANT& record) noexcept {
     Variant made;
     made.value_ = record;
     return made;
   }
-  /// CopyOf copies a record; a value by reference is copied from where the record refers to.
+  /// CopyOf copies a record. If the record is by reference, the value that it refers to is copied. The codes are those
+  /// of ZrVariantCopyInd: ZR_R_INVALID_ARGUMENTS for an unknown tag. Throws std::bad_alloc when out of memory.
   static Result<Variant> CopyOf(const ZRVARIANT& record) {
     Variant copy;
     if (const ZRRESULT result = ZrVariantCopyInd(&copy.value_, &record); Failed(result)) return Failure{result};
@@ -245,7 +252,8 @@ class Variant {
     value_ = ZR_VARIANT_INIT;
   }
 
-  /// Type returns the tag word; Tag only the tag in it.
+  /// Type returns the tag word, with flags; Tag only the tag in it. IsArray and IsReference return whether the value is
+  /// an array (ZR_VT_ARRAY), or is elsewhere (ZR_VT_BYREF).
   [[nodiscard]] uint16_t Type() const noexcept { return value_.Type; }
   [[nodiscard]] uint16_t Tag() const noexcept { return value_.Type & ZR_VT_TYPEMASK; }
   [[nodiscard]] bool IsEmpty() const noexcept { return value_.Type == ZR_VT_EMPTY; }
@@ -260,9 +268,18 @@ class Variant {
     return value_.Type == ValueTraits<T>::kTag;
   }
 
-  /// To returns the value as a T, converted by the library if it has another type. The codes are those of
-  /// ZrVariantChangeType: a number out of range and a text that can't be parsed fail with ZR_R_INVALID_ARGUMENTS, types
-  /// that do not convert, and arrays, with ZR_R_NOT_SUPPORTED.
+  /// To returns the value as a T, converted by the library if it has another type.
+  ///
+  /// @return
+  ///   - ZR_R_OK                 the value was copied or converted. If there is no memory for a new text, the String is
+  ///                             empty.
+  ///   - ZR_R_NOT_SUPPORTED      the types do not convert, the variant is empty, or the value is an array.
+  ///   - ZR_R_INVALID_ARGUMENTS  a number is out of range, or a text is not a date, time, UUID or reference.
+  ///   - ZR_R_FAILED             a text is not a number, or not one in the range of T.
+  ///   - another code            as ZrVariantChangeType or, for a value by reference, ZrVariantCopyInd (variant.h).
+  /// @throws std::bad_alloc when out of memory.
+  ///
+  /// A ZR_VT_QWORD, which no constructor makes, must not be converted to a DateTime: its number is read as an address.
   template <class T>
   Result<T> To() const& {
     using Traits = ValueTraits<T>;
@@ -279,10 +296,13 @@ class Variant {
     return Traits::Take(taken.Value);
   }
 
-  /// ChangeType converts the value in place. After a failure the value is as before.
+  /// ChangeType converts the value in place, an array element by element. After a failure the value is as before. The
+  /// codes are those of ZrVariantChangeType; ZR_R_NOT_SUPPORTED for a value by reference. Throws std::bad_alloc when
+  /// out of memory.
   Result<void> ChangeType(uint16_t tag) { return Result<void>(ZrVariantChangeType(&value_, &value_, 0, tag)); }
 
-  /// ToArray returns a copy of the array, or ZR_R_NOT_SUPPORTED if the value is not an array. TakeArray moves it out.
+  /// ToArray returns a copy of the array. TakeArray moves it out, which leaves an empty variant. ZR_R_NOT_SUPPORTED if
+  /// the value is not an array, or is an array by reference or null.
   Result<AnyArray> ToArray() const& {
     if (!HoldsArray()) return Failure{ZR_R_NOT_SUPPORTED};
     AnyArray copy;

@@ -11,21 +11,22 @@
 //
 // An owner has the size of its handle or record. A moved-from owner is empty and can be used.
 //
+// ostream.hpp, fmt.hpp and format.hpp print values. This header doesn't include them.
+//
 // These exports have no counterpart here:
 //
 //   - Second names of one function: ZrCreateZRSTRfromWCHAR, ZrCreateZRSTRfromUTF16, ZrCreateStringLen,
-//   ZrCreateStringLen_2,
-//     ZrCreateString and ZrReCreateString...: construct a String. ZrUTF8toZRSTR: String::FromUtf8. ZrStringByteLen:
-//     String::Length. ZrVariantInit, ZrCreateUUID, ZrCreateREF and ZrCreateSREF: the default constructors.
+//     ZrCreateStringLen_2, ZrCreateString and ZrReCreateString...: construct a String. ZrUTF8toZRSTR:
+//     String::FromUtf8. ZrStringByteLen: String::Length. ZrVariantInit, ZrCreateUUID, ZrCreateREF and ZrCreateSREF: the
+//     default constructors.
 //   - Comparisons that an operator makes without a call: ZrCompareUUID, ZrCompareREF, ZrCompareStringW. ZRREFLess,
-//   ZRREFGreater,
-//     ZRSREFLess, ZRSREFGreater and ZrCompareSREF: Compare of Ref and Sref returns their order.
+//     ZRREFGreater, ZRSREFLess, ZRSREFGreater and ZrCompareSREF: Compare of Ref and Sref returns their order.
 //   - Writers into a caller's buffer, and conversions between other encodings, whose sizes are easy to get wrong:
 //     ZrCreateWCHARfromZRSTR, ZrCreateUTF16fromZRSTR, ZrCreateUTF32fomZRSTR, ZrCreateUTF8fromZRSTR, ZrCopyZRSTR2WCHAR,
 //     ZrCopyWCHAR2ZRSTR, ZrUTF32toUTF16, ZrUTF32toUTF8 and ZrUTF8toUTF32: use View, ToUtf8, ToUtf32, FromUtf8 and
 //     FromUtf32.
 //   - Parts of what Bounds and Lend return: ZrSafeArrayGetLBound, ZrSafeArrayGetUBound, ZrSafeArrayLock,
-//   ZrSafeArrayUnlock.
+//     ZrSafeArrayUnlock.
 //   - Atomic integers, ZrInterlocked...: use std::atomic.
 
 #ifndef ZR_ZR_HPP
