@@ -5,7 +5,7 @@
 //     #include <zr/zr.hpp>
 //     std::string line = std::format("{:>10}: {}", zr::String(u"Mars"), zr::TimeSpan::Hours(2));
 //
-// It formats the same types with the same texts as ostream.hpp. The format specification is that of a string.
+// It formats the same types with the same texts as ostream.hpp. The format options are those of a string.
 
 #ifndef ZR_FORMAT_HPP
 #define ZR_FORMAT_HPP
