@@ -17,6 +17,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include "zr/result.hpp"
@@ -27,6 +28,17 @@ namespace zr {
 
 /// StringView is a view of 16-bit code units: std::u16string_view, and std::wstring_view on Windows.
 using StringView = std::basic_string_view<WCHAR>;
+
+class String;
+
+namespace detail {
+
+// Texts that a String compares with as views.
+template <class Text>
+constexpr bool kIsText = std::is_convertible_v<const Text&, StringView> && !std::is_same_v<Text, String> &&
+                         !std::is_same_v<Text, std::nullptr_t>;
+
+}  // namespace detail
 
 /// String owns a reference on an immutable string of 16-bit code units, or null, which is an empty string.
 class String {
@@ -184,11 +196,23 @@ class String {
   friend bool operator>(const String& left, const String& right) noexcept { return Order(left, right) > 0; }
   friend bool operator<=(const String& left, const String& right) noexcept { return Order(left, right) <= 0; }
   friend bool operator>=(const String& left, const String& right) noexcept { return Order(left, right) >= 0; }
-  // Against a view nothing is allocated.
-  friend bool operator==(const String& left, StringView right) noexcept { return left.View() == right; }
-  friend bool operator!=(const String& left, StringView right) noexcept { return left.View() != right; }
-  friend bool operator==(const String& left, const WCHAR* right) noexcept { return left.View() == right; }
-  friend bool operator!=(const String& left, const WCHAR* right) noexcept { return left.View() != right; }
+  // Against a literal, a view or a standard string nothing is allocated.
+  template <class Text, class = std::enable_if_t<detail::kIsText<Text>>>
+  friend bool operator==(const String& left, const Text& right) noexcept {
+    return left.View() == StringView(right);
+  }
+  template <class Text, class = std::enable_if_t<detail::kIsText<Text>>>
+  friend bool operator!=(const String& left, const Text& right) noexcept {
+    return left.View() != StringView(right);
+  }
+  template <class Text, class = std::enable_if_t<detail::kIsText<Text>>>
+  friend bool operator==(const Text& left, const String& right) noexcept {
+    return StringView(left) == right.View();
+  }
+  template <class Text, class = std::enable_if_t<detail::kIsText<Text>>>
+  friend bool operator!=(const Text& left, const String& right) noexcept {
+    return StringView(left) != right.View();
+  }
 
  private:
   // The export ignores null too, but the compiler sees this test, so that a moved-from String costs no call.
