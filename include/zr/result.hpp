@@ -61,10 +61,12 @@ inline std::string Utf8Of(ZRSTR string) {
 
 inline std::string ErrorText(ZRRESULT code) {
   std::string text;
-  ZRSTR registered = nullptr;
-  if (!Failed(ZrErrorInfoGetText(static_cast<uint32_t>(code), &registered))) {
-    text = Utf8Of(registered) + " ";
-    ZrDestroyString(registered);
+  struct Registered {
+    ZRSTR string = nullptr;
+    ~Registered() { ZrDestroyString(string); }
+  } registered;
+  if (!Failed(ZrErrorInfoGetText(static_cast<uint32_t>(code), &registered.string))) {
+    text = Utf8Of(registered.string) + " ";
   }
   text += "(0x";
   for (int shift = 28; shift >= 0; shift -= 4) {
@@ -104,7 +106,12 @@ class [[nodiscard]] Result {
     assert(Failed(code_));
   }
   /// Makes a success. `code` must be zero or above.
-  Result(T value, ZRRESULT code = ZR_R_OK) noexcept(std::is_nothrow_move_constructible_v<T>)
+  Result(const T& value, ZRRESULT code = ZR_R_OK) noexcept(std::is_nothrow_copy_constructible_v<T>)
+      : value_(value), code_(code) {
+    assert(!Failed(code_));
+  }
+  // A separate overload, because C++17 moves a returned local variable only into a parameter that is a T&&.
+  Result(T&& value, ZRRESULT code = ZR_R_OK) noexcept(std::is_nothrow_move_constructible_v<T>)
       : value_(std::move(value)), code_(code) {
     assert(!Failed(code_));
   }
