@@ -72,7 +72,8 @@ struct HasElementTraits<T, std::void_t<typename ElementTraits<T>::Stored>> : std
 }  // namespace detail
 
 template <class T>
-struct ElementTraits<T, std::enable_if_t<detail::kIsInteger<T> || std::is_floating_point_v<T>>>
+struct ElementTraits<T,
+                     std::enable_if_t<detail::kIsInteger<T> || std::is_same_v<T, float> || std::is_same_v<T, double>>>
     : detail::PlainElement<T, T> {};
 template <>
 struct ElementTraits<bool> {
@@ -132,8 +133,10 @@ class Lent {
  public:
   Lent() noexcept = default;
   Lent(Lent&& other) noexcept
-      : array_(std::exchange(other.array_, nullptr)), first_(other.first_), count_(other.count_) {}
-  Lent& operator=(Lent&& other) noexcept {
+      : array_(std::exchange(other.array_, nullptr)),
+        first_(std::exchange(other.first_, nullptr)),
+        count_(std::exchange(other.count_, 0)) {}
+  Lent& operator=(Lent other) noexcept {
     std::swap(array_, other.array_);
     std::swap(first_, other.first_);
     std::swap(count_, other.count_);
@@ -231,6 +234,7 @@ class Array {
   ///         ZR_R_INVALID_OBJECT_STATE while the elements are lent; ZR_R_INVALID_POINTER for null.
   template <class... Index>
   Result<T> At(Index... index) const {
+    if (!(Fits(index) && ...)) return Failure{ZR_R_INVALID_ARGUMENTS};
     const uint32_t indices[] = {static_cast<uint32_t>(index)...};
     if (const ZRRESULT result = CheckIndices(indices, sizeof...(index)); Failed(result)) return Failure{result};
     Stored stored = Nothing();
@@ -238,9 +242,11 @@ class Array {
     return Traits::Take(stored);
   }
   /// Set replaces one element with a copy of the value. The codes are those of At, and those of ZrSafeArrayPutElement
-  /// for the value. Throws std::bad_alloc when out of memory.
+  /// for the value: a null Sref makes the element null and fails with ZR_R_INVALID_ARGUMENTS. Throws std::bad_alloc when
+  /// out of memory.
   template <class... Index>
   Result<void> Set(const T& value, Index... index) {
+    if (!(Fits(index) && ...)) return Failure{ZR_R_INVALID_ARGUMENTS};
     const uint32_t indices[] = {static_cast<uint32_t>(index)...};
     if (const ZRRESULT result = CheckIndices(indices, sizeof...(index)); Failed(result)) return Failure{result};
     return Result<void>(Put(indices, value));
@@ -282,6 +288,18 @@ class Array {
   ZRRESULT Put(const uint32_t* indices, const T& value) {
     const Stored lowered = Traits::Lower(value);
     return ZrSafeArrayPutElement(Get(), indices, &lowered);
+  }
+
+  // Whether an index is a number of 32 bits, signed or unsigned.
+  template <class Index>
+  static constexpr bool Fits(Index index) noexcept {
+    static_assert(std::is_integral_v<Index>, "an index is an integer");
+    if constexpr (sizeof(Index) > sizeof(uint32_t)) {
+      return index == static_cast<Index>(static_cast<uint32_t>(index)) ||
+             index == static_cast<Index>(static_cast<int32_t>(index));
+    } else {
+      return (void)index, true;
+    }
   }
 
   ZRRESULT CheckIndices(const uint32_t* indices, std::size_t count) const noexcept {
