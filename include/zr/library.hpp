@@ -52,7 +52,7 @@ class Registration {
   explicit Registration(IZrComponentDiscovery& discovery) : code_(ZrAddComponentDiscovery(&discovery, &cookie_)) {}
   Registration(Registration&& other) noexcept
       : cookie_(std::exchange(other.cookie_, 0)), code_(std::exchange(other.code_, ZR_R_NO_INIT)) {}
-  Registration& operator=(Registration&& other) noexcept {
+  Registration& operator=(Registration other) noexcept {
     std::swap(cookie_, other.cookie_);
     std::swap(code_, other.code_);
     return *this;

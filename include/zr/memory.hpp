@@ -20,7 +20,7 @@ class Memory {
     if (block_ == nullptr) detail::OutOfMemory();
   }
   Memory(Memory&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
-  Memory& operator=(Memory&& other) noexcept {
+  Memory& operator=(Memory other) noexcept {
     std::swap(block_, other.block_);
     return *this;
   }
@@ -37,10 +37,12 @@ class Memory {
   /// Detach gives the block to the caller, who destroys it with ZrDestroyMemory.
   [[nodiscard]] void* Detach() noexcept { return std::exchange(block_, nullptr); }
 
-  /// Resize moves the content to a block of `size` bytes. Throws std::bad_alloc, with the old block unchanged.
+  /// Resize moves the content to a block of `size` bytes. If there is a block, a size of 0 frees it and leaves null.
+  /// Throws std::bad_alloc, with the old block unchanged.
   void Resize(uint32_t size) {
+    const bool frees = block_ != nullptr && size == 0;
     void* const resized = ZrRecreateMemory(block_, size);
-    if (resized == nullptr) detail::OutOfMemory();
+    if (resized == nullptr && !frees) detail::OutOfMemory();
     block_ = resized;
   }
 
