@@ -242,8 +242,8 @@ class Array {
     return Traits::Take(stored);
   }
   /// Set replaces one element with a copy of the value. The codes are those of At, and those of ZrSafeArrayPutElement
-  /// for the value: a null Sref makes the element null and fails with ZR_R_INVALID_ARGUMENTS. Throws std::bad_alloc when
-  /// out of memory.
+  /// for the value: a null Sref makes the element null and fails with ZR_R_INVALID_ARGUMENTS. Throws std::bad_alloc
+  /// when out of memory.
   template <class... Index>
   Result<void> Set(const T& value, Index... index) {
     if (!(Fits(index) && ...)) return Failure{ZR_R_INVALID_ARGUMENTS};

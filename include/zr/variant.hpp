@@ -35,6 +35,9 @@
 
 namespace zr {
 
+template <class T>
+class Array;
+
 /// Currency is a ZRCY: an amount of money in the unit that the program chooses, as the boundary has it.
 struct Currency {
   ZRCY value = 0;
@@ -202,6 +205,9 @@ class Variant {
     value_.Type = static_cast<uint16_t>(array.Tag() | ZR_VT_ARRAY);
     value_.Value.array = array.Detach();
   }
+  /// Takes an array with a fixed element type (array.hpp).
+  template <class T>
+  Variant(Array<T> array) noexcept : Variant(AnyArray(std::move(array))) {}
   /// An object is held by its IZrUnknown.
   template <class I, class = std::enable_if_t<!std::is_same_v<I, IZrUnknown>>>
   Variant(Ptr<I> object) : Variant(Ptr<IZrUnknown>(std::move(object))) {}
