@@ -179,7 +179,8 @@ class Array {
   /// Makes an array of one dimension with `count` zeros, empty values or null pointers. The first index is
   /// `lowerBound`.
   explicit Array(uint32_t count, int32_t lowerBound = 0) : Array({Bound{count, lowerBound}}) {}
-  /// Makes an array with these dimensions.
+  /// Makes an array with these dimensions. If the product of the counts does not fit 32 bits, it wraps around, and At
+  /// and Set refuse every index.
   explicit Array(std::initializer_list<Bound> bounds)
       : array_(kTag, static_cast<uint32_t>(bounds.size()), bounds.begin()) {}
   /// Makes an array of one dimension with these elements.
@@ -230,8 +231,9 @@ class Array {
 
   /// At returns a copy of one element. It takes one index per dimension.
   ///
-  /// @return ZR_R_INVALID_ARGUMENTS if an index is outside its bounds or the number of indices is wrong;
-  ///         ZR_R_INVALID_OBJECT_STATE while the elements are lent; ZR_R_INVALID_POINTER for null.
+  /// @return ZR_R_INVALID_ARGUMENTS if an index is outside its bounds, the number of indices is wrong, or the bounds
+  ///         have more than 0xFFFFFFFF elements; ZR_R_INVALID_OBJECT_STATE while the elements are lent;
+  ///         ZR_R_INVALID_POINTER for null.
   template <class... Index>
   Result<T> At(Index... index) const {
     if (!(Fits(index) && ...)) return Failure{ZR_R_INVALID_ARGUMENTS};
@@ -306,10 +308,15 @@ class Array {
     if (Get() == nullptr) return ZR_R_INVALID_POINTER;
     const BoundsView bounds = array_.Bounds();
     if (bounds.count != count) return ZR_R_INVALID_ARGUMENTS;
+    uint64_t elements = 1;
     for (uint32_t dimension = 0; dimension < count; ++dimension) {
-      if (indices[dimension] - static_cast<uint32_t>(bounds[dimension].lowerBound) >= bounds[dimension].elementCount) {
+      const uint32_t inDimension = bounds[dimension].elementCount;
+      if (indices[dimension] - static_cast<uint32_t>(bounds[dimension].lowerBound) >= inDimension) {
         return ZR_R_INVALID_ARGUMENTS;
       }
+      // A product of the counts that wraps makes an array with less storage than its bounds promise.
+      elements *= inDimension;
+      if (elements > UINT32_MAX) return ZR_R_INVALID_ARGUMENTS;
     }
     return ZR_R_OK;
   }

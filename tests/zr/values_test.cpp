@@ -320,6 +320,8 @@ TEST(Array, ChecksEachIndex) {
   EXPECT_RESULT(null.Lend().Code(), ZR_R_INVALID_POINTER);
   EXPECT_TRUE(null.Size() == 0 && null.Bounds().count == 0 && null == zr::Array<int>() && null != zr::Array<int>(0));
   EXPECT_RESULT(zr::Array<int>(0).At(0).Code(), kRejected);
+  zr::Array<int8_t> wrapped({{65537, 0}, {65536, 0}});  // the storage has 65536 elements
+  ExpectEach(kRejected, {wrapped.At(16384, 0).Code(), wrapped.Set(1, 16384, 0).Code()});
 }
 
 TEST(Array, LendsItsElementsOnce) {
