@@ -15,6 +15,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -174,9 +175,8 @@ class String {
   /// CompareNoCase returns a negative number, 0 or a positive number: the order of two texts without regard to letter
   /// case, each up to its first zero unit, by the rules of the user's locale.
   [[nodiscard]] int32_t CompareNoCase(const String& other) const noexcept {
-    static constexpr WCHAR kEmpty[] = {0};
-    return ZrWCHARCompareNoCase(string_ != nullptr ? string_ : kEmpty,
-                                other.string_ != nullptr ? other.string_ : kEmpty);
+    const WCHAR empty[] = {0};  // not static: such a symbol would keep a module from being unloaded
+    return ZrWCHARCompareNoCase(string_ != nullptr ? string_ : empty, other.string_ != nullptr ? other.string_ : empty);
   }
 
   /// Appends. A sum with an empty String shares the units of the other; otherwise it is a new string. Throws
@@ -212,6 +212,38 @@ class String {
   template <class Text, class = std::enable_if_t<detail::kIsText<Text>>>
   friend bool operator!=(const Text& left, const String& right) noexcept {
     return StringView(left) != right.View();
+  }
+  template <class Text, class = std::enable_if_t<detail::kIsText<Text>>>
+  friend bool operator<(const String& left, const Text& right) noexcept {
+    return ViewOrder(left.View(), right) < 0;
+  }
+  template <class Text, class = std::enable_if_t<detail::kIsText<Text>>>
+  friend bool operator<(const Text& left, const String& right) noexcept {
+    return ViewOrder(left, right.View()) < 0;
+  }
+  template <class Text, class = std::enable_if_t<detail::kIsText<Text>>>
+  friend bool operator>(const String& left, const Text& right) noexcept {
+    return ViewOrder(left.View(), right) > 0;
+  }
+  template <class Text, class = std::enable_if_t<detail::kIsText<Text>>>
+  friend bool operator>(const Text& left, const String& right) noexcept {
+    return ViewOrder(left, right.View()) > 0;
+  }
+  template <class Text, class = std::enable_if_t<detail::kIsText<Text>>>
+  friend bool operator<=(const String& left, const Text& right) noexcept {
+    return ViewOrder(left.View(), right) <= 0;
+  }
+  template <class Text, class = std::enable_if_t<detail::kIsText<Text>>>
+  friend bool operator<=(const Text& left, const String& right) noexcept {
+    return ViewOrder(left, right.View()) <= 0;
+  }
+  template <class Text, class = std::enable_if_t<detail::kIsText<Text>>>
+  friend bool operator>=(const String& left, const Text& right) noexcept {
+    return ViewOrder(left.View(), right) >= 0;
+  }
+  template <class Text, class = std::enable_if_t<detail::kIsText<Text>>>
+  friend bool operator>=(const Text& left, const String& right) noexcept {
+    return ViewOrder(left, right.View()) >= 0;
   }
 
  private:
@@ -252,6 +284,14 @@ class String {
     int32_t order = 0;
     (void)ZrCompareString(left.string_, right.string_, &order);
     return order;
+  }
+
+  // The same order for texts without a handle.
+  static int ViewOrder(StringView left, StringView right) noexcept {
+    const std::size_t common = left.size() < right.size() ? left.size() : right.size();
+    const int order = common != 0 ? std::memcmp(left.data(), right.data(), common * sizeof(WCHAR)) : 0;
+    if (order != 0 || left.size() == right.size()) return order;
+    return left.size() < right.size() ? -1 : 1;
   }
 
   ZRSTR string_ = nullptr;

@@ -79,6 +79,15 @@ TEST(String, ComparesWithEveryKindOfText) {
   EXPECT_TRUE(text != other && other != text && text != zr::StringView(other) && zr::StringView(other) != text);
   EXPECT_TRUE(zr::String() == zr::String(W("")) && zr::String() == W("") && zr::String(other.c_str()) > text);
   EXPECT_TRUE(zr::String(W("\u0100")) < zr::String(W("\u00FF")));  // the order of bytes
+  for (const WCHAR* literal : {W(""), W("M"), W("Mars"), W("Mars1"), W("\u014D"), W("\u4D00")}) {
+    const zr::String right = literal;
+    const zr::StringView view = literal;
+    const Units standard = literal;
+    EXPECT_EQ(text < right, text < view && text < standard && text < literal);
+    EXPECT_EQ(view > text && standard > text && literal > text, text < right);
+    EXPECT_EQ(text > right, !(text <= view) && text > literal && view < text && !(standard >= text));
+    EXPECT_EQ(text <= right, text <= literal && view >= text);
+  }
   EXPECT_EQ(std::hash<zr::String>()(text), std::hash<zr::String>()(zr::String(units)));
   EXPECT_EQ(std::hash<zr::String>()(zr::String()), std::hash<zr::String>()(zr::String(W(""))));
 }
