@@ -17,6 +17,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -199,6 +200,7 @@ class Variant {
   /// Makes a ZR_VT_STR with a copy of a text.
   Variant(StringView units) : Variant(String(units)) {}
   Variant(const WCHAR* text) : Variant(String(text)) {}
+  Variant(const std::basic_string<WCHAR>& units) : Variant(String(units)) {}
   /// Takes an array. Null makes an empty variant.
   Variant(AnyArray array) noexcept {
     if (array.Get() == nullptr) return;
