@@ -208,6 +208,12 @@ class Array {
     if (!array) return Failure{array.Code()};
     return From(*std::move(array));
   }
+  /// From takes an array of another type with the same tag, such as `long` for `long long`. ZR_R_NOT_SUPPORTED if the
+  /// tags differ: use To.
+  template <class U>
+  static Result<Array> From(Array<U> array) {
+    return From(AnyArray(std::move(array)));
+  }
   /// Any lends the array as one with a type known at run time; on a temporary it moves the array out.
   [[nodiscard]] const AnyArray& Any() const& noexcept { return array_; }
   [[nodiscard]] AnyArray Any() && noexcept { return std::move(array_); }

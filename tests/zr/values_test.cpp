@@ -279,7 +279,7 @@ static void CheckElements(const T& first, const T& second) {
   zr::Array<T> copy = array;
   EXPECT_TRUE(array.Set(second, 0));
   EXPECT_TRUE(array.At(0).Value() == second && copy.At(0).Value() == first && copy != array);
-  EXPECT_TRUE(zr::Array<T>::From(array.Any()).Value() == array);
+  EXPECT_TRUE(zr::Array<T>::From(array.Any()).Value() == array && zr::Array<T>::From(array).Value() == array);
   EXPECT_RESULT((zr::Array<std::conditional_t<std::is_same_v<T, int>, char32_t, int>>::From(array.Any()).Code()),
                 kUnsupported);
   EXPECT_EQ(array.Lend().Value().size(), 2u);
