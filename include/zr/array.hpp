@@ -125,7 +125,10 @@ struct ElementTraits<Variant> {
 };
 
 /// Lent is access to the elements of an array, which lie next to each other. It is a contiguous range, so in C++20 it
-/// converts to std::span. While it exists the array's access flag is set. It must not outlive the array.
+/// converts to std::span. While it exists the array's access flag is set.
+///
+/// The array must not be reshaped, assigned to or destroyed meanwhile: the flag does not prevent that, and the elements
+/// are freed, which is undefined behaviour. The array may be moved.
 ///
 /// Strings, blobs and references are lent as handles of the C boundary, which the array owns. Do not release them.
 template <class Stored>

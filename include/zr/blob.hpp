@@ -108,8 +108,7 @@ class Blob {
   ///   - ZR_R_OK                 bytes were read or written, or the position was set. ReadNext may read fewer bytes;
   ///                             Position then shows how many.
   ///   - ZR_R_INVALID_ARGUMENTS  the blob or a pointer is null; `count` is 0; or Write starts past the end, where
-  ///   Remove
-  ///                             may have left the position.
+  ///                             Remove may have left the position.
   ///   - ZR_R_NOT_EXISTING       ReadNext: the position is at or past the end.
   Result<void> ReadNext(void* buffer, uint32_t count) { return Result<void>(ZrReadBlob(blob_, buffer, count)); }
   Result<void> Write(const void* bytes, uint32_t count) { return Result<void>(ZrWriteBlob(blob_, bytes, count)); }

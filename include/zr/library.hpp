@@ -70,8 +70,7 @@ class Registration {
   /// modules must have been released. A second call, or one without a registration, does nothing.
   ///
   /// @return ZR_R_NO_INIT if the last ZrUninitialize came first; ZR_R_UNEXPECTED for an exception of a module, or out
-  /// of
-  ///         memory.
+  ///         of memory.
   /// @throws std::system_error as ZrRemoveComponentDiscovery (component.h).
   Result<void> Remove() {
     if (Failed(code_)) return Result<void>();

@@ -98,6 +98,9 @@ struct Failure {
 /// Result is a value of type T with a success code, or a failure code.
 ///
 /// T must have a default constructor, which makes the value of a failure. A Result that is dropped causes a warning.
+///
+/// A code is a number: if T is a number or bool, `return code;` makes a success with the code as its value. Return
+/// Failure{code}.
 template <class T>
 class [[nodiscard]] Result {
  public:

@@ -9,6 +9,9 @@
 //     Detach()    gives what is owned to the caller
 //     Adopt(x)    takes what the caller owns
 //
+// Array<T> has no Put and no Adopt, because an array from elsewhere may have another element type: use AnyArray, then
+// Array<T>::From. Memory has no Put, and Lock has only Get.
+//
 // An owner has the size of its handle or record. A moved-from owner is empty and can be used.
 //
 // ostream.hpp, fmt.hpp and format.hpp print values. This header doesn't include them.
