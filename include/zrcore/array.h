@@ -72,7 +72,9 @@ typedef struct ZrSafeArrayBound {
   int32_t lowerBound;  ///< the smallest index; the greatest is lowerBound + elementCount - 1
 } ZrSafeArrayBound;
 
-ZR_STATIC_ASSERT(sizeof(ZrSafeArrayBound) == 8 && offsetof(ZrSafeArrayBound, lowerBound) == 4, "two words of 32 bits");
+ZR_STATIC_ASSERT(sizeof(ZrSafeArrayBound) == 8 && offsetof(ZrSafeArrayBound, elementCount) == 0 &&
+                     offsetof(ZrSafeArrayBound, lowerBound) == 4,
+                 "two words of 32 bits");
 
 // ---- Lifetime ------------------------------------------------------------------------------------------------------
 

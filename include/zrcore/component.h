@@ -42,6 +42,8 @@
 #ifndef ZRCORE_COMPONENT_H
 #define ZRCORE_COMPONENT_H
 
+#include <stddef.h>
+
 #include "zrcore/base.h"
 #include "zrcore/string.h"
 #include "zrcore/uuid.h"
@@ -109,7 +111,9 @@ typedef struct ZrModuleEntryPoints {
   ZrExitModuleFunction exit;
 } ZrModuleEntryPoints;
 
-ZR_STATIC_ASSERT(sizeof(ZrModuleEntryPoints) == 3 * sizeof(void*), "three function pointers");
+ZR_STATIC_ASSERT(sizeof(ZrModuleEntryPoints) == 24 && offsetof(ZrModuleEntryPoints, createInstance) == 0 &&
+                     offsetof(ZrModuleEntryPoints, init) == 8 && offsetof(ZrModuleEntryPoints, exit) == 16,
+                 "three function pointers");
 
 // ---- What a host provides ------------------------------------------------------------------------------------------
 //

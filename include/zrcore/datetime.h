@@ -54,8 +54,11 @@ typedef struct tagZRDATETIMESTRUCT {
 } ZRDATETIMESTRUCT;
 
 ZR_STATIC_ASSERT(sizeof(ZRDATETIMESTRUCT) == 16, "a ZRDATETIMESTRUCT is sixteen bytes");
-ZR_STATIC_ASSERT(offsetof(ZRDATETIMESTRUCT, day) == 4 && offsetof(ZRDATETIMESTRUCT, millisecond) == 8 &&
-                     offsetof(ZRDATETIMESTRUCT, fraction) == 12,
+ZR_STATIC_ASSERT(offsetof(ZRDATETIMESTRUCT, year) == 0 && offsetof(ZRDATETIMESTRUCT, month) == 2 &&
+                     offsetof(ZRDATETIMESTRUCT, dayOfWeek) == 3 && offsetof(ZRDATETIMESTRUCT, day) == 4 &&
+                     offsetof(ZRDATETIMESTRUCT, hour) == 5 && offsetof(ZRDATETIMESTRUCT, minute) == 6 &&
+                     offsetof(ZRDATETIMESTRUCT, second) == 7 && offsetof(ZRDATETIMESTRUCT, millisecond) == 8 &&
+                     offsetof(ZRDATETIMESTRUCT, microsecond) == 10 && offsetof(ZRDATETIMESTRUCT, fraction) == 12,
                  "a ZRDATETIMESTRUCT has no gaps");
 
 // ---- Values and records --------------------------------------------------------------------------------------------
@@ -153,7 +156,7 @@ ZR_API ZRRESULT ZrDateTimeToTimeT(ZRDATETIME value, int64_t* timeT);
 struct ZR_VISIBLE_TYPE CZrException {
   ZRRESULT code;
 };
-static_assert(sizeof(CZrException) == sizeof(ZRRESULT), "a CZrException is its code");
+static_assert(sizeof(CZrException) == 4 && offsetof(CZrException, code) == 0, "a CZrException is its code");
 #endif
 
 // ---- From text -----------------------------------------------------------------------------------------------------

@@ -50,8 +50,9 @@ typedef struct tagZRSREF {
   ZRSTR text;
 } ZRSREF;
 
-ZR_STATIC_ASSERT(sizeof(ZRREF) == 24, "a ZRREF is six words");
-ZR_STATIC_ASSERT(sizeof(ZRSREF) == 16 && offsetof(ZRSREF, text) == 8, "a ZRSREF is two pointers");
+ZR_STATIC_ASSERT(sizeof(ZRREF) == 24 && offsetof(ZRREF, words) == 0, "a ZRREF is six words");
+ZR_STATIC_ASSERT(sizeof(ZRSREF) == 16 && offsetof(ZRSREF, ref) == 0 && offsetof(ZRSREF, text) == 8,
+                 "a ZRSREF is two pointers");
 
 // ---- Records -------------------------------------------------------------------------------------------------------
 

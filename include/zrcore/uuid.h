@@ -41,7 +41,8 @@ typedef struct tagZRUUID {
 } ZRUUID;
 
 ZR_STATIC_ASSERT(sizeof(ZRUUID) == 16, "a ZRUUID is sixteen bytes");
-ZR_STATIC_ASSERT(offsetof(ZRUUID, data2) == 4 && offsetof(ZRUUID, data3) == 6 && offsetof(ZRUUID, data4) == 8,
+ZR_STATIC_ASSERT(offsetof(ZRUUID, data1) == 0 && offsetof(ZRUUID, data2) == 4 && offsetof(ZRUUID, data3) == 6 &&
+                     offsetof(ZRUUID, data4) == 8,
                  "a ZRUUID has no gaps");
 
 /// ZrCreateUUID makes a nil record.

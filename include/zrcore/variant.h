@@ -184,8 +184,11 @@ typedef struct tagZRVARIANT {
   ZRVARIANTVALUE Value;
 } ZRVARIANT;
 
-ZR_STATIC_ASSERT(sizeof(ZRVARIANT) == 16 && offsetof(ZRVARIANT, Value) == 8, "a ZRVARIANT is two words of 64 bits");
-ZR_STATIC_ASSERT(offsetof(ZRVARIANT, Reserved1) == 2 && offsetof(ZRVARIANT, Reserved3) == 6, "no gaps");
+ZR_STATIC_ASSERT(sizeof(ZRVARIANTVALUE) == 8, "every value has 64 bits or less");
+ZR_STATIC_ASSERT(sizeof(ZRVARIANT) == 16 && offsetof(ZRVARIANT, Type) == 0 && offsetof(ZRVARIANT, Reserved1) == 2 &&
+                     offsetof(ZRVARIANT, Reserved2) == 4 && offsetof(ZRVARIANT, Reserved3) == 6 &&
+                     offsetof(ZRVARIANT, Value) == 8,
+                 "a ZRVARIANT is two words of 64 bits");
 
 /// ZR_VARIANT_INIT initialises a record in its definition: ZRVARIANT v = ZR_VARIANT_INIT;
 #define ZR_VARIANT_INIT                        \
