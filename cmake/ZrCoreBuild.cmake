@@ -9,7 +9,6 @@
 
 include(CheckCXXCompilerFlag)
 include(CheckIPOSupported)
-include(CheckLinkerFlag)
 
 # zrcore_compile_flags(TARGET FLAG...) adds each flag to the compile options of TARGET if the C++ compiler accepts it.
 # Other flags are ignored.
@@ -38,7 +37,7 @@ endfunction()
 
 # zrcore_harden(TARGET) adds options to TARGET that make memory errors hard to exploit, let the library call its own
 # functions directly, and allow it to be unloaded. If ZRCORE_IPO is set, Release and RelWithDebInfo builds use link-time
-# optimisation.
+# optimisation; other builds never do, whatever a parent project sets.
 function(zrcore_harden target)
   zrcore_compile_flags(${target} -fstack-protector-strong -fcf-protection
     -fno-semantic-interposition -fno-plt
@@ -60,6 +59,7 @@ function(zrcore_harden target)
       target_link_options(${target} PRIVATE LINKER:-z,defs)
     endif()
   endif()
+  set_target_properties(${target} PROPERTIES INTERPROCEDURAL_OPTIMIZATION OFF)
   if(ZRCORE_IPO)
     set_target_properties(${target} PROPERTIES
       INTERPROCEDURAL_OPTIMIZATION_RELEASE ON INTERPROCEDURAL_OPTIMIZATION_RELWITHDEBINFO ON)

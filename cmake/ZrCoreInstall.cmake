@@ -2,10 +2,12 @@
 # pretty-printers.
 
 include(CMakePackageConfigHelpers)
+include(GNUInstallDirs)
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/ZrCore")
 
 install(DIRECTORY include/zrcore include/zr TYPE INCLUDE FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp")
+target_include_directories(zrcore INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 install(TARGETS zrcore zr EXPORT ZrCoreTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}

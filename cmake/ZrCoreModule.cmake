@@ -15,6 +15,7 @@ function(zrcore_add_module name)
   target_link_libraries(${name} PRIVATE ZrCore::zrcore)
   set_target_properties(${name} PROPERTIES
     PREFIX ""
+    POSITION_INDEPENDENT_CODE ON   # even if the project turns it off, for its programs
     C_VISIBILITY_PRESET hidden
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
