@@ -3,6 +3,7 @@
 #   zrcore_compile_flags(TARGET FLAG...)   adds the flags that the compiler supports
 #   zrcore_warnings(TARGET)                enables the warnings
 #   zrcore_harden(TARGET)                  adds hardening options and link-time optimisation
+#   zrcore_map_paths(TARGET)               makes the compiled code independent of the folders of the build
 #
 # Including this file sets ZRCORE_IPO (whether link-time optimisation is available and wanted) and applies
 # ZRCORE_SANITIZE and ZRCORE_COVERAGE to all targets that are added afterwards.
@@ -63,6 +64,22 @@ function(zrcore_harden target)
   if(ZRCORE_IPO)
     set_target_properties(${target} PROPERTIES
       INTERPROCEDURAL_OPTIMIZATION_RELEASE ON INTERPROCEDURAL_OPTIMIZATION_RELWITHDEBINFO ON)
+  endif()
+endfunction()
+
+# zrcore_map_paths(TARGET) replaces the paths of the source folder and the build folder by "." in debug information, so
+# that two builds in different folders have the same bytes (tools/check-reproducible). Debug builds keep the paths, so
+# that gdb finds the sources wherever it is started. It does nothing without ZRCORE_MAP_PATHS.
+function(zrcore_map_paths target)
+  if(NOT ZRCORE_MAP_PATHS)
+    return()
+  endif()
+  check_cxx_compiler_flag(-ffile-prefix-map=a=b ZRCORE_HAS_file_prefix_map)
+  if(ZRCORE_HAS_file_prefix_map)
+    # The build folder is often inside the source folder. The last map that matches counts.
+    set(maps "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=." "-ffile-prefix-map=${CMAKE_BINARY_DIR}=.")
+    target_compile_options(${target} PRIVATE $<$<NOT:$<CONFIG:Debug>>:${maps}>)
+    target_link_options(${target} PRIVATE $<$<NOT:$<CONFIG:Debug>>:${maps}>)   # link-time optimisation compiles again
   endif()
 endfunction()
 
