@@ -43,6 +43,9 @@ function(zrcore_harden target)
   zrcore_compile_flags(${target} -fstack-protector-strong -fcf-protection
     -fno-semantic-interposition -fno-plt
     -fno-gnu-unique)   # a unique symbol would keep the library from ever being unloaded
+  if(CMAKE_SYSTEM_PROCESSOR STREQUAL "aarch64")   # clang warns of this option for other processors
+    zrcore_compile_flags(${target} -mbranch-protection=standard)
+  endif()
   if(WIN32)
     # Partial inlining splits functions, and the part split off an exported function would be exported too.
     zrcore_compile_flags(${target} -fno-partial-inlining)

@@ -5,6 +5,7 @@ if(CMAKE_CROSSCOMPILING)
   set(BUILD_GMOCK OFF)
   set(INSTALL_GTEST OFF)
   add_subdirectory(/usr/src/googletest "${PROJECT_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL)
+  target_compile_options(gtest PRIVATE -w)   # its warnings are not for the authors of ZrCore
 else()
   find_package(GTest REQUIRED)
 endif()
