@@ -12,6 +12,7 @@
 #include "text/character_case.h"
 
 #include "text/code_units.h"
+#include "text/vectors.h"
 #include "zrcore/unicode.h"
 
 // The release store comes last: a thread that sees isRead_ also sees the filled tables.
@@ -22,18 +23,14 @@ void CCharacterCase::Read() {
   isRead_.store(true, std::memory_order_release);
 }
 
-#if defined(__SSE2__)
-static __m128i Each(int unit) noexcept { return _mm_set1_epi16(static_cast<int16_t>(unit)); }
-
+#if defined(ZR_HAS_VECTORS)
 // Sets all bits of the units from `first` to `last`, which are two ASCII letters. The comparisons are signed, so units
 // from 0x8000 up are negative and outside the range.
-static __m128i Between(__m128i units, char first, char last) noexcept {
-  return _mm_and_si128(_mm_cmpgt_epi16(units, Each(first - 1)), _mm_cmplt_epi16(units, Each(last + 1)));
+static UnitVector Between(UnitVector units, char first, char last) noexcept {
+  return IsGreaterSigned(units, EachUnit(first - 1)) & IsGreaterSigned(EachUnit(last + 1), units);
 }
 
-static __m128i AsciiLower(__m128i units) noexcept {
-  return _mm_or_si128(units, _mm_and_si128(Between(units, 'A', 'Z'), Each(0x20)));
-}
+static UnitVector AsciiLower(UnitVector units) noexcept { return units | (Between(units, 'A', 'Z') & EachUnit(0x20)); }
 
 // Whether a vector that is read at `text` stays in one page of memory. A read that crosses into the next page could
 // reach memory that isn't mapped. Pages have 4096 bytes or a multiple of it.
@@ -49,12 +46,10 @@ static bool StaysInPage(const WCHAR* text) noexcept {
 ZR_READS_WHOLE_VECTORS static std::size_t CountEqualUnits(const WCHAR* left, const WCHAR* right) noexcept {
   std::size_t at = 0;
   while (StaysInPage(left + at) && StaysInPage(right + at)) {
-    const __m128i leftUnits = _mm_loadu_si128(reinterpret_cast<const __m128i*>(left + at));
-    const __m128i rightUnits = _mm_loadu_si128(reinterpret_cast<const __m128i*>(right + at));
-    const __m128i areEqual = _mm_cmpeq_epi16(AsciiLower(leftUnits), AsciiLower(rightUnits));
-    // All bits of the units that are equal and not the terminator; two bits per unit in the mask.
-    const __m128i isEqualAndInside = _mm_andnot_si128(_mm_cmpeq_epi16(leftUnits, _mm_setzero_si128()), areEqual);
-    const auto mask = static_cast<unsigned>(_mm_movemask_epi8(isEqualAndInside));
+    const UnitVector leftUnits = LoadUnits(left + at), rightUnits = LoadUnits(right + at);
+    const UnitVector areEqual = IsEqual(AsciiLower(leftUnits), AsciiLower(rightUnits));
+    // The units that are equal and not the terminator; two bits per unit.
+    const unsigned mask = TopBits(AndNot(IsEqual(leftUnits, EachUnit(0)), areEqual));
     if (mask != 0xFFFF) return at + static_cast<std::size_t>(std::countr_one(mask)) / sizeof(WCHAR);
     at += 8;
   }
@@ -66,7 +61,7 @@ ZR_READS_WHOLE_VECTORS static std::size_t CountEqualUnits(const WCHAR* left, con
 // difference, the end, or two units that are equal in this locale.
 int32_t CompareNoCase(const CCaseMap& lower, const WCHAR* left, const WCHAR* right) noexcept {
   for (std::size_t at = 0;;) {
-#if defined(__SSE2__)
+#if defined(ZR_HAS_VECTORS)
     if (lower.IsAsciiPlain()) at += CountEqualUnits(left + at, right + at);
 #endif
     // Eight units, not one: near the end of a page, and among letters beyond ASCII, a vector would be tried in vain for
@@ -83,13 +78,10 @@ int32_t CompareNoCase(const CCaseMap& lower, const WCHAR* left, const WCHAR* rig
 static void ChangeCase(const CCaseMap& map, WCHAR* text, char first, char last) noexcept {
   const std::size_t length = TerminatedLength(text);
   std::size_t at = 0;
-#if defined(__SSE2__)
+#if defined(ZR_HAS_VECTORS)
   for (; map.IsAsciiPlain() && length - at >= 8; at += 8) {
-    auto* const vector = reinterpret_cast<__m128i*>(text + at);
-    const __m128i units = _mm_loadu_si128(vector);
-    const __m128i beyondAscii = _mm_and_si128(units, Each(0xFF80));
-    if (_mm_movemask_epi8(_mm_cmpeq_epi16(beyondAscii, _mm_setzero_si128())) == 0xFFFF) {
-      _mm_storeu_si128(vector, _mm_xor_si128(units, _mm_and_si128(Between(units, first, last), Each(0x20))));
+    if (const UnitVector units = LoadUnits(text + at); AreAscii(units)) {
+      StoreUnits(text + at, units ^ (Between(units, first, last) & EachUnit(0x20)));
     } else {
       for (std::size_t unit = at; unit < at + 8; ++unit) text[unit] = map[text[unit]];
     }

@@ -15,11 +15,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "text/vectors.h"
 #include "zrcore/base.h"
-
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
 
 // A view of code units. It doesn't own them and need not end with a zero unit.
 using CTextView = std::basic_string_view<WCHAR>;
@@ -54,7 +51,7 @@ constexpr CTextView ViewOf(const std::array<WCHAR, size>& literal) noexcept {
 //
 // It reads vectors at addresses that are multiples of 16, which never cross the end of a page. The first vector may
 // begin before the text and the last may end after it. No unit after the terminator's vector is read.
-#if defined(__SSE2__)
+#if defined(ZR_HAS_VECTORS)
 ZR_READS_WHOLE_VECTORS inline std::size_t TerminatedLength(const WCHAR* text) noexcept {
   const auto address = reinterpret_cast<std::uintptr_t>(text);
   // At an odd address, units would lie across the boundaries of aligned vectors, and a comparison by units would never
@@ -67,17 +64,19 @@ ZR_READS_WHOLE_VECTORS inline std::size_t TerminatedLength(const WCHAR* text) no
       if (unit == 0) return length;
     }
   }
-  const __m128i zero = _mm_setzero_si128();
   const std::size_t before = address % 16;
-  auto vector = reinterpret_cast<const __m128i*>(reinterpret_cast<const char*>(text) - before);
-  // `zeros` has two bits per unit, set for a zero unit. The shift drops the bits of what precedes the text.
-  auto zeros = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_load_si128(vector), zero))) >> before;
-  if (zeros != 0) return static_cast<std::size_t>(std::countr_zero(zeros)) / sizeof(WCHAR);
+  const char* vector = reinterpret_cast<const char*>(text) - before;
+  // TopBits returns two bits per unit, set for a zero unit. The shift drops the bits of what precedes the text.
+  UnitVector isZero = IsEqual(LoadAlignedUnits(vector), EachUnit(0));
+  if (const unsigned zeros = TopBits(isZero) >> before; zeros != 0) {
+    return static_cast<std::size_t>(std::countr_zero(zeros)) / sizeof(WCHAR);
+  }
   do {
-    zeros = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_load_si128(++vector), zero)));
-  } while (zeros == 0);
+    vector += 16;
+    isZero = IsEqual(LoadAlignedUnits(vector), EachUnit(0));
+  } while (!HasTopBit(isZero));
   const std::size_t bytes =
-      reinterpret_cast<std::uintptr_t>(vector) - address + static_cast<std::size_t>(std::countr_zero(zeros));
+      reinterpret_cast<std::uintptr_t>(vector) - address + static_cast<std::size_t>(std::countr_zero(TopBits(isZero)));
   return bytes / sizeof(WCHAR);
 }
 #else

@@ -14,9 +14,9 @@
 //
 // So the size that a text is said to need, and what is written of it, agree only if all surrogates are in pairs.
 //
-// UTF-8 is the common case and has three layers, for counting and for encoding: AVX2 (utf8_vectors.h), vectors of
-// eight units for every x86-64, and the plain loop that defines the result. The faster layers stop where the rules for
-// irregular text begin.
+// UTF-8 is the common case and has three layers, for counting and for encoding: the processor's own form
+// (utf8_vectors.h), vectors of eight units for every processor of a family (vectors.h), and the plain loop that defines
+// the result. The faster layers stop where the rules for irregular text begin.
 
 #include <algorithm>
 #include <bit>
@@ -26,11 +26,8 @@
 #include "platform/unicode_forms.h"
 #include "text/counted_string.h"
 #include "text/utf8_vectors.h"
+#include "text/vectors.h"
 #include "zrcore/unicode.h"
-
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
 
 static constexpr int32_t kQuery = -1;
 
@@ -108,13 +105,17 @@ static ZRRESULT WriteCodePoints(const WCHAR* at, const WCHAR* end, char32_t* to,
 
 // ---- UTF-8 ---------------------------------------------------------------------------------------------------------
 
-#if defined(__SSE2__)
-static __m128i LoadUnits(const WCHAR* at) noexcept { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at)); }
-static __m128i Each(int unit) noexcept { return _mm_set1_epi16(static_cast<int16_t>(unit)); }
-static __m128i IsZero(__m128i units) noexcept { return _mm_cmpeq_epi16(units, _mm_setzero_si128()); }
+#if defined(ZR_HAS_VECTORS)
+// Sets all bits of the units that equal `tag` under `mask`. IsTagged(units, 0xFC00, 0xD800) finds high surrogates, and
+// IsTagged(units, 0xFF80, 0) finds ASCII.
+static UnitVector IsTagged(UnitVector units, int mask, int tag) noexcept {
+  return IsEqual(units & EachUnit(mask), EachUnit(tag));
+}
 
-// The bits that no ASCII unit has: zero for ASCII.
-static __m128i BeyondAscii(__m128i units) noexcept { return _mm_and_si128(units, Each(0xFF80)); }
+// Whether 32 units are all ASCII.
+static bool AreAscii32(const WCHAR* at) noexcept {
+  return AreAscii((LoadUnits(at) | LoadUnits(at + 8)) | (LoadUnits(at + 16) | LoadUnits(at + 24)));
+}
 
 // Counts the bytes that the units from `at` on yield, as long as all surrogates are in pairs, and moves `at` past what
 // it has counted. Of such text it leaves at most seven units, and before them a high surrogate if the end of the last
@@ -125,40 +126,29 @@ static std::size_t CountVectors(const WCHAR*& at, const WCHAR* end) noexcept {
   std::size_t bytes = 0;
   unsigned highBefore = 0;  // 0b11 if the last unit of the vector before is a high surrogate, else 0
   while (end - at >= 8) {
-    if (end - at >= 32 && highBefore == 0) {
-      const __m128i all = _mm_or_si128(_mm_or_si128(LoadUnits(at), LoadUnits(at + 8)),
-                                       _mm_or_si128(LoadUnits(at + 16), LoadUnits(at + 24)));
-      if (_mm_movemask_epi8(IsZero(BeyondAscii(all))) == 0xFFFF) {
-        bytes += 32;
-        at += 32;
-        continue;
-      }
+    if (end - at >= 32 && highBefore == 0 && AreAscii32(at)) {
+      bytes += 32;
+      at += 32;
+      continue;
     }
     // A unit yields three bytes, one less below 0x800 and one less again below 0x80; each half of a pair yields two. A
     // comparison that holds is -1 in its lane, so `less` collects in each lane the negative number of bytes to
     // subtract.
-    __m128i less = _mm_setzero_si128();
+    UnitVector less = EachUnit(0);
     const WCHAR* const vectorsEnd = at + (std::min<std::ptrdiff_t>(end - at, 32) & ~std::ptrdiff_t{7});
     const WCHAR* const start = at;
     for (; at < vectorsEnd; at += 8) {
-      const __m128i units = LoadUnits(at);
-      const __m128i kind = _mm_and_si128(units, Each(0xFC00));
-      const __m128i isHigh = _mm_cmpeq_epi16(kind, Each(0xD800)), isLow = _mm_cmpeq_epi16(kind, Each(0xDC00));
-      const auto high = static_cast<unsigned>(_mm_movemask_epi8(isHigh));
-      const auto low = static_cast<unsigned>(_mm_movemask_epi8(isLow));
+      const UnitVector units = LoadUnits(at);
+      const UnitVector isHigh = IsTagged(units, 0xFC00, 0xD800), isLow = IsTagged(units, 0xFC00, 0xDC00);
+      const unsigned high = TopBits(isHigh), low = TopBits(isLow);
       // Two bits per unit. All surrogates are in pairs if the low ones are exactly where the high ones are, one unit
       // further on.
       if (low != ((high << 2 | highBefore) & 0xFFFF)) break;
       highBefore = high >> 14;
-      const __m128i below800 = IsZero(_mm_and_si128(units, Each(0xF800))), below80 = IsZero(BeyondAscii(units));
-      less = _mm_add_epi16(less, _mm_add_epi16(_mm_add_epi16(below800, below80), _mm_or_si128(isHigh, isLow)));
+      const UnitVector below800 = IsTagged(units, 0xF800, 0), below80 = IsTagged(units, 0xFF80, 0);
+      less = less + ((below800 + below80) + (isHigh | isLow));
     }
-    // Adds up the eight lanes: times -1 and in pairs to four sums of 32 bits, then the upper two to the lower, then the
-    // upper one.
-    __m128i sum = _mm_madd_epi16(less, Each(-1));
-    sum = _mm_add_epi32(sum, _mm_srli_si128(sum, 8));
-    sum = _mm_add_epi32(sum, _mm_srli_si128(sum, 4));
-    bytes += static_cast<std::size_t>((at - start) * 3 - _mm_cvtsi128_si32(sum));
+    bytes += static_cast<std::size_t>((at - start) * 3 + SumOfSignedUnits(less));
     if (at < vectorsEnd) break;
   }
   if (highBefore != 0) {  // its low surrogate isn't counted: the loop gets the pair as a whole, or finds it lone
@@ -176,8 +166,10 @@ static std::size_t CountVectors(const WCHAR*&, const WCHAR*) noexcept { return 0
 //
 // The count differs from what EncodeUtf8 writes for text with lone surrogates, and callers rely on both.
 static std::size_t CountUtf8(const WCHAR* at, const WCHAR* end) noexcept {
-  if (const auto length = static_cast<std::size_t>(end - at); g_hasAvx2 && length >= kFewestUnits) {
-    if (const std::size_t bytes = CountUtf8Avx2(at, length); bytes != kNotCounted) return bytes;
+  const Utf8Vectors* const form = g_utf8Vectors;
+  if (form != nullptr && form->countUtf8 != nullptr && end - at >= form->fewestUnits) {
+    const std::size_t bytes = form->countUtf8(at, static_cast<std::size_t>(end - at));
+    if (bytes != kNotCounted) return bytes;
   }
   std::size_t bytes = CountVectors(at, end);
   for (; at < end; ++at) {
@@ -200,16 +192,15 @@ static char32_t ReadMerged(const WCHAR*& at) noexcept {
   return IsSurrogate(unit) ? MergeUnits(unit, *at++) : char32_t{unit};
 }
 
-#if defined(__SSE2__)
+#if defined(ZR_HAS_VECTORS)
 // Stores sixteen units as bytes. ASCII units become the right bytes; all other units become garbage.
 static void Narrow(const WCHAR* at, unsigned char* to) noexcept {
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_packus_epi16(LoadUnits(at), LoadUnits(at + 8)));
+  StoreBytes(to, NarrowAscii(LoadUnits(at), LoadUnits(at + 8)));
 }
 
 // A bit for each of sixteen units that isn't ASCII; the bit of the first unit is the lowest.
 static unsigned NonAsciiMask(const WCHAR* at) noexcept {
-  const __m128i isAscii = _mm_packs_epi16(IsZero(BeyondAscii(LoadUnits(at))), IsZero(BeyondAscii(LoadUnits(at + 8))));
-  return static_cast<unsigned>(_mm_movemask_epi8(isAscii)) ^ 0xFFFF;
+  return TopBits(NarrowMasks(IsTagged(LoadUnits(at), 0xFF80, 0), IsTagged(LoadUnits(at + 8), 0xFF80, 0))) ^ 0xFFFF;
 }
 
 // Encodes in steps of sixteen units, as long as the end of neither side is near. The steps have a fixed length, so that
@@ -225,7 +216,7 @@ static unsigned NonAsciiMask(const WCHAR* at) noexcept {
 static void EncodeVectors(const WCHAR*& at, const WCHAR* end, unsigned char*& to, const unsigned char* toEnd) noexcept {
   std::size_t taken = 0;  // units of this step that are done
   for (; end - at > 32 && toEnd - to >= 64; at += 16) {
-    while (taken == 0 && end - at > 64 && toEnd - to >= 96 && (NonAsciiMask(at) | NonAsciiMask(at + 16)) == 0) {
+    while (taken == 0 && end - at > 64 && toEnd - to >= 96 && AreAscii32(at)) {
       Narrow(at, to);
       Narrow(at + 16, to + 16);
       at += 32;
@@ -259,12 +250,12 @@ static void EncodeVectors(const WCHAR*&, const WCHAR*, unsigned char*&, const un
 static std::size_t EncodeUtf8(const WCHAR* at, const WCHAR* end, unsigned char* buffer, std::size_t limit) noexcept {
   unsigned char* to = buffer;
   unsigned char* const toEnd = buffer + limit;
-  if (g_hasAvx2) EncodeAvx2(at, end, to, toEnd);
+  if (const Utf8Vectors* const form = g_utf8Vectors) form->encode(at, end, to, toEnd);
   EncodeVectors(at, end, to, toEnd);
   while (at < end && to < toEnd) {
     // Near the ends: still sixteen at once where they fit, with the same rule for what Narrow stores in excess. If all
     // are ASCII there is no excess, and the last unit of the text may be among them.
-#if defined(__SSE2__)
+#if defined(ZR_HAS_VECTORS)
     if (*at < 0x80 && end - at >= 16 && toEnd - to >= 16) {
       const unsigned nonAscii = NonAsciiMask(at);
       if (nonAscii == 0 || end - at > 16) {

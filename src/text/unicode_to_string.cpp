@@ -20,11 +20,8 @@
 #include "platform/unicode_forms.h"
 #include "text/counted_string.h"
 #include "text/utf8_vectors.h"
+#include "text/vectors.h"
 #include "zrcore/unicode.h"
-
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
 
 static constexpr std::size_t kMostUnits = std::numeric_limits<int32_t>::max();
 
@@ -46,7 +43,7 @@ static std::size_t NeededAt(const unsigned char* text, std::size_t at) noexcept 
   return 0;
 }
 
-#if defined(__SSE2__)
+#if defined(ZR_HAS_VECTORS)
 // Counts and checks whole vectors of sixteen bytes.
 //
 // A byte must be a continuation byte (80 to BF) if the byte before it is a lead byte (C0 to FF), or the byte two before
@@ -58,9 +55,9 @@ class CVectorCount {
   // Adds 64 bytes of ASCII, at less cost than Add. Returns false, and adds nothing, if a byte isn't ASCII or the bytes
   // before still need a continuation byte. The caller then uses Add.
   bool AddAscii64(const unsigned char* text, std::size_t at) noexcept {
-    const __m128i all = _mm_or_si128(_mm_or_si128(Load(text + at), Load(text + at + 16)),
-                                     _mm_or_si128(Load(text + at + 32), Load(text + at + 48)));
-    if (_mm_movemask_epi8(all) != 0 || NeededAt(text, at) != 0) return false;
+    const ByteVector all =
+        (LoadBytes(text + at) | LoadBytes(text + at + 16)) | (LoadBytes(text + at + 32) | LoadBytes(text + at + 48));
+    if (!AreAscii(all) || NeededAt(text, at) != 0) return false;
     units_ += 64;
     return true;
   }
@@ -69,54 +66,51 @@ class CVectorCount {
   // unit per vector, loses one for a continuation byte and gains one for a byte that leads four. It never exceeds twice
   // `vectors`, so the eight bits of a lane suffice.
   void Add(const unsigned char* text, std::size_t at, std::size_t vectors) noexcept {
-    __m128i units = _mm_set1_epi8(static_cast<char>(vectors));
+    ByteVector units = EachByte(static_cast<int>(vectors));
     for (const std::size_t end = at + vectors * 16; at < end; at += 16) {
-      const __m128i bytes = Load(text + at);
+      const ByteVector bytes = LoadBytes(text + at);
       // At the beginning of the text, zeros are shifted in for the bytes before it. They require nothing, and reading
       // before the text would be out of bounds.
-      const __m128i before1 = at != 0 ? Load(text + at - 1) : _mm_slli_si128(bytes, 1);
-      const __m128i before2 = at != 0 ? Load(text + at - 2) : _mm_slli_si128(bytes, 2);
-      const __m128i before3 = at != 0 ? Load(text + at - 3) : _mm_slli_si128(bytes, 3);
+      const ByteVector before1 = at != 0 ? LoadBytes(text + at - 1) : ShiftedIn<1>(bytes);
+      const ByteVector before2 = at != 0 ? LoadBytes(text + at - 2) : ShiftedIn<2>(bytes);
+      const ByteVector before3 = at != 0 ? LoadBytes(text + at - 3) : ShiftedIn<3>(bytes);
       // A saturating subtraction leaves a byte above 0 only where it exceeds the limit.
-      const __m128i required = _mm_or_si128(_mm_subs_epu8(before1, Each(0xBF)),
-                                            _mm_or_si128(_mm_subs_epu8(before2, Each(0xDF)), AboveEF(before3)));
-      const __m128i isNotRequired = _mm_cmpeq_epi8(required, _mm_setzero_si128());
-      const __m128i isTail = _mm_cmplt_epi8(bytes, Each(0xC0));  // compared as signed, only 80 to BF are below C0
-      bad_ = _mm_or_si128(bad_, _mm_cmpeq_epi8(isNotRequired, isTail));
-      const __m128i leadsFour = _mm_min_epu8(AboveEF(bytes), Each(1));
-      units = _mm_add_epi8(_mm_add_epi8(units, isTail), leadsFour);  // isTail is -1 where it holds
+      const ByteVector required =
+          SubtractSaturated(before1, EachByte(0xBF)) | (SubtractSaturated(before2, EachByte(0xDF)) | AboveEF(before3));
+      const ByteVector isNotRequired = IsEqual(required, EachByte(0));
+      const ByteVector isTail = IsGreaterSigned(EachByte(0xC0), bytes);  // as signed, only 80 to BF are below C0
+      bad_ = bad_ | IsEqual(isNotRequired, isTail);
+      units = units + isTail + Min(AboveEF(bytes), EachByte(1));  // isTail is -1 where it holds
     }
-    const __m128i halves = _mm_sad_epu8(units, _mm_setzero_si128());  // the sums of the lower and the upper eight lanes
-    units_ += static_cast<std::size_t>(_mm_cvtsi128_si32(halves) + _mm_extract_epi16(halves, 4));
+    units_ += SumOfBytes(units);
   }
 
-  bool IsGood() const noexcept { return _mm_movemask_epi8(bad_) == 0; }
+  bool IsGood() const noexcept { return !HasTopBit(bad_); }
   std::size_t Units() const noexcept { return units_; }
 
  private:
-  static __m128i Load(const unsigned char* at) noexcept {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
-  }
-  static __m128i Each(int byte) noexcept { return _mm_set1_epi8(static_cast<char>(byte)); }
   // Above 0 for the bytes that lead four.
-  static __m128i AboveEF(__m128i bytes) noexcept { return _mm_subs_epu8(bytes, Each(0xEF)); }
+  static ByteVector AboveEF(ByteVector bytes) noexcept { return SubtractSaturated(bytes, EachByte(0xEF)); }
 
-  __m128i bad_ = _mm_setzero_si128();
+  ByteVector bad_ = EachByte(0);
   std::size_t units_ = 0;
 };
 #endif
 
-// A short text that begins with ASCII is usually all ASCII. The loops of this file finish it before the wide vectors
-// are set up.
-static bool PrefersAvx2(const unsigned char* text, std::size_t size) noexcept {
-  return g_hasAvx2 && size >= kFewestBytes && (size >= 128 || *text >= 0x80);
+// Returns the processor's own form if it suits the text, otherwise null. A short text that begins with ASCII is usually
+// all ASCII. The loops of this file finish it before such a form is set up.
+static const Utf8Vectors* FormFor(const unsigned char* text, std::size_t size) noexcept {
+  const Utf8Vectors* const form = g_utf8Vectors;
+  return form != nullptr && size >= form->fewestBytes && (size >= 128 || *text >= 0x80) ? form : nullptr;
 }
 
 // Returns the number of units that the text yields, or kNotCounted if it is bad.
 static std::size_t CountUnits(const unsigned char* text, std::size_t size) noexcept {
-  if (PrefersAvx2(text, size)) return CountUnitsAvx2(text, size);
+  if (const Utf8Vectors* form = FormFor(text, size); form != nullptr && form->countUnits != nullptr) {
+    return form->countUnits(text, size);
+  }
   std::size_t at = 0, units = 0;
-#if defined(__SSE2__)
+#if defined(ZR_HAS_VECTORS)
   CVectorCount count;
   for (; size - at >= 64; at += 64) {
     if (!count.AddAscii64(text, at)) count.Add(text, at, 4);
@@ -169,19 +163,17 @@ static std::size_t DecodeSequence(const unsigned char* at, WCHAR*& to) noexcept 
   return 4;
 }
 
-#if defined(__SSE2__)
+#if defined(ZR_HAS_VECTORS)
 // Stores sixteen bytes as units. Only ASCII bytes become the right ones; the units from the first other byte on are
 // garbage, which the next store overwrites.
 static void Widen(const unsigned char* at, WCHAR* to) noexcept {
-  const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(to + 8), _mm_unpackhi_epi8(bytes, _mm_setzero_si128()));
+  const ByteVector bytes = LoadBytes(at);
+  StoreUnits(to, WidenLow(bytes));
+  StoreUnits(to + 8, WidenHigh(bytes));
 }
 
 // A bit for each of sixteen bytes that isn't ASCII; the bit of the first byte is the lowest.
-static unsigned NonAsciiMask(const unsigned char* at) noexcept {
-  return static_cast<unsigned>(_mm_movemask_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(at))));
-}
+static unsigned NonAsciiMask(const unsigned char* at) noexcept { return TopBits(LoadBytes(at)); }
 
 // Decodes in steps of sixteen bytes, as long as two vectors are left on either side. The steps have a fixed length, so
 // that the processor can load the next vector while it still decodes this one. A sequence at the end of a step may
@@ -195,7 +187,7 @@ static unsigned NonAsciiMask(const unsigned char* at) noexcept {
 static void DecodeVectors(const unsigned char*& at, const unsigned char* end, WCHAR*& to, const WCHAR* toEnd) noexcept {
   std::size_t taken = 0;  // bytes of this step that are done
   for (; end - at >= 32 && toEnd - to >= 32; at += 16) {
-    while (taken == 0 && end - at >= 64 && toEnd - to >= 64 && (NonAsciiMask(at) | NonAsciiMask(at + 16)) == 0) {
+    while (taken == 0 && end - at >= 64 && toEnd - to >= 64 && AreAscii(LoadBytes(at) | LoadBytes(at + 16))) {
       Widen(at, to);
       Widen(at + 16, to + 16);
       at += 32;
@@ -226,11 +218,11 @@ static void DecodeVectors(const unsigned char*&, const unsigned char*, WCHAR*&, 
 // Decodes into [to, toEnd), which has as many units as were counted, and returns the end of what was decoded. Units
 // from there to `toEnd` may be garbage. For bad text, which counts zero units, nothing is decoded.
 static WCHAR* Decode(const unsigned char* at, const unsigned char* end, WCHAR* to, const WCHAR* toEnd) noexcept {
-  if (PrefersAvx2(at, static_cast<std::size_t>(end - at))) DecodeAvx2(at, end, to, toEnd);
+  if (const Utf8Vectors* form = FormFor(at, static_cast<std::size_t>(end - at))) form->decode(at, end, to, toEnd);
   DecodeVectors(at, end, to, toEnd);
   while (at < end && to < toEnd) {
     if (*at < 0x80) {
-#if defined(__SSE2__)
+#if defined(ZR_HAS_VECTORS)
       if (end - at >= 16 && toEnd - to >= 16) {
         Widen(at, to);
         const int ascii = std::countr_zero(NonAsciiMask(at) | 0x10000);

@@ -51,8 +51,10 @@ void* FindInLibrary(void* library, const char* name) { return dlsym(library, nam
 void CloseLibrary(void* library) { dlclose(library); }
 
 char* ReserveGuardedPage() {
-  void* pages = mmap(nullptr, 2 * kPageSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (mprotect(static_cast<char*>(pages) + kPageSize, kPageSize, PROT_NONE) != 0) std::abort();
-  return static_cast<char*>(pages);
+  void* pages = mmap(nullptr, 3 * kPageSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (pages == MAP_FAILED) std::abort();
+  char* const page = static_cast<char*>(pages) + kPageSize;
+  if (mprotect(page, kPageSize, PROT_READ | PROT_WRITE) != 0) std::abort();
+  return page;
 }
-void ReleaseGuardedPage(char* page) { munmap(page, 2 * kPageSize); }
+void ReleaseGuardedPage(char* page) { munmap(page - kPageSize, 3 * kPageSize); }

@@ -33,7 +33,8 @@ void* OpenLibrary(const char* path);
 void* FindInLibrary(void* library, const char* name);
 void CloseLibrary(void* library);
 
-// Two pages of memory; only the first may be touched. kPageSize is the size of one page.
-inline constexpr std::size_t kPageSize = 4096;
+// Returns a page of memory between two pages that must not be touched. kPageSize is a multiple of the page size of
+// every system, because some systems have pages of 64 KiB.
+inline constexpr std::size_t kPageSize = 65536;
 char* ReserveGuardedPage();
 void ReleaseGuardedPage(char* page);

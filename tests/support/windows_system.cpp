@@ -68,10 +68,11 @@ void* FindInLibrary(void* library, const char* name) {
 void CloseLibrary(void* library) { FreeLibrary(static_cast<HMODULE>(library)); }
 
 char* ReserveGuardedPage() {
-  void* pages = VirtualAlloc(nullptr, 2 * kPageSize, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
-  DWORD before;
+  void* pages = VirtualAlloc(nullptr, 3 * kPageSize, MEM_RESERVE | MEM_COMMIT, PAGE_NOACCESS);
   if (pages == nullptr) std::abort();
-  if (!VirtualProtect(static_cast<char*>(pages) + kPageSize, kPageSize, PAGE_NOACCESS, &before)) std::abort();
-  return static_cast<char*>(pages);
+  char* const page = static_cast<char*>(pages) + kPageSize;
+  DWORD before;
+  if (!VirtualProtect(page, kPageSize, PAGE_READWRITE, &before)) std::abort();
+  return page;
 }
-void ReleaseGuardedPage(char* page) { VirtualFree(page, 0, MEM_RELEASE); }
+void ReleaseGuardedPage(char* page) { VirtualFree(page - kPageSize, 0, MEM_RELEASE); }

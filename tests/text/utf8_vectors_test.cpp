@@ -1,5 +1,5 @@
-// Compares the Unicode conversions with the slow model on random texts, with the processor's vector instructions and
-// without.
+// Compares the Unicode conversions with the slow model on random texts, in each form that this processor can run, and
+// without a form.
 
 #include "text/utf8_vectors.h"
 
@@ -7,8 +7,24 @@
 
 #include <random>
 
+#include "tests/support/guarded_page.h"
 #include "tests/support/random_seed.h"
 #include "tests/support/unicode_check.h"
+
+// Runs the test once with each form that this processor can run, and once without a form. The library then uses what it
+// has chosen for itself.
+template <class Test>
+static void WithEachForm(Test test) {
+  const Utf8Vectors* const chosen = g_utf8Vectors;
+  const auto forms = Utf8VectorForms();
+  for (std::size_t at = 0; at < forms.size(); ++at) {
+    if (forms[at] == nullptr && at + 1 != forms.size()) continue;  // only the last is null on purpose
+    g_utf8Vectors = forms[at];
+    SCOPED_TRACE(forms[at] != nullptr ? forms[at]->name : "without a form");
+    test();
+  }
+  g_utf8Vectors = chosen;
+}
 
 // Ranges of code points, as the first and the count: six ranges of text, then the limits of each encoding, and
 // surrogates.
@@ -18,9 +34,8 @@ static constexpr char32_t kRanges[][2] = {{0x20, 0x5F},     {0xA0, 0x760},    {0
 
 // The texts are runs of characters of one range, long enough for the vectors and for the rest after them. A text has
 // one error or none.
-TEST(Utf8Vectors, ConversionsMatchTheModelWithAndWithoutVectors) {
+TEST(Utf8Vectors, ConversionsMatchTheModelInEachForm) {
   const uint32_t seed = RandomSeed(42);
-  const bool hadWide = g_hasAvx2;
   for (uint32_t round = 0; round < 4300; ++round) {
     std::mt19937 random(seed + round);
     const auto pick = [&random](size_t below) { return static_cast<uint32_t>(random() % below); };
@@ -50,31 +65,67 @@ TEST(Utf8Vectors, ConversionsMatchTheModelWithAndWithoutVectors) {
     corrupt(points, pick(size_t{1} << pick(33)));
     const int32_t length = pick(2) == 0 || units.empty() ? -1 : static_cast<int32_t>(1 + pick(units.size()));
     const auto stray = static_cast<int32_t>(pick(1200));
-    for (const bool isWide : {false, hadWide}) {
-      g_hasAvx2 = isWide;
+    WithEachForm([&] {
       const std::string difference = FirstDifference({CheckFromUtf8(bytes, static_cast<uint8_t>(stray)),
                                                       CheckFromUtf32(points), CheckWriters(units, length, stray),
                                                       CheckRanges({bytes.begin(), bytes.end()}, units, points)});
-      ASSERT_TRUE(difference.empty()) << DescribeRound(seed, round) << (isWide ? ", with" : ", without")
-                                      << " wide vectors\n"
-                                      << difference;
-    }
+      ASSERT_TRUE(difference.empty()) << DescribeRound(seed, round) << "\n" << difference;
+    });
+    if (testing::Test::HasFatalFailure()) return;
   }
 }
 
 // ASCII characters follow a truncated sequence at each position around the end of a vector. Blocks of ASCII are counted
 // without a check of each character.
 TEST(Utf8Vectors, DetectATruncatedSequenceBeforeABlockOfAscii) {
-  const bool hadWide = g_hasAvx2;
-  for (const bool isWide : {false, hadWide}) {
-    g_hasAvx2 = isWide;
+  WithEachForm([] {
     for (const std::string cut : {"\xC3", "\xE2\x82", "\xF0\x9F\xAA"}) {
       for (size_t place = 56; place < 72; ++place) {
         std::vector<uint8_t> bytes(200, 'a');
         std::copy(cut.begin(), cut.end(), bytes.begin() + static_cast<std::ptrdiff_t>(place));
-        EXPECT_EQ(CheckFromUtf8(bytes, 'b'), "")
-            << cut.size() << " bytes of a sequence at " << place << (isWide ? ", with wide vectors" : "");
+        EXPECT_EQ(CheckFromUtf8(bytes, 'b'), "") << cut.size() << " bytes of a sequence at " << place;
       }
     }
-  }
+  });
+}
+
+// Texts and buffers begin or end with a page, so that an access outside them is a fault. They have every length up to
+// several vectors; a buffer has exactly the size of the text, or half of it.
+TEST(Utf8Vectors, StayWithinTheTextAndTheBuffer) {
+  const GuardedPage textPage, bufferPage;
+  const std::u32string run(40, U'r');
+  const std::u32string kPatterns[] = {
+      U"a", U"\xE9", U"\x20AC", U"\x1F600", U"a\xE9\x20AC\x1F600", run + U"\xE9\xE9\xE9" + run + U"\x20AC\x1F600"};
+  WithEachForm([&] {
+    for (const std::u32string& pattern : kPatterns) {
+      std::u32string points;
+      for (size_t count = 1; count <= 140; ++count) {
+        points.push_back(pattern[count % pattern.size()]);
+        Units units;
+        for (const char32_t point : points) units += model::Units(point);
+        const std::string bytes = model::Encoded(points);
+        for (const bool isAtEnd : {false, true}) {
+          SCOPED_TRACE(Escaped(points) + (isAtEnd ? " at the end" : " at the beginning") + " of a page");
+          char* const text = textPage.Place<char>(bytes.size(), isAtEnd);
+          std::copy(bytes.begin(), bytes.end(), text);
+          Owned string;
+          ASSERT_RESULT(ZrCreateZRSTRfromUTF8(text, static_cast<int32_t>(bytes.size()), &string.string), ZR_R_OK);
+          ASSERT_EQ(Escaped(ContentOf(string)), Escaped(units));
+
+          WCHAR* const source = textPage.Place<WCHAR>(units.size(), isAtEnd);
+          std::copy(units.begin(), units.end(), source);
+          const auto length = static_cast<int32_t>(units.size());
+          int32_t size = -1;
+          ASSERT_RESULT(ZrCreateUTF8fromZRSTR(source, length, nullptr, &size), ZR_R_OK);
+          ASSERT_EQ(static_cast<size_t>(size), bytes.size() + 1);
+          for (int32_t capacity : {size, size / 2}) {
+            const auto written = static_cast<size_t>(capacity);
+            char* const buffer = bufferPage.Place<char>(written, isAtEnd);
+            ASSERT_RESULT(ZrCreateUTF8fromZRSTR(source, length, buffer, &capacity), ZR_R_OK);
+            ASSERT_EQ(Escaped(std::string(buffer, written)), Escaped(bytes.substr(0, written - 1) + '\0'));
+          }
+        }
+      }
+    }
+  });
 }
