@@ -144,7 +144,7 @@ constinit CSharedEmptyString g_emptyString;         // neither constructor nor d
 constinit CItemAllocatorSettings g_itemAllocators;  // the same
 constinit CCharacterCase g_characterCase;           // reads the locale on first use; the destructor releases it
 constinit CZrBlobMgr g_blobManager;
-const Utf8Vectors* g_utf8Vectors = BestUtf8Vectors();  // null before this runs: the plain loops do all the work
+Utf8Form g_utf8Form = BestUtf8Form();  // None before this runs: the callers' loops do all the work
 static CErrorRegistry g_errorRegistry;
 constinit CZrSafeArrayMgr g_arrayManager;
 static CGlobalData g_globalData;

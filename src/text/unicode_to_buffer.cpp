@@ -166,11 +166,8 @@ static std::size_t CountVectors(const WCHAR*&, const WCHAR*) noexcept { return 0
 //
 // The count differs from what EncodeUtf8 writes for text with lone surrogates, and callers rely on both.
 static std::size_t CountUtf8(const WCHAR* at, const WCHAR* end) noexcept {
-  const Utf8Vectors* const form = g_utf8Vectors;
-  if (form != nullptr && form->countUtf8 != nullptr && end - at >= form->fewestUnits) {
-    const std::size_t bytes = form->countUtf8(at, static_cast<std::size_t>(end - at));
-    if (bytes != kNotCounted) return bytes;
-  }
+  const std::size_t counted = CountUtf8Blocks(at, static_cast<std::size_t>(end - at));
+  if (counted != kNotCounted) return counted;
   std::size_t bytes = CountVectors(at, end);
   for (; at < end; ++at) {
     if (!IsSurrogate(*at)) {
@@ -250,7 +247,7 @@ static void EncodeVectors(const WCHAR*&, const WCHAR*, unsigned char*&, const un
 static std::size_t EncodeUtf8(const WCHAR* at, const WCHAR* end, unsigned char* buffer, std::size_t limit) noexcept {
   unsigned char* to = buffer;
   unsigned char* const toEnd = buffer + limit;
-  if (const Utf8Vectors* const form = g_utf8Vectors) form->encode(at, end, to, toEnd);
+  EncodeBlocks(at, end, to, toEnd);
   EncodeVectors(at, end, to, toEnd);
   while (at < end && to < toEnd) {
     // Near the ends: still sixteen at once where they fit, with the same rule for what Narrow stores in excess. If all

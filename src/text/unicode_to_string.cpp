@@ -97,18 +97,9 @@ class CVectorCount {
 };
 #endif
 
-// Returns the processor's own form if it suits the text, otherwise null. A short text that begins with ASCII is usually
-// all ASCII. The loops of this file finish it before such a form is set up.
-static const Utf8Vectors* FormFor(const unsigned char* text, std::size_t size) noexcept {
-  const Utf8Vectors* const form = g_utf8Vectors;
-  return form != nullptr && size >= form->fewestBytes && (size >= 128 || *text >= 0x80) ? form : nullptr;
-}
-
 // Returns the number of units that the text yields, or kNotCounted if it is bad.
 static std::size_t CountUnits(const unsigned char* text, std::size_t size) noexcept {
-  if (const Utf8Vectors* form = FormFor(text, size); form != nullptr && form->countUnits != nullptr) {
-    return form->countUnits(text, size);
-  }
+  if (const auto units = CountUnitBlocks(text, size)) return *units;
   std::size_t at = 0, units = 0;
 #if defined(ZR_HAS_VECTORS)
   CVectorCount count;
@@ -218,7 +209,7 @@ static void DecodeVectors(const unsigned char*&, const unsigned char*, WCHAR*&, 
 // Decodes into [to, toEnd), which has as many units as were counted, and returns the end of what was decoded. Units
 // from there to `toEnd` may be garbage. For bad text, which counts zero units, nothing is decoded.
 static WCHAR* Decode(const unsigned char* at, const unsigned char* end, WCHAR* to, const WCHAR* toEnd) noexcept {
-  if (const Utf8Vectors* form = FormFor(at, static_cast<std::size_t>(end - at))) form->decode(at, end, to, toEnd);
+  DecodeBlocks(at, end, to, toEnd);
   DecodeVectors(at, end, to, toEnd);
   while (at < end && to < toEnd) {
     if (*at < 0x80) {

@@ -3,10 +3,18 @@
 #include "text/utf8_vectors.h"
 
 #include <algorithm>
+#include <iterator>
 
-std::array<const Utf8Vectors*, 3> Utf8VectorForms() noexcept { return {Utf8VectorsAvx2(), Utf8VectorsNeon(), nullptr}; }
-
-const Utf8Vectors* BestUtf8Vectors() noexcept {
-  const auto forms = Utf8VectorForms();
-  return *std::find_if(forms.begin(), forms.end() - 1, [](const Utf8Vectors* form) { return form != nullptr; });
+bool CanRun(Utf8Form form) noexcept {
+#if defined(__GNUC__) && defined(__x86_64__)
+  if (form == Utf8Form::Avx2) {
+    __builtin_cpu_init();
+    return __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("popcnt") != 0;
+  }
+#elif defined(__GNUC__) && defined(__aarch64__)
+  if (form == Utf8Form::Neon) return true;
+#endif
+  return form == Utf8Form::None;
 }
+
+Utf8Form BestUtf8Form() noexcept { return *std::find_if(std::begin(kUtf8Forms), std::end(kUtf8Forms), CanRun); }

@@ -1,58 +1,108 @@
-// Conversions between UTF-8 and 16-bit text that exist in one form per set of vector instructions:
+// Conversions between UTF-8 and 16-bit text by instructions that only some processors have. They exist in several
+// forms, one per set of instructions:
 //
 //     utf8_vectors_avx2.cpp     AVX2, which only some x86-64 processors have
 //     utf8_vectors_neon.cpp     NEON, which every arm64 processor has
 //
-// The library chooses the best form for its processor when it is loaded. To add a form, write its file and its function
-// below, and add it to Utf8VectorForms.
+// When the library is loaded, it chooses the best form for its processor. The four functions ...Blocks below call the
+// chosen form directly: a call through a pointer would cost short texts a tenth of their time.
 //
 // The callers are the loops in unicode_to_string.cpp and unicode_to_buffer.cpp. They do all the work where there is no
 // form, and they handle what a form leaves to them:
 //
-//   - A counting function counts the whole text, or returns kNotCounted for text that it doesn't handle.
+//   - A counting function counts the whole text, or nothing.
 //   - A converting function converts from the beginning of the text. It stops where less than a vector is left on
 //     either side, or at a character that needs other treatment. It moves both cursors past what it has converted, and
-//     the caller's loop continues there.
+//     the caller's loop continues there. It may convert nothing.
+//
+// To add a form, add it to Utf8Form, kUtf8Forms and CanRun, and call it from the functions of its kind of processor.
 
 #pragma once
 
-#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
+#include <optional>
 
 #include "zrcore/base.h"
 
+enum class Utf8Form : uint8_t { None, Avx2, Neon };
+inline constexpr Utf8Form kUtf8Forms[] = {Utf8Form::Avx2, Utf8Form::Neon, Utf8Form::None};  // the best first
+
+// Returns whether this processor can run the form, and the library was built with it. None can always run.
+[[nodiscard]] bool CanRun(Utf8Form form) noexcept;
+[[nodiscard]] Utf8Form BestUtf8Form() noexcept;
+
+// The chosen form. Set once, when the library is loaded.
+extern Utf8Form g_utf8Form;
+
 inline constexpr std::size_t kNotCounted = std::numeric_limits<std::size_t>::max();
 
-// One form. A counting function is null if the form can't count faster than the callers' own vectors (vectors.h).
-struct Utf8Vectors {
-  const char* name;
-  std::size_t fewestBytes;     // countUnits and decode must not be called for fewer
-  std::ptrdiff_t fewestUnits;  // countUtf8 must not be called for fewer; encode takes any number
+// A short text that begins with ASCII is usually all ASCII. The callers' loops finish it before a form is set up.
+[[nodiscard]] inline bool IsWorthAForm(const unsigned char* text, std::size_t size) noexcept {
+  return size >= 35 && (size >= 128 || *text >= 0x80);
+}
 
-  // Returns the number of units that the UTF-8 text yields. Returns kNotCounted for bad text: a lead byte that lacks a
-  // continuation byte, unless the text ends first, or a continuation byte without a lead byte.
-  std::size_t (*countUnits)(const unsigned char* text, std::size_t size) noexcept;
+// CountUnitBlocks returns the number of units that UTF-8 yields, or no value if it doesn't count such a text. It
+// returns kNotCounted for bad text: a lead byte that lacks a continuation byte, unless the text ends first, or a
+// continuation byte without a lead byte.
+//
+// DecodeBlocks decodes from the beginning of a good text. `at` ends on the first byte of a character. Units between the
+// final `to` and `toEnd` are overwritten with garbage.
+//
+// CountUtf8Blocks returns the number of bytes of UTF-8 that the units yield. It returns kNotCounted if the text
+// contains a lone surrogate, or if it doesn't count such a text.
+//
+// EncodeBlocks encodes from `at`. Bytes after the final `to` may be overwritten with garbage. The units left, without
+// the very last, yield at least as many bytes as were overwritten, so the caller's loop writes over all of them.
 
-  // Decodes from the beginning of a text that is known to be good. `at` ends on the first byte of a character. Units
-  // between the final `to` and `toEnd` are overwritten with garbage.
-  void (*decode)(const unsigned char*& at, const unsigned char* end, WCHAR*& to, const WCHAR* toEnd) noexcept;
+#if defined(__GNUC__) && defined(__x86_64__)
 
-  // Returns the number of bytes of UTF-8 that the units yield, or kNotCounted if the text contains a lone surrogate.
-  std::size_t (*countUtf8)(const WCHAR* text, std::size_t length) noexcept;
+[[nodiscard]] std::size_t CountUnitsAvx2(const unsigned char* text, std::size_t size) noexcept;  // 35 bytes or more
+void DecodeAvx2(const unsigned char*& at, const unsigned char* end, WCHAR*& to, const WCHAR* toEnd) noexcept;
+[[nodiscard]] std::size_t CountUtf8Avx2(const WCHAR* text, std::size_t length) noexcept;  // 16 units or more
+void EncodeAvx2(const WCHAR*& at, const WCHAR* end, unsigned char*& to, const unsigned char* toEnd) noexcept;
 
-  // Encodes from `at`. Bytes after the final `to` may be overwritten with garbage. The units left, without the very
-  // last, yield at least as many bytes as were overwritten, so the caller's loop writes over all of them.
-  void (*encode)(const WCHAR*& at, const WCHAR* end, unsigned char*& to, const unsigned char* toEnd) noexcept;
-};
+[[nodiscard]] inline std::optional<std::size_t> CountUnitBlocks(const unsigned char* text, std::size_t size) noexcept {
+  if (g_utf8Form == Utf8Form::Avx2 && IsWorthAForm(text, size)) return CountUnitsAvx2(text, size);
+  return std::nullopt;
+}
+inline void DecodeBlocks(const unsigned char*& at, const unsigned char* end, WCHAR*& to, const WCHAR* toEnd) noexcept {
+  const auto size = static_cast<std::size_t>(end - at);
+  if (g_utf8Form == Utf8Form::Avx2 && IsWorthAForm(at, size)) DecodeAvx2(at, end, to, toEnd);
+}
+[[nodiscard]] inline std::size_t CountUtf8Blocks(const WCHAR* text, std::size_t length) noexcept {
+  return g_utf8Form == Utf8Form::Avx2 && length >= 16 ? CountUtf8Avx2(text, length) : kNotCounted;
+}
+inline void EncodeBlocks(const WCHAR*& at, const WCHAR* end, unsigned char*& to, const unsigned char* toEnd) noexcept {
+  if (g_utf8Form == Utf8Form::Avx2) EncodeAvx2(at, end, to, toEnd);
+}
 
-// Each returns its form, or null if this processor can't run it or the library was built for another kind of processor.
-[[nodiscard]] const Utf8Vectors* Utf8VectorsAvx2() noexcept;
-[[nodiscard]] const Utf8Vectors* Utf8VectorsNeon() noexcept;
+#else
 
-// Returns the results of all of them, the best form first. The last element is null: the callers' loops need no form.
-[[nodiscard]] std::array<const Utf8Vectors*, 3> Utf8VectorForms() noexcept;
+// The callers' loops count in vectors of the same size as NEON's, so that form counts nothing.
+[[nodiscard]] inline std::optional<std::size_t> CountUnitBlocks(const unsigned char*, std::size_t) noexcept {
+  return std::nullopt;
+}
+[[nodiscard]] inline std::size_t CountUtf8Blocks(const WCHAR*, std::size_t) noexcept { return kNotCounted; }
 
-// The form that the library uses, null for none. Set once, when the library is loaded, to the best that isn't null.
-extern const Utf8Vectors* g_utf8Vectors;
-[[nodiscard]] const Utf8Vectors* BestUtf8Vectors() noexcept;
+#if defined(__GNUC__) && defined(__aarch64__)
+
+void DecodeNeon(const unsigned char*& at, const unsigned char* end, WCHAR*& to, const WCHAR* toEnd) noexcept;
+void EncodeNeon(const WCHAR*& at, const WCHAR* end, unsigned char*& to, const unsigned char* toEnd) noexcept;
+
+inline void DecodeBlocks(const unsigned char*& at, const unsigned char* end, WCHAR*& to, const WCHAR* toEnd) noexcept {
+  const auto size = static_cast<std::size_t>(end - at);
+  if (g_utf8Form == Utf8Form::Neon && IsWorthAForm(at, size)) DecodeNeon(at, end, to, toEnd);
+}
+inline void EncodeBlocks(const WCHAR*& at, const WCHAR* end, unsigned char*& to, const unsigned char* toEnd) noexcept {
+  if (g_utf8Form == Utf8Form::Neon) EncodeNeon(at, end, to, toEnd);
+}
+
+#else
+
+inline void DecodeBlocks(const unsigned char*&, const unsigned char*, WCHAR*&, const WCHAR*) noexcept {}
+inline void EncodeBlocks(const WCHAR*&, const WCHAR*, unsigned char*&, const unsigned char*) noexcept {}
+
+#endif
+#endif

@@ -94,7 +94,7 @@ ZR_AVX2 static std::size_t SkipAscii(const unsigned char* text, std::size_t at, 
 // Counts in blocks of up to four vectors. Only a block that ends in ASCII is a hint of an ASCII run, so text without
 // such runs doesn't pay for the attempt to skip one. The skipped bytes need no check: no byte before them can require a
 // continuation byte, because CountUnits32 has already checked the ASCII byte that ends the block.
-ZR_AVX2 static std::size_t CountUnits(const unsigned char* text, std::size_t size) noexcept {
+ZR_AVX2 std::size_t CountUnitsAvx2(const unsigned char* text, std::size_t size) noexcept {
   std::size_t at = SkipAscii(text, 0, size), units = at;
   __m256i bad = _mm256_setzero_si256();
   while (size - at >= 32) {
@@ -134,8 +134,8 @@ ZR_AVX2 static void WidenAscii(const unsigned char*& at, const unsigned char* en
 //
 // The bit of a lane in `kept` says that its unit is stored. The text is known to be good. A lead byte in `before2` or
 // `before3` therefore shows that the bytes after it belong to its character.
-ZR_AVX2 static void Decode(const unsigned char*& text, const unsigned char* end, WCHAR*& units,
-                           const WCHAR* toEnd) noexcept {
+ZR_AVX2 void DecodeAvx2(const unsigned char*& text, const unsigned char* end, WCHAR*& units,
+                        const WCHAR* toEnd) noexcept {
   const unsigned char* at = text;
   WCHAR* to = units;
   WidenAscii(at, end, to, toEnd);
@@ -227,9 +227,9 @@ ZR_AVX2 static std::size_t SkipAscii(const WCHAR* text, std::size_t at, std::siz
   return at;
 }
 
-// Counts in blocks and skips ASCII like CountUnits. A high surrogate is found bad by the unit after it, so one at
+// Counts in blocks and skips ASCII like CountUnitsAvx2. A high surrogate is found bad by the unit after it, so one at
 // the end of the text has to be looked for.
-ZR_AVX2 static std::size_t CountUtf8(const WCHAR* text, std::size_t length) noexcept {
+ZR_AVX2 std::size_t CountUtf8Avx2(const WCHAR* text, std::size_t length) noexcept {
   if (IsHighSurrogate(text[length - 1])) return kNotCounted;
   std::size_t at = SkipAscii(text, 0, length), bytes = at;
   const __m256i all = EachUnit(0xFFFF);
@@ -309,8 +309,8 @@ ZR_AVX2 static void NarrowAscii(const WCHAR*& at, const WCHAR* end, unsigned cha
 //     any other 8 units            one to three bytes each, in lanes of 32 bits
 //
 // After each step NarrowAscii takes a run of ASCII, if one follows.
-ZR_AVX2 static void Encode(const WCHAR*& text, const WCHAR* end, unsigned char*& buffer,
-                           const unsigned char* toEnd) noexcept {
+ZR_AVX2 void EncodeAvx2(const WCHAR*& text, const WCHAR* end, unsigned char*& buffer,
+                        const unsigned char* toEnd) noexcept {
   const WCHAR* at = text;
   unsigned char* to = buffer;
   NarrowAscii(at, end, to, toEnd);
@@ -371,23 +371,5 @@ ZR_AVX2 static void Encode(const WCHAR*& text, const WCHAR* end, unsigned char*&
   text = at;
   buffer = to;
 }
-
-// CountUnits ends with a vector that ends with the text and reads three bytes before it. CountUtf8 needs one vector.
-static constexpr Utf8Vectors kAvx2{.name = "AVX2",
-                                   .fewestBytes = 35,
-                                   .fewestUnits = 16,
-                                   .countUnits = CountUnits,
-                                   .decode = Decode,
-                                   .countUtf8 = CountUtf8,
-                                   .encode = Encode};
-
-const Utf8Vectors* Utf8VectorsAvx2() noexcept {
-  __builtin_cpu_init();
-  return __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("popcnt") != 0 ? &kAvx2 : nullptr;
-}
-
-#else
-
-const Utf8Vectors* Utf8VectorsAvx2() noexcept { return nullptr; }
 
 #endif

@@ -4,9 +4,7 @@
 
 #include "text/utf8_vectors.h"
 
-#include "text/vectors.h"
-
-#if defined(ZR_HAS_VECTORS) && defined(__aarch64__)
+#if defined(__GNUC__) && defined(__aarch64__)
 
 #include <arm_neon.h>
 
@@ -14,6 +12,7 @@
 
 #include "platform/unicode_forms.h"
 #include "text/utf8_vector_steps.h"
+#include "text/vectors.h"
 
 static uint16x8_t Each(int unit) noexcept { return EachUnit(unit).lanes; }
 static uint32x4_t Each32(uint32_t bits) noexcept { return vdupq_n_u32(bits); }
@@ -85,7 +84,7 @@ static bool DecodeFour(const DecodingLanes& lanes, uint16x8_t& decoded) noexcept
 
 // Decodes sixteen bytes per step, in two halves of eight lanes. The bit of a byte in `kept` says that a character, or
 // the high surrogate of one, ends there and its unit is stored.
-static void Decode(const unsigned char*& text, const unsigned char* end, WCHAR*& units, const WCHAR* toEnd) noexcept {
+void DecodeNeon(const unsigned char*& text, const unsigned char* end, WCHAR*& units, const WCHAR* toEnd) noexcept {
   const unsigned char* at = text;
   WCHAR* to = units;
   WidenAscii(at, end, to, toEnd);
@@ -223,7 +222,7 @@ static bool EncodeUpToThree(uint16x8_t units, std::ptrdiff_t unitsLeft, unsigned
 
 // Each step takes eight units and does what fits the longest character among them. After each step NarrowAscii takes a
 // run of ASCII, if one follows.
-static void Encode(const WCHAR*& text, const WCHAR* end, unsigned char*& buffer, const unsigned char* toEnd) noexcept {
+void EncodeNeon(const WCHAR*& text, const WCHAR* end, unsigned char*& buffer, const unsigned char* toEnd) noexcept {
   const WCHAR* at = text;
   unsigned char* to = buffer;
   NarrowAscii(at, end, to, toEnd);
@@ -247,19 +246,5 @@ static void Encode(const WCHAR*& text, const WCHAR* end, unsigned char*& buffer,
   text = at;
   buffer = to;
 }
-
-static constexpr Utf8Vectors kNeon{.name = "NEON",
-                                   .fewestBytes = 17,  // a step of Decode and the byte after it
-                                   .fewestUnits = 0,
-                                   .countUnits = nullptr,
-                                   .decode = Decode,
-                                   .countUtf8 = nullptr,
-                                   .encode = Encode};
-
-const Utf8Vectors* Utf8VectorsNeon() noexcept { return &kNeon; }
-
-#else
-
-const Utf8Vectors* Utf8VectorsNeon() noexcept { return nullptr; }
 
 #endif

@@ -31,7 +31,7 @@
 #if defined(__GNUC__) && defined(__SSE2__)
 #define ZR_HAS_VECTORS
 #include "text/vectors_sse2.h"
-#elif defined(__GNUC__) && defined(__aarch64__) && defined(__ARM_NEON)
+#elif defined(__GNUC__) && defined(__aarch64__)
 #define ZR_HAS_VECTORS
 #include "text/vectors_neon.h"
 #endif

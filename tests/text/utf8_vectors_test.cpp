@@ -15,15 +15,15 @@
 // has chosen for itself.
 template <class Test>
 static void WithEachForm(Test test) {
-  const Utf8Vectors* const chosen = g_utf8Vectors;
-  const auto forms = Utf8VectorForms();
-  for (std::size_t at = 0; at < forms.size(); ++at) {
-    if (forms[at] == nullptr && at + 1 != forms.size()) continue;  // only the last is null on purpose
-    g_utf8Vectors = forms[at];
-    SCOPED_TRACE(forms[at] != nullptr ? forms[at]->name : "without a form");
+  static constexpr const char* kNames[] = {"without a form", "AVX2", "NEON"};
+  const Utf8Form chosen = g_utf8Form;
+  for (const Utf8Form form : kUtf8Forms) {
+    if (!CanRun(form)) continue;
+    g_utf8Form = form;
+    SCOPED_TRACE(kNames[static_cast<size_t>(form)]);
     test();
   }
-  g_utf8Vectors = chosen;
+  g_utf8Form = chosen;
 }
 
 // Ranges of code points, as the first and the count: six ranges of text, then the limits of each encoding, and
@@ -94,8 +94,13 @@ TEST(Utf8Vectors, DetectATruncatedSequenceBeforeABlockOfAscii) {
 TEST(Utf8Vectors, StayWithinTheTextAndTheBuffer) {
   const GuardedPage textPage, bufferPage;
   const std::u32string run(40, U'r');
-  const std::u32string kPatterns[] = {
-      U"a", U"\xE9", U"\x20AC", U"\x1F600", U"a\xE9\x20AC\x1F600", run + U"\xE9\xE9\xE9" + run + U"\x20AC\x1F600"};
+  const std::u32string kPatterns[] = {U"a",
+                                      U"\xE9",
+                                      U"\x20AC",
+                                      U"\x1F600",
+                                      U"a\xE9\x20AC\x1F600",
+                                      run + U"\x80",
+                                      run + U"\xE9\xE9\xE9" + run + U"\x20AC\x1F600"};
   WithEachForm([&] {
     for (const std::u32string& pattern : kPatterns) {
       std::u32string points;
