@@ -71,8 +71,8 @@ function(zrcore_harden target)
 endfunction()
 
 # zrcore_map_paths(TARGET) replaces the paths of the source folder and the build folder by "." in debug information, so
-# that two builds in different folders have the same bytes (tools/check-reproducible). Debug builds keep the paths, so
-# that gdb finds the sources wherever it is started. It does nothing without ZRCORE_MAP_PATHS.
+# that two builds with g++ in different folders have the same bytes (tools/check-reproducible). Debug builds keep the
+# paths, so that gdb finds the sources wherever it is started. It does nothing without ZRCORE_MAP_PATHS.
 function(zrcore_map_paths target)
   if(NOT ZRCORE_MAP_PATHS)
     return()
