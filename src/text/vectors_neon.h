@@ -4,7 +4,6 @@
 
 #include <arm_neon.h>
 
-#include <cstddef>
 #include <cstdint>
 
 #include "zrcore/base.h"
@@ -89,5 +88,5 @@ inline ByteVector NarrowAscii(UnitVector low, UnitVector high) noexcept {
 }
 inline ByteVector NarrowMasks(UnitVector low, UnitVector high) noexcept { return NarrowAscii(low, high); }
 
-inline std::size_t SumOfBytes(ByteVector bytes) noexcept { return vaddlvq_u8(bytes.lanes); }
+inline unsigned SumOfBytes(ByteVector bytes) noexcept { return vaddlvq_u8(bytes.lanes); }
 inline int SumOfSignedUnits(UnitVector units) noexcept { return vaddlvq_s16(vreinterpretq_s16_u16(units.lanes)); }

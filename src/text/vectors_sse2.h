@@ -4,7 +4,6 @@
 
 #include <emmintrin.h>
 
-#include <cstddef>
 #include <cstdint>
 
 #include "zrcore/base.h"
@@ -79,9 +78,9 @@ inline ByteVector NarrowMasks(UnitVector low, UnitVector high) noexcept {
 }
 
 // The instruction adds up the lower and the upper eight lanes.
-inline std::size_t SumOfBytes(ByteVector bytes) noexcept {
+inline unsigned SumOfBytes(ByteVector bytes) noexcept {
   const __m128i halves = _mm_sad_epu8(bytes.lanes, _mm_setzero_si128());
-  return static_cast<std::size_t>(_mm_cvtsi128_si32(halves) + _mm_extract_epi16(halves, 4));
+  return static_cast<unsigned>(_mm_cvtsi128_si32(halves) + _mm_extract_epi16(halves, 4));
 }
 
 // In pairs to four sums of 32 bits, then the upper two to the lower, then the upper one.

@@ -93,13 +93,13 @@ TEST(Utf8Vectors, DetectATruncatedSequenceBeforeABlockOfAscii) {
 // several vectors; a buffer has exactly the size of the text, or half of it.
 TEST(Utf8Vectors, StayWithinTheTextAndTheBuffer) {
   const GuardedPage textPage, bufferPage;
-  const std::u32string run(40, U'r');
+  const std::u32string run(40, U'r'), zeros(40, U'\0');  // zeros, so that no other unit hides the bits of U+0080
   const std::u32string kPatterns[] = {U"a",
                                       U"\xE9",
                                       U"\x20AC",
                                       U"\x1F600",
                                       U"a\xE9\x20AC\x1F600",
-                                      run + U"\x80",
+                                      zeros + U"\x80",
                                       run + U"\xE9\xE9\xE9" + run + U"\x20AC\x1F600"};
   WithEachForm([&] {
     for (const std::u32string& pattern : kPatterns) {
