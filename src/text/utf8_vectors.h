@@ -1,5 +1,5 @@
-// Conversions between UTF-8 and 16-bit text by instructions that only some processors have. They exist in several
-// forms, one per set of instructions:
+// Conversions between UTF-8 and 16-bit text by particular vector instructions. They exist in several forms, one per set
+// of instructions:
 //
 //     utf8_vectors_avx2.cpp     AVX2, which only some x86-64 processors have
 //     utf8_vectors_neon.cpp     NEON, which every arm64 processor has

@@ -1,6 +1,6 @@
 // Vectors of 16 bytes: the few operations on them that the loops over text need, with one implementation per processor.
 // Every x86-64 processor has SSE2 and every arm64 processor has NEON, so the compiler's target chooses. Nothing is
-// detected when the library is loaded. (utf8_vectors.h is about instructions that only some processors have.)
+// detected when the library is loaded. (utf8_vectors.h declares conversions with one form per set of instructions.)
 //
 // ZR_HAS_VECTORS is defined if there is an implementation. A loop that uses these operations is compiled only then.
 // Beside it stands a plain loop, which finishes what fills no vector and does all the work on other processors.
