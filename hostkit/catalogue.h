@@ -1,0 +1,68 @@
+// A catalogue: what one reading of the folders and the configuration file found. It never changes once it is read, so any
+// number of threads may use it.
+
+#ifndef HOSTKIT_CATALOGUE_H
+#define HOSTKIT_CATALOGUE_H
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "hostkit/manifest.h"
+#include "hostkit/problem.h"
+#include "zr/configuration.hpp"
+#include "zr/ptr.hpp"
+#include "zr/string.hpp"
+#include "zr/uuid.hpp"
+
+/// What a catalogue is read from. All paths are absolute.
+struct Sources {
+  std::vector<std::filesystem::path> folders;
+  std::optional<std::filesystem::path> configurationFile;
+  bool isOutsideAllowed = false;
+};
+
+/// A class, with what the library asks for ready to be shared.
+struct CatalogueClass {
+  zr::Uuid id;
+  zr::String name;
+  zr::String modulePath;
+  std::map<zr::String, zr::Ptr<zr::ConfigurationTable>> configurations;
+  const Manifest* manifest;
+  const ManifestClass* entry;
+};
+
+class CCatalogue {
+ public:
+  /// Reads everything. Throws std::bad_alloc; what is wrong with a file becomes a problem.
+  explicit CCatalogue(const Sources& sources);
+
+  CCatalogue(const CCatalogue&) = delete;
+  CCatalogue& operator=(const CCatalogue&) = delete;
+
+  /// The class with this identifier or name, or null. The time is logarithmic in the number of classes.
+  [[nodiscard]] const CatalogueClass* Find(const zr::Uuid& id) const noexcept;
+  [[nodiscard]] const CatalogueClass* Find(const zr::String& name) const noexcept;
+
+  /// The configuration "ZrCore" of the library itself; null without settings.
+  [[nodiscard]] const zr::Ptr<zr::ConfigurationTable>& LibraryConfiguration() const noexcept { return library_; }
+
+  /// All classes, sorted by name.
+  [[nodiscard]] std::vector<const CatalogueClass*> Classes() const;
+  [[nodiscard]] const std::vector<Problem>& Problems() const noexcept { return problems_.Rows(); }
+
+ private:
+  void ReadFolder(const std::filesystem::path& folder, bool isOutsideAllowed);
+  void AddClasses();
+
+  std::vector<Manifest> manifests_;   // sorted by folder, then by file name; not changed after AddClasses
+  std::map<zr::Uuid, CatalogueClass> byId_;
+  std::map<zr::String, const CatalogueClass*> byName_;
+  zr::Ptr<zr::ConfigurationTable> library_;
+  CProblems problems_;
+};
+
+#endif

@@ -1,0 +1,164 @@
+// ZrHost: a ready discovery for hosts. It finds modules by their manifests, and configures their classes.
+//
+// A manifest is a JSON file NAME.zrmodule beside a module. It lists the classes of the module (docs/manifests.md). A host
+// puts modules and manifests into a folder, and registers one discovery:
+//
+//     IZrComponentDiscovery* discovery = NULL;
+//     ZRRESULT result = ZrHostCreateFolderDiscovery(NULL, 0, NULL, 0, &discovery);
+//     if (ZR_FAILED(result)) return result;
+//     uint32_t cookie = 0;
+//     result = ZrAddComponentDiscovery(discovery, &cookie);
+//
+// The discovery reads files when it is created and when ZrHostRefresh is called. It never loads a module: the library
+// loads a module when the first object of one of its classes is created.
+//
+// A file that is wrong never stops the host. Each problem becomes one report, which ZrHostListProblems gives, and
+// everything else keeps working.
+//
+// The conventions of zrcore/base.h hold for this header. Every function may be called on any thread at any time. No
+// function throws. If out of memory, each returns ZR_R_NO_MEMORY. No function needs ZrInitialize.
+
+#ifndef ZRHOST_HOST_H
+#define ZRHOST_HOST_H
+
+#include <stddef.h>
+
+#include "zrcore/base.h"
+#include "zrcore/component.h"
+#include "zrcore/uuid.h"
+
+// ZRHOST_API marks a function that libzrhost exports, with C linkage and an undecorated name.
+#ifdef ZRHOST_BUILDING
+#define ZRHOST_API ZR_EXTERN_C ZR_EXPORT
+#else
+#define ZRHOST_API ZR_EXTERN_C ZR_IMPORT
+#endif
+
+// ---- The discovery -------------------------------------------------------------------------------------------------
+
+/// A flag of ZrHostCreateFolderDiscovery: a manifest may name a module file outside its own folder, with an absolute
+/// path, with "..", or through a symbolic link. Without the flag, such a manifest is a problem, and its classes are not
+/// found.
+#define ZRHOST_ALLOW_OUTSIDE 1u
+
+/// ZrHostCreateFolderDiscovery makes a discovery of the modules in folders.
+///
+/// It reads each file whose name ends in ".zrmodule" directly in one of the folders, and not in their subfolders. If two
+/// manifests contain a class with the same name or the same identifier, the first one counts, by the order of the
+/// folders and then by the bytes of the file names in UTF-8. The other class becomes a problem.
+///
+/// The discovery also serves configurations: for each class those of its manifest, and for the library itself the one
+/// called "ZrCore" (zrcore/configuration.h). A value in the configuration file of the host replaces the value of the
+/// manifest with the same name.
+///
+/// @param folders            `folderCount` paths, each ended by a zero unit. A relative path starts at the current
+///                           folder of the process at the time of this call.
+/// @param folderCount        0 for the folders of the environment variable ZRCORE_MODULE_PATH, which are separated by
+///                           ":" (";" on Windows). If the variable is not set or empty, the folder zrcore/modules beside
+///                           the library libzrhost itself, where zrcore_install_module installs modules.
+/// @param configurationFile  the path of the host's configuration file, ended by a zero unit; null for none.
+/// @param flags              0 or ZRHOST_ALLOW_OUTSIDE.
+/// @param discovery          gives an object with one reference. It is set to null first.
+/// @return
+///   - ZR_R_OK                 the discovery was made, even if there are problems or no folder exists.
+///   - ZR_R_INVALID_ARGUMENTS  `discovery` is null; `folders` or one of its paths is null although `folderCount` is not
+///                             0; a path is not UTF-16; or `flags` has an unknown bit.
+///   - ZR_R_NO_MEMORY          out of memory.
+///   - ZR_R_UNEXPECTED         the current folder of the process can't be determined.
+ZRHOST_API ZRRESULT ZrHostCreateFolderDiscovery(const WCHAR* const* folders, uint32_t folderCount,
+                                                const WCHAR* configurationFile, uint32_t flags,
+                                                IZrComponentDiscovery** discovery) ZR_NOEXCEPT;
+
+/// ZrHostRefresh reads all folders and files again.
+///
+/// From then on, lookups use the new state. What the library has already looked up stays as it was until the discovery is
+/// removed: it remembers where a class is. Lists that were given before stay valid.
+///
+/// @param discovery  made by ZrHostCreateFolderDiscovery.
+/// @return
+///   - ZR_R_OK                 the new state is in force.
+///   - ZR_R_INVALID_ARGUMENTS  `discovery` is null or made by something else.
+///   - ZR_R_NO_MEMORY          out of memory. The old state remains.
+ZRHOST_API ZRRESULT ZrHostRefresh(IZrComponentDiscovery* discovery) ZR_NOEXCEPT;
+
+// ---- Lists ---------------------------------------------------------------------------------------------------------
+//
+// A list is one memory block, which the caller releases with ZrHostDestroyList. The texts to which its records point are
+// in the same block. Each text ends with a zero unit. No text is null; a text that is not known is
+// empty. A list is a copy of the state at the time of the call.
+
+/// ZrHostInterface is one interface that a class implements.
+typedef struct ZrHostInterface {
+  ZRUUID interfaceId;
+  const WCHAR* name;  ///< empty if the manifest has no name for it
+} ZrHostInterface;
+
+ZR_STATIC_ASSERT(sizeof(ZrHostInterface) == 24 && offsetof(ZrHostInterface, interfaceId) == 0 &&
+                     offsetof(ZrHostInterface, name) == 16,
+                 "a record and a pointer");
+
+/// ZrHostClass is one class of the discovery.
+typedef struct ZrHostClass {
+  ZRUUID classId;
+  const WCHAR* name;            ///< unique among the classes of the discovery
+  const WCHAR* description;     ///< of the class
+  const WCHAR* moduleFile;      ///< the absolute path of the module
+  const WCHAR* manifestFile;    ///< the absolute path of the manifest
+  const WCHAR* moduleVersion;   ///< of the module, as the manifest states it
+  const ZrHostInterface* interfaces;  ///< `interfaceCount` records; null if there are none
+  uint32_t interfaceCount;
+  uint32_t reserved;            ///< 0
+} ZrHostClass;
+
+ZR_STATIC_ASSERT(sizeof(ZrHostClass) == 72 && offsetof(ZrHostClass, classId) == 0 && offsetof(ZrHostClass, name) == 16 &&
+                     offsetof(ZrHostClass, description) == 24 && offsetof(ZrHostClass, moduleFile) == 32 &&
+                     offsetof(ZrHostClass, manifestFile) == 40 && offsetof(ZrHostClass, moduleVersion) == 48 &&
+                     offsetof(ZrHostClass, interfaces) == 56 && offsetof(ZrHostClass, interfaceCount) == 64 &&
+                     offsetof(ZrHostClass, reserved) == 68,
+                 "a ZrHostClass has no gaps");
+
+/// ZrHostListClasses gives the classes of the discovery, sorted by name.
+///
+/// @param discovery  made by ZrHostCreateFolderDiscovery.
+/// @param classes    gives a list of `*count` records, or null if there are none. Set to null on a failure.
+/// @param count      receives the number of records. Set to 0 on a failure.
+/// @return
+///   - ZR_R_OK                 the list was made.
+///   - ZR_R_INVALID_ARGUMENTS  an argument is null, or `discovery` was made by something else.
+///   - ZR_R_NO_MEMORY          out of memory.
+ZRHOST_API ZRRESULT ZrHostListClasses(IZrComponentDiscovery* discovery, ZrHostClass** classes,
+                                      uint32_t* count) ZR_NOEXCEPT;
+
+#define ZRHOST_WARNING 1u  ///< a severity: everything in the file is in use except the part that the report names
+#define ZRHOST_ERROR 2u    ///< a severity: a folder, a file, a class or a value is not in use
+
+/// ZrHostProblem is one report.
+typedef struct ZrHostProblem {
+  const WCHAR* file;    ///< the absolute path of the folder, manifest or configuration file
+  const WCHAR* reason;  ///< one English sentence without a period, such as: the class "A" has no "id"
+  uint32_t severity;    ///< ZRHOST_WARNING or ZRHOST_ERROR
+  uint32_t line;        ///< from 1; 0 if the problem concerns the whole file
+  uint32_t column;      ///< in bytes, from 1; 0 if the problem concerns the whole file
+  uint32_t reserved;    ///< 0
+} ZrHostProblem;
+
+ZR_STATIC_ASSERT(sizeof(ZrHostProblem) == 32 && offsetof(ZrHostProblem, file) == 0 &&
+                     offsetof(ZrHostProblem, reason) == 8 && offsetof(ZrHostProblem, severity) == 16 &&
+                     offsetof(ZrHostProblem, line) == 20 && offsetof(ZrHostProblem, column) == 24 &&
+                     offsetof(ZrHostProblem, reserved) == 28,
+                 "a ZrHostProblem has no gaps");
+
+/// ZrHostListProblems gives the problems of the last reading, in the order of folders, files and lines. The arguments and
+/// results are those of ZrHostListClasses.
+ZRHOST_API ZRRESULT ZrHostListProblems(IZrComponentDiscovery* discovery, ZrHostProblem** problems,
+                                       uint32_t* count) ZR_NOEXCEPT;
+
+/// ZrHostListFolders gives the absolute paths of the folders that the discovery reads, in their order, whether they exist
+/// or not. The arguments and results are those of ZrHostListClasses.
+ZRHOST_API ZRRESULT ZrHostListFolders(IZrComponentDiscovery* discovery, const WCHAR*** folders,
+                                      uint32_t* count) ZR_NOEXCEPT;
+
+/// ZrHostDestroyList releases a list of one of the functions above. Null is allowed.
+ZRHOST_API void ZrHostDestroyList(void* list) ZR_NOEXCEPT;
+
+#endif
