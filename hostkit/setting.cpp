@@ -11,13 +11,12 @@ struct NamedType {
 };
 
 // The types that a text or a number can be converted to, under their names without "ZR_VT_".
-static constexpr std::array<NamedType, 20> kTypes = {{
+static constexpr std::array<NamedType, 19> kTypes = {{
     {"BOOL", ZR_VT_BOOL}, {"I1", ZR_VT_I1},     {"I2", ZR_VT_I2},       {"I4", ZR_VT_I4},
     {"I8", ZR_VT_I8},     {"UI1", ZR_VT_UI1},   {"UI2", ZR_VT_UI2},     {"UI4", ZR_VT_UI4},
     {"UI8", ZR_VT_UI8},   {"R4", ZR_VT_R4},     {"R8", ZR_VT_R8},       {"TIME", ZR_VT_TIME},
     {"DATETIME", ZR_VT_DATETIME},               {"CY", ZR_VT_CY},       {"CHAR32", ZR_VT_CHAR32},
     {"UUID", ZR_VT_UUID}, {"STR", ZR_VT_STR},   {"REF", ZR_VT_REF},     {"SREF", ZR_VT_SREF},
-    {"DWORD", ZR_VT_DWORD},
 }};
 
 static std::string NameOfType(uint16_t type) {
