@@ -1,51 +1,9 @@
 // zrmodule list and zrmodule info: what a host would find.
 
-#include <memory>
-
 #include "zr/zr.hpp"
 #include "zrhost/host.h"
 #include "zrmodule/commands.h"
-
-// A list of the host kit.
-template <class Record>
-class CKitList {
- public:
-  using ListFunction = ZRRESULT (*)(IZrComponentDiscovery*, Record**, uint32_t*);
-
-  CKitList(IZrComponentDiscovery& discovery, ListFunction list) {
-    const ZRRESULT result = list(&discovery, &records_, &count_);
-    if (zr::Failed(result)) throw zr::Error(result);
-  }
-  CKitList(const CKitList&) = delete;
-  CKitList& operator=(const CKitList&) = delete;
-  ~CKitList() { ZrHostDestroyList(records_); }
-
-  [[nodiscard]] const Record* begin() const noexcept { return records_; }
-  [[nodiscard]] const Record* end() const noexcept { return records_ + count_; }
-  [[nodiscard]] uint32_t Count() const noexcept { return count_; }
-
- private:
-  Record* records_ = nullptr;
-  uint32_t count_ = 0;
-};
-
-static std::string Utf8(const WCHAR* text) { return zr::String(text).ToUtf8(); }
-static std::string Utf8(const ZRUUID& id) { return zr::Uuid(id).ToString().ToUtf8(); }
-
-static zr::Ptr<IZrComponentDiscovery> MakeDiscovery(const std::vector<std::string>& folders,
-                                                    const std::string& configurationFile) {
-  std::vector<zr::String> texts;
-  std::vector<const WCHAR*> paths;
-  for (const std::string& folder : folders) texts.push_back(zr::String::FromUtf8(folder).Value());
-  for (const zr::String& text : texts) paths.push_back(text.Get());
-  const zr::String configuration = zr::String::FromUtf8(configurationFile).Value();
-  zr::Ptr<IZrComponentDiscovery> discovery;
-  const ZRRESULT result =
-      ZrHostCreateFolderDiscovery(paths.data(), static_cast<uint32_t>(paths.size()),
-                                  configurationFile.empty() ? nullptr : configuration.Get(), 0, discovery.Put());
-  if (zr::Failed(result)) throw zr::Error(result);
-  return discovery;
-}
+#include "zrmodule/kit_list.h"
 
 static void ListClass(COutput& output, const ZrHostClass& row) {
   Json interfaces = Json::array();

@@ -37,6 +37,8 @@ class COutput {
   /// Sets the exit status, unless it is a greater one already.
   void Raise(ExitCode code) noexcept;
 
+  [[nodiscard]] ExitCode Status() const noexcept { return code_; }
+
   /// Prints the document in JSON. Returns the exit status.
   [[nodiscard]] int Finish();
 
