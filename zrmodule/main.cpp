@@ -7,6 +7,7 @@
 
 #include "zrcore/base.h"
 #include "zrmodule/commands.h"
+#include "zrmodule/probe.h"
 
 #define ZRMODULE_TEXT_OF(number) #number
 #define ZRMODULE_TEXT(number) ZRMODULE_TEXT_OF(number)
@@ -76,11 +77,20 @@ int main(int count, char** values) {
 
   (void)add("info", "Print the version and the folders where hosts look", ShowInformation);
 
+  // The child process of probe.
+  std::string childClass;
+  std::intptr_t report = -1;
+  CLI::App* const child = app.add_subcommand(kChildCommand, "")->group("");   // not in the help
+  child->add_option("FILE", probe.file)->required();
+  child->add_option("--class", childClass);
+  child->add_option("--report", report)->required();
+
   try {
     app.parse(count, values);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::Usage);
   }
+  if (child->parsed()) return RunProbeChild(probe.file, childClass, report);
   COutput output(isJson, chosen.name);
   try {
     chosen.run(output);
