@@ -1,0 +1,130 @@
+// Modules as DLLs, read by the system's image functions.
+
+#include "zrmodule/module_file.h"
+
+#include <windows.h>
+// after windows.h
+#include <imagehlp.h>
+
+#include <array>
+#include <cstring>
+#include <system_error>
+
+struct ProcessorName {
+  WORD machine;
+  const char* name;
+};
+static constexpr std::array<ProcessorName, 3> kProcessors = {
+    {{IMAGE_FILE_MACHINE_AMD64, "x86-64"}, {IMAGE_FILE_MACHINE_ARM64, "arm64"}, {IMAGE_FILE_MACHINE_I386, "x86 (32 bits)"}}};
+
+static std::string NameOfProcessor(WORD machine) {
+  for (const ProcessorName& row : kProcessors) {
+    if (row.machine == machine) return row.name;
+  }
+  return "processor number " + std::to_string(machine);
+}
+
+std::string OwnProcessor() { return NameOfProcessor(IMAGE_FILE_MACHINE_AMD64); }
+
+// A file that the system has mapped as an image.
+class CImage {
+ public:
+  explicit CImage(const std::filesystem::path& file) {
+    // The function takes the path in the process's code page. A short path is ASCII.
+    std::wstring shortPath(MAX_PATH, L'\0');
+    shortPath.resize(GetShortPathNameW(file.c_str(), shortPath.data(), MAX_PATH));
+    const std::string path = std::filesystem::path(shortPath.empty() ? file.wstring() : shortPath).string();
+    isMapped_ = MapAndLoad(path.c_str(), nullptr, &image_, TRUE, TRUE) != 0;
+  }
+  CImage(const CImage&) = delete;
+  CImage& operator=(const CImage&) = delete;
+  ~CImage() {
+    if (isMapped_) UnMapAndLoad(&image_);
+  }
+
+  [[nodiscard]] bool IsMapped() const noexcept { return isMapped_; }
+  [[nodiscard]] const IMAGE_NT_HEADERS& Headers() const noexcept { return *image_.FileHeader; }
+
+  // What lies at an address relative to the image, or null if the file ends before `size` bytes of it.
+  template <class T>
+  [[nodiscard]] const T* At(DWORD address, std::size_t size = sizeof(T)) const noexcept {
+    const auto* const found = static_cast<const unsigned char*>(
+        ImageRvaToVa(image_.FileHeader, image_.MappedAddress, address, nullptr));
+    if (found == nullptr || address == 0) return nullptr;
+    const auto offset = static_cast<std::size_t>(found - image_.MappedAddress);
+    return offset <= image_.SizeOfImage && size <= image_.SizeOfImage - offset ? reinterpret_cast<const T*>(found) : nullptr;
+  }
+
+  // A text at an address, or null if the file ends before its terminator.
+  [[nodiscard]] const char* TextAt(DWORD address) const noexcept {
+    const char* const text = At<char>(address);
+    if (text == nullptr) return nullptr;
+    const auto offset = static_cast<std::size_t>(reinterpret_cast<const unsigned char*>(text) - image_.MappedAddress);
+    return std::memchr(text, 0, image_.SizeOfImage - offset) != nullptr ? text : nullptr;
+  }
+
+  [[nodiscard]] DWORD Directory(unsigned entry) const noexcept {
+    return Headers().OptionalHeader.DataDirectory[entry].VirtualAddress;
+  }
+
+ private:
+  LOADED_IMAGE image_ = {};
+  bool isMapped_ = false;
+};
+
+static bool ReadExports(const CImage& image, ModuleFile& module) {
+  const DWORD address = image.Directory(IMAGE_DIRECTORY_ENTRY_EXPORT);
+  if (address == 0) return true;
+  const auto* const table = image.At<IMAGE_EXPORT_DIRECTORY>(address);
+  if (table == nullptr) return false;
+  const auto* const names = image.At<DWORD>(table->AddressOfNames, table->NumberOfNames * sizeof(DWORD));
+  if (names == nullptr && table->NumberOfNames != 0) return false;
+  for (DWORD index = 0; index < table->NumberOfNames; ++index) {
+    const char* const name = image.TextAt(names[index]);
+    if (name == nullptr) return false;
+    module.exports.emplace_back(name);
+  }
+  return true;
+}
+
+// The symbols of a library are undefined as "LIBRARY!NAME", since each belongs to one library here.
+static bool ReadImports(const CImage& image, ModuleFile& module) {
+  const DWORD address = image.Directory(IMAGE_DIRECTORY_ENTRY_IMPORT);
+  for (DWORD at = address; at != 0; at += sizeof(IMAGE_IMPORT_DESCRIPTOR)) {
+    const auto* const row = image.At<IMAGE_IMPORT_DESCRIPTOR>(at);
+    if (row == nullptr) return false;
+    if (row->Name == 0) break;
+    const char* const name = image.TextAt(row->Name);
+    if (name == nullptr) return false;
+    module.needed.emplace_back(name);
+  }
+  return true;
+}
+
+bool ReadModuleFile(const std::filesystem::path& file, ModuleFile& module, std::string& reason) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(file, error)) {
+    reason = error ? error.message() : "not a regular file";
+    return false;
+  }
+  const CImage image(file);
+  if (!image.IsMapped()) {
+    reason = "not a DLL, or the file is damaged";
+    return false;
+  }
+  module.processor = NameOfProcessor(image.Headers().FileHeader.Machine);
+  module.isLoadable = (image.Headers().FileHeader.Characteristics & IMAGE_FILE_DLL) != 0;
+  if (image.Headers().OptionalHeader.Magic != IMAGE_NT_OPTIONAL_HDR64_MAGIC) return true;   // another processor
+  if (ReadExports(image, module) && ReadImports(image, module)) return true;
+  reason = "the file is truncated or damaged";
+  return false;
+}
+
+std::filesystem::path FindLibrary(const std::string& name, const std::filesystem::path& file, const ModuleFile&) {
+  std::error_code error;
+  if (std::filesystem::exists(file.parent_path() / name, error)) return file.parent_path() / name;
+  std::wstring found(32768, L'\0');
+  found.resize(SearchPathW(nullptr, std::filesystem::path(name).c_str(), nullptr, static_cast<DWORD>(found.size()),
+                           found.data(), nullptr));
+  return found;
+}
