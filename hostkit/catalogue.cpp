@@ -6,71 +6,76 @@
 
 #include "hostkit/configuration_file.h"
 #include "hostkit/module_path.h"
-
-static zr::String TextOf(const std::string& utf8) { return zr::String::FromUtf8(utf8).Value(); }
+#include "hostkit/system.h"
 
 static zr::Ptr<zr::ConfigurationTable> TableOf(std::vector<Setting>& settings) {
   std::vector<zr::ConfigurationTable::Row> rows;
-  for (Setting& setting : settings) rows.push_back({TextOf(setting.name), std::move(setting.value)});
+  for (Setting& setting : settings) rows.push_back({std::move(setting.name), std::move(setting.value)});
   return zr::MakeObject<zr::ConfigurationTable>(zr::ConfigurationTable::Rows(rows.data(), rows.size()));
 }
 
 CCatalogue::CCatalogue(const Sources& sources) {
-  for (const std::filesystem::path& folder : sources.folders) ReadFolder(folder, sources.isOutsideAllowed);
-  AddClasses();
-
-  std::map<std::string, Configurations*, std::less<>> configurationsOf;
-  std::map<const ManifestClass*, Configurations> configurations;
-  for (const auto& [id, found] : byId_) {
-    Configurations& own = configurations[found.entry] = found.entry->configurations;
-    configurationsOf[found.entry->name] = &own;
-  }
-  std::vector<Setting> library;
-  if (sources.configurationFile) {
-    ReadConfigurationFile(*sources.configurationFile, configurationsOf, library, problems_);
-  }
-  if (!library.empty()) library_ = TableOf(library);
-  for (auto& [id, found] : byId_) {
-    for (auto& [name, settings] : configurations[found.entry]) found.configurations[TextOf(name)] = TableOf(settings);
-  }
+  for (const std::filesystem::path& folder : sources.folders) ReadFolder(folder, sources);
+  ReadConfigurations(sources);
 }
 
-void CCatalogue::ReadFolder(const std::filesystem::path& folder, bool isOutsideAllowed) {
+void CCatalogue::ReadFolder(const std::filesystem::path& folder, const Sources& sources) {
   std::error_code error;
-  std::vector<std::filesystem::path> files;
-  for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-    if (entry->path().extension() == kManifestSuffix) files.push_back(entry->path());
-  }
-  if (error) problems_.AddError(folder, {}, "can't read the folder: " + error.message());
-  std::sort(files.begin(), files.end(),
-            [](const auto& left, const auto& right) { return left.filename().u8string() < right.filename().u8string(); });
-  for (const std::filesystem::path& file : files) {
-    if (!IsText(file)) {
-      problems_.AddError(file, {}, "the path is not UTF-8");
-    } else if (std::optional<Manifest> manifest = ReadManifest(file, isOutsideAllowed, problems_)) {
-      manifests_.push_back(std::move(*manifest));
+  const std::filesystem::path realFolder = RealPath(folder, error);
+  if (!error && !realFolders_.insert(realFolder).second) return;  // named twice
+  if (error == std::errc::no_such_file_or_directory && sources.isFolderOptional) return;
+  std::vector<std::filesystem::path> names;
+  if (!error) names = NamesIn(folder, error);
+  if (error) problems_.AddError(TextOfPath(folder), {}, "can't read the folder: " + error.message());
+  std::sort(names.begin(), names.end(),
+            [](const auto& left, const auto& right) { return left.native() < right.native(); });
+  for (const std::filesystem::path& name : names) {
+    if (name.extension() != kManifestSuffix) continue;
+    const std::filesystem::path file = folder / name;
+    const std::size_t firstProblem = problems_.Rows().size();
+    if (!HasText(file)) {
+      problems_.AddError(TextOfPath(file), {}, "the path is not UTF-8");
+    } else if (auto manifest = ReadManifest(file, sources.isOutsideAllowed ? "" : realFolder, problems_)) {
+      AddManifest(std::move(*manifest));
     }
+    problems_.SortFrom(firstProblem);
   }
 }
 
-// Adds the classes of all manifests. The first one of an identifier and of a name counts.
-void CCatalogue::AddClasses() {
-  for (const Manifest& manifest : manifests_) {
-    const zr::String modulePath = TextOf(Utf8Of(manifest.module));
-    for (const ManifestClass& entry : manifest.classes) {
-      const zr::String name = TextOf(entry.name);
-      const CatalogueClass* const sameName = Find(name);
-      const CatalogueClass* const same = sameName != nullptr ? sameName : Find(entry.id);
-      if (same != nullptr) {
-        problems_.AddError(manifest.file, entry.place,
-                           "the class " + Quoted(entry.name) + " is not used, because the class " +
-                               Quoted(same->entry->name) + " of " + Quoted(Utf8Of(same->manifest->file)) +
-                               (sameName != nullptr ? " has the same name" : " has the same \"id\""));
-        continue;
-      }
-      const auto added = byId_.emplace(entry.id, CatalogueClass{entry.id, name, modulePath, {}, &manifest, &entry}).first;
-      byName_.emplace(name, &added->second);
+// Adds the classes of a manifest, except those whose name or identifier is known.
+void CCatalogue::AddManifest(Manifest manifest) {
+  const Manifest& kept = manifests_.emplace_back(std::move(manifest));
+  std::vector<ManifestClass> classes = std::move(manifests_.back().classes);
+  for (ManifestClass& entry : classes) {
+    const CatalogueClass* const sameName = Find(entry.name);
+    const CatalogueClass* const same = sameName != nullptr ? sameName : Find(entry.id);
+    if (same != nullptr) {
+      problems_.AddError(kept.file, entry.place,
+                         "the class " + Quoted(entry.name) + " is not used, because the class " +
+                             Quoted(same->entry.name) + " of " + Quoted(same->manifest->file) + " has the same " +
+                             (sameName != nullptr ? "name" : "\"id\""));
+      continue;
     }
+    const zr::Uuid id = entry.id;
+    CatalogueClass& added = byId_.emplace(id, CatalogueClass{std::move(entry), &kept, {}}).first->second;
+    byName_.emplace(added.entry.name.View(), &added);
+  }
+}
+
+void CCatalogue::ReadConfigurations(const Sources& sources) {
+  if (sources.configurationFile) {
+    const std::size_t firstProblem = problems_.Rows().size();
+    const auto find = [&](const zr::String& name) {
+      const auto found = byName_.find(name.View());
+      return found != byName_.end() ? &found->second->entry.configurations : nullptr;
+    };
+    std::vector<Setting> library = ReadConfigurationFile(*sources.configurationFile, find, problems_);
+    if (!library.empty()) library_ = TableOf(library);
+    problems_.SortFrom(firstProblem);
+  }
+  for (auto& [id, row] : byId_) {
+    for (auto& [name, settings] : row.entry.configurations) row.configurations.emplace(name, TableOf(settings));
+    row.entry.configurations.clear();
   }
 }
 
@@ -79,13 +84,14 @@ const CatalogueClass* CCatalogue::Find(const zr::Uuid& id) const noexcept {
   return found != byId_.end() ? &found->second : nullptr;
 }
 
-const CatalogueClass* CCatalogue::Find(const zr::String& name) const noexcept {
+const CatalogueClass* CCatalogue::Find(zr::StringView name) const noexcept {
   const auto found = byName_.find(name);
   return found != byName_.end() ? found->second : nullptr;
 }
 
 std::vector<const CatalogueClass*> CCatalogue::Classes() const {
   std::vector<const CatalogueClass*> classes;
-  for (const auto& [name, found] : byName_) classes.push_back(found);
+  classes.reserve(byName_.size());
+  for (const auto& [name, row] : byName_) classes.push_back(row);
   return classes;
 }

@@ -1,14 +1,14 @@
-// A catalogue: what one reading of the folders and the configuration file found. It never changes once it is read, so any
-// number of threads may use it.
+// A catalogue: what one reading of the folders and the configuration file found. It never changes once it is read, so
+// any number of threads may use it.
 
 #ifndef HOSTKIT_CATALOGUE_H
 #define HOSTKIT_CATALOGUE_H
 
-#include <cstdint>
+#include <deque>
 #include <filesystem>
 #include <map>
 #include <optional>
-#include <string>
+#include <set>
 #include <vector>
 
 #include "hostkit/manifest.h"
@@ -21,18 +21,15 @@
 /// What a catalogue is read from. All paths are absolute.
 struct Sources {
   std::vector<std::filesystem::path> folders;
-  std::optional<std::filesystem::path> configurationFile;
+  bool isFolderOptional = false;  ///< a folder that doesn't exist is no problem
   bool isOutsideAllowed = false;
+  std::optional<std::filesystem::path> configurationFile;
 };
 
-/// A class, with what the library asks for ready to be shared.
 struct CatalogueClass {
-  zr::Uuid id;
-  zr::String name;
-  zr::String modulePath;
-  std::map<zr::String, zr::Ptr<zr::ConfigurationTable>> configurations;
+  ManifestClass entry;  ///< without its configurations
   const Manifest* manifest;
-  const ManifestClass* entry;
+  std::map<zr::String, zr::Ptr<zr::ConfigurationTable>> configurations;
 };
 
 class CCatalogue {
@@ -45,7 +42,7 @@ class CCatalogue {
 
   /// The class with this identifier or name, or null. The time is logarithmic in the number of classes.
   [[nodiscard]] const CatalogueClass* Find(const zr::Uuid& id) const noexcept;
-  [[nodiscard]] const CatalogueClass* Find(const zr::String& name) const noexcept;
+  [[nodiscard]] const CatalogueClass* Find(zr::StringView name) const noexcept;
 
   /// The configuration "ZrCore" of the library itself; null without settings.
   [[nodiscard]] const zr::Ptr<zr::ConfigurationTable>& LibraryConfiguration() const noexcept { return library_; }
@@ -55,12 +52,14 @@ class CCatalogue {
   [[nodiscard]] const std::vector<Problem>& Problems() const noexcept { return problems_.Rows(); }
 
  private:
-  void ReadFolder(const std::filesystem::path& folder, bool isOutsideAllowed);
-  void AddClasses();
+  void ReadFolder(const std::filesystem::path& folder, const Sources& sources);
+  void AddManifest(Manifest manifest);
+  void ReadConfigurations(const Sources& sources);
 
-  std::vector<Manifest> manifests_;   // sorted by folder, then by file name; not changed after AddClasses
+  std::set<std::filesystem::path> realFolders_;  // those that have been read
+  std::deque<Manifest> manifests_;               // their classes have been moved into the maps
   std::map<zr::Uuid, CatalogueClass> byId_;
-  std::map<zr::String, const CatalogueClass*> byName_;
+  std::map<zr::StringView, CatalogueClass*> byName_;  // the names are those of byId_
   zr::Ptr<zr::ConfigurationTable> library_;
   CProblems problems_;
 };

@@ -13,21 +13,19 @@
 #define HOSTKIT_CONFIGURATION_FILE_H
 
 #include <filesystem>
-#include <map>
-#include <string>
+#include <functional>
 #include <vector>
 
-#include "hostkit/manifest.h"
 #include "hostkit/problem.h"
 #include "hostkit/setting.h"
+#include "zr/string.hpp"
 
-/// The configurations of a class, or of several, by name.
-using Configurations = std::map<std::string, std::vector<Setting>>;
+/// Returns the configurations of a class by its name; null if there is no such class.
+using FindConfigurations = std::function<Configurations*(const zr::String& className)>;
 
-/// ReadConfigurationFile reads the file. It changes the configurations of the classes that `configurationsOf` maps by
-/// their names, and sets `library`. What is wrong becomes problems; a class that is not in the map becomes a warning.
-void ReadConfigurationFile(const std::filesystem::path& file,
-                           const std::map<std::string, Configurations*, std::less<>>& configurationsOf,
-                           std::vector<Setting>& library, CProblems& problems);
+/// ReadConfigurationFile reads the file, changes the configurations of its classes, and returns the settings of the
+/// library. What is wrong becomes problems; a class that is not found becomes a warning.
+[[nodiscard]] std::vector<Setting> ReadConfigurationFile(const std::filesystem::path& file,
+                                                         const FindConfigurations& find, CProblems& problems);
 
 #endif

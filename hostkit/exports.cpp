@@ -2,23 +2,35 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <new>
-#include <system_error>
+#include <optional>
+#include <utility>
 
 #include "hostkit/folder_discovery.h"
 #include "hostkit/list_block.h"
 #include "hostkit/module_path.h"
+#include "hostkit/system.h"
 #include "zr/result.hpp"
 #include "zrhost/host.h"
 
-// Makes an absolute path of a caller's text. Returns false if the text is not UTF-16.
-static bool AbsolutePath(const WCHAR* text, std::filesystem::path& path) {
-  const zr::StringView units(text);
-  const zr::String checked(units);
-  const std::string utf8 = checked.ToUtf8();   // a lone surrogate becomes U+FFFD
-  if (zr::String::FromUtf8(utf8).Value() != checked) return false;
-  path = std::filesystem::absolute(PathOf(utf8)).lexically_normal();
+// Sets the folders that a caller names. Returns false if one of them is not a path.
+static bool SetFolders(const WCHAR* const* folders, uint32_t folderCount, Sources& sources) {
+  for (uint32_t index = 0; index < folderCount; ++index) {
+    if (folders[index] == nullptr) return false;
+    std::optional<std::filesystem::path> folder = AbsolutePathOf(folders[index]);
+    if (!folder) return false;
+    sources.folders.push_back(std::move(*folder));
+  }
   return true;
+}
+
+static void SetDefaultFolders(Sources& sources) {
+  for (const std::filesystem::path& folder : EnvironmentFolders()) {
+    sources.folders.push_back(std::filesystem::absolute(folder));
+  }
+  if (!sources.folders.empty()) return;
+  const std::filesystem::path installed = InstalledModuleFolder();
+  if (!installed.empty()) sources.folders.push_back(installed);
+  sources.isFolderOptional = true;  // the first module that is installed makes it
 }
 
 ZRRESULT ZrHostCreateFolderDiscovery(const WCHAR* const* folders, uint32_t folderCount, const WCHAR* configurationFile,
@@ -29,20 +41,11 @@ ZRRESULT ZrHostCreateFolderDiscovery(const WCHAR* const* folders, uint32_t folde
   return zr::Guard([&]() -> ZRRESULT {
     Sources sources;
     sources.isOutsideAllowed = (flags & ZRHOST_ALLOW_OUTSIDE) != 0;
-    for (uint32_t index = 0; index < folderCount; ++index) {
-      std::filesystem::path folder;
-      if (folders[index] == nullptr || !AbsolutePath(folders[index], folder)) return ZR_R_INVALID_ARGUMENTS;
-      sources.folders.push_back(std::move(folder));
-    }
-    if (folderCount == 0) {
-      for (const std::filesystem::path& folder : DefaultFolders()) {
-        sources.folders.push_back(std::filesystem::absolute(folder).lexically_normal());
-      }
-    }
+    if (!SetFolders(folders, folderCount, sources)) return ZR_R_INVALID_ARGUMENTS;
+    if (folderCount == 0) SetDefaultFolders(sources);
     if (configurationFile != nullptr) {
-      std::filesystem::path file;
-      if (!AbsolutePath(configurationFile, file)) return ZR_R_INVALID_ARGUMENTS;
-      sources.configurationFile = std::move(file);
+      sources.configurationFile = AbsolutePathOf(configurationFile);
+      if (!sources.configurationFile) return ZR_R_INVALID_ARGUMENTS;
     }
     *discovery = zr::MakeObject<CFolderDiscovery>(std::move(sources)).Detach();
     return ZR_R_OK;
@@ -96,14 +99,14 @@ ZRRESULT ZrHostListClasses(IZrComponentDiscovery* discovery, ZrHostClass** class
     const auto catalogue = own.Catalogue();
     return List(classes, count, catalogue->Classes(), [](CListBlock& block, const CatalogueClass* row) {
       ZrHostClass record = {};
-      record.classId = row->id;
-      record.name = block.Text(row->name);
-      record.description = block.Text(row->entry->description);
-      record.moduleFile = block.Text(row->modulePath);
-      record.manifestFile = block.Text(Utf8Of(row->manifest->file));
-      record.moduleVersion = block.Text(row->manifest->version);
-      record.interfaces = WriteInterfaces(block, row->entry->interfaces);
-      record.interfaceCount = static_cast<uint32_t>(row->entry->interfaces.size());
+      record.classId = row->entry.id;
+      record.name = block.Text(row->entry.name);
+      record.description = block.Text(row->entry.description);
+      record.moduleFile = block.SharedText(row->manifest->module);
+      record.manifestFile = block.SharedText(row->manifest->file);
+      record.moduleVersion = block.SharedText(row->manifest->version);
+      record.interfaces = WriteInterfaces(block, row->entry.interfaces);
+      record.interfaceCount = static_cast<uint32_t>(row->entry.interfaces.size());
       return record;
     });
   });
@@ -114,7 +117,7 @@ ZRRESULT ZrHostListProblems(IZrComponentDiscovery* discovery, ZrHostProblem** pr
     const auto catalogue = own.Catalogue();
     return List(problems, count, catalogue->Problems(), [](CListBlock& block, const Problem& row) {
       ZrHostProblem record = {};
-      record.file = block.Text(Utf8Of(row.file));
+      record.file = block.SharedText(row.file);
       record.reason = block.Text(row.reason);
       record.severity = static_cast<uint32_t>(row.severity);
       record.line = row.place.line;
@@ -127,7 +130,7 @@ ZRRESULT ZrHostListProblems(IZrComponentDiscovery* discovery, ZrHostProblem** pr
 ZRRESULT ZrHostListFolders(IZrComponentDiscovery* discovery, const WCHAR*** folders, uint32_t* count) noexcept {
   return ListOf(discovery, folders, count, [&](const CFolderDiscovery& own) {
     return List(folders, count, own.ReadFrom().folders,
-                [](CListBlock& block, const std::filesystem::path& row) { return block.Text(Utf8Of(row)); });
+                [](CListBlock& block, const std::filesystem::path& row) { return block.Text(TextOfPath(row)); });
   });
 }
 

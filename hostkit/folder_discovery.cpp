@@ -5,25 +5,27 @@
 #include "zr/result.hpp"
 #include "zr/string.hpp"
 
-static constexpr WCHAR kLibraryName[] = {'Z', 'r', 'C', 'o', 'r', 'e', 0};   // zrcore/configuration.h
+static constexpr WCHAR kLibraryName[] = {'Z', 'r', 'C', 'o', 'r', 'e', 0};  // zrcore/configuration.h
 
 CFolderDiscovery::CFolderDiscovery(Sources sources)
     : sources_(std::move(sources)), catalogue_(std::make_shared<const CCatalogue>(sources_)) {}
 
 CFolderDiscovery* CFolderDiscovery::From(IZrComponentDiscovery* discovery) noexcept {
   void* found = nullptr;
-  if (discovery == nullptr || zr::Failed(discovery->QueryInterface(&IFolderDiscovery::kId, &found)) || found == nullptr) {
+  if (discovery == nullptr || zr::Failed(discovery->QueryInterface(&IFolderDiscovery::kId, &found)) ||
+      found == nullptr) {
     return nullptr;
   }
   auto* const own = static_cast<IFolderDiscovery*>(found);
-  (void)own->Release();   // the caller's reference keeps the object
+  (void)own->Release();  // the caller's reference keeps the object
   return static_cast<CFolderDiscovery*>(own);
 }
 
 void CFolderDiscovery::Refresh() {
+  const std::lock_guard reading(refreshMutex_);
   auto fresh = std::make_shared<const CCatalogue>(sources_);
   const std::lock_guard lock(mutex_);
-  catalogue_.swap(fresh);   // the old catalogue is released after the lock, since `fresh` was declared before it
+  catalogue_.swap(fresh);  // the old catalogue is released after the lock, since `fresh` was declared before it
 }
 
 std::shared_ptr<const CCatalogue> CFolderDiscovery::Catalogue() const {
@@ -31,12 +33,13 @@ std::shared_ptr<const CCatalogue> CFolderDiscovery::Catalogue() const {
   return catalogue_;
 }
 
-ZRRESULT CFolderDiscovery::QueryComponent(const ZRUUID* classId, ZRSTR* modulePath, ZrModuleEntryPoints* /*functions*/) {
+ZRRESULT CFolderDiscovery::QueryComponent(const ZRUUID* classId, ZRSTR* modulePath,
+                                          ZrModuleEntryPoints* /*functions*/) {
   return zr::Guard([&]() -> ZRRESULT {
     const auto catalogue = Catalogue();
     const CatalogueClass* const found = catalogue->Find(zr::Uuid(*classId));
     if (found == nullptr) return ZR_R_UNKNOWN_IDENTIFIER;
-    *modulePath = zr::String(found->modulePath).Detach();
+    *modulePath = zr::String(found->manifest->module).Detach();
     return ZR_R_OK;
   });
 }
@@ -62,9 +65,10 @@ ZRRESULT CFolderDiscovery::QueryConfiguration(const ZRUUID* classId, ZRSTR name,
 ZRRESULT CFolderDiscovery::QueryClassId(ZRSTR className, ZRUUID* classId) {
   return zr::Guard([&]() -> ZRRESULT {
     const auto catalogue = Catalogue();
-    const CatalogueClass* const found = catalogue->Find(zr::String::Share(className));
+    const zr::String wanted = zr::String::Share(className);
+    const CatalogueClass* const found = catalogue->Find(zr::StringView(wanted));
     if (found == nullptr) return ZR_R_NOT_EXISTING;
-    *classId = found->id;
+    *classId = found->entry.id;
     return ZR_R_OK;
   });
 }
@@ -74,7 +78,7 @@ ZRRESULT CFolderDiscovery::QueryClassName(const ZRUUID* classId, ZRSTR* classNam
     const auto catalogue = Catalogue();
     const CatalogueClass* const found = catalogue->Find(zr::Uuid(*classId));
     if (found == nullptr) return ZR_R_NOT_EXISTING;
-    *className = zr::String(found->name).Detach();
+    *className = zr::String(found->entry.name).Detach();
     return ZR_R_OK;
   });
 }

@@ -10,7 +10,8 @@
 #include "zr/object.hpp"
 #include "zrcore/component.h"
 
-/// The interface by which the exports recognise an object of this class. It has no operations of its own.
+/// The interface by which the exports recognise an object of this class. It has no operations of its own. Another major
+/// version of the kit needs another identifier: both can be loaded in one process.
 struct IFolderDiscovery : IZrComponentDiscovery {
   static constexpr zr::Uuid kId{"1B506DF5-DF79-41E3-9C8D-4E52E89145B9"};
 
@@ -25,7 +26,8 @@ class CFolderDiscovery final : public zr::Object<IFolderDiscovery> {
   /// The object if it is of this class, otherwise null. The pointer is valid as long as `discovery`.
   [[nodiscard]] static CFolderDiscovery* From(IZrComponentDiscovery* discovery) noexcept;
 
-  /// Reads everything again. Throws std::bad_alloc; the old catalogue remains then.
+  /// Reads everything again. Throws std::bad_alloc; the old catalogue remains then. One thread at a time reads, so that
+  /// an older reading never replaces a newer one.
   void Refresh();
 
   [[nodiscard]] std::shared_ptr<const CCatalogue> Catalogue() const;
@@ -38,7 +40,8 @@ class CFolderDiscovery final : public zr::Object<IFolderDiscovery> {
 
  private:
   const Sources sources_;
-  mutable std::mutex mutex_;                     // protects the pointer, not the catalogue
+  std::mutex refreshMutex_;   // locked before mutex_
+  mutable std::mutex mutex_;  // protects the pointer, not the catalogue
   std::shared_ptr<const CCatalogue> catalogue_;
 };
 

@@ -4,60 +4,65 @@
 
 static constexpr uint64_t kSchema = 1;
 
-bool CJsonReader::Has(const JsonValue& value, JsonValue::Kind kind, const std::string& what) {
-  if (value.kind == kind) return true;
-  Error(value, what + " must be " + NameOfKind(kind) + ", not " + NameOfKind(value.kind));
+std::string Subject::Text() const {
+  std::string text(noun);
+  if (!name.empty()) text += " " + Quoted(name);
+  return whole != nullptr ? text + " of " + whole->Text() : text;
+}
+
+bool CJsonReader::Has(const JsonValue& value, JsonValue::Kind kind, const Subject& what) {
+  if (value.KindOf() == kind) return true;
+  Error(value.place, what.Text() + " must be " + NameOfKind(kind) + ", not " + NameOfKind(value.KindOf()));
   return false;
 }
 
 const JsonValue* CJsonReader::Optional(const JsonValue& object, std::string_view key, JsonValue::Kind kind) {
   const JsonValue* const found = object.Find(key);
-  return found != nullptr && Has(*found, kind, Quoted(std::string(key))) ? found : nullptr;
+  return found != nullptr && Has(*found, kind, {"the value of", key}) ? found : nullptr;
 }
 
 const JsonValue* CJsonReader::Required(const JsonValue& object, std::string_view key, JsonValue::Kind kind,
-                                       const std::string& what) {
-  if (object.Find(key) == nullptr) {
-    Error(object, what + " has no " + Quoted(std::string(key)));
+                                       const Subject& what) {
+  const JsonValue* const found = object.Find(key);
+  if (found == nullptr) {
+    Error(object.place, what.Text() + " has no " + Quoted(key));
     return nullptr;
   }
-  return Optional(object, key, kind);
+  return Has(*found, kind, {"the value of", key}) ? found : nullptr;
 }
 
-std::string CJsonReader::OptionalText(const JsonValue& object, std::string_view key) {
+zr::String CJsonReader::OptionalText(const JsonValue& object, std::string_view key) {
   const JsonValue* const found = Optional(object, key, JsonValue::Kind::Text);
-  return found != nullptr ? found->text : std::string();
+  return found != nullptr ? TextOf(found->Text()) : zr::String();
 }
 
-bool CJsonReader::ReadId(const JsonValue& text, const std::string& what, zr::Uuid& id) {
-  const zr::Result<zr::Uuid> parsed = zr::Uuid::Parse(std::string_view(text.text));
-  if (!parsed || text.text.size() != 36) {
-    Error(text, what + " is not an identifier: " + Quoted(text.text));
+bool CJsonReader::ReadId(const JsonValue& object, const Subject& what, zr::Uuid& id) {
+  const JsonValue* const text = Required(object, "id", JsonValue::Kind::Text, what);
+  if (text == nullptr) return false;
+  const zr::Result<zr::Uuid> parsed = zr::Uuid::Parse(std::string_view(text->Text()));
+  if (!parsed || text->Text().size() != 36) {  // no braces
+    Error(text->place, "the \"id\" of " + what.Text() + " is not an identifier: " + Quoted(text->Text()));
     return false;
   }
   id = *parsed;
-  if (id.IsNil()) {
-    Error(text, what + " is the nil identifier, which no class or interface can have");
-    return false;
-  }
-  return true;
+  if (id.IsNil()) Error(text->place, "the \"id\" of " + what.Text() + " is the nil identifier");
+  return !id.IsNil();
 }
 
 void CJsonReader::WarnOfOthers(const JsonValue& object, std::initializer_list<std::string_view> keys,
-                               const std::string& what) {
-  for (const JsonMember& member : object.members) {
+                               const Subject& what) {
+  for (const JsonMember& member : object.Members()) {
     if (std::find(keys.begin(), keys.end(), member.key) == keys.end()) {
-      Warn(member.keyPlace, what + " has an unknown key " + Quoted(member.key));
+      Warn(member.keyPlace, what.Text() + " has an unknown key " + Quoted(member.key));
     }
   }
 }
 
-bool CJsonReader::HasSchema(const JsonValue& root) {
-  if (!Has(root, JsonValue::Kind::Object, "the file")) return false;
-  const JsonValue* const schema = Required(root, "schema", JsonValue::Kind::Unsigned, "the file");
-  if (schema == nullptr) return false;
-  if (schema->unsignedInteger == kSchema) return true;
-  Error(*schema, "schema " + std::to_string(schema->unsignedInteger) + " is not supported, only schema " +
-                     std::to_string(kSchema));
+bool CJsonReader::HasSchema(const JsonValue& root, const Subject& what) {
+  if (!Has(root, JsonValue::Kind::Object, what)) return false;
+  const JsonValue* const schema = Required(root, "schema", JsonValue::Kind::Unsigned, what);
+  if (schema == nullptr || schema->Unsigned() == kSchema) return schema != nullptr;
+  Error(schema->place,
+        "schema " + std::to_string(schema->Unsigned()) + " is not supported, only schema " + std::to_string(kSchema));
   return false;
 }

@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
-#include <string>
+#include <unordered_map>
 
 #include "zr/string.hpp"
 
@@ -32,7 +32,7 @@ class CListBlock {
   }
 
   /// Copies a text, with its terminator.
-  [[nodiscard]] const WCHAR* Text(const zr::String& text) noexcept {
+  [[nodiscard]] const WCHAR* Text(const zr::String& text) {
     const zr::StringView view = text.View();
     WCHAR* const copy = Reserve<WCHAR>(view.size() + 1);
     if (copy != nullptr) {
@@ -41,7 +41,13 @@ class CListBlock {
     }
     return copy;
   }
-  [[nodiscard]] const WCHAR* Text(const std::string& utf8) { return Text(zr::String::FromUtf8(utf8).Value()); }
+
+  /// Copies a text once, however many records point to it. Its handle must not be released before the list is complete.
+  [[nodiscard]] const WCHAR* SharedText(const zr::String& text) {
+    const auto [place, isNew] = shared_.try_emplace(text.Get());
+    if (isNew) place->second = Text(text);
+    return place->second;
+  }
 
   /// MakeList calls write(block) twice; `write` returns its first array. `*list` receives the second one, in a memory
   /// block of malloc.
@@ -63,10 +69,11 @@ class CListBlock {
   }
 
  private:
-  explicit CListBlock(std::byte* start) noexcept : start_(start) {}
+  explicit CListBlock(std::byte* start) : start_(start) {}
 
-  std::byte* start_;   // null while counting
+  std::byte* start_;  // null while counting
   std::size_t used_ = 0;
+  std::unordered_map<const WCHAR*, const WCHAR*> shared_;  // the copies of shared texts, by their handles
 };
 
 #endif

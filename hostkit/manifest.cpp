@@ -1,71 +1,94 @@
 #include "hostkit/manifest.h"
 
+#include <string>
 #include <system_error>
+#include <utility>
 
 #include "hostkit/json_reader.h"
 #include "hostkit/module_path.h"
+#include "hostkit/system.h"
 
 static std::vector<ManifestInterface> ReadInterfaces(CJsonReader& reader, const JsonValue& object,
-                                                     const std::string& what) {
+                                                     const Subject& what) {
   std::vector<ManifestInterface> interfaces;
   const JsonValue* const list = reader.Optional(object, "interfaces", JsonValue::Kind::List);
   if (list == nullptr) return interfaces;
-  for (const JsonValue& item : list->items) {
-    const std::string name = "an interface of " + what;
-    if (!reader.Has(item, JsonValue::Kind::Object, name)) continue;
-    reader.WarnOfOthers(item, {"id", "name"}, name);
+  const Subject each = {"an interface", {}, &what};
+  for (const JsonValue& item : list->Items()) {
+    if (!reader.Has(item, JsonValue::Kind::Object, each)) continue;
+    reader.WarnOfOthers(item, {"id", "name"}, each);
     ManifestInterface made{{}, reader.OptionalText(item, "name")};
-    const JsonValue* const id = reader.Required(item, "id", JsonValue::Kind::Text, name);
-    if (id != nullptr && reader.ReadId(*id, "the \"id\" of " + name, made.id)) interfaces.push_back(std::move(made));
+    if (reader.ReadId(item, each, made.id)) interfaces.push_back(std::move(made));
   }
   return interfaces;
 }
 
+static Configurations ReadConfigurations(CJsonReader& reader, const JsonValue& object, const Subject& what) {
+  Configurations configurations;
+  const JsonValue* const all = reader.Optional(object, "configurations", JsonValue::Kind::Object);
+  if (all == nullptr) return configurations;
+  for (const JsonMember& member : all->Members()) {
+    configurations[TextOf(member.key)] = ReadSettings(reader, member.value, {"the configuration", member.key, &what});
+  }
+  return configurations;
+}
+
 static std::optional<ManifestClass> ReadClass(CJsonReader& reader, const JsonValue& object) {
-  if (!reader.Has(object, JsonValue::Kind::Object, "a class")) return std::nullopt;
-  const JsonValue* const name = reader.Required(object, "name", JsonValue::Kind::Text, "a class");
+  const Subject unnamed = {"a class"};
+  if (!reader.Has(object, JsonValue::Kind::Object, unnamed)) return std::nullopt;
+  const JsonValue* const name = reader.Required(object, "name", JsonValue::Kind::Text, unnamed);
   if (name == nullptr) return std::nullopt;
-  const std::string what = "the class " + Quoted(name->text);
-  if (name->text.empty()) {
-    reader.Error(*name, "a class has an empty \"name\"");
+  if (name->Text().empty()) {
+    reader.Error(name->place, "a class has an empty \"name\"");
     return std::nullopt;
   }
+  const Subject what = {"the class", name->Text()};
   reader.WarnOfOthers(object, {"name", "id", "description", "interfaces", "configurations"}, what);
   ManifestClass made;
-  made.name = name->text;
+  if (!reader.ReadId(object, what, made.id)) return std::nullopt;
+  made.name = TextOf(name->Text());
   made.place = object.place;
-  const JsonValue* const id = reader.Required(object, "id", JsonValue::Kind::Text, what);
-  if (id == nullptr || !reader.ReadId(*id, "the \"id\" of " + what, made.id)) return std::nullopt;
   made.description = reader.OptionalText(object, "description");
   made.interfaces = ReadInterfaces(reader, object, what);
-  if (const JsonValue* const all = reader.Optional(object, "configurations", JsonValue::Kind::Object)) {
-    for (const JsonMember& member : all->members) {
-      made.configurations[member.key] =
-          ReadSettings(reader, member.value, "the configuration " + Quoted(member.key) + " of " + what);
-    }
-  }
+  made.configurations = ReadConfigurations(reader, object, what);
   return made;
 }
 
-std::optional<Manifest> ReadManifest(const std::filesystem::path& file, bool isOutsideAllowed, CProblems& problems) {
-  const std::optional<JsonValue> root = ReadJsonFile(file, problems);
-  CJsonReader reader(file, problems);
-  if (!root || !reader.HasSchema(*root)) return std::nullopt;
-  reader.WarnOfOthers(*root, {"schema", "module", "version", "description", "classes"}, "the manifest");
-  const JsonValue* const module = reader.Required(*root, "module", JsonValue::Kind::Text, "the manifest");
-  const JsonValue* const classes = reader.Required(*root, "classes", JsonValue::Kind::List, "the manifest");
+// Whether the manifest itself may be read: it must not be a link to a file outside its folder.
+static bool IsInPlace(const std::filesystem::path& file, const zr::String& name,
+                      const std::filesystem::path& realFolder, CProblems& problems) {
+  std::error_code error;
+  if (realFolder.empty() || IsWithin(file, realFolder, error)) return true;
+  problems.AddError(name, {},
+                    error ? "can't read the file: " + error.message()
+                          : "the manifest is outside the folder, through a symbolic link");
+  return false;
+}
+
+std::optional<Manifest> ReadManifest(const std::filesystem::path& file, const std::filesystem::path& realFolder,
+                                     CProblems& problems) {
+  Manifest manifest;
+  manifest.file = TextOfPath(file);
+  if (!IsInPlace(file, manifest.file, realFolder, problems)) return std::nullopt;
+  const std::optional<JsonValue> root = ReadJsonFile(file, manifest.file, problems);
+  CJsonReader reader(manifest.file, problems);
+  const Subject what = {"the manifest"};
+  if (!root || !reader.HasSchema(*root, what)) return std::nullopt;
+  reader.WarnOfOthers(*root, {"$schema", "schema", "module", "version", "description", "classes"}, what);
+  const JsonValue* const module = reader.Required(*root, "module", JsonValue::Kind::Text, what);
+  const JsonValue* const classes = reader.Required(*root, "classes", JsonValue::Kind::List, what);
+  manifest.version = reader.OptionalText(*root, "version");
+  (void)reader.OptionalText(*root, "description");  // for people; it must be a text all the same
   if (module == nullptr || classes == nullptr) return std::nullopt;
 
-  Manifest manifest;
-  manifest.file = file;
   std::string reason;
-  if (!FindModuleFile(file, module->text, isOutsideAllowed, manifest.module, reason)) {
-    reader.Error(*module, std::move(reason));
+  const std::optional<std::filesystem::path> found = FindModuleFile(file, realFolder, module->Text(), reason);
+  if (!found) {
+    reader.Error(module->place, reason);
     return std::nullopt;
   }
-  manifest.version = reader.OptionalText(*root, "version");
-  manifest.description = reader.OptionalText(*root, "description");
-  for (const JsonValue& item : classes->items) {
+  manifest.module = TextOfPath(*found);
+  for (const JsonValue& item : classes->Items()) {
     if (std::optional<ManifestClass> made = ReadClass(reader, item)) manifest.classes.push_back(std::move(*made));
   }
   return manifest;

@@ -4,42 +4,45 @@
 #define HOSTKIT_MANIFEST_H
 
 #include <filesystem>
-#include <map>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "hostkit/problem.h"
 #include "hostkit/setting.h"
+#include "zr/string.hpp"
 #include "zr/uuid.hpp"
 
 inline constexpr const char* kManifestSuffix = ".zrmodule";
 
 struct ManifestInterface {
   zr::Uuid id;
-  std::string name;  ///< may be empty
+  zr::String name;  ///< may be empty
 };
 
 struct ManifestClass {
   zr::Uuid id;
-  std::string name;
+  zr::String name;
   TextPlace place;
-  std::string description;
+  zr::String description;
   std::vector<ManifestInterface> interfaces;
-  std::map<std::string, std::vector<Setting>> configurations;  ///< by their names
+  Configurations configurations;
 };
 
 struct Manifest {
-  std::filesystem::path file;    ///< absolute
-  std::filesystem::path module;  ///< absolute
-  std::string version;
-  std::string description;
+  zr::String file;    ///< the absolute path of the manifest
+  zr::String module;  ///< the absolute path of the module
+  zr::String version;
   std::vector<ManifestClass> classes;
 };
 
-/// ReadManifest reads a manifest. What is wrong with it becomes problems. Returns nothing if the file, its schema or the
-/// module file can't be used; a class that is not valid is left out.
-[[nodiscard]] std::optional<Manifest> ReadManifest(const std::filesystem::path& file, bool isOutsideAllowed,
-                                                   CProblems& problems);
+/// ReadManifest reads a manifest. What is wrong with it becomes problems. Returns nothing if the file, its schema or
+/// the module file can't be used; a class that is not valid is left out.
+///
+/// @param file        an absolute path.
+/// @param realFolder  the folder of the file without symbolic links, if manifest and module must be within it;
+/// otherwise
+///                    empty.
+[[nodiscard]] std::optional<Manifest> ReadManifest(const std::filesystem::path& file,
+                                                   const std::filesystem::path& realFolder, CProblems& problems);
 
 #endif

@@ -3,69 +3,66 @@
 #include <algorithm>
 #include <system_error>
 
-#include "hostkit/problem.h"
 #include "hostkit/system.h"
-#include "zr/string.hpp"
+#include "hostkit/text.h"
 
-std::filesystem::path PathOf(const std::string& utf8) {
+static bool HasUpwardPart(const std::filesystem::path& path) {
+  return std::find(path.begin(), path.end(), "..") != path.end();
+}
+
+// Without "." parts. A path with ".." stays as it is: after a symbolic link, ".." is not the folder before the link.
+static std::filesystem::path Tidy(const std::filesystem::path& path) {
+  return HasUpwardPart(path) ? path : path.lexically_normal();
+}
+
+static std::filesystem::path PathOfUtf8(const std::string& utf8) {
   return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
 }
 
-bool IsText(const std::filesystem::path& path) {
-  const std::u8string bytes = path.u8string();
-  return bool(zr::String::FromUtf8({reinterpret_cast<const char*>(bytes.data()), bytes.size()}));
+std::optional<std::filesystem::path> AbsolutePathOf(const WCHAR* text) {
+  const zr::String units(text);
+  const std::string utf8 = units.ToUtf8();  // a lone surrogate becomes U+FFFD
+  if (units.IsEmpty() || TextOf(utf8) != units) return std::nullopt;
+  return Tidy(std::filesystem::absolute(PathOfUtf8(utf8)));
 }
 
-std::string Utf8Of(const std::filesystem::path& path) {
-  const std::u8string bytes = path.u8string();
-  std::string utf8(bytes.begin(), bytes.end());
-  if (IsText(path)) return utf8;
-  std::string readable;
-  for (const char byte : utf8) readable += static_cast<unsigned char>(byte) < 0x80 ? std::string(1, byte) : "\uFFFD";
-  return readable;
+bool HasText(const std::filesystem::path& path) {
+  return PathOfUtf8(TextOfPath(path).ToUtf8()).native() == path.native();
 }
 
-// Whether `inner` is `folder` or below it. Both are absolute and normal.
-static bool IsWithin(const std::filesystem::path& inner, const std::filesystem::path& folder) {
-  return std::mismatch(folder.begin(), folder.end(), inner.begin(), inner.end()).first == folder.end();
+bool IsWithin(const std::filesystem::path& file, const std::filesystem::path& folder, std::error_code& error) {
+  const std::filesystem::path real = RealPath(file, error);
+  return !error && std::mismatch(folder.begin(), folder.end(), real.begin(), real.end()).first == folder.end();
 }
 
-bool FindModuleFile(const std::filesystem::path& manifest, const std::string& utf8, bool isOutsideAllowed,
-                    std::filesystem::path& module, std::string& reason) {
-  const std::string name = "the module " + Quoted(utf8);
-  if (utf8.empty() || utf8.find('\0') != std::string::npos) {
-    reason = "the path of the module is empty or contains a zero";
-    return false;
+std::optional<std::filesystem::path> FindModuleFile(const std::filesystem::path& manifest,
+                                                    const std::filesystem::path& realFolder, const std::string& utf8,
+                                                    std::string& reason) {
+  const auto fail = [&](const std::string& text) {
+    reason = "the module " + Quoted(utf8) + text;
+    return std::nullopt;
+  };
+  const std::filesystem::path relative = PathOfUtf8(utf8);
+  if (relative.empty()) return fail(" has an empty path");
+  if (!realFolder.empty() && (relative.has_root_path() || HasUpwardPart(relative))) {
+    return fail(" must be below the folder of the manifest; absolute paths and \"..\" are not allowed");
   }
-  const std::filesystem::path relative = PathOf(utf8);
-  if (!isOutsideAllowed && (relative.has_root_path() || std::find(relative.begin(), relative.end(), "..") != relative.end())) {
-    reason = name + " must be a path below the folder of the manifest, not an absolute path or one with \"..\"";
-    return false;
-  }
-  const std::filesystem::path folder = manifest.parent_path();
-  module = (folder / relative).lexically_normal();
+  std::filesystem::path module = Tidy(manifest.parent_path() / relative);
   std::error_code error;
-  if (!std::filesystem::is_regular_file(module, error)) {
-    reason = name + (error && error != std::errc::no_such_file_or_directory ? " can't be read: " + error.message()
-                                                                            : " doesn't exist, or is not a file");
-    return false;
+  const std::filesystem::file_status status = std::filesystem::status(module, error);
+  if (!std::filesystem::exists(status)) {
+    const bool isMissing = !error || error == std::errc::no_such_file_or_directory;
+    return fail(isMissing ? " doesn't exist" : " can't be read: " + error.message());
   }
-  if (isOutsideAllowed) return true;
-  const std::filesystem::path realFolder = std::filesystem::canonical(folder, error);
-  for (const std::filesystem::path& file : {manifest, module}) {
-    if (!error && !IsWithin(std::filesystem::canonical(file, error), realFolder)) {
-      reason = "the symbolic link " + Quoted(Utf8Of(file.filename())) + " leaves the folder";
-      return false;
-    }
+  if (!std::filesystem::is_regular_file(status)) return fail(" is not a regular file");
+  if (!realFolder.empty() && !IsWithin(module, realFolder, error)) {
+    return fail(error ? " can't be read: " + error.message() : " is outside the folder, through a symbolic link");
   }
-  if (error) reason = name + " can't be read: " + error.message();
-  return !error;
+  return module;
 }
 
-std::vector<std::filesystem::path> DefaultFolders() {
-  std::vector<std::filesystem::path> folders = EnvironmentFolders();
-  if (!folders.empty()) return folders;
+std::filesystem::path InstalledModuleFolder() {
   const std::filesystem::path library = LibraryFile();
-  if (!library.empty()) folders.push_back((library.parent_path() / ZRHOST_MODULE_FOLDER).lexically_normal());
-  return folders;
+  if (library.empty()) return {};
+  return (library.parent_path() / ZRHOST_MODULE_FOLDER).lexically_normal();
 }

@@ -1,28 +1,35 @@
-// The rules for the path of a module file in a manifest, and for the folders that are searched.
+// Paths and their texts, the rules for the path of a module file in a manifest, and the folders that are searched.
 
 #ifndef HOSTKIT_MODULE_PATH_H
 #define HOSTKIT_MODULE_PATH_H
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "zr/string.hpp"
+
+/// The path that a caller names, as an absolute path; nothing if the text is empty or not UTF-16. Throws
+/// std::filesystem::filesystem_error if the current folder of the process can't be determined.
+[[nodiscard]] std::optional<std::filesystem::path> AbsolutePathOf(const WCHAR* text);
+
+/// Whether a path has an exact text, so that a module can be loaded by it. File names need not be valid Unicode.
+[[nodiscard]] bool HasText(const std::filesystem::path& path);
+
+/// Whether a file is in a folder or below it after all symbolic links are followed. `folder` has no symbolic links.
+/// Sets `error` and returns false if the links can't be followed.
+[[nodiscard]] bool IsWithin(const std::filesystem::path& file, const std::filesystem::path& folder,
+                            std::error_code& error);
+
 /// FindModuleFile makes an absolute path of what a manifest says, which is relative to the folder of the manifest. The
-/// file must exist. Unless `isOutsideAllowed`, it must be in that folder or below it, also after symbolic links are
-/// followed, both of the manifest and of the module. Returns false with a reason otherwise.
-[[nodiscard]] bool FindModuleFile(const std::filesystem::path& manifest, const std::string& utf8, bool isOutsideAllowed,
-                                  std::filesystem::path& module, std::string& reason);
+/// file must exist. If `realFolder` is not empty, it is the manifest's folder without symbolic links, and the file must
+/// be within it. Returns nothing, with a reason, otherwise.
+[[nodiscard]] std::optional<std::filesystem::path> FindModuleFile(const std::filesystem::path& manifest,
+                                                                  const std::filesystem::path& realFolder,
+                                                                  const std::string& utf8, std::string& reason);
 
-/// The path of UTF-8.
-[[nodiscard]] std::filesystem::path PathOf(const std::string& utf8);
-
-/// The UTF-8 of a path. On POSIX systems a name can be any bytes: if it is not UTF-8, each byte above 127 becomes U+FFFD.
-[[nodiscard]] std::string Utf8Of(const std::filesystem::path& path);
-
-/// Whether a path is text, so that a module can be loaded by it.
-[[nodiscard]] bool IsText(const std::filesystem::path& path);
-
-/// The folders of the environment variable ZRCORE_MODULE_PATH; if there are none, the module folder of the installation.
-[[nodiscard]] std::vector<std::filesystem::path> DefaultFolders();
+/// The folder of the installation from which modules are loaded if no folder is named; empty if it is unknown.
+[[nodiscard]] std::filesystem::path InstalledModuleFolder();
 
 #endif

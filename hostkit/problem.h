@@ -3,12 +3,15 @@
 #ifndef HOSTKIT_PROBLEM_H
 #define HOSTKIT_PROBLEM_H
 
+#include <algorithm>
+#include <compare>
+#include <cstddef>
 #include <cstdint>
-#include <filesystem>
-#include <string>
-#include <utility>
+#include <string_view>
 #include <vector>
 
+#include "hostkit/text.h"
+#include "zr/string.hpp"
 #include "zrhost/host.h"
 
 enum class Severity : uint32_t { Warning = ZRHOST_WARNING, Error = ZRHOST_ERROR };
@@ -17,34 +20,36 @@ enum class Severity : uint32_t { Warning = ZRHOST_WARNING, Error = ZRHOST_ERROR 
 struct TextPlace {
   uint32_t line = 0;
   uint32_t column = 0;
+
+  friend auto operator<=>(const TextPlace&, const TextPlace&) = default;
 };
 
 struct Problem {
-  std::filesystem::path file;
+  zr::String file;
   TextPlace place;
   Severity severity;
-  std::string reason;  ///< in UTF-8, one sentence without a period
+  zr::String reason;  ///< one sentence without a period
 };
 
 /// CProblems collects the problems of one reading.
 class CProblems {
  public:
-  void Add(Severity severity, const std::filesystem::path& file, TextPlace place, std::string reason) {
-    rows_.push_back({file, place, severity, std::move(reason)});
+  void AddError(const zr::String& file, TextPlace place, std::string_view reason) {
+    rows_.push_back({file, place, Severity::Error, TextOf(reason)});
   }
-  void AddError(const std::filesystem::path& file, TextPlace place, std::string reason) {
-    Add(Severity::Error, file, place, std::move(reason));
-  }
-  void AddWarning(const std::filesystem::path& file, TextPlace place, std::string reason) {
-    Add(Severity::Warning, file, place, std::move(reason));
+  void AddWarning(const zr::String& file, TextPlace place, std::string_view reason) {
+    rows_.push_back({file, place, Severity::Warning, TextOf(reason)});
   }
   [[nodiscard]] const std::vector<Problem>& Rows() const noexcept { return rows_; }
+
+  /// Sorts the rows from `first` on, which are those of one file, by their places.
+  void SortFrom(std::size_t first) {
+    std::stable_sort(rows_.begin() + static_cast<std::ptrdiff_t>(first), rows_.end(),
+                     [](const Problem& left, const Problem& right) { return left.place < right.place; });
+  }
 
  private:
   std::vector<Problem> rows_;
 };
-
-/// The text in quotation marks, for a reason.
-inline std::string Quoted(const std::string& text) { return "\"" + text + "\""; }
 
 #endif

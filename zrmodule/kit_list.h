@@ -6,8 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "zr/zr.hpp"
+#include "zr/library.hpp"
+#include "zr/ptr.hpp"
+#include "zr/string.hpp"
+#include "zr/uuid.hpp"
 #include "zrhost/host.h"
+#include "zrmodule/output.h"
 
 /// CKitList is one list of a discovery. Throws zr::Error if it can't be made.
 template <class Record>
@@ -33,13 +37,16 @@ class CKitList {
 };
 
 inline std::string Utf8(const WCHAR* text) { return zr::String(text).ToUtf8(); }
-inline std::string Utf8(const ZRUUID& id) { return zr::Uuid(id).ToString().ToUtf8(); }
 
-/// The text in quotation marks, for a reason.
-inline std::string Quoted(const std::string& text) { return "\"" + text + "\""; }
+/// An identifier as manifests and zr::Uuid want it, without braces.
+inline std::string Utf8(const ZRUUID& id) { return zr::Uuid(id).ToString().ToUtf8().substr(1, 36); }
 
-/// MakeDiscovery makes a discovery of folders; of those where hosts look, if there are none. Throws zr::Error.
+/// MakeDiscovery makes a discovery of folders; of those where hosts look if the list is empty. Throws zr::Error, or
+/// std::runtime_error for a path that is not UTF-8.
 [[nodiscard]] zr::Ptr<IZrComponentDiscovery> MakeDiscovery(const std::vector<std::string>& folders,
-                                                           const std::string& configurationFile);
+                                                           const std::string& configurationFile = {});
+
+/// Reports a problem of a discovery as a finding of the kind "manifest".
+void ReportProblem(COutput& output, const ZrHostProblem& problem);
 
 #endif

@@ -1,59 +1,98 @@
 // zrmodule list and zrmodule info: what a host would find.
 
-#include "zr/zr.hpp"
-#include "zrhost/host.h"
+#include <cstdlib>
+#include <filesystem>
+
+#include "zrcore/lifecycle.h"
 #include "zrmodule/commands.h"
 #include "zrmodule/kit_list.h"
+#include "zrmodule/module_file.h"
+#include "zrmodule/system.h"
+#include "zrmodule/text.h"
 
-static void ListClass(COutput& output, const ZrHostClass& row) {
-  Json interfaces = Json::array();
+static CJson ListClass(COutput& output, const ZrHostClass& row) {
+  std::vector<CJson> interfaces;
   std::string names;
   for (const ZrHostInterface* one = row.interfaces; one != row.interfaces + row.interfaceCount; ++one) {
-    interfaces.push_back({{"id", Utf8(one->interfaceId)}, {"name", Utf8(one->name)}});
+    interfaces.push_back(CJson::Object({{"id", Utf8(one->interfaceId)}, {"name", Utf8(one->name)}}));
     names += (names.empty() ? "" : ", ") + (*one->name != 0 ? Utf8(one->name) : Utf8(one->interfaceId));
   }
-  output.Document()["classes"].push_back({{"name", Utf8(row.name)},
-                                          {"id", Utf8(row.classId)},
-                                          {"description", Utf8(row.description)},
-                                          {"module", Utf8(row.moduleFile)},
-                                          {"version", Utf8(row.moduleVersion)},
-                                          {"manifest", Utf8(row.manifestFile)},
-                                          {"interfaces", interfaces}});
+  const std::string version = Utf8(row.moduleVersion);
   output.Heading(Utf8(row.name) + "  " + Utf8(row.classId));
   if (*row.description != 0) output.Line("  " + Utf8(row.description));
   if (!names.empty()) output.Line("  interfaces: " + names);
-  output.Line("  module: " + Utf8(row.moduleFile) + (*row.moduleVersion != 0 ? ", version " + Utf8(row.moduleVersion) : ""));
+  output.Line("  module: " + Utf8(row.moduleFile) + (version.empty() ? "" : ", version " + version));
   output.Line("  manifest: " + Utf8(row.manifestFile));
+  return CJson::Object({{"name", Utf8(row.name)},
+                        {"id", Utf8(row.classId)},
+                        {"description", Utf8(row.description)},
+                        {"module", Utf8(row.moduleFile)},
+                        {"version", version},
+                        {"manifest", Utf8(row.manifestFile)},
+                        {"interfaces", CJson::List(interfaces)}});
 }
 
 void ListModules(COutput& output, const std::vector<std::string>& folders, const std::string& configurationFile) {
   const zr::Ptr<IZrComponentDiscovery> discovery = MakeDiscovery(folders, configurationFile);
   const CKitList<ZrHostClass> classes(*discovery, ZrHostListClasses);
   const CKitList<ZrHostProblem> problems(*discovery, ZrHostListProblems);
-  output.Document()["classes"] = Json::array();
-  for (const ZrHostClass& row : classes) ListClass(output, row);
-  for (const ZrHostProblem& row : problems) {
-    output.Finding(row.severity == ZRHOST_WARNING ? Level::Warning : Level::Error, Utf8(row.file), row.line, row.column,
-                   Utf8(row.reason));
+  std::vector<CJson> rows;
+  for (const ZrHostClass& row : classes) rows.push_back(ListClass(output, row));
+  output.Set("classes", CJson::List(rows));
+  for (const ZrHostProblem& problem : problems) ReportProblem(output, problem);
+
+  std::error_code error;
+  for (const std::string& folder : folders) {
+    if (!std::filesystem::is_directory(PathOf(folder), error)) output.Raise(ExitCode::Unreadable);
   }
-  if (classes.Count() == 0) {
-    output.Line("No class was found in:");
-    const CKitList<const WCHAR*> searched(*discovery, ZrHostListFolders);
-    for (const WCHAR* folder : searched) output.Line("  " + Utf8(folder));
+  if (!configurationFile.empty() && !std::filesystem::is_regular_file(PathOf(configurationFile), error)) {
+    output.Raise(ExitCode::Unreadable);
   }
+  if (classes.Count() != 0) return;
+  output.Line("No classes in:");
+  const CKitList<const WCHAR*> searched(*discovery, ZrHostListFolders);
+  for (const WCHAR* const folder : searched) output.Line("  " + Utf8(folder));
+}
+
+// Prints a library's file. Its name ends in the version on systems where files have one.
+static void ShowLibrary(COutput& output, const char* key, const void* function) {
+  const std::string file = Utf8(LibraryOf(function));
+  output.Set(key, file);
+  output.Line(std::string(key) + ": " + file);
 }
 
 void ShowInformation(COutput& output) {
-  const zr::Ptr<IZrComponentDiscovery> discovery = MakeDiscovery({}, "");
-  const CKitList<const WCHAR*> folders(*discovery, ZrHostListFolders);
   const std::string version = std::to_string(ZRCORE_VERSION_MAJOR) + "." + std::to_string(ZRCORE_VERSION_MINOR) + "." +
                               std::to_string(ZRCORE_VERSION_PATCH);
-  output.Document()["version"] = version;
-  output.Document()["folders"] = Json::array();
-  output.Line("zrmodule " + version);
-  output.Line("Folders that are searched for modules:");
-  for (const WCHAR* folder : folders) {
-    output.Document()["folders"].push_back(Utf8(folder));
-    output.Line("  " + Utf8(folder));
+#if defined(__clang__)
+  const std::string compiler = __VERSION__;
+#else
+  const std::string compiler = "GCC " __VERSION__;
+#endif
+  const char* const variable = std::getenv("ZRCORE_MODULE_PATH");
+  const bool isChosen = variable != nullptr && *variable != 0;
+  output.Heading("zrmodule " + version);
+  output.Set("version", version);
+  ShowLibrary(output, "libzrcore", reinterpret_cast<const void*>(&ZrInitialize));
+  ShowLibrary(output, "libzrhost", reinterpret_cast<const void*>(&ZrHostListFolders));
+  for (const auto& [key, value] :
+       {JsonMember{"processor", OwnProcessor()}, {"system", SystemName()}, {"compiler", compiler}}) {
+    output.Set(key, value);
   }
+  output.Line("processor: " + OwnProcessor());
+  output.Line("system: " + SystemName());
+  output.Line("compiler: " + compiler);
+
+  const zr::Ptr<IZrComponentDiscovery> discovery = MakeDiscovery({});
+  std::vector<CJson> folders;
+  output.Line(isChosen ? "folders, from ZRCORE_MODULE_PATH:" : "folders, from the installation:");
+  for (const WCHAR* const row : CKitList<const WCHAR*>(*discovery, ZrHostListFolders)) {
+    const std::string folder = Utf8(row);
+    std::error_code error;
+    const bool exists = std::filesystem::is_directory(PathOf(folder), error);
+    folders.push_back(CJson::Object({{"folder", folder}, {"exists", exists}}));
+    output.Line("  " + folder + (exists ? "" : " (does not exist)"));
+  }
+  output.Set("foldersFrom", isChosen ? "ZRCORE_MODULE_PATH" : "installation");
+  output.Set("folders", CJson::List(folders));
 }

@@ -1,6 +1,7 @@
 // zrmodule: a tool for authors and operators of component modules. This file reads the command line.
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <functional>
@@ -8,6 +9,7 @@
 #include "zrcore/base.h"
 #include "zrmodule/commands.h"
 #include "zrmodule/probe.h"
+#include "zrmodule/system.h"
 
 #define ZRMODULE_TEXT_OF(number) #number
 #define ZRMODULE_TEXT(number) ZRMODULE_TEXT_OF(number)
@@ -24,7 +26,8 @@ struct Command {
   std::function<void(COutput&)> run;
 };
 
-int main(int count, char** values) {
+static int Run(std::vector<std::string> arguments) {
+  if (!arguments.empty() && arguments[0] == kChildCommand) return RunProbeChild(arguments);
   CLI::App app("Lists, checks and tries component modules.", "zrmodule");
   app.set_version_flag("--version", kVersion);
   app.require_subcommand(1);
@@ -33,7 +36,7 @@ int main(int count, char** values) {
   app.add_flag("--json", isJson, "Print one JSON document for programs");
   Command chosen;
   const auto add = [&](const char* name, const char* description, std::function<void(COutput&)> run) {
-    CLI::App* const command = app.add_subcommand(name, description)->fallthrough();   // --json may come last, too
+    CLI::App* const command = app.add_subcommand(name, description)->fallthrough();  // --json may come last, too
     command->callback([&chosen, name, run] { chosen = {name, run}; });
     return command;
   };
@@ -48,8 +51,8 @@ int main(int count, char** values) {
   list->add_option("FOLDER", folders, "The folders to search; by default those where hosts look");
   list->add_option("--configuration", configuration, "The configuration file of a host");
 
-  CLI::App* const check = add("check", "Check modules without running their code",
-                              [&](COutput& output) { CheckModules(output, files); });
+  CLI::App* const check =
+      add("check", "Check modules without running their code", [&](COutput& output) { CheckModules(output, files); });
   check->add_option("FILE", files, "Module files")->required();
 
   CLI::App* const tryOut = add("probe", "Load and exercise a module in a child process",
@@ -61,9 +64,8 @@ int main(int count, char** values) {
       ->check(CLI::PositiveNumber)
       ->capture_default_str();
 
-  CLI::App* const make = add("new", "Write a module project into a new folder", [&](COutput& output) {
-    MakeProject(output, name, folder.empty() ? name : folder);
-  });
+  CLI::App* const make = add("new", "Write a module project into a new folder",
+                             [&](COutput& output) { MakeProject(output, name, folder.empty() ? name : folder); });
   make->add_option("NAME", name, "The name of the module and its class")->required();
   make->add_option("--folder", folder, "The folder; by default NAME");
 
@@ -71,32 +73,38 @@ int main(int count, char** values) {
       add("uuid", "Print new identifiers", [&](COutput& output) { MakeIdentifiers(output, howMany); });
   uuid->add_option("-n", howMany, "How many")->check(CLI::Range(1u, 1000000u))->capture_default_str();
 
-  CLI::App* const explain =
-      add("code", "Explain a result code", [&](COutput& output) { ExplainCode(output, code); });
+  CLI::App* const explain = add("code", "Explain a result code", [&](COutput& output) { ExplainCode(output, code); });
   explain->add_option("CODE", code, "A number such as 0x80000004, or a name such as ZR_R_FAILED")->required();
 
   (void)add("info", "Print the version and the folders where hosts look", ShowInformation);
 
-  // The child process of probe.
-  std::string childClass;
-  std::intptr_t report = -1;
-  CLI::App* const child = app.add_subcommand(kChildCommand, "")->group("");   // not in the help
-  child->add_option("FILE", probe.file)->required();
-  child->add_option("--class", childClass);
-  child->add_option("--report", report)->required();
-
+  const bool isJsonWanted = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
   try {
-    app.parse(count, values);
+    std::reverse(arguments.begin(), arguments.end());  // as CLI11 wants them
+    app.parse(arguments);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::Usage);
+    if (error.get_exit_code() == 0 || !isJsonWanted)
+      return app.exit(error) == 0 ? 0 : static_cast<int>(ExitCode::Usage);
+    COutput output(true, "");
+    output.Error("usage", {}, error.what());
+    output.Raise(ExitCode::Usage);
+    return output.Finish();
   }
-  if (child->parsed()) return RunProbeChild(probe.file, childClass, report);
   COutput output(isJson, chosen.name);
   try {
     chosen.run(output);
   } catch (const std::exception& error) {
-    output.Finding(Level::Error, "zrmodule", 0, 0, error.what());
+    output.Error("failed", {}, error.what());
     output.Raise(ExitCode::Unreadable);
   }
   return output.Finish();
+}
+
+int main(int count, char** values) {
+  try {
+    return Run(CommandLine(count, values));
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "zrmodule: error: %s\n", error.what());
+    return static_cast<int>(ExitCode::Unreadable);
+  }
 }

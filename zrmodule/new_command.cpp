@@ -1,17 +1,27 @@
-// zrmodule new: writes the module project of examples/template into a new folder, with names and identifiers of its own.
+// zrmodule new: writes the module project of examples/template into a new folder, with names and identifiers of its
+// own.
 
+#include <cctype>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <system_error>
 
-#include "template_files.h"   // generated: kTemplateFiles, the files of examples/template
-#include "zr/zr.hpp"
+#include "template_files.h"  // generated: kTemplateFiles, the files of examples/template
+#include "zr/uuid.hpp"
 #include "zrmodule/commands.h"
+#include "zrmodule/kit_list.h"
+#include "zrmodule/text.h"
 
 static void ReplaceAll(std::string& text, const std::string& from, const std::string& to) {
   for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
     text.replace(at, from.size(), to);
   }
+}
+
+static std::string InCase(std::string text, int (*convert)(int)) {
+  for (char& c : text) c = static_cast<char>(convert(static_cast<unsigned char>(c)));
+  return text;
 }
 
 // Each identifier of the template becomes a new one, the same in all files.
@@ -20,8 +30,8 @@ static void ReplaceIdentifiers(std::string& text, std::map<std::string, std::str
   for (std::size_t at = 0; at + kLength <= text.size(); ++at) {
     const std::string candidate = text.substr(at, kLength);
     if (candidate[8] != '-' || candidate[23] != '-' || !zr::Uuid::Parse(candidate)) continue;
-    std::string& made = identifiers[candidate];
-    if (made.empty()) made = zr::Uuid::Generate().ToString().ToUtf8().substr(1, kLength);
+    std::string& made = identifiers[InCase(candidate, std::toupper)];
+    if (made.empty()) made = Utf8(zr::Uuid::Generate());
     text.replace(at, kLength, made);
     at += kLength - 1;
   }
@@ -33,21 +43,17 @@ static bool IsIdentifier(const std::string& name) {
          name.find_first_not_of(kLetters + std::string("0123456789_")) == std::string::npos;
 }
 
-static std::string InCase(std::string text, int (*convert)(int)) {
-  for (char& c : text) c = static_cast<char>(convert(static_cast<unsigned char>(c)));
-  return text;
-}
-
-void MakeProject(COutput& output, const std::string& name, const std::filesystem::path& folder) {
-  const std::string folderName = folder.string();
+void MakeProject(COutput& output, const std::string& name, const std::string& folderName) {
+  const std::filesystem::path folder = PathOf(folderName);
   if (!IsIdentifier(name)) {
-    output.Finding(Level::Error, name, 0, 0, "the name must begin with a letter and have only letters, digits and _");
+    output.Error("usage", {},
+                 "the name " + Quoted(name) + " must begin with a letter and have only letters, digits and _");
     output.Raise(ExitCode::Usage);
     return;
   }
   std::error_code error;
   if (std::filesystem::exists(folder, error) && !std::filesystem::is_empty(folder, error)) {
-    output.Finding(Level::Error, folderName, 0, 0, "the folder exists and is not empty; nothing was written");
+    output.Error("usage", {folderName}, "the folder exists and is not empty; nothing was written");
     output.Raise(ExitCode::Usage);
     return;
   }
@@ -55,8 +61,7 @@ void MakeProject(COutput& output, const std::string& name, const std::filesystem
   std::map<std::string, std::string> identifiers;
   std::string className = name;
   className[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(name[0])));
-  output.Document()["folder"] = folderName;
-  output.Document()["files"] = Json::array();
+  std::vector<std::string> files;
   for (const auto& [fileName, content] : kTemplateFiles) {
     std::string path = fileName, text = content;
     for (std::string* part : {&path, &text}) {
@@ -65,17 +70,20 @@ void MakeProject(COutput& output, const std::string& name, const std::filesystem
       ReplaceAll(*part, "Greeter", className);
     }
     ReplaceIdentifiers(text, identifiers);
-    std::ofstream stream(folder / path, std::ios::binary);
+    const std::filesystem::path file = folder / path;
+    std::ofstream stream(file, std::ios::binary);
     stream << text;
     stream.close();
     if (!stream) {
-      output.Finding(Level::Error, (folder / path).string(), 0, 0, "can't write the file");
+      output.Error("not-written", {Utf8(file)}, "can't write the file" + (error ? ": " + error.message() : ""));
       output.Raise(ExitCode::Unreadable);
       return;
     }
-    output.Document()["files"].push_back(path);
-    output.Line("wrote " + (folder / path).string());
+    files.push_back(path);
+    output.Line("wrote " + Utf8(file));
   }
+  output.Set("folder", folderName);
+  output.Set("files", CJson::List(files));
   output.Line("Build and test it:");
   output.Line("  cmake -S " + folderName + " -B " + folderName + "/build && cmake --build " + folderName + "/build");
   output.Line("  ctest --test-dir " + folderName + "/build");

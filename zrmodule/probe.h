@@ -1,62 +1,67 @@
-// What the two processes of zrmodule probe share. The parent starts the tool again as its child. The child loads the module
-// and goes through its life stage by stage. It reports the beginning and the end of each stage to the parent through a pipe,
-// one JSON object per line. So the parent knows at which stage the child crashed, and stops it when it hangs.
+// What the two processes of zrmodule probe share. The parent starts the tool again as its child. The child loads the
+// module and goes through its life stage by stage. It reports the beginning and the end of each stage to the parent
+// through a pipe, one line each. So the parent knows at which stage the child crashed, and kills it when it hangs.
 //
-//     {"begin": "create", "class": "Planets.Mars"}
-//     {"end": "create", "result": "ok", "milliseconds": 0.12, "bytes": 96, "detail": ""}
+//     begin STAGE CLASS                            the fields of a line are separated by tabs
+//     end RESULT MILLISECONDS BYTES DETAIL         BYTES is empty if it isn't known
 
 #ifndef ZRMODULE_PROBE_H
 #define ZRMODULE_PROBE_H
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
-/// The command by which the parent starts the child. It is not for users, so the help doesn't list it.
+/// The command by which the parent starts the child, with the module, the class (empty for every class of the module)
+/// and two numbers for ConnectChild. It is not for users.
 inline constexpr const char* kChildCommand = "probe-child";
+inline constexpr std::size_t kChildArguments = 5;
 
-/// The child's part. `className` is empty for every class of the module's manifest. Returns the exit status, 0 if the
-/// child came to the end.
-[[nodiscard]] int RunProbeChild(const std::filesystem::path& module, const std::string& className, std::intptr_t report);
+/// The child's part. Returns the exit status, which is 0 if the child came to the end.
+[[nodiscard]] int RunProbeChild(const std::vector<std::string>& arguments);
 
-/// CChild is a running child. Its standard output goes to this process's standard error, so that what a module prints
-/// doesn't mix with the result.
+/// CChild is a running child, which ends with this process at the latest. Its standard output goes to this process's
+/// standard error, so that what a module prints doesn't mix with the result. Its standard input is empty.
 class CChild {
  public:
   enum class Event : uint8_t { Line, End, Timeout };
 
-  /// Starts this program again with the arguments, and then "--report" and the number of the pipe. Throws
-  /// std::system_error.
+  /// Starts this program again with the arguments and the numbers for ConnectChild. Throws std::system_error.
   explicit CChild(std::vector<std::string> arguments);
   CChild(const CChild&) = delete;
   CChild& operator=(const CChild&) = delete;
   ~CChild();
 
-  /// Waits for a line of the report, at most so many seconds.
+  /// Waits for a line of the report, at most so many seconds. End means that no line follows.
   [[nodiscard]] Event ReadLine(double seconds, std::string& line);
 
-  /// Ends the child if it still runs. Returns why it ended: an empty text for exit status 0, otherwise such as "signal
-  /// 11 (Segmentation fault)".
-  std::string Stop(bool isHung);
+  /// Waits at most so many seconds for the end of the process, and kills it and all processes that it started. Returns
+  /// whether it had ended before. `reason` is empty for exit status 0, otherwise such as "signal 11 (Segmentation
+  /// fault)".
+  bool Stop(double seconds, std::string& reason);
 
  private:
   struct State;
   State* state_;
 };
 
-/// A line for the parent.
-void WriteReport(std::intptr_t report, const std::string& line);
+/// Makes sure that this child ends with its parent. Returns the pipe for WriteReport.
+[[nodiscard]] std::intptr_t ConnectChild(const std::string& pipe, const std::string& parent);
+
+/// Writes a line for the parent.
+void WriteReport(std::intptr_t pipe, const std::string& line);
 
 /// The module, loaded as the library loads it. Null with a reason if that fails.
 [[nodiscard]] void* LoadModule(const std::filesystem::path& file, std::string& reason);
 [[nodiscard]] void* FindSymbol(void* module, const char* name);
-/// Unloads the module. Returns whether its code is no longer in memory.
+/// Unloads the module. Returns whether it is no longer in memory.
 [[nodiscard]] bool UnloadModule(void* module, const std::filesystem::path& file);
 
 /// How many threads this process has; 0 if that isn't known.
 [[nodiscard]] uint32_t CountThreads();
-/// How many bytes of the heap are in use; 0 if that isn't known.
-[[nodiscard]] int64_t BytesInUse();
+/// How many bytes of the heap are in use.
+[[nodiscard]] std::optional<int64_t> BytesInUse();
 
 #endif

@@ -1,18 +1,20 @@
-// The child of zrmodule probe: goes through the life of a module, and stops at the first stage that fails.
+// The child of zrmodule probe: goes through the life of a module. If it can't be loaded or started, the later stages
+// are left out.
 
+#include <array>
 #include <chrono>
 #include <exception>
 #include <functional>
 #include <string>
 #include <thread>
 
+#include "zr/library.hpp"
 #include "zrmodule/kit_list.h"
-#include "zrmodule/output.h"
 #include "zrmodule/probe.h"
+#include "zrmodule/text.h"
 
-// What a stage found. An empty result means "ok".
 struct StageResult {
-  const char* result = "ok";   // "ok", "refused" or "wrong"
+  const char* result = "ok";  // "ok", "refused" or "wrong"
   std::string detail;
 };
 
@@ -22,24 +24,23 @@ class CProbe {
  public:
   CProbe(std::filesystem::path file, std::intptr_t report) : file_(std::move(file)), report_(report) {}
 
-  // Goes through all stages, for the given classes. Returns whether every stage was good.
-  bool Run(const std::vector<const ZrHostClass*>& classes) {
-    if (!Stage("load", "", [&] { return Load(); })) return false;
-    if (!Stage("exports", "", [&] { return FindExports(); })) return false;
-    const uint32_t threads = CountThreads();
-    bool isGood = Stage("init", "", [&] { return Init(); });
-    if (isGood) {
-      for (const ZrHostClass* row : classes) isGood = TryClass(*row) && isGood;
-      isGood = Stage("exit", "", [&] { return Exit(threads); }) && isGood;
+  void Run(const std::vector<const ZrHostClass*>& classes) {
+    if (!Stage("load", "", [&] { return Load(); })) return;
+    if (Stage("exports", "", [&] { return FindExports(); })) {
+      const uint32_t threads = CountThreads();
+      if (Stage("init", "", [&] { return Init(); })) {
+        for (const ZrHostClass* const row : classes) TryClass(*row);
+        Stage("exit", "", [&] { return Exit(threads); });
+      }
     }
-    return Stage("unload", "", [&] { return Unload(); }) && isGood;
+    Stage("unload", "", [&] { return Unload(); });
   }
 
  private:
   // Runs one stage between two reports. An exception is a result like others.
   bool Stage(const char* name, const std::string& className, const std::function<StageResult()>& run) {
-    WriteReport(report_, Json{{"begin", name}, {"class", className}}.dump());
-    const int64_t bytes = BytesInUse();
+    WriteReport(report_, std::string("begin\t") + name + "\t" + Printable(className));
+    const std::optional<int64_t> before = BytesInUse();
     const auto start = std::chrono::steady_clock::now();
     StageResult result;
     try {
@@ -47,15 +48,13 @@ class CProbe {
     } catch (const std::exception& error) {
       result = {"threw", std::string("an exception left the module: ") + error.what()};
     } catch (...) {
-      result = {"threw", "an exception of an unknown type left the module"};
+      result = {"threw", "an exception that is not a std::exception left the module"};
     }
     const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - start;
-    WriteReport(report_, Json{{"end", name},
-                              {"result", result.result},
-                              {"milliseconds", time.count()},
-                              {"bytes", BytesInUse() - bytes},
-                              {"detail", result.detail}}
-                             .dump(-1, ' ', false, Json::error_handler_t::replace));
+    const std::optional<int64_t> after = BytesInUse();
+    WriteReport(report_, std::string("end\t") + result.result + "\t" + std::to_string(time.count()) + "\t" +
+                             (before && after ? std::to_string(*after - *before) : "") + "\t" +
+                             Printable(result.detail));
     return std::string("ok") == result.result;
   }
 
@@ -83,40 +82,50 @@ class CProbe {
 
   StageResult Exit(uint32_t threadsBefore) {
     exit_();
-    for (int wait = 0; wait < 20 && CountThreads() > threadsBefore; ++wait) {   // a thread that ends needs a moment
+    for (int wait = 0; wait < 20 && CountThreads() > threadsBefore; ++wait) {  // a thread that ends needs a moment
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     const uint32_t threads = CountThreads();
     if (threads <= threadsBefore) return {};
-    return {"wrong", std::to_string(threads - threadsBefore) +
-                         " threads of the module still run after ZrExitModule; they crash when the module is unloaded"};
+    return {"wrong",
+            Counted(threads - threadsBefore, "thread") +
+                " of the module still ran after ZrExitModule; end and join threads there, because the module's "
+                "code is unloaded next"};
   }
 
   StageResult Unload() {
     if (UnloadModule(module_, file_)) return {};
-    return {"wrong", "the code of the module is still in memory after it was unloaded"};
+    return {"wrong",
+            "the module is still in memory after it was unloaded; it is kept by a symbol or flag that zrmodule check "
+            "names, by a thread_local variable with a destructor, or because the module loaded itself again"};
   }
 
-  bool TryClass(const ZrHostClass& row) {
+  void TryClass(const ZrHostClass& row) {
     const std::string name = Utf8(row.name);
     IZrUnknown* object = nullptr;
-    if (!Stage("create", name, [&] { return Create(row, object); })) return false;
-    const bool isGood = Stage("query", name, [&] { return Query(row, *object); });
-    return Stage("release", name, [&] { return Release(*object); }) && isGood;
+    if (!Stage("create", name, [&] { return Create(row, object); })) return;
+    Stage("query", name, [&] { return Query(row, *object); });
+    Stage("release", name, [&] { return Release(*object); });
   }
 
   StageResult Create(const ZrHostClass& row, IZrUnknown*& object) {
-    if (row.interfaceCount == 0) return {"wrong", "the manifest lists no interface of the class, so it can't be tried"};
+    if (row.interfaceCount == 0)
+      return {"wrong", "the manifest lists no interface of the class, so it can't be created"};
     void* made = nullptr;
     const ZRRESULT result = create_(&row.classId, 0, &row.interfaces[0].interfaceId, 0, &made);
-    if (zr::Failed(result)) return {"refused", "ZrCreateInstanceModule returned " + CodeText(result)};
+    if (zr::Failed(result)) {
+      return {"refused", "ZrCreateInstanceModule returned " + CodeText(result) +
+                             (result == ZR_R_CLASS_NOT_REGISTERED
+                                  ? ": the module does not make this class; compare its identifiers with the manifest"
+                                  : "")};
+    }
     if (made == nullptr) return {"wrong", "ZrCreateInstanceModule returned a success, but no object"};
     object = static_cast<IZrUnknown*>(made);
     return {};
   }
 
-  // Every interface of the manifest must be there, and one that nobody has must not.
-  StageResult Query(const ZrHostClass& row, IZrUnknown& object) {
+  // Every interface of the manifest must be there, and one that nothing implements must not.
+  static StageResult Query(const ZrHostClass& row, IZrUnknown& object) {
     for (const ZrHostInterface* one = row.interfaces; one != row.interfaces + row.interfaceCount; ++one) {
       const std::string name = *one->name != 0 ? Utf8(one->name) : Utf8(one->interfaceId);
       void* found = nullptr;
@@ -125,23 +134,27 @@ class CProbe {
       if (found == nullptr) return {"wrong", "QueryInterface for " + name + " returned a success, but no interface"};
       (void)static_cast<IZrUnknown*>(found)->Release();
     }
-    const zr::Uuid nobodys = zr::Uuid::Generate();
+    const zr::Uuid random = zr::Uuid::Generate();
     void* found = nullptr;
-    if (!zr::Failed(object.QueryInterface(&nobodys, &found))) {
+    if (!zr::Failed(object.QueryInterface(&random, &found))) {
       return {"wrong", "QueryInterface returned a success for an interface that doesn't exist"};
     }
     if (found != nullptr) return {"wrong", "QueryInterface returned a failure, but wrote an interface"};
     return {};
   }
 
+  // The results of AddRef and Release are a custom only, so a class may return something else; 0 from the last is
+  // expected.
   static StageResult Release(IZrUnknown& object) {
     const uint32_t added = object.AddRef(), released = object.Release();
-    if (added != 2 || released != 1) {
-      return {"wrong", "a new object should have one reference; AddRef returned " + std::to_string(added) +
-                           " and Release " + std::to_string(released)};
+    if (added != released + 1) {
+      return {"wrong", "AddRef returned " + std::to_string(added) + " and Release after it " +
+                           std::to_string(released) + "; by custom they return the new count"};
     }
     const uint32_t left = object.Release();
-    return left == 0 ? StageResult{} : StageResult{"wrong", "the last Release returned " + std::to_string(left)};
+    return left == 0 ? StageResult{}
+                     : StageResult{"wrong", "the object is not destroyed: " + Counted(left, "reference") +
+                                                " remained after the last Release"};
   }
 
   std::filesystem::path file_;
@@ -152,19 +165,22 @@ class CProbe {
   ZrCreateInstanceModuleFunction create_ = nullptr;
 };
 
-int RunProbeChild(const std::filesystem::path& module, const std::string& className, std::intptr_t report) {
+int RunProbeChild(const std::vector<std::string>& arguments) {
+  if (arguments.size() != kChildArguments) return 2;
+  const std::filesystem::path module = PathOf(arguments[1]);
+  const std::string& className = arguments[2];
+  const std::intptr_t report = ConnectChild(arguments[3], arguments[4]);
   // Modules may use components themselves, so the library is in use and knows the classes of the module's folder.
   const zr::Library library;
-  const zr::Ptr<IZrComponentDiscovery> discovery = MakeDiscovery({module.parent_path().string()}, "");
-  const zr::Registration registration(*discovery);
+  const zr::Ptr<IZrComponentDiscovery> discovery = MakeDiscovery({Utf8(module.parent_path())});
+  const zr::Registration registration(discovery);
   const CKitList<ZrHostClass> all(*discovery, ZrHostListClasses);
   std::vector<const ZrHostClass*> classes;
   std::error_code error;
   for (const ZrHostClass& row : all) {
     const bool isWanted = className.empty() || Utf8(row.name) == className;
-    if (isWanted && std::filesystem::equivalent(Utf8(row.moduleFile), module, error)) classes.push_back(&row);
+    if (isWanted && std::filesystem::equivalent(PathOf(Utf8(row.moduleFile)), module, error)) classes.push_back(&row);
   }
-  CProbe probe(module, report);
-  (void)probe.Run(classes);
+  CProbe(module, report).Run(classes);
   return 0;
 }

@@ -1,80 +1,66 @@
-// A module with one fault, which a definition FAULT_... chooses; without a definition it is good. tests/zrmodule_test
-// expects that zrmodule names each fault.
+// A module with one fault, for tests/zrmodule_test: the environment variable ZRMODULE_TEST_FAULT names it. Without a
+// fault the module is good. Faults of the file itself are made by linking this code in different ways
+// (tests/CMakeLists.txt).
 
-#include <chrono>
+#include <cstdlib>
+#include <cstring>
 #include <stdexcept>
-#include <thread>
 
-#include "zr/zr.hpp"
+#include "tests/zrmodule/fault_system.h"
+#include "zrcore/atomic.h"
+#include "zrcore/component.h"
 
-static constexpr zr::Uuid kThingClass("31AD0869-6C4B-4C0E-9B3A-2F7D1C5E8A10");
+static const ZRUUID kThingClass = {0x31AD0869, 0x6C4B, 0x4C0E, {0x9B, 0x3A, 0x2F, 0x7D, 0x1C, 0x5E, 0x8A, 0x10}};
+static const ZRUUID kThingInterface = {0x0F5E2C77, 0x93B4, 0x4E0B, {0xA1, 0xD6, 0x7C, 0x3B, 0x58, 0xE1, 0xF9, 0x04}};
 
-struct IThing : IZrUnknown {
-  static constexpr zr::Uuid kId{"0F5E2C77-93B4-4E0B-A1D6-7C3B58E1F904"};
+static bool Has(const char* fault) {
+  const char* const chosen = std::getenv("ZRMODULE_TEST_FAULT");
+  return chosen != nullptr && std::strcmp(chosen, fault) == 0;
+}
 
- protected:
-  ~IThing() = default;
-};
+static void Crash() { *static_cast<volatile int*>(nullptr) = 1; }
 
-class CThing final : public zr::Object<IThing> {
-#if defined(FAULT_LYING_INTERFACE)
+class CThing final : public IZrUnknown {
  public:
-  ZRRESULT QueryInterface(const ZRUUID*, void** object) override {
+  uint32_t AddRef() override { return ZrInterlockedIncrementU32(&references_); }
+  uint32_t Release() override {
+    const uint32_t left = ZrInterlockedDecrementU32(&references_);
+    if (left == 0) delete this;
+    return left;
+  }
+  ZRRESULT QueryInterface(const ZRUUID* interfaceId, void** object) override {
+    if (Has("crash_in_query")) Crash();
+    if (std::memcmp(interfaceId, &kThingInterface, sizeof kThingInterface) != 0 && !Has("lying_interface")) {
+      return ZR_R_NO_INTERFACE;
+    }
     AddRef();
-    *object = static_cast<IThing*>(this);
+    *object = this;
     return ZR_R_OK;
   }
-#endif
+
+ private:
+  uint32_t references_ = 1;
 };
 
-#if defined(FAULT_UNIQUE_SYMBOL)
-template <class T>
-struct __attribute__((visibility("default"))) Unique {
-  static inline int value = 0;
-};
-__attribute__((visibility("default"))) int* UseUnique() { return &Unique<int>::value; }
-#endif
-
-#if defined(FAULT_UNRESOLVED)
-void UndefinedFunction();
-#endif
-
-[[maybe_unused]] static void Crash() { *static_cast<volatile int*>(nullptr) = 1; }
-
-#if !defined(FAULT_WITHOUT_INIT)
 ZRRESULT ZrInitModule() {
-#if defined(FAULT_CRASH_IN_INIT)
-  Crash();
-#elif defined(FAULT_HANG_IN_INIT)
-  std::this_thread::sleep_for(std::chrono::hours(1));
-#elif defined(FAULT_THROW_IN_INIT)
-  throw std::runtime_error("the disk is missing");
-#elif defined(FAULT_REFUSE_INIT)
-  return ZR_R_ACCESS_DENIED;
-#elif defined(FAULT_LIVE_THREAD)
-  std::thread([] { std::this_thread::sleep_for(std::chrono::hours(1)); }).detach();
-#elif defined(FAULT_UNRESOLVED)
-  UndefinedFunction();
-#endif
+  if (Has("crash_in_init")) Crash();
+  if (Has("hang_in_init")) SleepForever();
+  if (Has("throw_in_init")) throw std::runtime_error("the disk is missing");
+  if (Has("exit_in_init")) std::_Exit(0);
+  if (Has("live_thread")) StartThread();
+  if (Has("keeps_itself")) LoadAgain(reinterpret_cast<void*>(&ZrInitModule));
+  return Has("refuse_init") ? ZR_R_ACCESS_DENIED : ZR_R_OK;
+}
+
+void ZrExitModule() {
+  if (Has("crash_in_exit")) Crash();
+}
+
+ZRRESULT ZrCreateInstanceModule(const ZRUUID* classId, uint64_t, const ZRUUID*, uint64_t, void** object) {
+  *object = nullptr;
+  if (Has("class_not_made") || std::memcmp(classId, &kThingClass, sizeof kThingClass) != 0) {
+    return ZR_R_CLASS_NOT_REGISTERED;
+  }
+  *object = new CThing;
   return ZR_R_OK;
 }
-#endif
-
-#if !defined(FAULT_WITHOUT_EXIT)
-void ZrExitModule() {
-#if defined(FAULT_CRASH_IN_EXIT)
-  Crash();
-#endif
-}
-#endif
-
-#if !defined(FAULT_WITHOUT_CREATE)
-ZRRESULT ZrCreateInstanceModule(const ZRUUID* classId, uint64_t argument1, const ZRUUID* interfaceId, uint64_t argument2,
-                                void** object) {
-#if defined(FAULT_CLASS_NOT_MADE)
-  *object = nullptr;
-  return ZR_R_CLASS_NOT_REGISTERED;
-#endif
-  return zr::CreateInstance<zr::Class<CThing, kThingClass>>(classId, argument1, interfaceId, argument2, object);
-}
-#endif

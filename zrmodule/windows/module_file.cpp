@@ -14,8 +14,9 @@ struct ProcessorName {
   WORD machine;
   const char* name;
 };
-static constexpr std::array<ProcessorName, 3> kProcessors = {
-    {{IMAGE_FILE_MACHINE_AMD64, "x86-64"}, {IMAGE_FILE_MACHINE_ARM64, "arm64"}, {IMAGE_FILE_MACHINE_I386, "x86 (32 bits)"}}};
+static constexpr std::array<ProcessorName, 3> kProcessors = {{{IMAGE_FILE_MACHINE_AMD64, "x86-64"},
+                                                              {IMAGE_FILE_MACHINE_ARM64, "arm64"},
+                                                              {IMAGE_FILE_MACHINE_I386, "x86 (32 bits)"}}};
 
 static std::string NameOfProcessor(WORD machine) {
   for (const ProcessorName& row : kProcessors) {
@@ -48,11 +49,12 @@ class CImage {
   // What lies at an address relative to the image, or null if the file ends before `size` bytes of it.
   template <class T>
   [[nodiscard]] const T* At(DWORD address, std::size_t size = sizeof(T)) const noexcept {
-    const auto* const found = static_cast<const unsigned char*>(
-        ImageRvaToVa(image_.FileHeader, image_.MappedAddress, address, nullptr));
+    const auto* const found =
+        static_cast<const unsigned char*>(ImageRvaToVa(image_.FileHeader, image_.MappedAddress, address, nullptr));
     if (found == nullptr || address == 0) return nullptr;
     const auto offset = static_cast<std::size_t>(found - image_.MappedAddress);
-    return offset <= image_.SizeOfImage && size <= image_.SizeOfImage - offset ? reinterpret_cast<const T*>(found) : nullptr;
+    return offset <= image_.SizeOfImage && size <= image_.SizeOfImage - offset ? reinterpret_cast<const T*>(found)
+                                                                               : nullptr;
   }
 
   // A text at an address, or null if the file ends before its terminator.
@@ -77,54 +79,77 @@ static bool ReadExports(const CImage& image, ModuleFile& module) {
   if (address == 0) return true;
   const auto* const table = image.At<IMAGE_EXPORT_DIRECTORY>(address);
   if (table == nullptr) return false;
-  const auto* const names = image.At<DWORD>(table->AddressOfNames, table->NumberOfNames * sizeof(DWORD));
+  const auto* const names = image.At<DWORD>(table->AddressOfNames, std::size_t{table->NumberOfNames} * sizeof(DWORD));
   if (names == nullptr && table->NumberOfNames != 0) return false;
   for (DWORD index = 0; index < table->NumberOfNames; ++index) {
     const char* const name = image.TextAt(names[index]);
     if (name == nullptr) return false;
-    module.exports.emplace_back(name);
+    module.exports.push_back({name, "", ""});
   }
   return true;
 }
 
-// The symbols of a library are undefined as "LIBRARY!NAME", since each belongs to one library here.
+// Each undefined symbol belongs to one library here. A symbol without a name, only with a number, is not checked.
 static bool ReadImports(const CImage& image, ModuleFile& module) {
+  static constexpr uint64_t kHasNumber = IMAGE_ORDINAL_FLAG64;
   const DWORD address = image.Directory(IMAGE_DIRECTORY_ENTRY_IMPORT);
   for (DWORD at = address; at != 0; at += sizeof(IMAGE_IMPORT_DESCRIPTOR)) {
     const auto* const row = image.At<IMAGE_IMPORT_DESCRIPTOR>(at);
     if (row == nullptr) return false;
     if (row->Name == 0) break;
-    const char* const name = image.TextAt(row->Name);
-    if (name == nullptr) return false;
-    module.needed.emplace_back(name);
+    const char* const library = image.TextAt(row->Name);
+    if (library == nullptr) return false;
+    if (std::strncmp(library, "api-ms-", 7) == 0 || std::strncmp(library, "ext-ms-", 7) == 0) continue;  // not a file
+    module.needed.emplace_back(library);
+    DWORD symbolAt = row->OriginalFirstThunk != 0 ? row->OriginalFirstThunk : row->FirstThunk;
+    for (;; symbolAt += sizeof(uint64_t)) {
+      const auto* const symbol = image.At<uint64_t>(symbolAt);
+      if (symbol == nullptr) return false;
+      if (*symbol == 0) break;
+      if ((*symbol & kHasNumber) != 0) continue;
+      const char* const name = image.TextAt(static_cast<DWORD>(*symbol) + offsetof(IMAGE_IMPORT_BY_NAME, Name));
+      if (name == nullptr) return false;
+      module.undefined.push_back({name, "", library});
+    }
   }
   return true;
 }
 
+LibraryName OwnLibrary() { return {"zrcore.dll", "zrcore"}; }
+
 bool ReadModuleFile(const std::filesystem::path& file, ModuleFile& module, std::string& reason) {
   std::error_code error;
+  module.file = file;
   if (!std::filesystem::is_regular_file(file, error)) {
-    reason = error ? error.message() : "not a regular file";
+    reason = error ? error.message() : "is not a regular file";
     return false;
   }
   const CImage image(file);
   if (!image.IsMapped()) {
-    reason = "not a DLL, or the file is damaged";
+    const std::string kind = DescribeFile(file);
+    reason = kind == "a file for Windows" ? "is truncated or damaged; build or copy the file again"
+                                          : "is not a shared library, but " + kind;
     return false;
   }
   module.processor = NameOfProcessor(image.Headers().FileHeader.Machine);
-  module.isLoadable = (image.Headers().FileHeader.Characteristics & IMAGE_FILE_DLL) != 0;
-  if (image.Headers().OptionalHeader.Magic != IMAGE_NT_OPTIONAL_HDR64_MAGIC) return true;   // another processor
+  module.isLibrary = (image.Headers().FileHeader.Characteristics & IMAGE_FILE_DLL) != 0;
+  if (image.Headers().OptionalHeader.Magic != IMAGE_NT_OPTIONAL_HDR64_MAGIC) return true;  // another processor
   if (ReadExports(image, module) && ReadImports(image, module)) return true;
-  reason = "the file is truncated or damaged";
+  reason = "is truncated or damaged; build or copy the file again";
   return false;
 }
 
-std::filesystem::path FindLibrary(const std::string& name, const std::filesystem::path& file, const ModuleFile&) {
+std::filesystem::path FindLibrary(const std::string& name, const ModuleFile& neededBy, const ModuleFile& module) {
   std::error_code error;
-  if (std::filesystem::exists(file.parent_path() / name, error)) return file.parent_path() / name;
   std::wstring found(32768, L'\0');
-  found.resize(SearchPathW(nullptr, std::filesystem::path(name).c_str(), nullptr, static_cast<DWORD>(found.size()),
-                           found.data(), nullptr));
+  const std::filesystem::path wide(name);
+  if (const HMODULE loaded = GetModuleHandleW(wide.c_str())) {  // every host has it
+    found.resize(GetModuleFileNameW(loaded, found.data(), static_cast<DWORD>(found.size())));
+    return found;
+  }
+  for (const ModuleFile* const file : {&neededBy, &module}) {
+    if (std::filesystem::exists(file->file.parent_path() / wide, error)) return file->file.parent_path() / wide;
+  }
+  found.resize(SearchPathW(nullptr, wide.c_str(), nullptr, static_cast<DWORD>(found.size()), found.data(), nullptr));
   return found;
 }

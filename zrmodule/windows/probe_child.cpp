@@ -6,13 +6,17 @@
 #include <tlhelp32.h>
 
 #include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <system_error>
 #include <thread>
 
 #include "zrmodule/probe.h"
+#include "zrmodule/text.h"
 
 struct CChild::State {
   HANDLE process;
+  HANDLE job;  // of the child and all processes that it starts; they end when this handle is closed
   HANDLE pipe;
   std::string read;
 };
@@ -23,7 +27,7 @@ struct CChild::State {
 
 // Quotes an argument by the rules of CommandLineToArgvW.
 static std::wstring QuotedArgument(const std::string& utf8) {
-  const std::wstring argument = std::filesystem::path(std::u8string(utf8.begin(), utf8.end())).wstring();
+  const std::wstring argument = PathOf(utf8).wstring();
   std::wstring quoted = L"\"";
   std::size_t backslashes = 0;
   for (const wchar_t c : argument) {
@@ -34,37 +38,54 @@ static std::wstring QuotedArgument(const std::string& utf8) {
   return quoted.append(backslashes, L'\\') + L"\"";
 }
 
+static HANDLE MakeJob() {
+  const HANDLE job = CreateJobObjectW(nullptr, nullptr);
+  JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
+  limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+  SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits);
+  return job;
+}
+
 CChild::CChild(std::vector<std::string> arguments) : state_(nullptr) {
   SECURITY_ATTRIBUTES inherited = {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
   HANDLE readEnd = nullptr, writeEnd = nullptr;
   if (CreatePipe(&readEnd, &writeEnd, &inherited, 0) == 0) Fail("can't make a pipe");
   SetHandleInformation(readEnd, HANDLE_FLAG_INHERIT, 0);
   arguments.insert(arguments.begin(), "zrmodule");
-  arguments.insert(arguments.end(), {"--report", std::to_string(reinterpret_cast<std::intptr_t>(writeEnd))});
+  arguments.insert(arguments.end(),
+                   {std::to_string(reinterpret_cast<std::intptr_t>(writeEnd)), std::to_string(GetCurrentProcessId())});
   std::wstring command;
   for (const std::string& argument : arguments) command += QuotedArgument(argument) + L" ";
   std::wstring program(32768, L'\0');
   program.resize(GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size())));
+  const HANDLE nothing = CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ, &inherited, OPEN_EXISTING, 0, nullptr);
   STARTUPINFOW start = {};
   start.cb = sizeof start;
   start.dwFlags = STARTF_USESTDHANDLES;
-  start.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+  start.hStdInput = nothing;
   start.hStdOutput = start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
   PROCESS_INFORMATION process = {};
-  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);   // the child inherits it: a crash shows no window
-  const BOOL isStarted = CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                                        &start, &process);
+  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);  // the child inherits it: a crash shows no window
+  const BOOL isStarted = CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED,
+                                        nullptr, nullptr, &start, &process);
+  const DWORD error = GetLastError();
+  CloseHandle(nothing);
   CloseHandle(writeEnd);
   if (isStarted == 0) {
     CloseHandle(readEnd);
+    SetLastError(error);
     Fail("can't start the child process");
   }
+  const HANDLE job = MakeJob();
+  AssignProcessToJobObject(job, process.hProcess);
+  ResumeThread(process.hThread);
   CloseHandle(process.hThread);
-  state_ = new State{process.hProcess, readEnd, {}};
+  state_ = new State{process.hProcess, job, readEnd, {}};
 }
 
 CChild::~CChild() {
-  (void)Stop(true);
+  std::string ignored;
+  (void)Stop(0, ignored);
   CloseHandle(state_->pipe);
   delete state_;
 }
@@ -78,9 +99,11 @@ CChild::Event CChild::ReadLine(double seconds, std::string& line) {
       state_->read.erase(0, newline + 1);
       return Event::Line;
     }
-    DWORD available = 0;   // a pipe can't be waited for
+    DWORD available = 0;  // a pipe can't be waited for
+    const bool hasEnded = WaitForSingleObject(state_->process, 0) == WAIT_OBJECT_0;
     if (PeekNamedPipe(state_->pipe, nullptr, 0, nullptr, &available, nullptr) == 0) return Event::End;
     if (available == 0) {
+      if (hasEnded) return Event::End;  // a process that the module started may keep the pipe open
       if (std::chrono::steady_clock::now() >= end) return Event::Timeout;
       std::this_thread::sleep_for(std::chrono::milliseconds(5));
       continue;
@@ -92,24 +115,31 @@ CChild::Event CChild::ReadLine(double seconds, std::string& line) {
   }
 }
 
-std::string CChild::Stop(bool isHung) {
-  if (state_->process == nullptr) return {};
-  if (isHung) TerminateProcess(state_->process, 1);
+bool CChild::Stop(double seconds, std::string& reason) {
+  if (state_->process == nullptr) return true;
+  const bool hasEnded = WaitForSingleObject(state_->process, static_cast<DWORD>(seconds * 1000)) == WAIT_OBJECT_0;
+  if (!hasEnded) TerminateProcess(state_->process, 1);
   WaitForSingleObject(state_->process, INFINITE);
   DWORD status = 0;
   GetExitCodeProcess(state_->process, &status);
   CloseHandle(state_->process);
+  CloseHandle(state_->job);
   state_->process = nullptr;
-  if (status == 0) return {};
-  char text[32];
-  (void)snprintf(text, sizeof text, status >= 0x80000000 ? "exception 0x%08lX" : "exit status %lu", status);
-  return text;
+  char text[32] = "";
+  if (status != 0)
+    (void)snprintf(text, sizeof text, status >= 0x80000000 ? "exception 0x%08lX" : "exit status %lu", status);
+  reason = text;
+  return hasEnded;
 }
 
-void WriteReport(std::intptr_t report, const std::string& line) {
+std::intptr_t ConnectChild(const std::string& pipe, const std::string&) {  // the job ends it with its parent
+  return static_cast<std::intptr_t>(std::strtoll(pipe.c_str(), nullptr, 10));
+}
+
+void WriteReport(std::intptr_t pipe, const std::string& line) {
   const std::string text = line + "\n";
   DWORD written = 0;
-  WriteFile(reinterpret_cast<HANDLE>(report), text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
+  WriteFile(reinterpret_cast<HANDLE>(pipe), text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
 }
 
 void* LoadModule(const std::filesystem::path& file, std::string& reason) {
@@ -140,9 +170,12 @@ uint32_t CountThreads() {
   return count;
 }
 
-int64_t BytesInUse() {
+std::optional<int64_t> BytesInUse() {
   int64_t bytes = 0;
   _HEAPINFO entry = {};
-  while (_heapwalk(&entry) == _HEAPOK) bytes += entry._useflag == _USEDENTRY ? static_cast<int64_t>(entry._size) : 0;
-  return bytes;
+  int status = _heapwalk(&entry);
+  for (; status == _HEAPOK; status = _heapwalk(&entry)) {
+    if (entry._useflag == _USEDENTRY) bytes += static_cast<int64_t>(entry._size);
+  }
+  return status == _HEAPEND ? std::optional(bytes) : std::nullopt;
 }
