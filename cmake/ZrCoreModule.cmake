@@ -1,29 +1,47 @@
 # Functions for the CMake projects of component modules.
 #
-# zrcore_add_module(NAME SOURCE... [CLASSES CLASS=ID...] [INTERFACES INTERFACE=ID...] [DESCRIPTION TEXT] [VERSION VERSION])
+# zrcore_add_module(NAME SOURCE...
+#                   [CLASSES CLASS=ID... [INTERFACES INTERFACE=ID...] [DESCRIPTION TEXT] [VERSION VERSION]]
+#                   [MANIFEST FILE])
 #   builds a loadable component module from the sources.
 #
 #   NAME         the name of the new MODULE library target, and of its file: NAME.so, on Windows NAME.dll
 #   SOURCE...    passed to add_library
 #   CLASSES      the classes of the module as "NAME=ID", such as "Planets.Mars=31AD0869-6C4B-4C0E-9B3A-2F7D1C5E8A10".
-#                With it, the manifest NAME.zrmodule is written beside the module, by which the host kit finds it.
+#                With it, CMake writes the manifest NAME.zrmodule beside the module, by which the host kit finds it.
 #   INTERFACES   the interfaces that each class implements, as "NAME=ID"
-#   DESCRIPTION  what the module is for, in the manifest
-#   VERSION      the version of the module, in the manifest
+#   DESCRIPTION  what the module is for
+#   VERSION      the version of the module
+#   MANIFEST     a manifest that is written by hand, such as one with configurations, instead of the four above. It is
+#                copied beside the module. Generator expressions are evaluated: "module": "$<TARGET_FILE_NAME:NAME>" is
+#                right for every system.
 #
 #   The target links ZrCore::zrcore. It exports exactly the three functions of zrcore/component.h: ZrInitModule,
 #   ZrExitModule and ZrCreateInstanceModule. If one is missing or has another signature, linking fails. Further commands,
-#   such as target_link_libraries, apply to NAME as to any target.
+#   such as target_link_libraries, apply to NAME as to any target. If the target has another OUTPUT_NAME, the manifest
+#   has it too.
 #
 # zrcore_install_module(NAME [DESTINATION FOLDER])
 #   installs the module and its manifest into FOLDER; by default into zrcore/modules in the library folder, where hosts
-#   look for modules.
+#   of the same prefix look for modules.
 
+cmake_policy(VERSION 3.20...3.25)   # of this file, whatever version the project requires
 include_guard(GLOBAL)
 
 function(zrcore_add_module name)
   set(here "${CMAKE_CURRENT_FUNCTION_LIST_DIR}")
-  cmake_parse_arguments(PARSE_ARGV 1 module "" "DESCRIPTION;VERSION" "CLASSES;INTERFACES")
+  set(parts CLASSES INTERFACES DESCRIPTION VERSION)
+  cmake_parse_arguments(PARSE_ARGV 1 module "" "DESCRIPTION;VERSION;MANIFEST" "CLASSES;INTERFACES")
+  foreach(part IN LISTS parts)
+    if(part IN_LIST module_KEYWORDS_MISSING_VALUES)
+      message(FATAL_ERROR "zrcore_add_module: ${name}: ${part} has no value")
+    elseif(DEFINED module_${part} AND DEFINED module_MANIFEST)
+      message(FATAL_ERROR "zrcore_add_module: ${name}: ${part} can't be combined with MANIFEST; write it into the file")
+    elseif(DEFINED module_${part} AND NOT DEFINED module_CLASSES)
+      message(FATAL_ERROR "zrcore_add_module: ${name}: ${part} needs CLASSES, because it is a part of the manifest")
+    endif()
+  endforeach()
+
   add_library(${name} MODULE ${module_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE ZrCore::zrcore)
   set_target_properties(${name} PROPERTIES
@@ -44,66 +62,91 @@ function(zrcore_add_module name)
       LINKER:-u,ZrExitModule
       LINKER:-u,ZrCreateInstanceModule)
   endif()
-  if(module_CLASSES)
-    zrcore_write_manifest(${name} "${module_CLASSES}" "${module_INTERFACES}" "${module_DESCRIPTION}" "${module_VERSION}")
+
+  # A name of its own for each configuration whose module has one, as with CMAKE_DEBUG_POSTFIX.
+  set(file "$<TARGET_FILE_DIR:${name}>/$<TARGET_FILE_BASE_NAME:${name}>.zrmodule")
+  if(DEFINED module_MANIFEST)
+    get_filename_component(written "${module_MANIFEST}" ABSOLUTE)
+    if(NOT EXISTS "${written}" OR IS_DIRECTORY "${written}")
+      message(FATAL_ERROR "zrcore_add_module: ${name}: MANIFEST: there is no file ${written}")
+    endif()
+    file(GENERATE OUTPUT "${file}" INPUT "${written}")
+  elseif(DEFINED module_CLASSES)
+    zrcore_manifest(manifest ${name})
+    file(GENERATE OUTPUT "${file}" CONTENT "${manifest}\n")
+  else()
+    return()
   endif()
+  set_target_properties(${name} PROPERTIES ZRCORE_MANIFEST "${file}")
 endfunction()
 
 function(zrcore_install_module name)
   cmake_parse_arguments(PARSE_ARGV 1 module "" "DESTINATION" "")
-  include(GNUInstallDirs)
-  if(NOT module_DESTINATION)
-    set(module_DESTINATION "${CMAKE_INSTALL_LIBDIR}/zrcore/modules")
+  if(DEFINED module_UNPARSED_ARGUMENTS)
+    message(FATAL_ERROR "zrcore_install_module: ${name}: unknown arguments ${module_UNPARSED_ARGUMENTS}")
+  elseif(NOT TARGET ${name})
+    message(FATAL_ERROR "zrcore_install_module: there is no target ${name}; call zrcore_add_module first")
   endif()
   get_target_property(manifest ${name} ZRCORE_MANIFEST)
   if(NOT manifest)
-    message(FATAL_ERROR "zrcore_install_module: ${name} has no manifest; pass CLASSES to zrcore_add_module")
+    message(FATAL_ERROR "zrcore_install_module: ${name} has no manifest, so no host would find it; pass CLASSES or "
+            "MANIFEST to zrcore_add_module")
+  endif()
+  if(NOT DEFINED module_DESTINATION)
+    include(GNUInstallDirs)
+    set(module_DESTINATION "${CMAKE_INSTALL_LIBDIR}/zrcore/modules")
   endif()
   install(TARGETS ${name} LIBRARY DESTINATION "${module_DESTINATION}")
   install(FILES "${manifest}" DESTINATION "${module_DESTINATION}")
 endfunction()
 
-# Writes the manifest of a module beside it. Used by zrcore_add_module only.
-function(zrcore_write_manifest name classes interfaces description version)
+# The functions below are for zrcore_add_module only.
+
+# Makes the text of a manifest from the variables module_... of the caller.
+function(zrcore_manifest result name)
   set(manifest "{}")
   string(JSON manifest SET "${manifest}" schema 1)
   string(JSON manifest SET "${manifest}" module "\"$<TARGET_FILE_NAME:${name}>\"")
-  foreach(key IN ITEMS version description)
-    if(NOT "${${key}}" STREQUAL "")
-      zrcore_json_text(text "${${key}}")
+  foreach(part IN ITEMS VERSION DESCRIPTION)
+    if(DEFINED module_${part})
+      zrcore_json_text(text "${module_${part}}")
+      string(TOLOWER ${part} key)
       string(JSON manifest SET "${manifest}" ${key} "${text}")
     endif()
   endforeach()
-  zrcore_named_ids(interfaces "${name}: INTERFACES" "${interfaces}")
-  zrcore_named_ids(classes "${name}: CLASSES" "${classes}")
+  zrcore_named_ids(classes "${name}: CLASSES" "${module_CLASSES}")
+  zrcore_named_ids(interfaces "${name}: INTERFACES" "${module_INTERFACES}")
   string(JSON last LENGTH "${classes}")
   math(EXPR last "${last} - 1")
-  string(JSON count LENGTH "${interfaces}")
-  if(count GREATER 0)
+  if(DEFINED module_INTERFACES)
     foreach(index RANGE ${last})
       string(JSON classes SET "${classes}" ${index} interfaces "${interfaces}")
     endforeach()
   endif()
   string(JSON manifest SET "${manifest}" classes "${classes}")
-  set(file "$<TARGET_FILE_DIR:${name}>/${name}.zrmodule")
-  file(GENERATE OUTPUT "${file}" CONTENT "${manifest}\n" TARGET ${name})
-  set_target_properties(${name} PROPERTIES ZRCORE_MANIFEST "${file}")
+  set(${result} "${manifest}" PARENT_SCOPE)
 endfunction()
 
 # Makes a JSON list of {"id": ..., "name": ...} from a list of NAME=ID.
 function(zrcore_named_ids result what pairs)
   set(list "[]")
   set(index 0)
+  set(known "")
   foreach(pair IN LISTS pairs)
     if(NOT pair MATCHES "^([^=]+)=([0-9A-Fa-f]+-[0-9A-Fa-f]+-[0-9A-Fa-f]+-[0-9A-Fa-f]+-[0-9A-Fa-f]+)$")
-      message(FATAL_ERROR "zrcore_add_module: ${what}: \"${pair}\" has not the form NAME=ID, such as "
+      message(FATAL_ERROR "zrcore_add_module: ${what}: \"${pair}\" doesn't have the form NAME=ID, such as "
               "Planets.Mars=31AD0869-6C4B-4C0E-9B3A-2F7D1C5E8A10")
     endif()
-    set(id "${CMAKE_MATCH_2}")
-    zrcore_json_text(text "${CMAKE_MATCH_1}")
+    set(name "${CMAKE_MATCH_1}")
+    string(TOUPPER "${CMAKE_MATCH_2}" id)
     if(NOT id MATCHES "^........-....-....-....-............$")
-      message(FATAL_ERROR "zrcore_add_module: ${what}: the identifier ${id} has not 8, 4, 4, 4 and 12 digits")
+      message(FATAL_ERROR "zrcore_add_module: ${what}: the identifier of ${name} doesn't have 8, 4, 4, 4 and 12 digits: "
+              "${id}")
+    elseif(id IN_LIST known OR "name ${name}" IN_LIST known)
+      message(FATAL_ERROR "zrcore_add_module: ${what}: the name or the identifier of \"${pair}\" occurs twice")
     endif()
+    list(APPEND known "${id}" "name ${name}")
+    zrcore_json_text(text "${name}")
     string(JSON list SET "${list}" ${index} "{\"id\": \"${id}\", \"name\": ${text}}")
     math(EXPR index "${index} + 1")
   endforeach()
@@ -114,5 +157,7 @@ endfunction()
 function(zrcore_json_text result text)
   string(REPLACE "\\" "\\\\" text "${text}")
   string(REPLACE "\"" "\\\"" text "${text}")
+  string(REPLACE "\n" "\\n" text "${text}")
+  string(REPLACE "\t" "\\t" text "${text}")
   set(${result} "\"${text}\"" PARENT_SCOPE)
 endfunction()
