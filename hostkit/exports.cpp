@@ -28,8 +28,7 @@ static void SetDefaultFolders(Sources& sources) {
     sources.folders.push_back(std::filesystem::absolute(folder));
   }
   if (!sources.folders.empty()) return;
-  const std::filesystem::path installed = InstalledModuleFolder();
-  if (!installed.empty()) sources.folders.push_back(installed);
+  sources.folders = InstalledModuleFolders();
   sources.isFolderOptional = true;  // the first module that is installed makes it
 }
 

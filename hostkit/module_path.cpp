@@ -1,6 +1,7 @@
 #include "hostkit/module_path.h"
 
 #include <algorithm>
+#include <string_view>
 #include <system_error>
 
 #include "hostkit/system.h"
@@ -61,8 +62,11 @@ std::optional<std::filesystem::path> FindModuleFile(const std::filesystem::path&
   return module;
 }
 
-std::filesystem::path InstalledModuleFolder() {
+std::vector<std::filesystem::path> InstalledModuleFolders() {
+  static constexpr std::string_view kLocal = ZRHOST_LOCAL_MODULE_FOLDER;
+  std::vector<std::filesystem::path> folders;
+  if (!kLocal.empty()) folders.push_back(PathOfUtf8(std::string(kLocal)));
   const std::filesystem::path library = LibraryFile();
-  if (library.empty()) return {};
-  return (library.parent_path() / ZRHOST_MODULE_FOLDER).lexically_normal();
+  if (!library.empty()) folders.push_back((library.parent_path() / ZRHOST_MODULE_FOLDER).lexically_normal());
+  return folders;
 }

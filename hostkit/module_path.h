@@ -29,7 +29,8 @@
                                                                   const std::filesystem::path& realFolder,
                                                                   const std::string& utf8, std::string& reason);
 
-/// The folder of the installation from which modules are loaded if no folder is named; empty if it is unknown.
-[[nodiscard]] std::filesystem::path InstalledModuleFolder();
+/// The folders from which modules are loaded if no folder is named: the one of ZRCORE_LOCAL_MODULE_FOLDER, if the build
+/// has one, and the one of the installation, if it is known.
+[[nodiscard]] std::vector<std::filesystem::path> InstalledModuleFolders();
 
 #endif

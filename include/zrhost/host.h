@@ -60,7 +60,8 @@
 ///                           ":" (";" on Windows). On Linux, a process with more rights than its user, such as a
 ///                           set-user-ID program, ignores the variable. If the variable is not set or empty, the folder
 ///                           is zrcore/modules beside the library libzrhost itself (on Windows
-///                           ../lib/zrcore/modules), where zrcore_install_module installs modules.
+///                           ../lib/zrcore/modules), where zrcore_install_module installs modules. Debian's package
+///                           searches /usr/local/lib/zrcore/modules first, for modules that aren't from packages.
 /// @param configurationFile  reads the path of the host's configuration file, ended by a zero unit; null for no file.
 /// @param flags              0 or ZRHOST_ALLOW_OUTSIDE.
 /// @param discovery          gives an object with one reference. It is set to null first.
