@@ -1,14 +1,23 @@
-# Installs the public headers, the library, the files for find_package(ZrCore) and for pkg-config (zrcore), and the gdb
-# pretty-printers.
+# Installs the public headers, the library and, if it was built, the host kit; the files for find_package(ZrCore) and for
+# pkg-config (zrcore, zrhost); and the gdb pretty-printers.
 
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
+set(libraries zrcore)
+if(TARGET zrhost)
+  list(APPEND libraries zrhost)
+endif()
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/ZrCore")
 
 install(DIRECTORY include/zrcore include/zr TYPE INCLUDE FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp")
-target_include_directories(zrcore INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-install(TARGETS zrcore zr EXPORT ZrCoreTargets
+if(TARGET zrhost)
+  install(DIRECTORY include/zrhost TYPE INCLUDE FILES_MATCHING PATTERN "*.h")
+endif()
+foreach(library IN LISTS libraries)
+  target_include_directories(${library} INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+endforeach()
+install(TARGETS ${libraries} zr EXPORT ZrCoreTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
@@ -25,7 +34,7 @@ install(FILES
   cmake/zrcore_module.map
   DESTINATION ${package_dir})
 
-# The paths in the pkg-config file are relative to its own folder, so that an installation can be moved. A path that was
+# The paths in the pkg-config files are relative to their own folder, so that an installation can be moved. A path that was
 # given as absolute stays absolute.
 foreach(dir IN ITEMS LIBDIR INCLUDEDIR)
   if(IS_ABSOLUTE "${CMAKE_INSTALL_${dir}}")
@@ -36,8 +45,10 @@ foreach(dir IN ITEMS LIBDIR INCLUDEDIR)
 endforeach()
 file(RELATIVE_PATH pc_to_prefix "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
 string(REGEX REPLACE "/$" "" pc_to_prefix "${pc_to_prefix}")
-configure_file(cmake/zrcore.pc.in zrcore.pc @ONLY)
-install(FILES "${CMAKE_CURRENT_BINARY_DIR}/zrcore.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+foreach(library IN LISTS libraries)
+  configure_file(cmake/${library}.pc.in ${library}.pc @ONLY)
+  install(FILES "${CMAKE_CURRENT_BINARY_DIR}/${library}.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+endforeach()
 
 # gdb finds the printers of a library by the library's full path below gdb/auto-load. That path depends on the prefix,
 # which is known only at installation.
