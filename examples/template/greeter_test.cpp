@@ -1,4 +1,7 @@
-// Tests the module: greeter_test PATH-OF-MODULE. Exit status 0 if all is well.
+// Tests the module as a host uses it. The host kit finds the module in the folders of ZRCORE_MODULE_PATH or, if that is
+// not set, where modules are installed. Exit status 0 if all is well.
+
+#include <zrhost/host.h>
 
 #include <cstdio>
 #include <exception>
@@ -13,12 +16,12 @@ static void Expect(bool holds, const char* what) {
   ++g_failures;
 }
 
-static void TestGreeter(const char* modulePath) {
-  const auto path = zr::String::FromUtf8(modulePath).Value();
+static void TestGreeter() {
   const auto name = zr::String::FromUtf8("Greeter").Value();
   const zr::Library library;
-  const zr::Registration registration(
-      zr::MakeObject<zr::TableDiscovery>(zr::TableDiscovery::Rows{{kGreeterClass, name, path}}));
+  zr::Ptr<IZrComponentDiscovery> modules;
+  zr::Result<void>(ZrHostCreateFolderDiscovery(nullptr, 0, nullptr, 0, modules.Put())).Value();
+  const zr::Registration registration(modules);
   zr::Ptr<IGreeter> greeter = zr::CreateByName<IGreeter>(name).Value();
 
   zr::String greeting;
@@ -28,13 +31,9 @@ static void TestGreeter(const char* modulePath) {
   Expect(greeter.Reset() == 0, "nobody else has a reference to the object");
 }
 
-int main(int count, char** values) {
-  if (count != 2) {
-    std::fprintf(stderr, "usage: greeter_test PATH-OF-MODULE\n");
-    return 2;
-  }
+int main() {
   try {
-    TestGreeter(values[1]);
+    TestGreeter();
   } catch (const std::exception& error) {
     Expect(false, error.what());
   }
