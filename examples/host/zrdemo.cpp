@@ -1,6 +1,7 @@
-// zrdemo: creates an object by the name of its class, passes it the columns of a CSV file, and shows the values that it
-// returns. At the end the host checks that every reference was released.
+// zrdemo: finds modules in a folder, creates an object by the name of its class, passes it the columns of a CSV file, and
+// shows the values that it returns. At the end the host checks that every reference was released.
 
+#include <zr/host.hpp>
 #include <zr/zr.hpp>
 
 #include <exception>
@@ -10,7 +11,6 @@
 #include <vector>
 
 #include "body_table.h"
-#include "code_units.h"
 #include "support/arguments.h"
 #include "support/csv.h"
 #include "support/environment.h"
@@ -28,6 +28,21 @@ static T Require(zr::Result<T> result, const std::string& problem) {
 
 static zr::String Text(const std::string& utf8) {
   return Require(zr::String::FromUtf8(utf8), "\"" + utf8 + "\" is not UTF-8");
+}
+
+static std::string Utf8(const WCHAR* text) { return zr::String(text).ToUtf8(); }
+
+// Shows the classes of the folder. A problem with a file is printed, but it doesn't stop the host.
+static void ShowClasses(IZrComponentDiscovery& discovery) {
+  const auto classes = Require(zr::ListHostClasses(discovery), "can't list the classes");
+  for (const ZrHostClass& found : classes) {
+    PrintLine("Found", Utf8(found.name) + " in " + Utf8(found.moduleFile));
+  }
+  const auto problems = Require(zr::ListHostProblems(discovery), "can't list the problems");
+  for (const ZrHostProblem& problem : problems) {
+    const std::string place = std::to_string(problem.line) + ":" + std::to_string(problem.column) + ": ";
+    PrintError((Utf8(problem.file) + ": " + (problem.line != 0 ? place : "") + Utf8(problem.reason)).c_str());
+  }
 }
 
 struct Column {
@@ -80,12 +95,10 @@ static void ShowTable(IBodyTable& table, const std::vector<Column>& columns, con
 static bool Run(const Arguments& arguments) {
   const std::vector<CsvLine> lines = ReadCsv(arguments.csvPath);
   const std::vector<Column> columns = ReadColumns(lines);
-  auto discovery = zr::MakeObject<zr::TableDiscovery>(
-      zr::TableDiscovery::Rows{{kBodyTableClass, W("Astronomy.BodyTable"), Text(arguments.modulePath)}});
-  // The library may keep the memory of up to 64 destroyed REFs and 16 destroyed SREFs, to reuse it for new ones.
-  const auto settings = zr::MakeObject<zr::ConfigurationTable>(
-      zr::ConfigurationTable::Rows{{W("EnableAllocator"), true}, {W("ZR_VT_REF"), 64u}, {W("ZR_VT_SREF"), 16u}});
-  discovery->SetConfiguration(settings);
+  const std::string configurationFile = PathInProgramFolder("zrdemo.json");
+  auto discovery = Require(zr::MakeFolderDiscovery({Text(arguments.moduleFolder)}, Text(configurationFile)),
+                           "can't search for modules");
+  ShowClasses(*discovery);
 
   bool isGood = true;
   uint32_t objectReferences = 0;
@@ -93,8 +106,7 @@ static bool Run(const Arguments& arguments) {
     const zr::Library library;
     zr::Registration registration(discovery);
     Require(registration.Code(), "can't register the discovery");
-    PrintLine("Registered", "a class in the module " + arguments.modulePath);
-    PrintLine("Configured", "the library read " + std::to_string(settings->TakeReads()) + " settings");
+    PrintLine("Configured", "by " + configurationFile);
     PrintLine("Unknown class", zr::Error(zr::Create<IBodyTable>(zr::Uuid::Generate()).Code()).what());
     const std::string name = "\"" + arguments.className + "\"";
     const auto classId =

@@ -4,16 +4,10 @@
 
 #include <cstdio>
 #include <exception>
-#include <filesystem>
 
 #include "support/environment.h"
 
-static constexpr char kUsage[] = "usage: zrdemo [--module PATH] [CLASS-NAME [CSV-FILE]]";
-
-// The system searches its own folders for a module path without a slash, not the current folder.
-static std::string AbsolutePath(const std::string& path) {
-  return std::filesystem::absolute(std::filesystem::u8path(path)).u8string();
-}
+static constexpr char kUsage[] = "usage: zrdemo [--modules FOLDER] [CLASS-NAME [CSV-FILE]]";
 
 // Returns 0, or the exit status if the program has nothing to do.
 static int Read(const std::vector<std::string>& values, Arguments& arguments, bool& wantsHelp) {
@@ -21,8 +15,8 @@ static int Read(const std::vector<std::string>& values, Arguments& arguments, bo
   for (std::size_t i = 0; i < values.size(); ++i) {
     if (values[i] == "--help") {
       wantsHelp = true;
-    } else if (values[i] == "--module" && i + 1 < values.size()) {
-      arguments.modulePath = AbsolutePath(values[++i]);
+    } else if (values[i] == "--modules" && i + 1 < values.size()) {
+      arguments.moduleFolder = values[++i];
     } else if (values[i].compare(0, 2, "--") == 0 || position == 2) {
       return 2;
     } else {
@@ -34,8 +28,7 @@ static int Read(const std::vector<std::string>& values, Arguments& arguments, bo
 
 int RunWithArguments(const std::vector<std::string>& values, bool (*run)(const Arguments&)) {
   try {
-    Arguments arguments{PathInProgramFolder(ModuleFileName("bodies")), "Astronomy.BodyTable",
-                        PathInProgramFolder("bodies.csv")};
+    Arguments arguments{PathInProgramFolder("modules"), "Astronomy.BodyTable", PathInProgramFolder("bodies.csv")};
     bool wantsHelp = false;
     if (const int status = Read(values, arguments, wantsHelp); status != 0) {
       std::fprintf(stderr, "%s\n", kUsage);

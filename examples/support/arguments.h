@@ -7,7 +7,7 @@
 #include <vector>
 
 struct Arguments {
-  std::string modulePath;
+  std::string moduleFolder;
   std::string className;
   std::string csvPath;
 };

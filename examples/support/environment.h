@@ -11,9 +11,6 @@
 /// the bytes that the terminal sent.
 std::vector<std::string> CommandLine(int count, char** values);
 
-/// ModuleFileName returns the name of a module's file on this system: "bodies.so" or "bodies.dll".
-std::string ModuleFileName(const std::string& module);
-
 /// PathInProgramFolder returns the path of a file in the folder of the running program, in UTF-8.
 std::string PathInProgramFolder(const std::string& fileName);
 

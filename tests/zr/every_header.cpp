@@ -4,6 +4,7 @@
 #include <mutex>
 
 #include "tests/zr/planet.h"
+#include "zr/host.hpp"
 #if __cplusplus >= 202002L
 #include <span>
 #endif
@@ -76,6 +77,16 @@ zr::Result<void> Use() {
   return zr::Result<void>(isUsed ? now.ToTimeT().Code() : ZR_R_FAILED);
 }
 
+zr::Result<void> UseHostKit() {
+  const zr::Result<zr::Ptr<IZrComponentDiscovery>> discovery = zr::MakeFolderDiscovery({W("./modules")}, W("host.json"));
+  if (!discovery) return zr::Failure{discovery.Code()};
+  std::size_t count = zr::ListHostFolders(**discovery)->size();
+  const zr::Result<zr::HostList<ZrHostClass>> classes = zr::ListHostClasses(**discovery);
+  for (const ZrHostClass& found : *classes) count += found.interfaceCount;
+  const zr::Result<zr::HostList<ZrHostProblem>> problems = zr::ListHostProblems(**discovery);
+  return zr::Result<void>(count != 0 && problems->size() == 0 ? classes.Code() : ZR_R_FAILED);
+}
+
 }  // namespace
 
 ZR_MODULE(zr::Class<CMars, kMars>)
@@ -84,5 +95,5 @@ int main() {
 #if ZR_EXCEPTIONS
   Use().Value();
 #endif
-  return Use() ? 0 : 1;
+  return Use() && UseHostKit() ? 0 : 1;
 }

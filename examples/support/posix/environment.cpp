@@ -9,8 +9,6 @@
 
 std::vector<std::string> CommandLine(int count, char** values) { return {values + 1, values + count}; }
 
-std::string ModuleFileName(const std::string& module) { return module + ".so"; }
-
 std::string PathInProgramFolder(const std::string& fileName) {
   return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / fileName).string();
 }

@@ -22,8 +22,6 @@ std::vector<std::string> CommandLine(int, char**) {
   return arguments;
 }
 
-std::string ModuleFileName(const std::string& module) { return module + ".dll"; }
-
 std::string PathInProgramFolder(const std::string& fileName) {
   std::wstring program(32768, L'\0');  // the longest path on Windows
   const DWORD length = GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size()));
