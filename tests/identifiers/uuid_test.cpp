@@ -52,7 +52,7 @@ TEST(Uuid, OrdersLikeItsText) {
 }
 
 // Parses a text in a buffer of exactly its size. Returns the record afterwards.
-static ZRUUID Parsed(const std::string& text) {
+static ZRUUID ParsedUuid(const std::string& text) {
   const std::vector<char> exact(text.c_str(), text.c_str() + text.size() + 1);
   ZRUUID uuid = kUnchanged;
   const ZRRESULT result = ZrUUIDFromString(exact.data(), &uuid);
@@ -67,17 +67,17 @@ TEST(Uuid, FormatsAndParsesText) {
   EXPECT_RESULT(ZrStringFromUUID(&kValue, &written), ZR_R_OK);
   EXPECT_EQ(ContentOf(Owned(written)), Widened("{" + plain + "}"));
   for (const char* prefix : {"", "{", "\"", "\"{"})
-    EXPECT_EQ(Parsed(prefix + plain + "}\" and more"), kValue) << "after the prefix " << prefix;
-  EXPECT_EQ(Parsed("01234567 89ab?cdef\3720123G456789abcdef"), kValue) << "separators may be any characters";
-  EXPECT_EQ(Parsed(cut), kUnchanged);
-  EXPECT_EQ(Parsed("\"" + cut), kNil) << "the last digit would be after the terminator";
+    EXPECT_EQ(ParsedUuid(prefix + plain + "}\" and more"), kValue) << "after the prefix " << prefix;
+  EXPECT_EQ(ParsedUuid("01234567 89ab?cdef\3720123G456789abcdef"), kValue) << "separators may be any characters";
+  EXPECT_EQ(ParsedUuid(cut), kUnchanged);
+  EXPECT_EQ(ParsedUuid("\"" + cut), kNil) << "the last digit would be after the terminator";
   for (const char* prefix : {"{\"", "{{"})
-    EXPECT_EQ(Parsed(prefix + plain), kNil) << "only a quote, then a brace, may precede";
+    EXPECT_EQ(ParsedUuid(prefix + plain), kNil) << "only a quote, then a brace, may precede";
   for (int unit = 1; unit < 256; ++unit) {
     const char digit[] = {static_cast<char>(unit), 0};
     ZRUUID expected = kValue;
     expected.data4[7] = static_cast<uint8_t>(0xE0 + std::strtoul(digit, nullptr, 16));
-    EXPECT_EQ(Parsed(cut + digit), std::isxdigit(unit) ? expected : kNil) << "digit " << unit;
+    EXPECT_EQ(ParsedUuid(cut + digit), std::isxdigit(unit) ? expected : kNil) << "digit " << unit;
   }
   ExpectRejected({ZrStringFromUUID(&kValue, nullptr), ZrUUIDFromString(plain.c_str(), nullptr)});
 }

@@ -22,7 +22,7 @@ struct Comparison {
 };
 static constexpr uint8_t kNoByte = 9;
 static constexpr Comparison kEqual{1, ZR_R_OK}, kDiffer{0, ZR_R_OK}, kUnwritten{kNoByte, ZR_R_OK},
-    kRejected{kNoByte, ZR_R_INVALID_ARGUMENTS}, kUnsupported{kNoByte, ZR_R_NOT_SUPPORTED};
+    kNotComparable{kNoByte, ZR_R_INVALID_ARGUMENTS}, kUnsupported{kNoByte, ZR_R_NOT_SUPPORTED};
 
 static Comparison Compared(const ZRVARIANT& left, const ZRVARIANT& right) {
   Comparison comparison = kUnwritten;
@@ -46,7 +46,7 @@ static constexpr std::pair<Comparison, const char*> kRows[] = {
               "BLOB 0102 & BLOB 0103|BLOB 0102 & BLOB 010203|STR null & STR a|STR a & STR A|SREF text a & SREF text b|"
               "UUID {00000000-0000-0000-0000-000000000001} & UUID {00000000-0000-0000-0000-000000000002}|"
               "REF null & REF 0.0.0.0.0.1|REF 2147483648.2.3.4.5.6 & REF 0.2.3.4.5.6|SREF null & SREF text x"},
-    {kRejected, "BLOB null & BLOB 01|BLOB null & BLOB null|14 5 & 14 5|54 5 & 54 5|"
+    {kNotComparable, "BLOB null & BLOB 01|BLOB null & BLOB null|14 5 & 14 5|54 5 & 54 5|"
                "UUID null & UUID {00000000-0000-0000-0000-000000000001}"},
     {kUnsupported, "UNKNOWN object & UNKNOWN object|DISPATCH null & DISPATCH null|UNKNOWN object & UNKNOWN null"},
     {{1, ZR_R_INVALID_ARGUMENTS}, "SREF text -1.2.3.4.5.6 & SREF 4294967295.2.3.4.5.6"},
@@ -66,7 +66,7 @@ static void CheckPair(const std::string& pair, const Comparison& expected) {
   if (left.Type != right.Type) return;
   const ZRVARIANT null = ByRef(left.Type, nullptr);
   const uint16_t tag = left.Type & ZR_VT_TYPEMASK;
-  const Comparison unwritten = expected == kUnsupported ? expected : NameOf(tag) == nullptr ? kRejected : kUnwritten;
+  const Comparison unwritten = expected == kUnsupported ? expected : NameOf(tag) == nullptr ? kNotComparable : kUnwritten;
   EXPECT_EQ(Compared(leftRef, null), unwritten);
   EXPECT_EQ(Compared(null, rightRef), unwritten);
 
@@ -107,8 +107,8 @@ TEST(VariantCompare, ComparesValuesAndReferences) {
   // The result by reference differs from the result by value.
   uint64_t word = 5;
   for (const auto& [text, byValue, byRef] :
-       {std::tuple("EMPTY 5", kEqual, kRejected), std::tuple("OPAQUE 5", kEqual, kUnsupported),
-        std::tuple("VARIANT 5", kRejected, kUnwritten)}) {
+       {std::tuple("EMPTY 5", kEqual, kNotComparable), std::tuple("OPAQUE 5", kEqual, kUnsupported),
+        std::tuple("VARIANT 5", kNotComparable, kUnwritten)}) {
     const OwnedVariant variant = Value(text);
     EXPECT_EQ(Compared(variant, Value(text)), byValue) << text;
     EXPECT_EQ(Compared(ByRef(variant.Type, &word), ByRef(variant.Type, nullptr)), byRef) << text;

@@ -123,18 +123,18 @@ TEST(Blob, ChecksItsBounds) {
 }
 
 TEST(Uuid, ReadsAndWritesTexts) {
-  constexpr zr::Uuid kMars("31AD0869-8ac8-4D25-A11C-A887BE515257");
-  static_assert(kMars.data1 == 0x31AD0869 && kMars.data4[0] == 0xA1 && kMars.data4[7] == 0x57 && !kMars.IsNil());
-  EXPECT_EQ(kMars.ToString().ToUtf8(), "{31AD0869-8AC8-4D25-A11C-A887BE515257}");
-  const zr::Uuid parsed = zr::Uuid::Parse(kMars.ToString().ToUtf8()).Value();
-  EXPECT_EQ(parsed, kMars);
-  const std::string longText = "\"" + kMars.ToString().ToUtf8() + " and more";
+  constexpr zr::Uuid kSample("31AD0869-8ac8-4D25-A11C-A887BE515257");
+  static_assert(kSample.data1 == 0x31AD0869 && kSample.data4[0] == 0xA1 && kSample.data4[7] == 0x57 && !kSample.IsNil());
+  EXPECT_EQ(kSample.ToString().ToUtf8(), "{31AD0869-8AC8-4D25-A11C-A887BE515257}");
+  const zr::Uuid parsed = zr::Uuid::Parse(kSample.ToString().ToUtf8()).Value();
+  EXPECT_EQ(parsed, kSample);
+  const std::string longText = "\"" + kSample.ToString().ToUtf8() + " and more";
   for (std::size_t size = 38; size <= longText.size(); ++size) {
     const std::vector<char> exact(longText.begin(), longText.begin() + static_cast<std::ptrdiff_t>(size));
-    EXPECT_EQ(zr::Uuid::Parse(std::string_view(exact.data(), size)).Value(), kMars);
+    EXPECT_EQ(zr::Uuid::Parse(std::string_view(exact.data(), size)).Value(), kSample);
   }
-  EXPECT_EQ(std::hash<zr::Uuid>()(parsed), std::hash<zr::Uuid>()(kMars));
-  EXPECT_TRUE(zr::Uuid() < kMars && kMars > zr::Uuid() && !(kMars < kMars) && zr::Uuid::Generate() != kMars);
+  EXPECT_EQ(std::hash<zr::Uuid>()(parsed), std::hash<zr::Uuid>()(kSample));
+  EXPECT_TRUE(zr::Uuid() < kSample && kSample > zr::Uuid() && !(kSample < kSample) && zr::Uuid::Generate() != kSample);
   for (const std::string& text : {std::string(), std::string("{31AD0869"), std::string(36, 'x')}) {
     EXPECT_RESULT(zr::Uuid::Parse(text).Code(), kRejected);
     EXPECT_RESULT(zr::Uuid::Parse(std::string_view(text)).Code(), kRejected);
