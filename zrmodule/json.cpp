@@ -36,6 +36,7 @@ static std::string Brackets(const char* brackets, const std::vector<std::string>
 
 CJson CJson::Object(const std::vector<JsonMember>& members) {
   std::vector<std::string> parts;
+  parts.reserve(members.size());
   for (const JsonMember& member : members) parts.push_back(CJson(member.key).text_ + ": " + member.value.text_);
   CJson object;
   object.text_ = Brackets("{}", parts);
@@ -44,6 +45,7 @@ CJson CJson::Object(const std::vector<JsonMember>& members) {
 
 CJson CJson::List(const std::vector<CJson>& items) {
   std::vector<std::string> parts;
+  parts.reserve(items.size());
   for (const CJson& item : items) parts.push_back(item.text_);
   CJson list;
   list.text_ = Brackets("[]", parts);

@@ -14,6 +14,8 @@ zr::Ptr<IZrComponentDiscovery> MakeDiscovery(const std::vector<std::string>& fol
                                              const std::string& configurationFile) {
   std::vector<zr::String> texts;
   std::vector<const WCHAR*> paths;
+  texts.reserve(folders.size());
+  paths.reserve(folders.size());
   for (const std::string& folder : folders) texts.push_back(PathText(folder));
   for (const zr::String& text : texts) paths.push_back(text.Get());
   const zr::String configuration = PathText(configurationFile);

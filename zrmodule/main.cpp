@@ -35,7 +35,7 @@ static int Run(std::vector<std::string> arguments) {
   bool isJson = false;
   app.add_flag("--json", isJson, "Print one JSON document for programs");
   Command chosen;
-  const auto add = [&](const char* name, const char* description, std::function<void(COutput&)> run) {
+  const auto add = [&](const char* name, const char* description, const std::function<void(COutput&)>& run) {
     CLI::App* const command = app.add_subcommand(name, description)->fallthrough();  // --json may come last, too
     command->callback([&chosen, name, run] { chosen = {name, run}; });
     return command;

@@ -24,16 +24,25 @@ static std::string InCase(std::string text, int (*convert)(int)) {
   return text;
 }
 
+static constexpr std::size_t kUuidLength = 36;
+
+static bool IsUuid(const std::string& text) {
+  for (std::size_t index = 0; index < kUuidLength; ++index) {
+    const bool isHyphen = index == 8 || index == 13 || index == 18 || index == 23;
+    if (isHyphen ? text[index] != '-' : std::isxdigit(static_cast<unsigned char>(text[index])) == 0) return false;
+  }
+  return true;
+}
+
 // Each identifier of the template becomes a new one, the same in all files.
 static void ReplaceIdentifiers(std::string& text, std::map<std::string, std::string>& identifiers) {
-  static constexpr std::size_t kLength = 36;
-  for (std::size_t at = 0; at + kLength <= text.size(); ++at) {
-    const std::string candidate = text.substr(at, kLength);
-    if (candidate[8] != '-' || candidate[23] != '-' || !zr::Uuid::Parse(candidate)) continue;
+  for (std::size_t at = 0; at + kUuidLength <= text.size(); ++at) {
+    const std::string candidate = text.substr(at, kUuidLength);
+    if (!IsUuid(candidate)) continue;
     std::string& made = identifiers[InCase(candidate, std::toupper)];
     if (made.empty()) made = Utf8(zr::Uuid::Generate());
-    text.replace(at, kLength, made);
-    at += kLength - 1;
+    text.replace(at, kUuidLength, made);
+    at += kUuidLength - 1;
   }
 }
 
