@@ -1,7 +1,7 @@
 // Tests the module as a host uses it. The host kit finds the module in the folders of ZRCORE_MODULE_PATH or, if that is
 // not set, where modules are installed. Exit status 0 if all is well.
 
-#include <zrhost/host.h>
+#include <zr/host.hpp>
 
 #include <cstdio>
 #include <exception>
@@ -19,9 +19,7 @@ static void Expect(bool holds, const char* what) {
 static void TestGreeter() {
   const auto name = zr::String::FromUtf8("Greeter").Value();
   const zr::Library library;
-  zr::Ptr<IZrComponentDiscovery> modules;
-  zr::Result<void>(ZrHostCreateFolderDiscovery(nullptr, 0, nullptr, 0, modules.Put())).Value();
-  const zr::Registration registration(modules);
+  const zr::Registration registration(zr::MakeFolderDiscovery().Value());
   zr::Ptr<IGreeter> greeter = zr::CreateByName<IGreeter>(name).Value();
 
   zr::String greeting;
