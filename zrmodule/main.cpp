@@ -31,6 +31,7 @@ static int Run(std::vector<std::string> arguments) {
   CLI::App app("Lists, checks and tries component modules.", "zrmodule");
   app.set_version_flag("--version", kVersion);
   app.require_subcommand(1);
+  app.allow_windows_style_options(false);  // "/modules" is a folder there, too
   app.footer(kFooter);
   bool isJson = false;
   app.add_flag("--json", isJson, "Print one JSON document for programs");
