@@ -45,20 +45,18 @@ void CCatalogue::ReadFolder(const std::filesystem::path& folder, const Sources& 
 // Adds the classes of a manifest, except those whose name or identifier is known.
 void CCatalogue::AddManifest(Manifest manifest) {
   const Manifest& kept = manifests_.emplace_back(std::move(manifest));
-  std::vector<ManifestClass> classes = std::move(manifests_.back().classes);
-  for (ManifestClass& entry : classes) {
-    const CatalogueClass* const sameName = Find(entry.name);
-    const CatalogueClass* const same = sameName != nullptr ? sameName : Find(entry.id);
-    if (same != nullptr) {
-      problems_.AddError(kept.file, entry.place,
-                         "the class " + Quoted(entry.name) + " is not used, because the class " +
-                             Quoted(same->entry.name) + " of " + Quoted(same->manifest->file) + " has the same " +
-                             (sameName != nullptr ? "name" : "\"id\""));
-      continue;
-    }
-    const zr::Uuid id = entry.id;
-    CatalogueClass& added = byId_.emplace(id, CatalogueClass{std::move(entry), &kept, {}}).first->second;
-    byName_.emplace(added.entry.name.View(), &added);
+  for (ManifestClass& entry : std::exchange(manifests_.back().classes, {})) {
+    CatalogueClass& added = classes_.emplace_back(CatalogueClass{std::move(entry), &kept, {}});
+    const auto [named, isNewName] = byName_.try_emplace(added.entry.name.View(), &added);
+    const auto [known, isNewId] = isNewName ? byId_.try_emplace(added.entry.id, &added) : std::pair(byId_.end(), false);
+    if (isNewId) continue;
+    const CatalogueClass& first = isNewName ? *known->second : *named->second;
+    problems_.AddError(kept.file, added.entry.place,
+                       "the class " + Quoted(added.entry.name) + " is not used, because the class " +
+                           Quoted(first.entry.name) + " of " + Quoted(first.manifest->file) + " has the same " +
+                           (isNewName ? "\"id\"" : "name"));
+    if (isNewName) byName_.erase(named);
+    classes_.pop_back();
   }
 }
 
@@ -73,7 +71,7 @@ void CCatalogue::ReadConfigurations(const Sources& sources) {
     if (!library.empty()) library_ = TableOf(library);
     problems_.SortFrom(firstProblem);
   }
-  for (auto& [id, row] : byId_) {
+  for (CatalogueClass& row : classes_) {
     for (auto& [name, settings] : row.entry.configurations) row.configurations.emplace(name, TableOf(settings));
     row.entry.configurations.clear();
   }
@@ -81,7 +79,7 @@ void CCatalogue::ReadConfigurations(const Sources& sources) {
 
 const CatalogueClass* CCatalogue::Find(const zr::Uuid& id) const noexcept {
   const auto found = byId_.find(id);
-  return found != byId_.end() ? &found->second : nullptr;
+  return found != byId_.end() ? found->second : nullptr;
 }
 
 const CatalogueClass* CCatalogue::Find(zr::StringView name) const noexcept {

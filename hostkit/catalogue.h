@@ -4,6 +4,9 @@
 #ifndef HOSTKIT_CATALOGUE_H
 #define HOSTKIT_CATALOGUE_H
 
+#include <array>
+#include <bit>
+#include <cstdint>
 #include <deque>
 #include <filesystem>
 #include <map>
@@ -57,9 +60,18 @@ class CCatalogue {
   void ReadConfigurations(const Sources& sources);
 
   std::set<std::filesystem::path> realFolders_;  // those that have been read
-  std::deque<Manifest> manifests_;               // their classes have been moved into the maps
-  std::map<zr::Uuid, CatalogueClass> byId_;
-  std::map<zr::StringView, CatalogueClass*> byName_;  // the names are those of byId_
+  // Any order will do for a map of identifiers. This one costs no call.
+  struct ByBits {
+    using Halves = std::array<uint64_t, 2>;
+    bool operator()(const zr::Uuid& left, const zr::Uuid& right) const noexcept {
+      return std::bit_cast<Halves>(left) < std::bit_cast<Halves>(right);
+    }
+  };
+
+  std::deque<Manifest> manifests_;  // their classes have been moved to classes_
+  std::deque<CatalogueClass> classes_;
+  std::map<zr::Uuid, const CatalogueClass*, ByBits> byId_;
+  std::map<zr::StringView, CatalogueClass*> byName_;
   zr::Ptr<zr::ConfigurationTable> library_;
   CProblems problems_;
 };

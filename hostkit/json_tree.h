@@ -23,7 +23,7 @@ struct JsonMember;
 
 struct JsonValue {
   enum class Kind : uint8_t { Null, Boolean, Integer, Unsigned, Real, Text, List, Object };
-  /// The alternatives are in the order of Kind. An Integer is negative, an Unsigned is not.
+  /// The alternatives are in the order of Kind. An Integer has a minus sign, an Unsigned does not.
   using Content = std::variant<std::monostate, bool, int64_t, uint64_t, double, std::string, std::vector<JsonValue>,
                                std::vector<JsonMember>>;
 
