@@ -42,9 +42,10 @@ int main(int argc, char** argv) {
   }
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
 
-  for (auto addRows : {CallRows, StringRows, UnicodeRows, UuidRows, ReferenceRows, TimeRows, ResultCodeRows, BlobRows,
-                       VariantRows, VariantConversionRows, ArrayRows, ArrayConversionRows, MemoryRows, LockRows,
-                       AtomicRows, ComponentRows, ComponentGrowthRows, ModuleLoadingRows, LayerRows})
+  for (auto addRows : {CallRows,      StringRows,          UnicodeRows,       UuidRows,    ReferenceRows,
+                       TimeRows,      ResultCodeRows,      BlobRows,          VariantRows, VariantConversionRows,
+                       ArrayRows,     ArrayConversionRows, MemoryRows,        LockRows,    AtomicRows,
+                       ComponentRows, ComponentGrowthRows, ModuleLoadingRows, HostKitRows, LayerRows})
     addRows();
   const std::size_t count = benchmark::RunSpecifiedBenchmarks();
 

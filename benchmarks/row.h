@@ -45,6 +45,7 @@ void ComponentRows();
 void ComponentGrowthRows();
 void ModuleLoadingRows();
 void LayerRows();
+void HostKitRows();
 
 template <class Value>
 inline void Consume(const Value& value) {

@@ -68,10 +68,15 @@ class CCatalogue {
     }
   };
 
+  // The order of code units, for any names in a time that doesn't depend on a hash.
+  struct ByUnits {
+    bool operator()(zr::StringView left, zr::StringView right) const noexcept;
+  };
+
   std::deque<Manifest> manifests_;  // their classes have been moved to classes_
   std::deque<CatalogueClass> classes_;
   std::map<zr::Uuid, const CatalogueClass*, ByBits> byId_;
-  std::map<zr::StringView, CatalogueClass*> byName_;
+  std::map<zr::StringView, CatalogueClass*, ByUnits> byName_;
   zr::Ptr<zr::ConfigurationTable> library_;
   CProblems problems_;
 };
