@@ -21,7 +21,7 @@ class CFuzzFolder {
     const std::filesystem::path inMemory = "/dev/shm";
     path_ = std::filesystem::exists(inMemory) ? inMemory : std::filesystem::temp_directory_path();
     static const std::string name = "zrhost_fuzz_" + std::to_string(std::random_device()());
-    path_ /= name;
+    path_ = std::filesystem::absolute(path_ / name).make_preferred();
     std::filesystem::create_directories(path_);
   }
   CFuzzFolder(const CFuzzFolder&) = delete;

@@ -55,7 +55,7 @@ class HostKit : public testing::Test {
  protected:
   void SetUp() override {
     const std::string name = testing::UnitTest::GetInstance()->current_test_info()->name();
-    root_ = fs::path(TEST_DIRECTORY) / ("hostkit_" + name);
+    root_ = fs::absolute(fs::path(TEST_DIRECTORY) / ("hostkit_" + name)).make_preferred();  // with a drive on Windows
     fs::remove_all(root_);
     Write("module.so", "");
   }
