@@ -7,7 +7,8 @@ static constexpr uint64_t kSchema = 1;
 std::string Subject::Text() const {
   std::string text(noun);
   if (!name.empty()) text += " " + Quoted(name);
-  return whole != nullptr ? text + " of " + whole->Text() : text;
+  if (whole != nullptr) text += " of " + whole->Text();
+  return text;
 }
 
 bool CJsonReader::Has(const JsonValue& value, JsonValue::Kind kind, const Subject& what) {

@@ -82,15 +82,10 @@ class CTokenPlaces {
 // The cause in a message of the parser: "[json.exception.KIND] parse error at line 1, column 2: CAUSE; last read:
 // 'TEXT'; expected THING". The text that was read last is left out, since it can end within a character.
 static std::string CauseOf(std::string message) {
-  const std::size_t prefix = message.find("] ");
-  message.erase(0, prefix == std::string::npos ? 0 : prefix + 2);
-  const std::size_t place = message.find(": ");
-  if (message.starts_with("parse error at") && place != std::string::npos) message.erase(0, place + 2);
+  message.erase(0, message.find("] ") + 2);
+  if (message.starts_with("parse error at")) message.erase(0, message.find(": ") + 2);
   const std::size_t lastRead = message.find("; last read: ");
-  if (lastRead != std::string::npos) {
-    const std::size_t expected = message.rfind("; expected ");
-    message.erase(lastRead, expected == std::string::npos || expected < lastRead ? expected : expected - lastRead);
-  }
+  if (lastRead != std::string::npos) message.erase(lastRead, message.rfind("; expected ") - lastRead);  // or the rest
   return Shortened(message);
 }
 
@@ -115,9 +110,13 @@ class CTreeBuilder final : public nlohmann::json_sax<nlohmann::json> {
   bool start_array(std::size_t /*size*/) override { return Open(std::vector<JsonValue>()); }
   bool end_object() override {
     const bool isValid = HasDifferentKeys(open_.back()->Members());
-    return Close() && isValid;
+    Close();
+    return isValid;
   }
-  bool end_array() override { return Close(); }
+  bool end_array() override {
+    Close();
+    return true;
+  }
   bool key(std::string& value) override {
     const TextPlace place = places_.Next();
     if (HasZero(value, place)) return false;
@@ -129,7 +128,7 @@ class CTreeBuilder final : public nlohmann::json_sax<nlohmann::json> {
     const std::string cause = CauseOf(error.what());
     // `position` is after the last byte that was read. That is the place of an invalid byte. If a token is well-formed
     // but wrong, its place is its first byte, unless it is a comma or colon, which have no places.
-    TextPlace place = PlaceOf(text_, position == 0 ? 0 : position - 1);
+    TextPlace place = PlaceOf(text_, std::max<std::size_t>(position, 1) - 1);
     if (cause.find(" - invalid ") == std::string::npos) place = std::min(place, places_.Next());
     return Fail(place, "not valid JSON: " + cause);
   }
@@ -146,7 +145,9 @@ class CTreeBuilder final : public nlohmann::json_sax<nlohmann::json> {
   }
 
   bool HasZero(const std::string& text, TextPlace place) {
-    return text.find('\0') != std::string::npos && !Fail(place, "a text contains the character U+0000");
+    if (text.find('\0') == std::string::npos) return false;
+    (void)Fail(place, "a text contains the character U+0000");
+    return true;
   }
 
   JsonValue& Put(JsonValue value) {
@@ -171,10 +172,9 @@ class CTreeBuilder final : public nlohmann::json_sax<nlohmann::json> {
     return true;
   }
 
-  bool Close() {
+  void Close() {
     (void)places_.Next();
     open_.pop_back();
-    return true;
   }
 
   // Sorts the keys, so that the time doesn't grow by the square of their number.
@@ -215,9 +215,8 @@ std::optional<JsonValue> ReadJsonFile(const std::filesystem::path& file, const z
   };
   std::error_code error;
   const std::filesystem::file_status status = std::filesystem::status(file, error);
-  if (error) return fail("can't read the file: " + error.message());
-  if (!std::filesystem::is_regular_file(status)) return fail("not a regular file");  // a pipe would block
-  const std::uintmax_t size = std::filesystem::file_size(file, error);
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) return fail("not a regular file");
+  const std::uintmax_t size = std::filesystem::file_size(file, error);  // not of a pipe, which would block
   if (error) return fail("can't read the file: " + error.message());
   if (size > kLongestJson) return fail("longer than " + std::to_string(kLongestJson) + " bytes");
   std::string text(static_cast<std::size_t>(size), '\0');

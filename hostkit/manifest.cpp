@@ -59,9 +59,9 @@ static bool IsInPlace(const std::filesystem::path& file, const zr::String& name,
                       const std::filesystem::path& realFolder, CProblems& problems) {
   std::error_code error;
   if (realFolder.empty() || IsWithin(file, realFolder, error)) return true;
-  problems.AddError(name, {},
-                    error ? "can't read the file: " + error.message()
-                          : "the manifest is outside the folder, through a symbolic link");
+  std::string reason = "the manifest is outside the folder, through a symbolic link";
+  if (error) reason = "can't read the file: " + error.message();
+  problems.AddError(name, {}, reason);
   return false;
 }
 

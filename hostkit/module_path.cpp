@@ -23,7 +23,8 @@ static std::filesystem::path PathOfUtf8(const std::string& utf8) {
 std::optional<std::filesystem::path> AbsolutePathOf(const WCHAR* text) {
   const zr::String units(text);
   const std::string utf8 = units.ToUtf8();  // a lone surrogate becomes U+FFFD
-  if (units.IsEmpty() || TextOf(utf8) != units) return std::nullopt;
+  if (units.IsEmpty()) return std::nullopt;
+  if (TextOf(utf8) != units) return std::nullopt;
   return Tidy(std::filesystem::absolute(PathOfUtf8(utf8)));
 }
 
@@ -52,12 +53,13 @@ std::optional<std::filesystem::path> FindModuleFile(const std::filesystem::path&
   std::error_code error;
   const std::filesystem::file_status status = std::filesystem::status(module, error);
   if (!std::filesystem::exists(status)) {
-    const bool isMissing = !error || error == std::errc::no_such_file_or_directory;
-    return fail(isMissing ? " doesn't exist" : " can't be read: " + error.message());
+    if (error && error != std::errc::no_such_file_or_directory) return fail(" can't be read: " + error.message());
+    return fail(" doesn't exist");
   }
   if (!std::filesystem::is_regular_file(status)) return fail(" is not a regular file");
   if (!realFolder.empty() && !IsWithin(module, realFolder, error)) {
-    return fail(error ? " can't be read: " + error.message() : " is outside the folder, through a symbolic link");
+    if (error) return fail(" can't be read: " + error.message());
+    return fail(" is outside the folder, through a symbolic link");
   }
   return module;
 }

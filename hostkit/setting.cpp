@@ -36,10 +36,11 @@ static constexpr std::array<NamedType, 19> kTypes = {{
     {"SREF", ZR_VT_SREF},
 }};
 
+// The name of a type in the table, as every setting has one.
 static std::string NameOfType(uint16_t type) {
   const auto* const row =
       std::find_if(kTypes.begin(), kTypes.end(), [&](const NamedType& named) { return named.type == type; });
-  return row != kTypes.end() ? "ZR_VT_" + std::string(row->name) : std::to_string(type);
+  return "ZR_VT_" + std::string(row->name);
 }
 
 static zr::Variant VariantOfInteger(uint64_t number) {

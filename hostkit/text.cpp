@@ -28,8 +28,8 @@ std::string Quoted(std::string_view utf8) {
   std::string quoted = "\"";
   for (std::size_t at = 0; at < text.size(); ++at) {
     auto unit = static_cast<unsigned char>(text[at]);
-    const bool isTwoBytes = unit == 0xC2 && at + 1 < text.size() && static_cast<unsigned char>(text[at + 1]) < 0xA0;
-    if (isTwoBytes) unit = static_cast<unsigned char>(text[++at]);  // U+0080 to U+009F
+    const bool isTwoBytes = unit == 0xC2 && (text[at + 1] & 0xE0) == 0x80;  // U+0080 to U+009F
+    if (isTwoBytes) unit = static_cast<unsigned char>(text[++at]);
     if (unit < 0x20 || unit == 0x7F || isTwoBytes) {
       quoted += {'\\', 'u', '0', '0', "0123456789abcdef"[unit >> 4], "0123456789abcdef"[unit & 0xF]};
     } else {
