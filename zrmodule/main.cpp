@@ -62,7 +62,7 @@ static int Run(std::vector<std::string> arguments) {
   tryOut->add_option("--class", probe.className, "The class to create, found by its name");
   tryOut->add_option("--folder", probe.folders, "The folders to search for the class");
   tryOut->add_option("--timeout", probe.seconds, "The longest time of one stage in seconds")
-      ->check(CLI::PositiveNumber)
+      ->check(CLI::Range(0.001, 86400.0))
       ->capture_default_str();
 
   CLI::App* const make = add("new", "Write a module project into a new folder",

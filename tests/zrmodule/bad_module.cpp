@@ -2,6 +2,7 @@
 // fault the module is good. Faults of the file itself are made by linking this code in different ways
 // (tests/CMakeLists.txt).
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
@@ -17,6 +18,8 @@ static bool Has(const char* fault) {
   const char* const chosen = std::getenv("ZRMODULE_TEST_FAULT");
   return chosen != nullptr && std::strcmp(chosen, fault) == 0;
 }
+
+static void* volatile g_lost = nullptr;
 
 static void Crash() { *static_cast<volatile int*>(nullptr) = 1; }
 
@@ -43,11 +46,14 @@ class CThing final : public IZrUnknown {
 };
 
 ZRRESULT ZrInitModule() {
-  if (Has("crash_in_init")) Crash();
+  std::puts("A text that the module prints");
+  if (Has("fork_in_init")) StartProcess();
+  if (Has("crash_in_init") || Has("fork_in_init")) Crash();
   if (Has("hang_in_init")) SleepForever();
   if (Has("throw_in_init")) throw std::runtime_error("the disk is missing");
   if (Has("exit_in_init")) std::_Exit(0);
   if (Has("live_thread")) StartThread();
+  if (Has("lost_memory")) g_lost = std::malloc(100000);
   if (Has("keeps_itself")) LoadAgain(reinterpret_cast<void*>(&ZrInitModule));
   return Has("refuse_init") ? ZR_R_ACCESS_DENIED : ZR_R_OK;
 }

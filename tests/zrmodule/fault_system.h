@@ -7,6 +7,7 @@
 #include <windows.h>
 
 inline void SleepForever() { Sleep(INFINITE); }
+inline void StartProcess() {}
 inline DWORD WINAPI RunThread(void*) {
   SleepForever();
   return 0;
@@ -25,6 +26,9 @@ inline void LoadAgain(void* function) {
 
 inline void SleepForever() {
   while (true) pause();
+}
+inline void StartProcess() {
+  if (fork() == 0) SleepForever();
 }
 inline void* RunThread(void*) {
   SleepForever();
