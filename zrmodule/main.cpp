@@ -49,33 +49,39 @@ static int Run(std::vector<std::string> arguments) {
 
   CLI::App* const list = add("list", "List classes and problems of manifests",
                              [&](COutput& output) { ListModules(output, folders, configuration); });
-  list->add_option("FOLDER", folders, "The folders to search; by default those where hosts look");
-  list->add_option("--configuration", configuration, "The configuration file of a host");
+  list->add_option("FOLDER", folders, "The folders to search; by default those where hosts look")->type_name("");
+  list->add_option("--configuration", configuration, "The configuration file of a host")->type_name("FILE");
 
   CLI::App* const check =
       add("check", "Check modules without running their code", [&](COutput& output) { CheckModules(output, files); });
-  check->add_option("FILE", files, "Module files")->required();
+  check->add_option("FILE", files, "Module files")->required()->type_name("");
 
   CLI::App* const tryOut = add("probe", "Load and exercise a module in a child process",
                                [&](COutput& output) { ProbeModule(output, probe); });
-  tryOut->add_option("FILE", probe.file, "The module file");
-  tryOut->add_option("--class", probe.className, "The class to create, found by its name");
-  tryOut->add_option("--folder", probe.folders, "The folders to search for the class");
+  tryOut->add_option("FILE", probe.file, "The module file")->type_name("");
+  tryOut->add_option("--class", probe.className, "The class to create, found by its name")->type_name("NAME");
+  tryOut->add_option("--folder", probe.folders, "The folders to search for the class")->type_name("FOLDER");
   tryOut->add_option("--timeout", probe.seconds, "The longest time of one stage in seconds")
       ->check(CLI::Range(0.001, 86400.0))
+      ->type_name("SECONDS")
       ->capture_default_str();
 
   CLI::App* const make = add("new", "Write a module project into a new folder",
                              [&](COutput& output) { MakeProject(output, name, folder.empty() ? name : folder); });
-  make->add_option("NAME", name, "The name of the module and its class")->required();
-  make->add_option("--folder", folder, "The folder; by default NAME");
+  make->add_option("NAME", name, "The name of the module and its class")->required()->type_name("");
+  make->add_option("--folder", folder, "The folder; by default NAME")->type_name("FOLDER");
 
   CLI::App* const uuid =
       add("uuid", "Print new identifiers", [&](COutput& output) { MakeIdentifiers(output, howMany); });
-  uuid->add_option("-n", howMany, "How many")->check(CLI::Range(1u, 1000000u))->capture_default_str();
+  uuid->add_option("-n", howMany, "How many")
+      ->check(CLI::Range(1u, 1000000u))
+      ->type_name("COUNT")
+      ->capture_default_str();
 
   CLI::App* const explain = add("code", "Explain a result code", [&](COutput& output) { ExplainCode(output, code); });
-  explain->add_option("CODE", code, "A number such as 0x80000004, or a name such as ZR_R_FAILED")->required();
+  explain->add_option("CODE", code, "A number such as 0x80000004, or a name such as ZR_R_FAILED")
+      ->required()
+      ->type_name("");
 
   (void)add("info", "Print the version and the folders where hosts look", ShowInformation);
 

@@ -1,10 +1,13 @@
 // zrmodule new: writes the module project of examples/template into a new folder, with names and identifiers of its
 // own.
 
+#include <algorithm>
+#include <array>
 #include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <string_view>
 #include <system_error>
 
 #include "template_files.h"  // generated: kTemplateFiles, the files of examples/template
@@ -46,6 +49,10 @@ static void ReplaceIdentifiers(std::string& text, std::map<std::string, std::str
   }
 }
 
+// Names of targets that CMake has itself.
+static constexpr std::array<std::string_view, 7> kCMakeTargets = {"all",     "clean", "depend", "help",
+                                                                  "install", "test",  "package"};
+
 static bool IsIdentifier(const std::string& name) {
   static constexpr const char* kLetters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
   return !name.empty() && std::string(kLetters).find(name[0]) != std::string::npos &&
@@ -57,6 +64,12 @@ void MakeProject(COutput& output, const std::string& name, const std::string& fo
   if (!IsIdentifier(name)) {
     output.Error("usage", {},
                  "the name " + Quoted(name) + " must begin with a letter and have only letters, digits and _");
+    output.Raise(ExitCode::Usage);
+    return;
+  }
+  const std::string lowerName = InCase(name, std::tolower);
+  if (std::find(kCMakeTargets.begin(), kCMakeTargets.end(), lowerName) != kCMakeTargets.end()) {
+    output.Error("usage", {}, "CMake has a target " + Quoted(lowerName) + "; choose another name");
     output.Raise(ExitCode::Usage);
     return;
   }
@@ -74,7 +87,7 @@ void MakeProject(COutput& output, const std::string& name, const std::string& fo
   for (const auto& [fileName, content] : kTemplateFiles) {
     std::string path = fileName, text = content;
     for (std::string* part : {&path, &text}) {
-      ReplaceAll(*part, "greeter", InCase(name, std::tolower));
+      ReplaceAll(*part, "greeter", lowerName);
       ReplaceAll(*part, "GREETER", InCase(name, std::toupper));
       ReplaceAll(*part, "Greeter", className);
     }
