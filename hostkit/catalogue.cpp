@@ -11,6 +11,7 @@
 
 static zr::Ptr<zr::ConfigurationTable> TableOf(std::vector<Setting>& settings) {
   std::vector<zr::ConfigurationTable::Row> rows;
+  rows.reserve(settings.size());
   for (Setting& setting : settings) rows.push_back({std::move(setting.name), std::move(setting.value)});
   return zr::MakeObject<zr::ConfigurationTable>(zr::ConfigurationTable::Rows(rows.data(), rows.size()));
 }
