@@ -51,7 +51,7 @@ void CCatalogue::ReadFolder(const std::filesystem::path& folder, const Sources& 
     } else if (auto manifest = ReadManifest(file, sources.isOutsideAllowed ? "" : realFolder, problems_)) {
       AddManifest(std::move(*manifest));
     }
-    problems_.SortFrom(firstProblem);
+    problems_.EndFile(firstProblem);
   }
 }
 
@@ -82,7 +82,7 @@ void CCatalogue::ReadConfigurations(const Sources& sources) {
     };
     std::vector<Setting> library = ReadConfigurationFile(*sources.configurationFile, find, problems_);
     if (!library.empty()) library_ = TableOf(library);
-    problems_.SortFrom(firstProblem);
+    problems_.EndFile(firstProblem);
   }
   for (CatalogueClass& row : classes_) {
     for (auto& [name, settings] : row.entry.configurations) row.configurations.emplace(name, TableOf(settings));

@@ -7,6 +7,7 @@
 #include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -42,13 +43,23 @@ class CProblems {
   }
   [[nodiscard]] const std::vector<Problem>& Rows() const noexcept { return rows_; }
 
-  /// Sorts the rows from `first` on, which are those of one file, by their places.
-  void SortFrom(std::size_t first) {
-    std::stable_sort(rows_.begin() + static_cast<std::ptrdiff_t>(first), rows_.end(),
+  /// Ends a file: sorts the rows from `first` on, which are those of the file, by their places. If there are too many,
+  /// the last one says so, because a hostile file could contain hundreds of thousands.
+  void EndFile(std::size_t first) {
+    const auto begin = rows_.begin() + static_cast<std::ptrdiff_t>(first);
+    std::stable_sort(begin, rows_.end(),
                      [](const Problem& left, const Problem& right) { return left.place < right.place; });
+    const std::ptrdiff_t count = rows_.end() - begin;
+    if (count <= kMostOfFile) return;
+    rows_.erase(begin + kMostOfFile, rows_.end());
+    rows_.back().severity = Severity::Error;
+    rows_.back().reason = TextOf("from here on, there are " + std::to_string(count - kMostOfFile + 1) + " problems");
+    rows_.shrink_to_fit();
   }
 
  private:
+  static constexpr std::ptrdiff_t kMostOfFile = 100;
+
   std::vector<Problem> rows_;
 };
 

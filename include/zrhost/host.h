@@ -167,7 +167,8 @@ ZR_STATIC_ASSERT(sizeof(ZrHostProblem) == 32 && offsetof(ZrHostProblem, file) ==
                  "a ZrHostProblem has no gaps");
 
 /// ZrHostListProblems gives the problems of the last reading, in the order of folders, files and lines. Those of the
-/// configuration file come last. The arguments and results are those of ZrHostListClasses.
+/// configuration file come last. At most 100 are of one file; the last of these says how many there are from its place
+/// on. The arguments and results are those of ZrHostListClasses.
 ZRHOST_API ZRRESULT ZrHostListProblems(IZrComponentDiscovery* discovery, ZrHostProblem** problems,
                                        uint32_t* count) ZR_NOEXCEPT;
 

@@ -319,6 +319,17 @@ TEST_F(HostKit, ListsProblemsInTheOrderOfFoldersFilesAndLines) {
   EXPECT_EQ(found, "b.zrmodule:1:1 B.zrmodule:1:25 B.zrmodule:3:2 B.zrmodule:3:21 a.zrmodule:1:1 ");
 }
 
+TEST_F(HostKit, ListsOneHundredProblemsOfAFile) {
+  std::string classes;
+  for (int count = 0; count < 1000; ++count) classes += "0,";
+  Write("a.zrmodule", Manifest(classes + "0"));
+  Discover();
+  const std::string problems = Problems();
+  EXPECT_EQ(std::count(problems.begin(), problems.end(), '\n'), 100);
+  const std::string last = "a.zrmodule:1:248: error: from here on, there are 902 problems\n";
+  EXPECT_EQ(problems.substr(problems.size() - last.size()), last);
+}
+
 TEST_F(HostKit, TheFirstOfTwoClassesCounts) {
   for (const char* const folder : {"first", "second"}) {
     Write(std::string(folder) + "/module.so", "");
