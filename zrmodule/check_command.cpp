@@ -1,5 +1,5 @@
-// zrmodule check: everything about a module that can be known without running its code. Each check is one function, in
-// the order of the list at the end.
+// zrmodule check: everything about a module that can be known without running its code. CheckModule calls the checks in
+// their order.
 
 #include <algorithm>
 #include <array>
