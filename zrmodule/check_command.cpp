@@ -22,11 +22,54 @@ struct Library {
   std::multimap<std::string, std::string> exports;
 };
 
-// Libraries are read once, whichever file needs them.
-class CLibraryCache {
+// The manifests of one folder.
+class CManifestFolder {
+ public:
+  explicit CManifestFolder(const std::filesystem::path& folder) : CManifestFolder(*MakeDiscovery({Utf8(folder)})) {}
+
+  // Whether a manifest lists classes of the file.
+  [[nodiscard]] bool Lists(const std::filesystem::path& module) const { return modules_.count(Real(module)) != 0; }
+
+  // The module of a manifest; empty if it lists no classes that can be used.
+  [[nodiscard]] std::filesystem::path ModuleOf(const std::filesystem::path& manifest) const {
+    const auto found = moduleOf_.find(manifest.filename());
+    return found != moduleOf_.end() ? found->second : std::filesystem::path();
+  }
+
+  // Reports the problems of a manifest. Returns whether there are any.
+  bool ReportProblems(COutput& output, const std::filesystem::path& manifest) const {
+    bool isFound = false;
+    for (const ZrHostProblem& problem : problems_) {
+      if (PathOf(Utf8(problem.file)).filename() != manifest.filename()) continue;
+      isFound = true;
+      ReportProblem(output, problem);
+    }
+    return isFound;
+  }
+
+ private:
+  explicit CManifestFolder(IZrComponentDiscovery& discovery) : problems_(discovery, ZrHostListProblems) {
+    for (const ZrHostClass& row : CKitList<ZrHostClass>(discovery, ZrHostListClasses)) {
+      const std::filesystem::path module = PathOf(Utf8(row.moduleFile));
+      if (moduleOf_.emplace(PathOf(Utf8(row.manifestFile)).filename(), module).second) modules_.insert(Real(module));
+    }
+  }
+
+  static std::filesystem::path Real(const std::filesystem::path& file) {
+    std::error_code error;
+    return std::filesystem::canonical(file, error);
+  }
+
+  CKitList<ZrHostProblem> problems_;
+  std::map<std::filesystem::path, std::filesystem::path> moduleOf_;  // by the names of the manifests
+  std::set<std::filesystem::path> modules_;
+};
+
+// Libraries and manifests are read once, whichever modules need them.
+class CCache {
  public:
   // Returns null with a reason if the file can't be read.
-  const Library* Read(const std::filesystem::path& file, std::string& reason) {
+  const Library* ReadLibrary(const std::filesystem::path& file, std::string& reason) {
     const auto known = libraries_.find(file);
     if (known != libraries_.end()) return &known->second;
     Library library;
@@ -35,13 +78,19 @@ class CLibraryCache {
     return &libraries_.emplace(file, std::move(library)).first->second;
   }
 
+  // Throws if the path is not UTF-8.
+  const CManifestFolder& ReadManifests(const std::filesystem::path& folder) {
+    return folders_.try_emplace(folder, folder).first->second;
+  }
+
  private:
   std::map<std::filesystem::path, Library> libraries_;
+  std::map<std::filesystem::path, CManifestFolder> folders_;
 };
 
 struct Checked {
   COutput& output;
-  CLibraryCache& cache;
+  CCache& cache;
   const std::string& name;  // of the file, as the user gave it
   const ModuleFile& module;
 
@@ -161,7 +210,7 @@ class CLibraries {
       if (libraries_.count(name) != 0) continue;
       const std::filesystem::path file = FindLibrary(name, by, checked_.module);
       std::string reason = "is not found; install it, or add its folder to the RUNPATH of the module";
-      const Library* const library = file.empty() ? nullptr : checked_.cache.Read(file, reason);
+      const Library* const library = file.empty() ? nullptr : checked_.cache.ReadLibrary(file, reason);
       libraries_.emplace(name, library);
       if (library != nullptr) {
         Load(library->file);
@@ -216,29 +265,20 @@ static std::vector<CJson> CheckLibraries(const Checked& checked) {
 // A manifest in the folder must list classes of this file, and the manifest with the file's name must not be about
 // another file.
 static void CheckManifest(const Checked& checked) {
-  std::error_code error;
   const std::filesystem::path& file = checked.module.file;
+  const CManifestFolder& manifests = checked.cache.ReadManifests(file.parent_path());
   std::filesystem::path own = file;
   own.replace_extension(".zrmodule");
-  const zr::Ptr<IZrComponentDiscovery> discovery = MakeDiscovery({Utf8(file.parent_path())});
-  bool isListed = false, isOfOther = false;
-  for (const ZrHostClass& row : CKitList<ZrHostClass>(*discovery, ZrHostListClasses)) {
-    if (std::filesystem::equivalent(PathOf(Utf8(row.moduleFile)), file, error)) {
-      isListed = true;
-    } else if (!isOfOther && std::filesystem::equivalent(PathOf(Utf8(row.manifestFile)), own, error)) {
-      isOfOther = true;
-      checked.output.Error("manifest-of-other-file", {Utf8(own)},
-                           "is the manifest of another file, " + Quoted(Utf8(row.moduleFile)) +
-                               "; correct its \"module\", or rename one of the files");
-    }
+  std::error_code error;
+  const std::filesystem::path module = manifests.ModuleOf(own);
+  const bool isOfOther = !module.empty() && !std::filesystem::equivalent(module, file, error);
+  if (isOfOther) {
+    checked.output.Error("manifest-of-other-file", {Utf8(own)},
+                         "is the manifest of another file, " + Quoted(Utf8(module)) +
+                             "; correct its \"module\", or rename one of the files");
   }
-  bool hasProblem = false;
-  for (const ZrHostProblem& problem : CKitList<ZrHostProblem>(*discovery, ZrHostListProblems)) {
-    if (!std::filesystem::equivalent(PathOf(Utf8(problem.file)), own, error)) continue;
-    hasProblem = true;
-    ReportProblem(checked.output, problem);
-  }
-  if (isListed || isOfOther || hasProblem) return;
+  const bool hasProblem = manifests.ReportProblems(checked.output, own);
+  if (isOfOther || hasProblem || manifests.Lists(file)) return;
   if (std::filesystem::exists(own, error)) {
     checked.output.Finding(Level::Warning, "manifest-without-class", {Utf8(own)},
                            "lists no classes, so no host finds the module");
@@ -248,7 +288,7 @@ static void CheckManifest(const Checked& checked) {
   }
 }
 
-static CJson CheckModule(COutput& output, CLibraryCache& cache, const std::string& name) {
+static CJson CheckModule(COutput& output, CCache& cache, const std::string& name) {
   std::error_code error;
   const std::filesystem::path file = std::filesystem::absolute(PathOf(name), error);
   std::vector<JsonMember> row = {{"file", Utf8(file)}};
@@ -276,7 +316,7 @@ static CJson CheckModule(COutput& output, CLibraryCache& cache, const std::strin
 }
 
 void CheckModules(COutput& output, const std::vector<std::string>& files) {
-  CLibraryCache cache;
+  CCache cache;
   std::vector<CJson> rows;
   for (const std::string& name : files) {
     try {

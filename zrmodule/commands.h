@@ -12,6 +12,9 @@
 /// Lists the classes of the folders, or of the folders where hosts look, and the problems of their manifests.
 void ListModules(COutput& output, const std::vector<std::string>& folders, const std::string& configurationFile);
 
+/// The version of the tool and its headers, such as "1.0.0".
+[[nodiscard]] std::string Version();
+
 /// Prints versions, and the folders where hosts look.
 void ShowInformation(COutput& output);
 

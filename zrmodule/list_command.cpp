@@ -61,9 +61,12 @@ static void ShowLibrary(COutput& output, const char* key, const void* function) 
   output.Line(std::string(key) + ": " + file);
 }
 
+std::string Version() {
+  return std::to_string(ZRCORE_VERSION_MAJOR) + "." + std::to_string(ZRCORE_VERSION_MINOR) + "." +
+         std::to_string(ZRCORE_VERSION_PATCH);
+}
+
 void ShowInformation(COutput& output) {
-  const std::string version = std::to_string(ZRCORE_VERSION_MAJOR) + "." + std::to_string(ZRCORE_VERSION_MINOR) + "." +
-                              std::to_string(ZRCORE_VERSION_PATCH);
 #if defined(__clang__)
   const std::string compiler = __VERSION__;
 #else
@@ -71,8 +74,8 @@ void ShowInformation(COutput& output) {
 #endif
   const char* const variable = std::getenv("ZRCORE_MODULE_PATH");
   const bool isChosen = variable != nullptr && *variable != 0;
-  output.Heading("zrmodule " + version);
-  output.Set("version", version);
+  output.Heading("zrmodule " + Version());
+  output.Set("version", Version());
   ShowLibrary(output, "libzrcore", reinterpret_cast<const void*>(&ZrInitialize));
   ShowLibrary(output, "libzrhost", reinterpret_cast<const void*>(&ZrHostListFolders));
   for (const auto& [key, value] :

@@ -6,16 +6,9 @@
 #include <exception>
 #include <functional>
 
-#include "zrcore/base.h"
 #include "zrmodule/commands.h"
 #include "zrmodule/probe.h"
 #include "zrmodule/system.h"
-
-#define ZRMODULE_TEXT_OF(number) #number
-#define ZRMODULE_TEXT(number) ZRMODULE_TEXT_OF(number)
-
-static constexpr const char* kVersion = "zrmodule " ZRMODULE_TEXT(ZRCORE_VERSION_MAJOR) "." ZRMODULE_TEXT(
-    ZRCORE_VERSION_MINOR) "." ZRMODULE_TEXT(ZRCORE_VERSION_PATCH);
 
 static constexpr const char* kFooter =
     "Every command prints JSON with --json.\n"
@@ -29,7 +22,7 @@ struct Command {
 static int Run(std::vector<std::string> arguments) {
   if (!arguments.empty() && arguments[0] == kChildCommand) return RunProbeChild(arguments);
   CLI::App app("Lists, checks and tries component modules.", "zrmodule");
-  app.set_version_flag("--version", kVersion);
+  app.set_version_flag("--version", "zrmodule " + Version());
   app.require_subcommand(1);
   app.allow_windows_style_options(false);  // "/modules" is a folder there, too
   app.footer(kFooter);
