@@ -28,7 +28,10 @@ static std::string Brackets(const char* brackets, const std::vector<std::string>
   std::string text(1, brackets[0]);
   for (const std::string& part : parts) {
     text += text.size() == 1 ? "\n  " : ",\n  ";
-    for (const char c : part) text += c == '\n' ? "\n  " : std::string(1, c);
+    for (const char c : part) {
+      text += c;
+      if (c == '\n') text += "  ";
+    }
   }
   if (!parts.empty()) text += '\n';
   return text + brackets[1];

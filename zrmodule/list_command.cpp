@@ -10,24 +10,29 @@
 #include "zrmodule/system.h"
 #include "zrmodule/text.h"
 
-static CJson ListClass(COutput& output, const ZrHostClass& row) {
-  std::vector<CJson> interfaces;
+static void PrintClass(const COutput& output, const ZrHostClass& row) {
   std::string names;
   for (const ZrHostInterface* one = row.interfaces; one != row.interfaces + row.interfaceCount; ++one) {
-    interfaces.push_back(CJson::Object({{"id", Utf8(one->interfaceId)}, {"name", Utf8(one->name)}}));
     names += (names.empty() ? "" : ", ") + (*one->name != 0 ? Utf8(one->name) : Utf8(one->interfaceId));
   }
-  const std::string version = Utf8(row.moduleVersion);
   output.Heading(Utf8(row.name) + "  " + Utf8(row.classId));
   if (*row.description != 0) output.Line("  " + Utf8(row.description));
   if (!names.empty()) output.Line("  interfaces: " + names);
-  output.Line("  module: " + Utf8(row.moduleFile) + (version.empty() ? "" : ", version " + version));
+  const std::string version = *row.moduleVersion != 0 ? ", version " + Utf8(row.moduleVersion) : "";
+  output.Line("  module: " + Utf8(row.moduleFile) + version);
   output.Line("  manifest: " + Utf8(row.manifestFile));
+}
+
+static CJson ClassRow(const ZrHostClass& row) {
+  std::vector<CJson> interfaces;
+  for (const ZrHostInterface* one = row.interfaces; one != row.interfaces + row.interfaceCount; ++one) {
+    interfaces.push_back(CJson::Object({{"id", Utf8(one->interfaceId)}, {"name", Utf8(one->name)}}));
+  }
   return CJson::Object({{"name", Utf8(row.name)},
                         {"id", Utf8(row.classId)},
                         {"description", Utf8(row.description)},
                         {"module", Utf8(row.moduleFile)},
-                        {"version", version},
+                        {"version", Utf8(row.moduleVersion)},
                         {"manifest", Utf8(row.manifestFile)},
                         {"interfaces", CJson::List(interfaces)}});
 }
@@ -37,7 +42,12 @@ void ListModules(COutput& output, const std::vector<std::string>& folders, const
   const CKitList<ZrHostClass> classes(*discovery, ZrHostListClasses);
   const CKitList<ZrHostProblem> problems(*discovery, ZrHostListProblems);
   std::vector<CJson> rows;
-  for (const ZrHostClass& row : classes) rows.push_back(ListClass(output, row));
+  for (const ZrHostClass& row : classes) {
+    if (output.IsJson())
+      rows.push_back(ClassRow(row));
+    else
+      PrintClass(output, row);
+  }
   output.Set("classes", CJson::List(rows));
   for (const ZrHostProblem& problem : problems) ReportProblem(output, problem);
 

@@ -29,6 +29,8 @@ class COutput {
  public:
   COutput(bool isJson, std::string command);
 
+  [[nodiscard]] bool IsJson() const noexcept { return isJson_; }
+
   /// Adds a member to the document. Ignored in text.
   void Set(const std::string& key, const CJson& value);
   /// Prints a line. Ignored in JSON.

@@ -59,7 +59,8 @@ void WriteReport(std::intptr_t pipe, const std::string& line);
 /// Unloads the module. Returns whether it is no longer in memory.
 [[nodiscard]] bool UnloadModule(void* module, const std::filesystem::path& file);
 
-/// How many threads this process has; 0 if that isn't known.
+/// How many threads of this process run code; 0 if that isn't known. A thread that was joined doesn't count, even if
+/// the system still lists it.
 [[nodiscard]] uint32_t CountThreads();
 /// How many bytes of the heap are in use.
 [[nodiscard]] std::optional<int64_t> BytesInUse();

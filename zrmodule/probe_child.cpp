@@ -6,7 +6,6 @@
 #include <exception>
 #include <functional>
 #include <string>
-#include <thread>
 
 #include "zr/library.hpp"
 #include "zrmodule/kit_list.h"
@@ -82,9 +81,6 @@ class CProbe {
 
   StageResult Exit(uint32_t threadsBefore) {
     exit_();
-    for (int wait = 0; wait < 20 && CountThreads() > threadsBefore; ++wait) {  // a thread that ends needs a moment
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
     const uint32_t threads = CountThreads();
     if (threads <= threadsBefore) return {};
     return {"wrong",

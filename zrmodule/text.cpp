@@ -44,7 +44,13 @@ static std::size_t SequenceLength(const char* text, std::size_t size) {
   return 0;
 }
 
+// Most texts are, and need no copy byte by byte.
+static bool IsPrintableAscii(const std::string& bytes) {
+  return std::all_of(bytes.begin(), bytes.end(), [](char c) { return c >= 0x20 && c <= 0x7E; });
+}
+
 std::string ValidUtf8(const std::string& bytes) {
+  if (IsPrintableAscii(bytes)) return bytes;
   std::string valid;
   for (std::size_t at = 0; at < bytes.size();) {
     const std::size_t length = SequenceLength(bytes.data() + at, bytes.size() - at);
@@ -55,6 +61,7 @@ std::string ValidUtf8(const std::string& bytes) {
 }
 
 std::string Printable(const std::string& bytes) {
+  if (IsPrintableAscii(bytes)) return bytes;
   std::string printable;
   const std::string valid = ValidUtf8(bytes);
   for (std::size_t at = 0; at < valid.size();) {

@@ -2,10 +2,12 @@
 // fault the module is good. Faults of the file itself are made by linking this code in different ways
 // (tests/CMakeLists.txt).
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
+#include <thread>
 
 #include "tests/zrmodule/fault_system.h"
 #include "zrcore/atomic.h"
@@ -20,6 +22,8 @@ static bool Has(const char* fault) {
 }
 
 static void* volatile g_lost = nullptr;
+static std::atomic<bool> g_isEnding = false;
+static std::thread g_worker;
 
 static void Crash() { *static_cast<volatile int*>(nullptr) = 1; }
 
@@ -52,7 +56,12 @@ ZRRESULT ZrInitModule() {
   if (Has("hang_in_init")) SleepForever();
   if (Has("throw_in_init")) throw std::runtime_error("the disk is missing");
   if (Has("exit_in_init")) std::_Exit(0);
-  if (Has("live_thread")) StartThread();
+  if (Has("live_thread")) std::thread(SleepForever).detach();
+  if (Has("joined_thread")) {
+    g_worker = std::thread([] {
+      while (!g_isEnding) std::this_thread::yield();
+    });
+  }
   if (Has("lost_memory")) g_lost = std::malloc(100000);
   if (Has("keeps_itself")) LoadAgain(reinterpret_cast<void*>(&ZrInitModule));
   return Has("refuse_init") ? ZR_R_ACCESS_DENIED : ZR_R_OK;
@@ -60,6 +69,8 @@ ZRRESULT ZrInitModule() {
 
 void ZrExitModule() {
   if (Has("crash_in_exit")) Crash();
+  g_isEnding = true;
+  if (g_worker.joinable()) g_worker.join();
 }
 
 ZRRESULT ZrCreateInstanceModule(const ZRUUID* classId, uint64_t, const ZRUUID*, uint64_t, void** object) {

@@ -8,11 +8,6 @@
 
 inline void SleepForever() { Sleep(INFINITE); }
 inline void StartProcess() {}
-inline DWORD WINAPI RunThread(void*) {
-  SleepForever();
-  return 0;
-}
-inline void StartThread() { CloseHandle(CreateThread(nullptr, 0, RunThread, nullptr, 0, nullptr)); }
 
 /// Loads the module of a function once more, so that it isn't unloaded.
 inline void LoadAgain(void* function) {
@@ -21,7 +16,6 @@ inline void LoadAgain(void* function) {
 }
 #else
 #include <dlfcn.h>
-#include <pthread.h>
 #include <unistd.h>
 
 inline void SleepForever() {
@@ -29,14 +23,6 @@ inline void SleepForever() {
 }
 inline void StartProcess() {
   if (fork() == 0) SleepForever();
-}
-inline void* RunThread(void*) {
-  SleepForever();
-  return nullptr;
-}
-inline void StartThread() {
-  pthread_t thread;
-  if (pthread_create(&thread, nullptr, RunThread, nullptr) == 0) pthread_detach(thread);
 }
 
 /// Loads the module of a function once more, so that it isn't unloaded.

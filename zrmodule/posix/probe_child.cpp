@@ -15,6 +15,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <system_error>
 #include <thread>
 
@@ -178,12 +180,21 @@ bool UnloadModule(void* module, const std::filesystem::path& file) {
   return dlopen(file.c_str(), RTLD_LAZY | RTLD_NOLOAD) == nullptr;
 }
 
+static constexpr uint32_t kIsExiting = 4;  // PF_EXITING of the kernel
+
 uint32_t CountThreads() {
   std::error_code error;
   uint32_t count = 0;
   for (std::filesystem::directory_iterator entry("/proc/self/task", error), end; !error && entry != end;
        entry.increment(error)) {
-    ++count;
+    // After the name in parentheses: the state, five numbers, and flags, one of which marks a thread that ends.
+    std::ifstream stream(entry->path() / "stat");
+    std::string line, skipped;
+    std::getline(stream, line);
+    std::istringstream fields(line.substr(line.find_last_of(')') + 1));  // all of it if there is no parenthesis
+    uint32_t flags = 0;
+    for (int field = 0; field < 6; ++field) fields >> skipped;
+    if (fields >> flags && (flags & kIsExiting) == 0) ++count;
   }
   return count;
 }

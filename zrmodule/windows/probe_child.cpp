@@ -164,7 +164,10 @@ uint32_t CountThreads() {
   THREADENTRY32 entry = {};
   entry.dwSize = sizeof entry;
   for (BOOL isValid = Thread32First(snapshot, &entry); isValid != 0; isValid = Thread32Next(snapshot, &entry)) {
-    count += entry.th32OwnerProcessID == GetCurrentProcessId() ? 1 : 0;
+    if (entry.th32OwnerProcessID != GetCurrentProcessId()) continue;
+    const HANDLE thread = OpenThread(SYNCHRONIZE, FALSE, entry.th32ThreadID);
+    if (thread != nullptr && WaitForSingleObject(thread, 0) != WAIT_OBJECT_0) ++count;
+    if (thread != nullptr) CloseHandle(thread);
   }
   CloseHandle(snapshot);
   return count;
