@@ -67,7 +67,7 @@ std::optional<std::filesystem::path> FindModuleFile(const std::filesystem::path&
 std::vector<std::filesystem::path> InstalledModuleFolders() {
   static constexpr std::string_view kLocal = ZRHOST_LOCAL_MODULE_FOLDER;
   std::vector<std::filesystem::path> folders;
-  if (!kLocal.empty()) folders.push_back(PathOfUtf8(std::string(kLocal)));
+  if constexpr (!kLocal.empty()) folders.push_back(PathOfUtf8(std::string(kLocal)));
   const std::filesystem::path library = LibraryFile();
   if (!library.empty()) folders.push_back((library.parent_path() / ZRHOST_MODULE_FOLDER).lexically_normal());
   return folders;
