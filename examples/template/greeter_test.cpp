@@ -1,10 +1,9 @@
 // Tests the module as a host uses it. The host kit finds the module in the folders of ZRCORE_MODULE_PATH or, if that is
 // not set, where modules are installed. Exit status 0 if all is well.
 
-#include <zr/host.hpp>
-
 #include <cstdio>
 #include <exception>
+#include <zr/host.hpp>
 
 #include "greeter.h"
 
