@@ -7,14 +7,17 @@
 #
 #   NAME         the name of the new MODULE library target, and of its file: NAME.so, on Windows NAME.dll
 #   SOURCE...    passed to add_library
-#   CLASSES      the classes of the module as "NAME=ID", such as "Planets.Mars=31AD0869-6C4B-4C0E-9B3A-2F7D1C5E8A10".
+#   CLASSES      the classes of the module as "NAME=ID", such as "Planets.Mars=31AD0869-8AC8-4D25-A11C-A887BE515257".
 #                With it, CMake writes the manifest NAME.zrmodule beside the module, by which the host kit finds it.
-#   INTERFACES   the interfaces that each class implements, as "NAME=ID"
+#                Without CLASSES and MANIFEST there is no manifest, and zrcore_install_module ends CMake with an error.
+#   INTERFACES   interfaces as "NAME=ID". The manifest names all of them for every class. If the classes implement
+#                different interfaces, use MANIFEST.
 #   DESCRIPTION  what the module is for
 #   VERSION      the version of the module
 #   MANIFEST     a manifest that is written by hand, such as one with configurations, instead of the four above. It is
 #                copied beside the module. Generator expressions are evaluated: "module": "$<TARGET_FILE_NAME:NAME>" is
-#                right for every system.
+#                right for every system. A relative FILE starts in the current source folder, and must exist when CMake
+#                runs.
 #
 #   The target links ZrCore::zrcore. It exports exactly the three functions of zrcore/component.h: ZrInitModule,
 #   ZrExitModule and ZrCreateInstanceModule. If one is missing or has another signature, linking fails. Further commands,
@@ -23,7 +26,7 @@
 #
 # zrcore_install_module(NAME [DESTINATION FOLDER])
 #   installs the module and its manifest into FOLDER; by default into zrcore/modules in the library folder, where hosts
-#   of the same prefix look for modules.
+#   of the same prefix look for modules. A relative FOLDER starts in the install prefix.
 
 cmake_policy(VERSION 3.20...3.25)   # of this file, whatever version the project requires
 include_guard(GLOBAL)
@@ -135,7 +138,7 @@ function(zrcore_named_ids result what pairs)
   foreach(pair IN LISTS pairs)
     if(NOT pair MATCHES "^([^=]+)=([0-9A-Fa-f]+-[0-9A-Fa-f]+-[0-9A-Fa-f]+-[0-9A-Fa-f]+-[0-9A-Fa-f]+)$")
       message(FATAL_ERROR "zrcore_add_module: ${what}: \"${pair}\" doesn't have the form NAME=ID, such as "
-              "Planets.Mars=31AD0869-6C4B-4C0E-9B3A-2F7D1C5E8A10")
+              "Planets.Mars=31AD0869-8AC8-4D25-A11C-A887BE515257")
     endif()
     set(name "${CMAKE_MATCH_1}")
     string(TOUPPER "${CMAKE_MATCH_2}" id)

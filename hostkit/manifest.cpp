@@ -78,7 +78,7 @@ std::optional<Manifest> ReadManifest(const std::filesystem::path& file, const st
   const JsonValue* const module = reader.Required(*root, "module", JsonValue::Kind::Text, what);
   const JsonValue* const classes = reader.Required(*root, "classes", JsonValue::Kind::List, what);
   manifest.version = reader.OptionalText(*root, "version");
-  (void)reader.OptionalText(*root, "description");  // for people; it must be a text all the same
+  const zr::String description = reader.OptionalText(*root, "description");
   if (module == nullptr || classes == nullptr) return std::nullopt;
 
   std::string reason;
@@ -89,7 +89,10 @@ std::optional<Manifest> ReadManifest(const std::filesystem::path& file, const st
   }
   manifest.module = TextOfPath(*found);
   for (const JsonValue& item : classes->Items()) {
-    if (std::optional<ManifestClass> made = ReadClass(reader, item)) manifest.classes.push_back(std::move(*made));
+    std::optional<ManifestClass> made = ReadClass(reader, item);
+    if (!made) continue;
+    if (made->description.IsEmpty()) made->description = description;
+    manifest.classes.push_back(std::move(*made));
   }
   return manifest;
 }

@@ -8,8 +8,9 @@
 //     const auto problems = zr::ListHostProblems(*discovery).Value();
 //     for (const ZrHostProblem& problem : problems) Show(problem.file, problem.reason);
 //
-// zr.hpp doesn't include this header, because its functions are in the library libzrhost: link ZrCore::zrhost in CMake,
-// or the package zrhost of pkg-config. zrhost/host.h is the reference.
+// Include zr/zr.hpp too: this header defines neither Library nor Registration. A text of a record becomes UTF-8 with
+// zr::String(problem.reason).ToUtf8(). zr.hpp doesn't include this header, because its functions are in the library
+// libzrhost: link ZrCore::zrhost in CMake, or the package zrhost of pkg-config. zrhost/host.h is the reference.
 
 #ifndef ZR_HOST_HPP
 #define ZR_HOST_HPP
@@ -28,7 +29,8 @@ namespace zr {
 
 /// MakeFolderDiscovery makes a discovery of the modules in folders.
 ///
-/// @param folders            the folders to search. If the list is empty, those of the environment variable
+/// @param folders            the folders to search, such as {u"./modules"}; for a std::vector<zr::String>,
+///                           {vector.data(), vector.size()}. If the list is empty, those of the environment variable
 ///                           ZRCORE_MODULE_PATH; without it, the module folder of the installation.
 /// @param configurationFile  the host's configuration file; an empty string for none.
 /// @param flags              0 or ZRHOST_ALLOW_OUTSIDE.

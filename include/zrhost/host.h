@@ -1,7 +1,7 @@
 // ZrHost: a ready discovery for hosts. It finds modules by their manifests, and configures their classes.
 //
 // A manifest is a JSON file NAME.zrmodule beside a module. It lists the classes of the module (docs/manifests.md). A
-// host puts modules and manifests into a folder, and registers one discovery:
+// host calls ZrInitialize, creates one discovery, and adds it to the library, which keeps its own reference:
 //
 //     IZrComponentDiscovery* discovery = NULL;
 //     ZRRESULT result = ZrHostCreateFolderDiscovery(NULL, 0, NULL, 0, &discovery);
@@ -10,14 +10,17 @@
 //     result = ZrAddComponentDiscovery(discovery, &cookie);
 //     discovery->Release();                    // in C: discovery->table->Release(discovery)
 //
+// ZrRemoveComponentDiscovery(cookie) removes the discovery again, after all objects of its classes were released.
+//
 // The discovery reads files when it is created and when ZrHostRefresh is called. It never loads a module: the library
 // loads a module when the first object of one of its classes is created.
 //
 // A file that is wrong never stops the host. Each problem becomes one report, which ZrHostListProblems gives, and
 // everything else keeps working.
 //
-// The conventions of zrcore/base.h hold for this header. Every function may be called by any thread, any time, before
-// ZrInitialize too. No function throws. A function of this header must not be called while the C++ runtime shuts down.
+// The conventions of zrcore/base.h hold for this header. Every function may be called by any thread, before
+// ZrInitialize and after ZrUninitialize, too. It must not be called from a destructor of a static object or from an
+// atexit handler. No function throws.
 
 #ifndef ZRHOST_HOST_H
 #define ZRHOST_HOST_H
@@ -57,12 +60,17 @@
 /// @param folders            reads `folderCount` paths, each ended by a zero unit. A relative path starts in the
 ///                           current folder of the process at the time of this call.
 /// @param folderCount        0 for the folders of the environment variable ZRCORE_MODULE_PATH, which are separated by
-///                           ":" (";" on Windows). On Linux, a process with more rights than its user, such as a
-///                           set-user-ID program, ignores the variable. If the variable is not set or empty, the folder
-///                           is zrcore/modules beside the library libzrhost itself (on Windows
+///                           ":" (";" on Windows). Empty entries are ignored. A folder of the variable that doesn't
+///                           exist is a problem. On Linux, a process with more rights than its user, such as a
+///                           set-user-ID program, ignores the variable. If no entry is left, the folder is
+///                           zrcore/modules beside the library libzrhost itself (on Windows
 ///                           ../lib/zrcore/modules), where zrcore_install_module installs modules. Debian's package
 ///                           searches /usr/local/lib/zrcore/modules first, for modules that aren't from packages.
 /// @param configurationFile  reads the path of the host's configuration file, ended by a zero unit; null for no file.
+///                           An empty path is not allowed. A relative path starts in the current folder of the process
+///                           at the time of this call. A file that is missing or can't be read is a problem, and not a
+///                           failure. Its settings of the library itself are in force only if this discovery is the
+///                           first one that is added (zrcore/configuration.h).
 /// @param flags              0 or ZRHOST_ALLOW_OUTSIDE.
 /// @param discovery          gives an object with one reference. It is set to null first.
 /// @return
@@ -79,12 +87,14 @@ ZRHOST_API ZRRESULT ZrHostCreateFolderDiscovery(const WCHAR* const* folders, uin
                                                 const WCHAR* configurationFile, uint32_t flags,
                                                 IZrComponentDiscovery** discovery) ZR_NOEXCEPT;
 
-/// ZrHostRefresh reads all folders and files again.
+/// ZrHostRefresh reads the same folders and files again. It evaluates neither ZRCORE_MODULE_PATH nor the current folder
+/// again.
 ///
-/// From then on, lookups use the new state; other threads use the old one until then. What the library has already
-/// looked up stays as it was until the discovery is removed: it remembers where a class is. Lists, and configurations
-/// that were given before, stay valid and unchanged. The settings of the library itself are read by
-/// ZrAddComponentDiscovery only.
+/// From then on, lookups use the new state; other threads use the old one until then. The library remembers the module
+/// file of each class that it has looked up, until the discovery is removed. It remembers each class name with its
+/// identifier until the process ends. It doesn't remember configurations: the next ZrQueryComponentConfiguration gives
+/// the new values, also for a class in use. Lists and configurations that were given before stay valid and unchanged.
+/// Only ZrAddComponentDiscovery reads the settings of the library itself.
 ///
 /// @param discovery  made by ZrHostCreateFolderDiscovery.
 /// @return
@@ -117,7 +127,7 @@ ZR_STATIC_ASSERT(sizeof(ZrHostInterface) == 24 && offsetof(ZrHostInterface, inte
 typedef struct ZrHostClass {
   ZRUUID classId;
   const WCHAR* name;                  ///< unique among the classes of the discovery
-  const WCHAR* description;           ///< of the class
+  const WCHAR* description;           ///< of the class, or of the module if the class has none
   const WCHAR* moduleFile;            ///< the absolute path of the module
   const WCHAR* manifestFile;          ///< the absolute path of the manifest
   const WCHAR* moduleVersion;         ///< of the module, as the manifest states it
@@ -148,7 +158,7 @@ ZRHOST_API ZRRESULT ZrHostListClasses(IZrComponentDiscovery* discovery, ZrHostCl
                                       uint32_t* count) ZR_NOEXCEPT;
 
 #define ZRHOST_WARNING 1u  ///< a severity: everything in the file is in use except the part that the report names
-#define ZRHOST_ERROR 2u    ///< a severity: a folder, a file, a class or a value is not in use
+#define ZRHOST_ERROR 2u    ///< a severity: the folder, the file, or the part of it that the report names is not in use
 
 /// ZrHostProblem is one report.
 typedef struct ZrHostProblem {
