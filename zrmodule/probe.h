@@ -14,10 +14,10 @@
 #include <string>
 #include <vector>
 
-/// The command by which the parent starts the child, with the module, the class (empty for every class of the module)
-/// and two numbers for ConnectChild. It is not for users.
+/// The command by which the parent starts the child, with the module, the class (empty for every class of the
+/// module), the folder of the manifest, and two numbers for ConnectChild. It is not for users.
 inline constexpr const char* kChildCommand = "probe-child";
-inline constexpr std::size_t kChildArguments = 5;
+inline constexpr std::size_t kChildArguments = 6;
 
 /// The child's part. Returns the exit status, which is 0 if the child came to the end.
 [[nodiscard]] int RunProbeChild(const std::vector<std::string>& arguments);

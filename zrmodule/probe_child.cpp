@@ -165,10 +165,11 @@ int RunProbeChild(const std::vector<std::string>& arguments) {
   if (arguments.size() != kChildArguments) return 2;
   const std::filesystem::path module = PathOf(arguments[1]);
   const std::string& className = arguments[2];
-  const std::intptr_t report = ConnectChild(arguments[3], arguments[4]);
-  // Modules may use components themselves, so the library is in use and knows the classes of the module's folder.
+  const std::string& folder = arguments[3];
+  const std::intptr_t report = ConnectChild(arguments[4], arguments[5]);
+  // Modules may use components themselves, so the library is in use and knows the classes of the manifest's folder.
   const zr::Library library;
-  const zr::Ptr<IZrComponentDiscovery> discovery = MakeDiscovery({Utf8(module.parent_path())});
+  const zr::Ptr<IZrComponentDiscovery> discovery = MakeDiscovery({folder});
   const zr::Registration registration(discovery);
   const CKitList<ZrHostClass> all(*discovery, ZrHostListClasses);
   std::vector<const ZrHostClass*> classes;

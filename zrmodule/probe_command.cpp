@@ -120,18 +120,23 @@ static bool Follow(CChild& child, double seconds, CProbeReport& report) {
   return false;
 }
 
-// Finds the module of a class.
-static std::string ModuleOfClass(const ProbeOptions& options) {
+struct ModuleOfClass {
+  std::string file;
+  std::filesystem::path folder;  // of the manifest, which can be above that of the module
+};
+
+static ModuleOfClass FindClass(const ProbeOptions& options) {
   const zr::Ptr<IZrComponentDiscovery> discovery = MakeDiscovery(options.folders);
   for (const ZrHostClass& row : CKitList<ZrHostClass>(*discovery, ZrHostListClasses)) {
-    if (Utf8(row.name) == options.className) return Utf8(row.moduleFile);
+    if (Utf8(row.name) == options.className)
+      return {Utf8(row.moduleFile), PathOf(Utf8(row.manifestFile)).parent_path()};
   }
   return {};
 }
 
-// Whether a manifest in the module's folder lists classes of it.
-static bool HasClasses(const std::filesystem::path& module) {
-  const zr::Ptr<IZrComponentDiscovery> discovery = MakeDiscovery({Utf8(module.parent_path())});
+// Whether a manifest in the folder lists classes of the module.
+static bool HasClasses(const std::filesystem::path& folder, const std::filesystem::path& module) {
+  const zr::Ptr<IZrComponentDiscovery> discovery = MakeDiscovery({Utf8(folder)});
   std::error_code error;
   for (const ZrHostClass& row : CKitList<ZrHostClass>(*discovery, ZrHostListClasses)) {
     if (std::filesystem::equivalent(PathOf(Utf8(row.moduleFile)), module, error)) return true;
@@ -145,7 +150,8 @@ void ProbeModule(COutput& output, const ProbeOptions& options) {
     output.Raise(ExitCode::Usage);
     return;
   }
-  const std::string file = options.file.empty() ? ModuleOfClass(options) : options.file;
+  const ModuleOfClass found = options.file.empty() ? FindClass(options) : ModuleOfClass{};
+  const std::string file = options.file.empty() ? found.file : options.file;
   if (file.empty()) {
     output.Error("unknown-class", {},
                  "no manifest lists the class " + Quoted(options.className) +
@@ -161,12 +167,13 @@ void ProbeModule(COutput& output, const ProbeOptions& options) {
   }
   output.Set("module", Utf8(absolute));
   output.Heading(Utf8(absolute));
-  if (options.className.empty() && !HasClasses(absolute)) {
+  const std::filesystem::path folder = options.file.empty() ? found.folder : absolute.parent_path();
+  if (!HasClasses(folder, absolute)) {
     output.Finding(Level::Note, "no-manifest", {file},
                    "no manifest in its folder lists classes of this file, so none is created; zrmodule list shows why");
   }
   std::fflush(stdout);  // before output of the child
-  CChild child({kChildCommand, Utf8(absolute), options.className});
+  CChild child({kChildCommand, Utf8(absolute), options.className, Utf8(folder)});
   CProbeReport report(output, file);
   report.Finish(Follow(child, options.seconds, report));
 }

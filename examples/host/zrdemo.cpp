@@ -1,5 +1,5 @@
-// zrdemo: finds modules in a folder, creates an object by the name of its class, passes it the columns of a CSV file, and
-// shows the values that it returns. At the end the host checks that every reference was released.
+// zrdemo: finds modules in a folder, creates an object by the name of its class, passes it the columns of a CSV file,
+// and shows the values that it returns. At the end the host checks that every reference was released.
 
 #include <zr/host.hpp>
 #include <zr/zr.hpp>

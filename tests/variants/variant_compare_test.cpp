@@ -66,7 +66,9 @@ static void CheckPair(const std::string& pair, const Comparison& expected) {
   if (left.Type != right.Type) return;
   const ZRVARIANT null = ByRef(left.Type, nullptr);
   const uint16_t tag = left.Type & ZR_VT_TYPEMASK;
-  const Comparison unwritten = expected == kUnsupported ? expected : NameOf(tag) == nullptr ? kNotComparable : kUnwritten;
+  const Comparison unwritten = expected == kUnsupported ? expected
+                               : NameOf(tag) == nullptr ? kNotComparable
+                                                        : kUnwritten;
   EXPECT_EQ(Compared(leftRef, null), unwritten);
   EXPECT_EQ(Compared(null, rightRef), unwritten);
 

@@ -78,7 +78,8 @@ zr::Result<void> Use() {
 }
 
 zr::Result<void> UseHostKit() {
-  const zr::Result<zr::Ptr<IZrComponentDiscovery>> discovery = zr::MakeFolderDiscovery({W("./modules")}, W("host.json"));
+  const zr::Result<zr::Ptr<IZrComponentDiscovery>> discovery =
+      zr::MakeFolderDiscovery({W("./modules")}, W("host.json"));
   if (!discovery) return zr::Failure{discovery.Code()};
   std::size_t count = zr::ListHostFolders(**discovery)->size();
   const zr::Result<zr::HostList<ZrHostClass>> classes = zr::ListHostClasses(**discovery);

@@ -124,7 +124,8 @@ TEST(Blob, ChecksItsBounds) {
 
 TEST(Uuid, ReadsAndWritesTexts) {
   constexpr zr::Uuid kSample("31AD0869-8ac8-4D25-A11C-A887BE515257");
-  static_assert(kSample.data1 == 0x31AD0869 && kSample.data4[0] == 0xA1 && kSample.data4[7] == 0x57 && !kSample.IsNil());
+  static_assert(kSample.data1 == 0x31AD0869 && kSample.data4[0] == 0xA1 && kSample.data4[7] == 0x57 &&
+                !kSample.IsNil());
   EXPECT_EQ(kSample.ToString().ToUtf8(), "{31AD0869-8AC8-4D25-A11C-A887BE515257}");
   const zr::Uuid parsed = zr::Uuid::Parse(kSample.ToString().ToUtf8()).Value();
   EXPECT_EQ(parsed, kSample);
