@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "zrmodule/commands.h"
-#include "zrmodule/kit_list.h"
+#include "zrmodule/discovery.h"
 #include "zrmodule/module_file.h"
 #include "zrmodule/text.h"
 
@@ -48,8 +48,8 @@ class CManifestFolder {
   }
 
  private:
-  explicit CManifestFolder(IZrComponentDiscovery& discovery) : problems_(discovery, ZrHostListProblems) {
-    for (const ZrHostClass& row : CKitList<ZrHostClass>(discovery, ZrHostListClasses)) {
+  explicit CManifestFolder(IZrComponentDiscovery& discovery) : problems_(zr::ListHostProblems(discovery).Value()) {
+    for (const ZrHostClass& row : zr::ListHostClasses(discovery).Value()) {
       const std::filesystem::path module = PathOf(Utf8(row.moduleFile));
       if (moduleOf_.emplace(PathOf(Utf8(row.manifestFile)).filename(), module).second) modules_.insert(Real(module));
     }
@@ -60,7 +60,7 @@ class CManifestFolder {
     return std::filesystem::canonical(file, error);
   }
 
-  CKitList<ZrHostProblem> problems_;
+  zr::HostList<ZrHostProblem> problems_;
   std::map<std::filesystem::path, std::filesystem::path> moduleOf_;  // by the names of the manifests
   std::set<std::filesystem::path> modules_;
 };

@@ -1,56 +1,26 @@
 #include "zrmodule/json.h"
 
-#include <charconv>
+#include <nlohmann/json.hpp>
+#include <utility>
 
-#include "zrmodule/text.h"
+using Json = nlohmann::ordered_json;
 
-CJson::CJson(const std::string& bytes) : text_("\"") {
-  for (const char c : ValidUtf8(bytes)) {
-    if (c == '"' || c == '\\') {
-      text_ += std::string("\\") + c;
-    } else if (static_cast<unsigned char>(c) < 0x20) {
-      static constexpr const char* kDigits = "0123456789abcdef";
-      text_ += std::string("\\u00") + kDigits[c >> 4] + kDigits[c & 0xF];
-    } else {
-      text_ += c;
-    }
-  }
-  text_ += '"';
-}
-
-CJson::CJson(double value) {
-  char digits[32];
-  text_.assign(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
-}
-
-// Puts parts between brackets, one per line, and indents them. Texts contain no newline, so each is one between parts.
-static std::string Brackets(const char* brackets, const std::vector<std::string>& parts) {
-  std::string text(1, brackets[0]);
-  for (const std::string& part : parts) {
-    text += text.size() == 1 ? "\n  " : ",\n  ";
-    for (const char c : part) {
-      text += c;
-      if (c == '\n') text += "  ";
-    }
-  }
-  if (!parts.empty()) text += '\n';
-  return text + brackets[1];
-}
+CJson::CJson(Json value) : value_(std::make_shared<const Json>(std::move(value))) {}
+CJson::CJson(const std::string& bytes) : CJson(Json(bytes)) {}
+CJson::CJson(double value) : CJson(Json(value)) {}
+CJson CJson::FromBoolean(bool value) { return CJson(Json(value)); }
+CJson CJson::FromInteger(long long value) { return CJson(Json(value)); }
 
 CJson CJson::Object(const std::vector<JsonMember>& members) {
-  std::vector<std::string> parts;
-  parts.reserve(members.size());
-  for (const JsonMember& member : members) parts.push_back(CJson(member.key).text_ + ": " + member.value.text_);
-  CJson object;
-  object.text_ = Brackets("{}", parts);
-  return object;
+  Json object = Json::object();
+  for (const JsonMember& member : members) object[member.key] = *member.value.value_;
+  return CJson(std::move(object));
 }
 
 CJson CJson::List(const std::vector<CJson>& items) {
-  std::vector<std::string> parts;
-  parts.reserve(items.size());
-  for (const CJson& item : items) parts.push_back(item.text_);
-  CJson list;
-  list.text_ = Brackets("[]", parts);
-  return list;
+  Json list = Json::array();
+  for (const CJson& item : items) list.push_back(*item.value_);
+  return CJson(std::move(list));
 }
+
+std::string CJson::Text() const { return value_->dump(2, ' ', false, Json::error_handler_t::replace); }

@@ -1,22 +1,25 @@
-// JSON that the tool writes. It reads none: the host kit reads manifests.
+// The documents that the tool writes. It reads none: the host kit reads manifests. The header of nlohmann-json takes
+// seconds to compile, so only json.cpp includes it.
 
 #ifndef ZRMODULE_JSON_H
 #define ZRMODULE_JSON_H
 
 #include <concepts>
+#include <memory>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
-#include <utility>
 #include <vector>
 
 struct JsonMember;
 
-/// CJson is a value as its JSON text.
+/// CJson is a value of a document. Copies share it.
 class CJson {
  public:
   CJson(const std::string& bytes);
   CJson(const char* bytes) : CJson(std::string(bytes)) {}
-  CJson(std::same_as<bool> auto value) : text_(value ? "true" : "false") {}
-  CJson(std::integral auto value) requires(!std::same_as<decltype(value), bool>) : text_(std::to_string(value)) {}
+  CJson(std::same_as<bool> auto value) : CJson(FromBoolean(value)) {}
+  CJson(std::integral auto value) requires(!std::same_as<decltype(value), bool>)
+      : CJson(FromInteger(static_cast<long long>(value))) {}
   CJson(double value);
 
   /// An object with its members in this order.
@@ -26,12 +29,15 @@ class CJson {
     return List(std::vector<CJson>(texts.begin(), texts.end()));
   }
 
-  [[nodiscard]] const std::string& Text() const noexcept { return text_; }
+  /// The value with two blanks per level. Bytes that are not UTF-8 become U+FFFD.
+  [[nodiscard]] std::string Text() const;
 
  private:
-  CJson() = default;
+  explicit CJson(nlohmann::ordered_json value);
+  [[nodiscard]] static CJson FromBoolean(bool value);
+  [[nodiscard]] static CJson FromInteger(long long value);
 
-  std::string text_;
+  std::shared_ptr<const nlohmann::ordered_json> value_;
 };
 
 struct JsonMember {

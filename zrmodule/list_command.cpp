@@ -5,7 +5,7 @@
 
 #include "zrcore/lifecycle.h"
 #include "zrmodule/commands.h"
-#include "zrmodule/kit_list.h"
+#include "zrmodule/discovery.h"
 #include "zrmodule/module_file.h"
 #include "zrmodule/system.h"
 #include "zrmodule/text.h"
@@ -39,8 +39,8 @@ static CJson ClassRow(const ZrHostClass& row) {
 
 void ListModules(COutput& output, const std::vector<std::string>& folders, const std::string& configurationFile) {
   const zr::Ptr<IZrComponentDiscovery> discovery = MakeDiscovery(folders, configurationFile);
-  const CKitList<ZrHostClass> classes(*discovery, ZrHostListClasses);
-  const CKitList<ZrHostProblem> problems(*discovery, ZrHostListProblems);
+  const auto classes = zr::ListHostClasses(*discovery).Value();
+  const auto problems = zr::ListHostProblems(*discovery).Value();
   std::vector<CJson> rows;
   for (const ZrHostClass& row : classes) {
     if (output.IsJson())
@@ -58,9 +58,9 @@ void ListModules(COutput& output, const std::vector<std::string>& folders, const
   if (!configurationFile.empty() && !std::filesystem::is_regular_file(PathOf(configurationFile), error)) {
     output.Raise(ExitCode::Unreadable);
   }
-  if (classes.Count() != 0) return;
+  if (classes.size() != 0) return;
   output.Line("No classes in:");
-  const CKitList<const WCHAR*> searched(*discovery, ZrHostListFolders);
+  const auto searched = zr::ListHostFolders(*discovery).Value();
   for (const WCHAR* const folder : searched) output.Line("  " + Utf8(folder));
 }
 
@@ -99,7 +99,7 @@ void ShowInformation(COutput& output) {
   const zr::Ptr<IZrComponentDiscovery> discovery = MakeDiscovery({});
   std::vector<CJson> folders;
   output.Line(isChosen ? "folders, from ZRCORE_MODULE_PATH:" : "folders, from the installation:");
-  for (const WCHAR* const row : CKitList<const WCHAR*>(*discovery, ZrHostListFolders)) {
+  for (const WCHAR* const row : zr::ListHostFolders(*discovery).Value()) {
     const std::string folder = Utf8(row);
     std::error_code error;
     const bool exists = std::filesystem::is_directory(PathOf(folder), error);

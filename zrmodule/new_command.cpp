@@ -13,7 +13,7 @@
 #include "template_files.h"  // generated: kTemplateFiles, the files of examples/template
 #include "zr/uuid.hpp"
 #include "zrmodule/commands.h"
-#include "zrmodule/kit_list.h"
+#include "zrmodule/discovery.h"
 #include "zrmodule/text.h"
 
 static void ReplaceAll(std::string& text, const std::string& from, const std::string& to) {

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "zr/library.hpp"
-#include "zrmodule/kit_list.h"
+#include "zrmodule/discovery.h"
 #include "zrmodule/probe.h"
 #include "zrmodule/text.h"
 
@@ -171,7 +171,7 @@ int RunProbeChild(const std::vector<std::string>& arguments) {
   const zr::Library library;
   const zr::Ptr<IZrComponentDiscovery> discovery = MakeDiscovery({folder});
   const zr::Registration registration(discovery);
-  const CKitList<ZrHostClass> all(*discovery, ZrHostListClasses);
+  const auto all = zr::ListHostClasses(*discovery).Value();
   std::vector<const ZrHostClass*> classes;
   std::error_code error;
   for (const ZrHostClass& row : all) {

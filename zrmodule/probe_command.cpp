@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "zrmodule/commands.h"
-#include "zrmodule/kit_list.h"
+#include "zrmodule/discovery.h"
 #include "zrmodule/probe.h"
 #include "zrmodule/text.h"
 
@@ -127,7 +127,7 @@ struct ModuleOfClass {
 
 static ModuleOfClass FindClass(const ProbeOptions& options) {
   const zr::Ptr<IZrComponentDiscovery> discovery = MakeDiscovery(options.folders);
-  for (const ZrHostClass& row : CKitList<ZrHostClass>(*discovery, ZrHostListClasses)) {
+  for (const ZrHostClass& row : zr::ListHostClasses(*discovery).Value()) {
     if (Utf8(row.name) == options.className)
       return {Utf8(row.moduleFile), PathOf(Utf8(row.manifestFile)).parent_path()};
   }
@@ -138,7 +138,7 @@ static ModuleOfClass FindClass(const ProbeOptions& options) {
 static bool HasClasses(const std::filesystem::path& folder, const std::filesystem::path& module) {
   const zr::Ptr<IZrComponentDiscovery> discovery = MakeDiscovery({Utf8(folder)});
   std::error_code error;
-  for (const ZrHostClass& row : CKitList<ZrHostClass>(*discovery, ZrHostListClasses)) {
+  for (const ZrHostClass& row : zr::ListHostClasses(*discovery).Value()) {
     if (std::filesystem::equivalent(PathOf(Utf8(row.moduleFile)), module, error)) return true;
   }
   return false;

@@ -9,7 +9,7 @@
 #include "result_codes.h"  // generated: kResultCodes, the codes of zrcore/base.h with their comments
 #include "zr/uuid.hpp"
 #include "zrmodule/commands.h"
-#include "zrmodule/kit_list.h"
+#include "zrmodule/discovery.h"
 #include "zrmodule/text.h"
 
 void MakeIdentifiers(COutput& output, uint32_t count) {

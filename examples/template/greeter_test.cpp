@@ -19,13 +19,13 @@ static void TestGreeter() {
   const auto name = zr::String::FromUtf8("Greeter").Value();
   const zr::Library library;
   const zr::Registration registration(zr::MakeFolderDiscovery().Value());
-  zr::Ptr<IGreeter> greeter = zr::CreateByName<IGreeter>(name).Value();
+  zr::Ptr<IGreeter> object = zr::CreateByName<IGreeter>(name).Value();
 
   zr::String greeting;
-  Expect(greeter->Greet(name.Get(), greeting.Put()) == ZR_R_OK, "a name is greeted");
+  Expect(object->Greet(name.Get(), greeting.Put()) == ZR_R_OK, "a name is greeted");
   Expect(greeting.ToUtf8() == "Hello, Greeter", "the greeting contains the name");
-  Expect(greeter->Greet(nullptr, greeting.Put()) == ZR_R_INVALID_ARGUMENTS, "an empty name is refused");
-  Expect(greeter.Reset() == 0, "nobody else has a reference to the object");
+  Expect(object->Greet(nullptr, greeting.Put()) == ZR_R_INVALID_ARGUMENTS, "an empty name is refused");
+  Expect(object.Reset() == 0, "nobody else has a reference to the object");
 }
 
 int main() {

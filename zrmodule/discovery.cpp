@@ -1,4 +1,4 @@
-#include "zrmodule/kit_list.h"
+#include "zrmodule/discovery.h"
 
 #include <stdexcept>
 
@@ -13,18 +13,9 @@ static zr::String PathText(const std::string& utf8) {
 zr::Ptr<IZrComponentDiscovery> MakeDiscovery(const std::vector<std::string>& folders,
                                              const std::string& configurationFile) {
   std::vector<zr::String> texts;
-  std::vector<const WCHAR*> paths;
   texts.reserve(folders.size());
-  paths.reserve(folders.size());
   for (const std::string& folder : folders) texts.push_back(PathText(folder));
-  for (const zr::String& text : texts) paths.push_back(text.Get());
-  const zr::String configuration = PathText(configurationFile);
-  zr::Ptr<IZrComponentDiscovery> discovery;
-  const ZRRESULT result =
-      ZrHostCreateFolderDiscovery(paths.data(), static_cast<uint32_t>(paths.size()),
-                                  configurationFile.empty() ? nullptr : configuration.Get(), 0, discovery.Put());
-  if (zr::Failed(result)) throw zr::Error(result);
-  return discovery;
+  return zr::MakeFolderDiscovery({texts.data(), texts.size()}, PathText(configurationFile)).Value();
 }
 
 void ReportProblem(COutput& output, const ZrHostProblem& problem) {
