@@ -39,8 +39,9 @@ static void ReadClassConfigurations(CJsonReader& reader, const JsonMember& membe
     reader.Warn(member.keyPlace, what.Text() + " is not in any manifest");
   } else if (reader.Has(member.value, JsonValue::Kind::Object, what)) {
     for (const JsonMember& configuration : member.value.Members()) {
-      Override(reader, (*configurations)[TextOf(configuration.key)],
-               ReadSettings(reader, configuration.value, {"the configuration", configuration.key, &what}));
+      const Subject each = {"the configuration", configuration.key, &what};
+      if (!reader.Has(configuration.value, JsonValue::Kind::Object, each)) continue;
+      Override(reader, (*configurations)[TextOf(configuration.key)], ReadSettings(reader, configuration.value, each));
     }
   }
 }

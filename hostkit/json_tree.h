@@ -55,7 +55,7 @@ struct JsonMember {
 [[nodiscard]] const char* NameOfKind(JsonValue::Kind kind) noexcept;
 
 /// The longest text that ReadJsonFile accepts, in bytes, and the deepest nesting of lists and objects.
-inline constexpr std::size_t kLongestJson = 1024 * 1024;
+inline constexpr std::size_t kLongestJson = std::size_t{1024} * 1024;
 inline constexpr std::size_t kDeepestJson = 16;
 
 /// ReadJson parses a text. If it is not valid, adds one problem with the first fault's place, and returns nothing.

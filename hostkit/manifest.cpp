@@ -28,7 +28,9 @@ static Configurations ReadConfigurations(CJsonReader& reader, const JsonValue& o
   const JsonValue* const all = reader.Optional(object, "configurations", JsonValue::Kind::Object);
   if (all == nullptr) return configurations;
   for (const JsonMember& member : all->Members()) {
-    configurations[TextOf(member.key)] = ReadSettings(reader, member.value, {"the configuration", member.key, &what});
+    const Subject each = {"the configuration", member.key, &what};
+    if (!reader.Has(member.value, JsonValue::Kind::Object, each)) continue;
+    configurations[TextOf(member.key)] = ReadSettings(reader, member.value, each);
   }
   return configurations;
 }

@@ -1,7 +1,7 @@
 #include "hostkit/module_path.h"
 
 #include <algorithm>
-#include <string_view>
+#include <iterator>
 #include <system_error>
 
 #include "hostkit/system.h"
@@ -34,7 +34,9 @@ bool HasText(const std::filesystem::path& path) {
 
 bool IsWithin(const std::filesystem::path& file, const std::filesystem::path& folder, std::error_code& error) {
   const std::filesystem::path real = RealPath(file, error);
-  return !error && std::mismatch(folder.begin(), folder.end(), real.begin(), real.end()).first == folder.end();
+  auto end = folder.end();
+  if (folder.begin() != end && std::prev(end)->empty()) --end;  // the root of a volume on Windows
+  return !error && std::mismatch(folder.begin(), end, real.begin(), real.end()).first == end;
 }
 
 std::optional<std::filesystem::path> FindModuleFile(const std::filesystem::path& manifest,
@@ -65,9 +67,9 @@ std::optional<std::filesystem::path> FindModuleFile(const std::filesystem::path&
 }
 
 std::vector<std::filesystem::path> InstalledModuleFolders() {
-  static constexpr std::string_view kLocal = ZRHOST_LOCAL_MODULE_FOLDER;
+  static constexpr const char* kLocal = ZRHOST_LOCAL_MODULE_FOLDER;
   std::vector<std::filesystem::path> folders;
-  if constexpr (!kLocal.empty()) folders.push_back(PathOfUtf8(std::string(kLocal)));
+  if constexpr (*kLocal != 0) folders.push_back(PathOfUtf8(kLocal));
   const std::filesystem::path library = LibraryFile();
   if (!library.empty()) folders.push_back((library.parent_path() / ZRHOST_MODULE_FOLDER).lexically_normal());
   return folders;

@@ -22,6 +22,7 @@ struct TextPlace {
   uint32_t line = 0;
   uint32_t column = 0;
 
+  // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the defaulted operator for a comparison with 0
   friend auto operator<=>(const TextPlace&, const TextPlace&) = default;
 };
 

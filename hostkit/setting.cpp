@@ -112,7 +112,6 @@ static bool ReadTyped(CJsonReader& reader, const JsonValue& object, const Subjec
 
 std::vector<Setting> ReadSettings(CJsonReader& reader, const JsonValue& object, const Subject& what) {
   std::vector<Setting> settings;
-  if (!reader.Has(object, JsonValue::Kind::Object, what)) return settings;
   for (const JsonMember& member : object.Members()) {
     const Subject value = {"the value", member.key, &what};
     Setting setting{TextOf(member.key), member.value.place, {}};

@@ -29,8 +29,8 @@ struct Setting {
 /// The configurations of a class, by name.
 using Configurations = std::map<zr::String, std::vector<Setting>>;
 
-/// ReadSettings reads the members of a JSON object as settings. A member that is not valid becomes an error and is left
-/// out.
+/// ReadSettings reads the members of a value that is an object as settings. A member that is not valid becomes an error
+/// and is left out.
 [[nodiscard]] std::vector<Setting> ReadSettings(CJsonReader& reader, const JsonValue& object, const Subject& what);
 
 /// ChangeType converts a setting to a type. If it doesn't convert, adds an error and returns false.
