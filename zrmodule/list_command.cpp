@@ -1,7 +1,9 @@
 // zrmodule list and zrmodule info: what a host would find.
 
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
+#include <fstream>
 
 #include "zrcore/lifecycle.h"
 #include "zrmodule/commands.h"
@@ -9,6 +11,9 @@
 #include "zrmodule/module_file.h"
 #include "zrmodule/system.h"
 #include "zrmodule/text.h"
+
+// Between the entries of ZRCORE_MODULE_PATH.
+static constexpr const char* kPathSeparator = std::filesystem::path::preferred_separator == '/' ? ":" : ";";
 
 static void PrintClass(const COutput& output, const ZrHostClass& row) {
   std::string names;
@@ -53,9 +58,11 @@ void ListModules(COutput& output, const std::vector<std::string>& folders, const
 
   std::error_code error;
   for (const std::string& folder : folders) {
-    if (!std::filesystem::is_directory(PathOf(folder), error)) output.Raise(ExitCode::Unreadable);
+    const std::filesystem::directory_iterator entries(PathOf(folder), error);
+    if (error) output.Raise(ExitCode::Unreadable);
   }
-  if (!configurationFile.empty() && !std::filesystem::is_regular_file(PathOf(configurationFile), error)) {
+  if (!configurationFile.empty() && (!std::filesystem::is_regular_file(PathOf(configurationFile), error) ||
+                                     !std::ifstream(PathOf(configurationFile)).is_open())) {
     output.Raise(ExitCode::Unreadable);
   }
   if (classes.size() != 0) return;
@@ -83,7 +90,7 @@ void ShowInformation(COutput& output) {
   const std::string compiler = "GCC " __VERSION__;
 #endif
   const char* const variable = std::getenv("ZRCORE_MODULE_PATH");
-  const bool isChosen = variable != nullptr && *variable != 0;
+  const bool isChosen = variable != nullptr && variable[std::strspn(variable, kPathSeparator)] != 0;
   output.Heading("zrmodule " + Version());
   output.Set("version", Version());
   ShowLibrary(output, "libzrcore", reinterpret_cast<const void*>(&ZrInitialize));

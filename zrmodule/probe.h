@@ -19,6 +19,9 @@
 inline constexpr const char* kChildCommand = "probe-child";
 inline constexpr std::size_t kChildArguments = 6;
 
+/// More bytes without the end of a line are not a report of the child, but what a module wrote into its pipe.
+inline constexpr std::size_t kLongestLine = std::size_t{1024} * 1024;
+
 /// The child's part. Returns the exit status, which is 0 if the child came to the end.
 [[nodiscard]] int RunProbeChild(const std::vector<std::string>& arguments);
 
@@ -37,9 +40,9 @@ class CChild {
   /// Waits for a line of the report, at most so many seconds. End means that no line follows.
   [[nodiscard]] Event ReadLine(double seconds, std::string& line);
 
-  /// Waits at most so many seconds for the end of the process, and kills it and all processes that it started. Returns
-  /// whether it had ended before. `reason` is empty for exit status 0, otherwise such as "signal 11 (Segmentation
-  /// fault)".
+  /// Waits at most so many seconds for the end of the process, and kills it. Processes that it started are killed too,
+  /// unless they left its process group. Returns whether it had ended before. `reason` is empty for exit status 0,
+  /// otherwise such as "signal 11 (Segmentation fault)".
   bool Stop(double seconds, std::string& reason);
 
  private:

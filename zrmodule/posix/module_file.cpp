@@ -90,11 +90,13 @@ std::string OwnProcessor() {
 
 LibraryName OwnLibrary() { return {"libzrcore.so." + std::to_string(ZRCORE_VERSION_MAJOR), "libzrcore.so"}; }
 
-// ---- The dynamic section
-// ---------------------------------------------------------------------------------------------
+// ---- The dynamic section -------------------------------------------------------------------------------------------
 
 // What CReader throws if the file contradicts itself. It never leaves this file.
 struct Damaged {};
+
+// So many bytes of names per byte of a file are more than any compiler writes.
+static constexpr std::uintmax_t kTextsPerByte = 64;
 
 class CReader {
  public:
@@ -104,6 +106,7 @@ class CReader {
   void Read(std::uintmax_t fileSize) {
     GElf_Ehdr header;
     if (gelf_getehdr(elf_, &header) == nullptr) throw Damaged();
+    textsLeft_ = kTextsPerByte * fileSize;
     module_.processor = NameOfProcessor(header);
     ReadSegments(fileSize);
     module_.isLibrary = header.e_type == ET_DYN && dynamic_.p_filesz != 0;
@@ -120,7 +123,8 @@ class CReader {
     for (std::size_t index = 0; index < count; ++index) {
       GElf_Phdr segment;
       if (gelf_getphdr(elf_, static_cast<int>(index), &segment) == nullptr) throw Damaged();
-      const bool isInFile = segment.p_offset <= fileSize && segment.p_filesz <= fileSize - segment.p_offset;
+      const bool isInFile =
+          segment.p_filesz == 0 || (segment.p_offset <= fileSize && segment.p_filesz <= fileSize - segment.p_offset);
       if ((segment.p_type == PT_LOAD || segment.p_type == PT_DYNAMIC) && !isInFile) throw Damaged();
       if (segment.p_type == PT_LOAD) loaded_.push_back(segment);
       if (segment.p_type == PT_DYNAMIC) dynamic_ = segment;
@@ -160,7 +164,10 @@ class CReader {
     const char* const text = static_cast<const char*>(texts_->d_buf) + offset;
     const void* const end = std::memchr(text, 0, texts_->d_size - offset);
     if (end == nullptr) throw Damaged();
-    return {text, static_cast<const char*>(end)};
+    const auto size = static_cast<std::size_t>(static_cast<const char*>(end) - text);
+    if (size > textsLeft_) throw Damaged();  // the same long text for many symbols
+    textsLeft_ -= size;
+    return {text, size};
   }
 
   void ReadDynamic() {
@@ -300,6 +307,7 @@ class CReader {
   GElf_Phdr dynamic_ = {};
   std::map<GElf_Sxword, GElf_Xword> tags_;
   Elf_Data* texts_ = nullptr;
+  mutable std::uintmax_t textsLeft_ = 0;  // how many more bytes of names may be copied
   std::map<unsigned, std::string> versions_;
 };
 
@@ -328,8 +336,7 @@ bool ReadModuleFile(const std::filesystem::path& file, ModuleFile& module, std::
   return true;
 }
 
-// ---- Libraries
-// -------------------------------------------------------------------------------------------------------
+// ---- Libraries -----------------------------------------------------------------------------------------------------
 
 static constexpr const char* kLoaderConfiguration = "/etc/ld.so.conf";
 
@@ -367,8 +374,11 @@ std::filesystem::path FindLibrary(const std::string& name, const ModuleFile& nee
   std::error_code error;
   if (name.find('/') != std::string::npos) return std::filesystem::exists(name, error) ? PathOf(name) : PathOf("");
   if (std::filesystem::path loaded = LoadedLibrary(name); !loaded.empty()) return loaded;
-  std::vector<std::filesystem::path> folders = neededBy.searchedFirst;
-  folders.insert(folders.end(), module.searchedFirst.begin(), module.searchedFirst.end());
+  std::vector<std::filesystem::path> folders;
+  if (neededBy.searchedLater.empty()) {  // a RUNPATH turns every RPATH off
+    folders = neededBy.searchedFirst;
+    folders.insert(folders.end(), module.searchedFirst.begin(), module.searchedFirst.end());
+  }
   if (const char* const variable = std::getenv("LD_LIBRARY_PATH")) {
     std::istringstream entries(variable);
     for (std::string folder; std::getline(entries, folder, ':');) folders.emplace_back(folder.empty() ? "." : folder);

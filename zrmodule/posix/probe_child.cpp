@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <link.h>
 #include <malloc.h>
 #include <poll.h>
 #include <signal.h>
@@ -124,9 +125,12 @@ CChild::Event CChild::ReadLine(double seconds, std::string& line) {
     }
     char bytes[4096];
     const ssize_t count = read(state_->pipe, bytes, sizeof bytes);
-    if (count > 0)
+    if (count > 0) {
       state_->read.append(bytes, static_cast<std::size_t>(count));
-    else if (count == 0 || errno != EINTR)
+      const bool isLine = state_->read.find('\n') != std::string::npos;
+      if (!isLine && (state_->read.size() > kLongestLine || Clock::now() >= end))
+        return Event::Timeout;  // not a report
+    } else if (count == 0 || errno != EINTR)
       return Event::End;
   }
 }
@@ -173,7 +177,15 @@ void* LoadModule(const std::filesystem::path& file, std::string& reason) {
   return module;
 }
 
-void* FindSymbol(void* module, const char* name) { return dlsym(module, name); }
+void* FindSymbol(void* module, const char* name) {
+  void* const function = dlsym(module, name);
+  link_map *own = nullptr, *found = nullptr;  // dlsym also searches the libraries that the module needs
+  Dl_info ignored;
+  const bool isOwn = function != nullptr && dlinfo(module, RTLD_DI_LINKMAP, static_cast<void*>(&own)) == 0 &&
+                     dladdr1(function, &ignored, reinterpret_cast<void**>(&found), RTLD_DL_LINKMAP) != 0 &&
+                     found == own;
+  return isOwn ? function : nullptr;
+}
 
 bool UnloadModule(void* module, const std::filesystem::path& file) {
   (void)dlclose(module);

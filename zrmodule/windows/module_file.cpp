@@ -32,8 +32,9 @@ class CImage {
  public:
   explicit CImage(const std::filesystem::path& file) {
     // The function takes the path in the process's code page. A short path is ASCII.
-    std::wstring shortPath(MAX_PATH, L'\0');
-    shortPath.resize(GetShortPathNameW(file.c_str(), shortPath.data(), MAX_PATH));
+    std::wstring shortPath(32768, L'\0');
+    const DWORD length = GetShortPathNameW(file.c_str(), shortPath.data(), static_cast<DWORD>(shortPath.size()));
+    shortPath.resize(length < shortPath.size() ? length : 0);
     const std::string path = std::filesystem::path(shortPath.empty() ? file.wstring() : shortPath).string();
     isMapped_ = MapAndLoad(path.c_str(), nullptr, &image_, TRUE, TRUE) != 0;
   }
@@ -139,16 +140,13 @@ bool ReadModuleFile(const std::filesystem::path& file, ModuleFile& module, std::
   return false;
 }
 
-std::filesystem::path FindLibrary(const std::string& name, const ModuleFile& neededBy, const ModuleFile& module) {
-  std::error_code error;
+// The library loads a module without searching the module's folder for its DLLs.
+std::filesystem::path FindLibrary(const std::string& name, const ModuleFile&, const ModuleFile&) {
   std::wstring found(32768, L'\0');
   const std::filesystem::path wide(name);
   if (const HMODULE loaded = GetModuleHandleW(wide.c_str())) {  // every host has it
     found.resize(GetModuleFileNameW(loaded, found.data(), static_cast<DWORD>(found.size())));
     return found;
-  }
-  for (const ModuleFile* const file : {&neededBy, &module}) {
-    if (std::filesystem::exists(file->file.parent_path() / wide, error)) return file->file.parent_path() / wide;
   }
   found.resize(SearchPathW(nullptr, wide.c_str(), nullptr, static_cast<DWORD>(found.size()), found.data(), nullptr));
   return found;

@@ -112,6 +112,9 @@ CChild::Event CChild::ReadLine(double seconds, std::string& line) {
     DWORD count = 0;
     if (ReadFile(state_->pipe, bytes, sizeof bytes, &count, nullptr) == 0) return Event::End;
     state_->read.append(bytes, count);
+    const bool isLine = state_->read.find('\n') != std::string::npos;
+    const bool isLate = std::chrono::steady_clock::now() >= end;
+    if (!isLine && (state_->read.size() > kLongestLine || isLate)) return Event::Timeout;  // not a report
   }
 }
 
@@ -143,7 +146,7 @@ void WriteReport(std::intptr_t pipe, const std::string& line) {
 }
 
 void* LoadModule(const std::filesystem::path& file, std::string& reason) {
-  const HMODULE module = LoadLibraryExW(file.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+  const HMODULE module = LoadLibraryW(file.c_str());  // doesn't search the module's folder for its DLLs, as for a host
   if (module == nullptr) reason = std::system_category().message(static_cast<int>(GetLastError()));
   return module;
 }
@@ -154,7 +157,7 @@ void* FindSymbol(void* module, const char* name) {
 
 bool UnloadModule(void* module, const std::filesystem::path& file) {
   FreeLibrary(static_cast<HMODULE>(module));
-  return GetModuleHandleW(file.c_str()) == nullptr;
+  return GetModuleHandleW(std::filesystem::path(file).make_preferred().c_str()) == nullptr;
 }
 
 uint32_t CountThreads() {
