@@ -1,5 +1,6 @@
 // zrmodule probe: starts the child, follows its reports, and names the stage at which it failed.
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -79,12 +80,16 @@ class CProbeReport {
   std::optional<long long> bytesLeft_;
 };
 
+// No code of the module runs before the first line of the report, so the user's limit doesn't apply to that time: only
+// the machine is slow then.
+static constexpr double kLeastSecondsToStart = 60;
+
 // Follows the child to its end. Returns whether it ended well.
 static bool Follow(CChild& child, double seconds, CProbeReport& report) {
   Stage stage = {"start", {}, {}, {}, {}, {}};
   bool isRunning = true;  // a stage
   std::string line;
-  CChild::Event event = child.ReadLine(seconds, line);
+  CChild::Event event = child.ReadLine(std::max(seconds, kLeastSecondsToStart), line);
   for (; event == CChild::Event::Line; event = child.ReadLine(seconds, line)) {
     if (line.starts_with("begin\t")) {
       const std::vector<std::string> fields = Fields(line, 3);
