@@ -53,9 +53,11 @@ endforeach()
 # gdb finds the printers of a library by the library's full path below gdb/auto-load. That path depends on the prefix,
 # which is known only at installation.
 if(NOT WIN32)
+  include(cmake/ZrCoreDebugger.cmake)
   install(CODE "
     set(libdir \"${CMAKE_INSTALL_LIBDIR}\")
     cmake_path(ABSOLUTE_PATH libdir BASE_DIRECTORY \"\${CMAKE_INSTALL_PREFIX}\")
-    file(INSTALL \"${PROJECT_SOURCE_DIR}/debugger/zrcore_gdb.py\" RENAME libzrcore.so.${PROJECT_VERSION}-gdb.py
+    file(INSTALL \"${CMAKE_CURRENT_BINARY_DIR}/zrcore_gdb.py\" RENAME libzrcore.so.${PROJECT_VERSION}-gdb.py
       DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/gdb/auto-load\${libdir}\")")
+  install(FILES "${CMAKE_CURRENT_BINARY_DIR}/zrcore_lldb.py" DESTINATION "${CMAKE_INSTALL_DATADIR}/zrcore")
 endif()
