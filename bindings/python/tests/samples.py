@@ -1,13 +1,19 @@
 """Interfaces, objects and a discovery that several tests use."""
 import os
+import pathlib
+import sys
 import uuid
 from typing import Any, Tuple
 
 import zrcore
 from zrcore import Code, Error, Type, kinds
 
+sys.path.append(str(pathlib.Path(__file__).resolve().parents[3] / "examples/python"))
+from body_table import BODY_TABLE as TABLE  # noqa: E402
+from body_table import IBodyTable  # noqa: E402
+
 BODIES = os.environ.get("ZRCORE_TEST_MODULE", "")   # the path of the example module "bodies"
-COUNTER, TABLE = uuid.uuid4(), uuid.UUID("93E729DC-1C62-4556-A228-F17BF7EAF2B5")
+COUNTER = uuid.uuid4()
 SETTINGS = {"EnableAllocator": True, "ZR_VT_REF": zrcore.ui4(50), "Title": "counters", "Least": zrcore.i2(-7)}
 
 
@@ -24,22 +30,6 @@ class ICounter(zrcore.Interface):
 
     @zrcore.operation()
     def Tick(self) -> None:
-        raise NotImplementedError
-
-
-class IBodyTable(zrcore.Interface):
-    iid = uuid.UUID("8E8CD166-1274-4280-9A6A-A8B98CECC85C")
-
-    @zrcore.operation(kinds.string, kinds.uint16, kinds.variant)
-    def AddColumn(self, title: str, kind: Type, texts: zrcore.Array) -> None:
-        raise NotImplementedError
-
-    @zrcore.operation(kinds.uint32, zrcore.out(kinds.variant), zrcore.out(kinds.variant))
-    def Column(self, column: int) -> Tuple[zrcore.Array, zrcore.Array]:
-        raise NotImplementedError
-
-    @zrcore.operation(zrcore.out(kinds.variant))
-    def Summary(self) -> zrcore.Array:
         raise NotImplementedError
 
 
