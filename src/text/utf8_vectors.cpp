@@ -7,10 +7,15 @@
 
 bool CanRun(Utf8Form form) noexcept {
 #if defined(__GNUC__) && defined(__x86_64__)
-  if (form == Utf8Form::Avx2) {
-    __builtin_cpu_init();
-    return __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("popcnt") != 0;
+  __builtin_cpu_init();
+#if !defined(ZRCORE_WITHOUT_AVX512)
+  if (form == Utf8Form::Avx512) {
+    return __builtin_cpu_supports("avx512vbmi2") != 0 && __builtin_cpu_supports("avx512vbmi") != 0 &&
+           __builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("avx512vl") != 0 &&
+           __builtin_cpu_supports("bmi2") != 0;
   }
+#endif
+  if (form == Utf8Form::Avx2) return __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("popcnt") != 0;
 #elif defined(__GNUC__) && defined(__aarch64__)
   if (form == Utf8Form::Neon) return true;
 #endif

@@ -1,7 +1,9 @@
 // Conversions between UTF-8 and 16-bit text by particular vector instructions. They exist in several forms, one per set
 // of instructions:
 //
-//     utf8_vectors_avx2.cpp     AVX2, which only some x86-64 processors have
+//     utf8_decode_avx512.cpp,   AVX-512 with VBMI2, which the newer x86-64 processors for servers have
+//     utf8_encode_avx512.cpp
+//     utf8_vectors_avx2.cpp     AVX2, which most x86-64 processors have
 //     utf8_vectors_neon.cpp     NEON, which every arm64 processor has
 //
 // When the library is loaded, it chooses the best form for its processor. The four functions ...Blocks below call the
@@ -26,8 +28,9 @@
 
 #include "zrcore/base.h"
 
-enum class Utf8Form : uint8_t { None, Avx2, Neon };
-inline constexpr Utf8Form kUtf8Forms[] = {Utf8Form::Avx2, Utf8Form::Neon, Utf8Form::None};  // the best first
+enum class Utf8Form : uint8_t { None, Avx512, Avx2, Neon };
+inline constexpr Utf8Form kUtf8Forms[] = {Utf8Form::Avx512, Utf8Form::Avx2, Utf8Form::Neon,
+                                          Utf8Form::None};  // the best first
 
 // Returns whether this processor can run the form, and the library was built with it. None can always run.
 [[nodiscard]] bool CanRun(Utf8Form form) noexcept;
@@ -63,18 +66,27 @@ void DecodeAvx2(const unsigned char*& at, const unsigned char* end, WCHAR*& to, 
 [[nodiscard]] std::size_t CountUtf8Avx2(const WCHAR* text, std::size_t length) noexcept;  // 16 units or more
 void EncodeAvx2(const WCHAR*& at, const WCHAR* end, unsigned char*& to, const unsigned char* toEnd) noexcept;
 
+[[nodiscard]] std::size_t CountUnitsAvx512(const unsigned char* text, std::size_t size) noexcept;
+void DecodeAvx512(const unsigned char*& at, const unsigned char* end, WCHAR*& to, const WCHAR* toEnd) noexcept;
+[[nodiscard]] std::size_t CountUtf8Avx512(const WCHAR* text, std::size_t length) noexcept;
+void EncodeAvx512(const WCHAR*& at, const WCHAR* end, unsigned char*& to, const unsigned char* toEnd) noexcept;
+
 [[nodiscard]] inline std::optional<std::size_t> CountUnitBlocks(const unsigned char* text, std::size_t size) noexcept {
+  if (g_utf8Form == Utf8Form::Avx512) return CountUnitsAvx512(text, size);
   if (g_utf8Form == Utf8Form::Avx2 && IsWorthAForm(text, size)) return CountUnitsAvx2(text, size);
   return std::nullopt;
 }
 inline void DecodeBlocks(const unsigned char*& at, const unsigned char* end, WCHAR*& to, const WCHAR* toEnd) noexcept {
   const auto size = static_cast<std::size_t>(end - at);
+  if (g_utf8Form == Utf8Form::Avx512) return DecodeAvx512(at, end, to, toEnd);
   if (g_utf8Form == Utf8Form::Avx2 && IsWorthAForm(at, size)) DecodeAvx2(at, end, to, toEnd);
 }
 [[nodiscard]] inline std::size_t CountUtf8Blocks(const WCHAR* text, std::size_t length) noexcept {
+  if (g_utf8Form == Utf8Form::Avx512) return CountUtf8Avx512(text, length);
   return g_utf8Form == Utf8Form::Avx2 && length >= 16 ? CountUtf8Avx2(text, length) : kNotCounted;
 }
 inline void EncodeBlocks(const WCHAR*& at, const WCHAR* end, unsigned char*& to, const unsigned char* toEnd) noexcept {
+  if (g_utf8Form == Utf8Form::Avx512) return EncodeAvx512(at, end, to, toEnd);
   if (g_utf8Form == Utf8Form::Avx2) EncodeAvx2(at, end, to, toEnd);
 }
 

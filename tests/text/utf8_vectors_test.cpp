@@ -15,7 +15,7 @@
 // has chosen for itself.
 template <class Test>
 static void WithEachForm(Test test) {
-  static constexpr const char* kNames[] = {"without a form", "AVX2", "NEON"};
+  static constexpr const char* kNames[] = {"without a form", "AVX-512", "AVX2", "NEON"};
   const Utf8Form chosen = g_utf8Form;
   for (const Utf8Form form : kUtf8Forms) {
     if (!CanRun(form)) continue;
@@ -89,6 +89,35 @@ TEST(Utf8Vectors, DetectATruncatedSequenceBeforeABlockOfAscii) {
   });
 }
 
+// Every kind of error, after texts of every length up to several vectors, at the end or with a little more text after
+// it.
+TEST(Utf8Vectors, FindEachErrorAfterTextOfEveryLength) {
+  const std::string kBytes[] = {"a", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"};
+  const std::string kBadBytes[] = {"\x80",     "\xC3",         "\xE2",     "\xE2\x82", "\xF0\x9F\x98",    "\xC3\xC3",
+                                   "\xE2\xE2", "\xC3\xA9\x80", "\xFF\x80", "\xF0\x9F", "\xF0\x80\x80\x80"};
+  const Units kUnits[] = {{'a'}, {0xE9}, {0x20AC}, {0xD83D, 0xDE00}};
+  const Units kBadUnits[] = {{0xD83D}, {0xDE00}, {0xDE00, 0xD83D}, {0xD83D, 0xD83D, 0xDE00}};
+  WithEachForm([&] {
+    for (size_t length = 0; length <= 300; ++length) {
+      for (size_t kind = 0; kind < std::size(kBytes); ++kind) {
+        const auto repeat = [](auto text, const auto& character, size_t size) {
+          while (text.size() < size) text += character;
+          return text;
+        };
+        // Each length has a third of the errors; the next lengths have the others.
+        for (size_t at = (length + kind) % 3, after = length; at < std::size(kBadBytes); at += 3, ++after) {
+          const std::string before = repeat(std::string(), kBytes[kind], length);
+          const std::string text = repeat(before + kBadBytes[at], kBytes[kind], before.size() + after % 8);
+          ASSERT_EQ(CheckFromUtf8({text.begin(), text.end()}, 'b'), "") << length << " bytes, then " << at;
+        }
+        const Units before = repeat(Units(), kUnits[kind], length), &error = kBadUnits[(length + kind) % 4];
+        const Units text = repeat(before + error, kUnits[kind], before.size() + length % 8);
+        ASSERT_EQ(CheckWriters({text.begin(), text.end()}, -1, static_cast<int32_t>(length)), "") << length;
+      }
+    }
+  });
+}
+
 // Texts and buffers begin or end with a page, so that an access outside them is a fault. They have every length up to
 // several vectors; a buffer has exactly the size of the text, or half of it.
 TEST(Utf8Vectors, StayWithinTheTextAndTheBuffer) {
@@ -104,11 +133,11 @@ TEST(Utf8Vectors, StayWithinTheTextAndTheBuffer) {
   WithEachForm([&] {
     for (const std::u32string& pattern : kPatterns) {
       std::u32string points;
-      for (size_t count = 1; count <= 140; ++count) {
-        points.push_back(pattern[count % pattern.size()]);
+      for (std::string bytes; bytes.size() < 300;) {
+        points.push_back(pattern[(points.size() + 1) % pattern.size()]);
         Units units;
         for (const char32_t point : points) units += model::Units(point);
-        const std::string bytes = model::Encoded(points);
+        bytes = model::Encoded(points);
         for (const bool isAtEnd : {false, true}) {
           SCOPED_TRACE(Escaped(points) + (isAtEnd ? " at the end" : " at the beginning") + " of a page");
           char* const text = textPage.Place<char>(bytes.size(), isAtEnd);

@@ -1,0 +1,222 @@
+// UTF-8 to 16-bit text in AVX-512: counting the units of a text, and decoding it.
+
+#include "text/utf8_vectors.h"
+
+#if defined(__GNUC__) && defined(__x86_64__)
+
+#include <algorithm>
+#include <cstdint>
+
+#include "platform/unicode_forms.h"
+#include "text/utf8_vector_steps.h"
+#include "text/utf8_vectors_avx512.h"
+
+// Checks 64 bytes and counts the units that they yield. `before1` to `before3` contain the bytes one to three places
+// before each byte. Only the bytes of the mask `inText` belong to the text; all others are zero.
+//
+// A byte must be a continuation byte (80 to BF) if the byte before it is a lead byte (C0 to FF), or the byte two before
+// it leads three or more (E0 to FF), or the byte three before it leads four (F0 to FF). Any other byte must not be one.
+// A byte that breaks this rule sets a bit of `bad`, which collects over all calls.
+//
+// Text that keeps the rule yields one unit per byte that is not a continuation byte, and a second unit per byte that
+// leads four, because such a character becomes a surrogate pair.
+ZR_AVX512 static inline std::size_t CountUnits64(__m512i bytes, __m512i before1, __m512i before2, __m512i before3,
+                                                 uint64_t inText, __mmask64& bad) noexcept {
+  // A saturating subtraction leaves a byte above 0 only where it exceeds the limit. So `required` is above 0 where a
+  // continuation byte must be.
+  const __m512i required = _mm512_or_si512(
+      _mm512_subs_epu8(before1, EachByte(0xBF)),
+      _mm512_or_si512(_mm512_subs_epu8(before2, EachByte(0xDF)), _mm512_subs_epu8(before3, EachByte(0xEF))));
+  const __mmask64 isTail = _mm512_cmplt_epi8_mask(bytes, EachByte(0xC0));  // as signed, only 80 to BF are below C0
+  bad = _kor_mask64(bad, _kxor_mask64(isTail, _mm512_mask_test_epi8_mask(inText, required, required)));
+  return CountBits(inText & ~isTail) + CountBits(_mm512_cmpge_epu8_mask(bytes, EachByte(0xF0)));
+}
+
+// The same for up to 64 bytes at the beginning or the end of a text. Nothing precedes the beginning. Nothing is checked
+// after the last byte: a text that ends inside a sequence is good.
+ZR_AVX512 static std::size_t CountUnitsAtEdge(const unsigned char* at, std::size_t size, bool isAtStart,
+                                              __mmask64& bad) noexcept {
+  const uint64_t inText = First64(size);
+  return CountUnits64(_mm512_maskz_loadu_epi8(inText, at),
+                      _mm512_maskz_loadu_epi8(isAtStart ? inText << 1 : inText, at - 1),
+                      _mm512_maskz_loadu_epi8(isAtStart ? inText << 2 : inText, at - 2),
+                      _mm512_maskz_loadu_epi8(isAtStart ? inText << 3 : inText, at - 3), inText, bad);
+}
+
+// Skips ASCII text from `at` on. Returns the beginning of the first vector that isn't all ASCII or isn't complete. Each
+// skipped byte is one unit.
+ZR_AVX512 static std::size_t SkipAscii(const unsigned char* text, std::size_t at, std::size_t size) noexcept {
+  while (size - at >= 128 && AreAscii(_mm512_or_si512(Load(text + at), Load(text + at + 64)))) at += 128;
+  if (size - at >= 64 && AreAscii(Load(text + at))) at += 64;
+  return at;
+}
+
+// Only a vector of ASCII is a hint of an ASCII run, so other text doesn't pay for the attempt to skip one. The skipped
+// bytes need no check: CountUnits64 has already checked the ASCII byte before them, so nothing requires a continuation
+// byte there.
+ZR_AVX512 std::size_t CountUnitsAvx512(const unsigned char* text, std::size_t size) noexcept {
+  __mmask64 bad = 0;
+  std::size_t at = SkipAscii(text, 0, size), units = at;
+  if (at == 0) {
+    units = CountUnitsAtEdge(text, size, true, bad);
+    at = std::min<std::size_t>(size, 64);
+  }
+  while (size - at >= 64) {
+    const unsigned char* const from = text + at;
+    const __m512i bytes = Load(from);
+    units += CountUnits64(bytes, Load(from - 1), Load(from - 2), Load(from - 3), ~uint64_t{0}, bad);
+    at += 64;
+    if (AreAscii(bytes)) {
+      const std::size_t afterAscii = SkipAscii(text, at, size);
+      units += afterAscii - at;
+      at = afterAscii;
+    }
+  }
+  if (at < size) units += CountUnitsAtEdge(text + at, size - at, false, bad);
+  return bad == 0 ? units : kNotCounted;
+}
+
+// Converts vectors that are all ASCII, as long as they come.
+//
+// A store that crosses a cache line takes longer than one that doesn't. So the first step of a long text is shorter,
+// and all stores after it begin at a cache line.
+ZR_AVX512 static void WidenAscii(const unsigned char*& at, const unsigned char* end, WCHAR*& to,
+                                 const WCHAR* toEnd) noexcept {
+  const std::size_t afterLine = reinterpret_cast<std::uintptr_t>(to) / sizeof(WCHAR) % 32;
+  std::size_t step = end - at < 512 ? 64 : 64 - afterLine;
+  while (end - at >= 64 && toEnd - to >= 64) {
+    const __m512i bytes = Load(at);
+    if (!AreAscii(bytes)) break;
+    Store(to, _mm512_cvtepu8_epi16(LowHalf(bytes)));
+    Store(to + 32, _mm512_cvtepu8_epi16(HighHalf(bytes)));
+    at += step;
+    to += step;
+    step = 64;
+  }
+}
+
+// Returns the end of the last whole character. The text is good, but its last character may lack bytes.
+static const unsigned char* EndOfLastWhole(const unsigned char* text, const unsigned char* end) noexcept {
+  for (std::ptrdiff_t back = 1; back <= 3 && back <= end - text; ++back) {
+    const unsigned char byte = end[-back];
+    if (byte < 0x80) break;
+    if (byte >= 0xC0) return static_cast<std::ptrdiff_t>(TailBytes(byte)) >= back ? end - back : end;
+  }
+  return end;
+}
+
+// Which of the 32 bytes of a decoding step belong to the text. For each byte the step also loads the byte after it and
+// those one to three places before it: which of these belong to the text.
+struct DecodingMasks {
+  uint32_t text, next, before1, before2, before3;
+};
+static constexpr uint32_t kAll = ~uint32_t{0};
+static constexpr DecodingMasks kInside{kAll, kAll, kAll, kAll, kAll};
+
+ZR_AVX512 static DecodingMasks MasksAtEdge(std::size_t size, bool isAtStart) noexcept {
+  const uint32_t text = First32(size), next = First32(size - 1);
+  return isAtStart ? DecodingMasks{text, next, text << 1, text << 2, text << 3}
+                   : DecodingMasks{text, next, text, text, text};
+}
+
+// The bytes of a mask as units.
+ZR_AVX512 static inline __m512i LoadWide(uint32_t mask, const unsigned char* at) noexcept {
+  return _mm512_cvtepu8_epi16(_mm256_maskz_loadu_epi8(mask, at));
+}
+
+// Decodes 32 bytes. Every vector has one lane of 16 bits per byte:
+//
+//     last                  the byte itself, of which the step assumes that it is the last byte of a character
+//     before1 to before3    the bytes one to three places before it
+//     decoded               the unit of the character that ends at this byte; garbage if none ends here
+//
+// `kept` has the lanes whose units are stored. The text is known to be good. A lead byte in `before2` or `before3`
+// therefore shows that the bytes after it belong to its character.
+//
+// `hadThree` says whether the step before had a byte that leads three or more; it is set for the next step. Text
+// without such bytes needs neither `before2` nor `before3`.
+//
+// Returns false, and stores nothing, if the units don't fit or a character needs other treatment.
+ZR_AVX512 __attribute__((always_inline)) static inline bool Decode32(const unsigned char* at,
+                                                                     const DecodingMasks& masks, bool& hadThree,
+                                                                     WCHAR*& to, const WCHAR* toEnd) noexcept {
+  const __m256i bytes = _mm256_maskz_loadu_epi8(masks.text, at), next = _mm256_maskz_loadu_epi8(masks.next, at + 1);
+  const __mmask32 isTail = _mm256_cmplt_epi8_mask(bytes, _mm256_set1_epi8(static_cast<char>(0xC0)));
+  uint32_t kept = _mm256_mask_cmpgt_epi8_mask(masks.text, next, _mm256_set1_epi8(static_cast<char>(0xBF)));
+
+  // 110aaaaa << 6 plus 10bbbbbb is the unit of a character of two bytes, except for the marks of the two bytes. They
+  // don't overlap with the bits of the unit, so one subtraction removes both: C0 << 6 plus 80 is 0x3080.
+  const __m512i last = _mm512_cvtepu8_epi16(bytes), before1 = LoadWide(masks.before1, at - 1);
+  const __m512i added1 = _mm512_sub_epi16(_mm512_slli_epi16(before1, 6), EachUnit(0x3080));
+  __m512i decoded = _mm512_mask_add_epi16(last, isTail, last, added1);
+
+  const bool hasThree = _mm256_cmpge_epu8_mask(bytes, _mm256_set1_epi8(static_cast<char>(0xE0))) != 0;
+  if (hasThree || hadThree) {
+    // For three bytes, the mark of the middle byte is 80 << 6, which is 0x1000 less than what was subtracted. 16 bits
+    // cut off the mark of the lead byte.
+    const __m512i before2 = LoadWide(masks.before2, at - 2), before3 = LoadWide(masks.before3, at - 3);
+    const __m512i added2 = _mm512_add_epi16(_mm512_slli_epi16(before2, 12), EachUnit(0x1000));
+    decoded = _mm512_mask_add_epi16(decoded, _mm512_cmpge_epu16_mask(before2, EachUnit(0xE0)), decoded, added2);
+
+    // A character of four bytes needs two lanes: its third byte yields the high surrogate and its fourth the low one. A
+    // continuation byte follows the third, so its lane is added to `kept`.
+    const uint32_t isThird = _mm512_cmpge_epu16_mask(before2, EachUnit(0xF0));
+    const uint32_t isFourth = _mm512_cmpge_epu16_mask(before3, EachUnit(0xF0));
+    if ((isThird | isFourth) != 0) {
+      // In the lane of the third byte, `above` is the code point without its low ten bits, lead << 8 | second << 2 |
+      // third >> 4. The high surrogate is 0xD800 + ((codePoint - 0x10000) >> 10), that is above + 0xD800 - 0x40.
+      const __m512i low6 = _mm512_and_si512(last, EachUnit(0x3F)), mid6 = _mm512_and_si512(before1, EachUnit(0x3F));
+      const __m512i lead = _mm512_slli_epi16(_mm512_and_si512(before2, EachUnit(7)), 8);
+      const __m512i above =
+          _mm512_or_si512(_mm512_or_si512(lead, _mm512_slli_epi16(mid6, 2)), _mm512_srli_epi16(low6, 4));
+      // A code point below 0x10000 in four bytes (an overlong form) is accepted, but it is one unit, not the two that
+      // were counted. The caller's loop decodes it.
+      if (_mm512_mask_cmplt_epu16_mask(isThird, above, EachUnit(0x40)) != 0) return false;
+      const __m512i low10 = _mm512_and_si512(_mm512_or_si512(_mm512_slli_epi16(mid6, 6), low6), EachUnit(0x3FF));
+      decoded = _mm512_mask_add_epi16(decoded, isThird, above, EachUnit(0xD800 - 0x40));
+      decoded = _mm512_mask_add_epi16(decoded, isFourth, low10, EachUnit(0xDC00));
+      kept |= isThird;
+    }
+  }
+  hadThree = hasThree;
+
+  const std::size_t count = CountBits(kept);
+  const auto space = static_cast<std::size_t>(toEnd - to);
+  const __m512i units = _mm512_maskz_compress_epi16(kept, decoded);
+  if (space >= 32) {
+    Store(to, units);  // the next step, or the caller's fill, writes over the excess
+  } else {
+    if (space < count) return false;
+    _mm512_mask_storeu_epi16(to, First32(count), units);
+  }
+  to += count;
+  return true;
+}
+
+// Leaves a character at the end that lacks bytes to the caller.
+ZR_AVX512 void DecodeAvx512(const unsigned char*& text, const unsigned char* textEnd, WCHAR*& units,
+                            const WCHAR* toEnd) noexcept {
+  const unsigned char *at = text, *const end = EndOfLastWhole(text, textEnd);
+  WCHAR* to = units;
+  bool hadThree = false;
+  WidenAscii(at, end, to, toEnd);
+  if (at == text && at < end) {
+    const auto left = static_cast<std::size_t>(end - at);
+    if (!Decode32(at, MasksAtEdge(left, true), hadThree, to, toEnd)) return;
+    at += std::min<std::size_t>(left, 32);
+  }
+  while (end - at > 32) {  // a 33rd byte must be there: it shows whether the 32nd ends a character
+    if (!Decode32(at, kInside, hadThree, to, toEnd)) break;
+    at += 32;
+    if (at[-1] < 0x80) WidenAscii(at, end, to, toEnd);
+  }
+  if (at < end && end - at <= 32) {
+    const auto left = static_cast<std::size_t>(end - at);
+    if (Decode32(at, MasksAtEdge(left, false), hadThree, to, toEnd)) at = end;
+  }
+  StepBackToCharacter(text, at, end, to);
+  text = at;
+  units = to;
+}
+
+#endif
