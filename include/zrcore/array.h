@@ -89,7 +89,7 @@ ZR_STATIC_ASSERT(sizeof(ZrSafeArrayBound) == 8 && offsetof(ZrSafeArrayBound, ele
 /// @throws std::bad_alloc if there is no memory for the array's object; see "Exceptions" in base.h. Out of memory for
 ///         anything else, the elements included, terminates the process.
 ///
-/// At most five allocations, one of them for the elements.
+/// At most two allocations, one of them for the elements.
 ZR_API ZRSAFEARRAY ZrSafeArrayCreate(uint16_t tag, uint32_t dimensions, const ZrSafeArrayBound* bounds);
 
 /// ZrSafeArrayDestroy releases the elements and frees the array, even if the access flag is set.
@@ -348,11 +348,11 @@ ZR_API ZRRESULT ZrSafeArrayGetUBound(ZRSAFEARRAY array, uint32_t dimension, uint
 ///                           elements can have the new tag and the array has dimensions, the type is half changed:
 ///                           ZrSafeArrayGetVartype still returns the old type, but elements that ZrSafeArrayRedim adds
 ///                           later have the new type.
-/// @throws std::bad_alloc if there is no memory for a small object that handles the new type, for the new block or,
-///         as for ZrVariantChangeType, for a new element; the array is unchanged then. Elements that become ZR_VT_BLOB
-///         may terminate the process as ZrCreateBlob does. See "Exceptions" in base.h.
+/// @throws std::bad_alloc if there is no memory for the new block or, as for ZrVariantChangeType, for a new element;
+///         the array is unchanged then. Elements that become ZR_VT_BLOB may terminate the process as ZrCreateBlob does.
+///         See "Exceptions" in base.h.
 ///
-/// Linear. Conversions between numbers allocate only the small object and the new block.
+/// Linear. Conversions between numbers allocate only the new block.
 ZR_API ZRRESULT ZrSafeArrayChangeType(ZRSAFEARRAY array, uint32_t flags, uint16_t tag);
 
 /// ZrSafeArrayCompare reports whether two arrays have equal elements.

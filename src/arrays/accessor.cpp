@@ -284,13 +284,16 @@ class CZrSafeArrayAccessorVariant final : public CZrSafeArrayAccessor<VariantTra
 struct CAccessorClass {
   Storage storage = Storage::None;
   std::size_t width = 0;
-  CZrSafeArrayAccessorBase* (*create)(uint16_t tag) = nullptr;
+  CZrSafeArrayAccessorBase* (*create)(uint16_t tag, void* memory) noexcept = nullptr;
 };
 
 // The entry for a class. Several tags may share a class, so the tag is an argument of `create`.
 template <class Accessor>
 static consteval CAccessorClass ClassOf(Storage storage) {
-  return {storage, Accessor::kWidth, [](uint16_t tag) -> CZrSafeArrayAccessorBase* { return new Accessor(tag); }};
+  static_assert(sizeof(Accessor) == sizeof(CZrSafeArrayAccessorBase), "the memory of a CAccessorHolder is too small");
+  return {storage, Accessor::kWidth, [](uint16_t tag, void* memory) noexcept -> CZrSafeArrayAccessorBase* {
+            return ::new (memory) Accessor(tag);
+          }};
 }
 
 template <class T>
@@ -346,7 +349,7 @@ Storage StorageOf(uint16_t tag) noexcept { return kAccessors[TagIndex(tag)].stor
 
 std::size_t ElementWidth(uint16_t tag) noexcept { return kAccessors[TagIndex(tag)].width; }
 
-CZrSafeArrayAccessorBase* CreateAccessorForTag(uint16_t tag) {
+CZrSafeArrayAccessorBase* CreateAccessorForTag(uint16_t tag, void* memory) noexcept {
   const CAccessorClass& accessorClass = kAccessors[TagIndex(tag)];
-  return accessorClass.create != nullptr ? accessorClass.create(tag) : nullptr;
+  return accessorClass.create != nullptr ? accessorClass.create(tag, memory) : nullptr;
 }

@@ -57,12 +57,15 @@ constexpr bool IsNumber(Storage storage) noexcept { return storage <= Storage::C
 // An accessor has no state but its tag: dimensions, bounds and storage of the array are arguments of each call.
 // Operations that need a pointer return ZR_R_INVALID_POINTER if it is null. They may throw std::bad_alloc; the array is
 // unchanged then, except for PutElementValue.
-class CZrSafeArrayAccessorBase {
+//
+// Accessors are made in the memory of a CAccessorHolder, and no one deletes them. They are a HeapObject only because a
+// virtual destructor refers to an operator delete, and that must not be the global one.
+class CZrSafeArrayAccessorBase : public HeapObject {
  public:
   explicit CZrSafeArrayAccessorBase(uint16_t tag) noexcept : tag_(tag) {}
   CZrSafeArrayAccessorBase(const CZrSafeArrayAccessorBase&) = delete;
   CZrSafeArrayAccessorBase& operator=(const CZrSafeArrayAccessorBase&) = delete;
-  virtual ~CZrSafeArrayAccessorBase() = default;
+  virtual ~CZrSafeArrayAccessorBase() = default;  // Fixed by contract: virtual.
 
   // The tag of the elements. It distinguishes tags that share a class, such as ZR_VT_UI4 and ZR_VT_DWORD.
   virtual const uint16_t* AccessorType() const noexcept { return &tag_; }
@@ -102,9 +105,6 @@ class CZrSafeArrayAccessorBase {
   virtual ZRRESULT CompareData(const ZrSafeArrayDescriptor* descriptor, const ZrSafeArrayDescriptor* other,
                                const ZrSafeArrayBound* bounds, uint8_t* equal) const = 0;
 
-  static void* operator new(std::size_t size) { return AllocateOrThrow(size); }
-  static void operator delete(void* accessor) noexcept { std::free(accessor); }
-
  protected:
   uint16_t Tag() const noexcept { return tag_; }
 
@@ -112,8 +112,30 @@ class CZrSafeArrayAccessorBase {
   const uint16_t tag_;
 };
 
-// A new accessor for a tag without flags, to be released with delete; null if elements cannot have the tag.
-[[nodiscard]] CZrSafeArrayAccessorBase* CreateAccessorForTag(uint16_t tag);
+// Makes an accessor for a tag without flags in `memory`, which must be aligned and large enough for
+// CZrSafeArrayAccessorBase. Returns null if elements cannot have the tag.
+[[nodiscard]] CZrSafeArrayAccessorBase* CreateAccessorForTag(uint16_t tag, void* memory) noexcept;
+
+// Owns an accessor, or none, and contains its memory. So an accessor needs no block of the heap. An accessor owns
+// nothing, so its memory is reused and released without a call of its destructor.
+class CAccessorHolder {
+ public:
+  CAccessorHolder() noexcept = default;
+  explicit CAccessorHolder(uint16_t tag) noexcept { Make(tag); }
+  CAccessorHolder(const CAccessorHolder&) = delete;
+  CAccessorHolder& operator=(const CAccessorHolder&) = delete;
+
+  // Replaces the accessor. The holder is empty if elements cannot have the tag.
+  void Make(uint16_t tag) noexcept { accessor_ = CreateAccessorForTag(tag, memory_); }
+
+  const CZrSafeArrayAccessorBase* Get() const noexcept { return accessor_; }
+  const CZrSafeArrayAccessorBase* operator->() const noexcept { return accessor_; }
+  explicit operator bool() const noexcept { return accessor_ != nullptr; }
+
+ private:
+  CZrSafeArrayAccessorBase* accessor_ = nullptr;
+  alignas(CZrSafeArrayAccessorBase) std::byte memory_[sizeof(CZrSafeArrayAccessorBase)];
+};
 
 // Storage that is not yet part of an array. At the end of the scope it is destroyed with its elements, so an exception
 // while it is being filled does not leak. `bounds` must outlive the holder.

@@ -25,7 +25,7 @@ static ZRRESULT WithElement(ZRSAFEARRAY array, Use&& use) {
 ZRRESULT CZrSafeArrayMgr::SafeArrayCreate(uint16_t tag, uint32_t dimensions, const ZrSafeArrayBound* bounds,
                                           ZRSAFEARRAY* array) {
   if (bounds == nullptr || array == nullptr) return ZR_R_INVALID_POINTER;
-  *array = (new CZrSafeArrayElement(tag, dimensions, bounds))->Descriptor();
+  *array = CZrSafeArrayElement::Create(tag, dimensions, bounds)->Descriptor();
   return ZR_R_OK;
 }
 
@@ -70,7 +70,7 @@ ZRRESULT CZrSafeArrayMgr::SafeArrayCopy(ZRSAFEARRAY source, ZRSAFEARRAY* copy) {
   ZRRESULT result = ZR_R_FAILED;
   if (*copy != nullptr) result = CZrSafeArrayMgr::SafeArrayDestroy(std::exchange(*copy, nullptr));
   if (source->owner == nullptr) return result;  // the result of the destruction, as the contract requires
-  auto newElement = std::make_unique<CZrSafeArrayElement>(*source->owner);
+  std::unique_ptr<CZrSafeArrayElement> newElement(CZrSafeArrayElement::Clone(*source->owner));
   if (newElement->Descriptor() == nullptr) return ZR_R_INVALID_OBJECT_STATE;
   *copy = newElement.release()->Descriptor();
   return ZR_R_OK;

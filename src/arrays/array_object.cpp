@@ -1,6 +1,6 @@
 // The element object: how the parts of an array are created, replaced and destroyed.
 //
-// Parts are created in the order descriptor, bounds, accessor, storage. Not every array has all of them:
+// Not every array has all parts:
 //
 //     an ordinary array                  descriptor, bounds, accessor, storage
 //     a dimension with a count of 0      descriptor, bounds, accessor
@@ -22,20 +22,24 @@
 
 using CBoundsHolder = std::unique_ptr<ZrSafeArrayBound, HeapFree>;
 
-// A copy of the records of all dimensions; null for no dimensions.
+static std::size_t SizeOfBounds(uint32_t dimensions) noexcept {
+  return std::size_t{dimensions} * sizeof(ZrSafeArrayBound);
+}
+
 static CBoundsHolder CopyBounds(uint32_t dimensions, const ZrSafeArrayBound* bounds) {
-  if (dimensions == 0) return nullptr;
-  const std::size_t bytes = std::size_t{dimensions} * sizeof *bounds;
-  CBoundsHolder copy(static_cast<ZrSafeArrayBound*>(AllocateOrThrow(bytes)));
-  std::memcpy(copy.get(), bounds, bytes);
+  CBoundsHolder copy(static_cast<ZrSafeArrayBound*>(AllocateOrThrow(SizeOfBounds(dimensions))));
+  std::memcpy(copy.get(), bounds, SizeOfBounds(dimensions));
   return copy;
 }
 
 void CZrSafeArrayElement::MakeDescriptor(uint16_t tag, uint32_t dimensions, uint32_t elementCount,
-                                         const ZrSafeArrayBound* bounds) {
-  descriptor_ =
-      HeapNew<ZrSafeArrayDescriptor>(ZrSafeArrayDescriptor{dimensions, elementCount, tag, this, nullptr, nullptr});
-  descriptor_->bounds = bounds_ = CopyBounds(dimensions, bounds).release();
+                                         const ZrSafeArrayBound* bounds) noexcept {
+  if (dimensions != 0) {
+    bounds_ = BoundsInBlock();
+    std::memcpy(bounds_, bounds, SizeOfBounds(dimensions));
+  }
+  descriptorInBlock_ = {dimensions, elementCount, tag, this, nullptr, bounds_};
+  descriptor_ = &descriptorInBlock_;
 }
 
 // The descriptor first has the count of the first record as its number of elements. It gets the product of all counts
@@ -43,8 +47,8 @@ void CZrSafeArrayElement::MakeDescriptor(uint16_t tag, uint32_t dimensions, uint
 // ZrVariantIsContentEmpty judges it by that.
 CZrSafeArrayElement::CZrSafeArrayElement(uint16_t tag, uint32_t dimensions, const ZrSafeArrayBound* bounds) noexcept {
   MakeDescriptor(tag & ZR_VT_TYPEMASK, dimensions, bounds->elementCount, bounds);
-  accessor_ = CreateAccessorForTag(tag & ZR_VT_TYPEMASK);
-  if (accessor_ == nullptr) return;
+  accessor_.Make(tag & ZR_VT_TYPEMASK);
+  if (!accessor_) return;
   if (accessor_->AllocateData(dimensions, bounds_, &descriptor_->data) != ZR_R_OK) return;
   descriptor_->elementCount = ProductOfCounts(dimensions, bounds_);
 }
@@ -54,18 +58,16 @@ CZrSafeArrayElement::CZrSafeArrayElement(const CZrSafeArrayElement& source) noex
   if (from == nullptr || source.bounds_ == nullptr) return;
   MakeDescriptor(from->vartype, from->dimensions, from->elementCount, source.bounds_);
   // The elements have the type of the source's accessor, which may not be the descriptor's tag; see array_records.h.
-  accessor_ = CreateAccessorForTag(from->data != nullptr ? *source.accessor_->AccessorType() : from->vartype);
-  if (accessor_ == nullptr) return;
+  accessor_.Make(from->data != nullptr ? *source.accessor_->AccessorType() : from->vartype);
+  if (!accessor_) return;
   (void)accessor_->CopyData(from->dimensions, bounds_, from->data, &descriptor_->data);
 }
 
 CZrSafeArrayElement::~CZrSafeArrayElement() {
-  if (accessor_ != nullptr && descriptor_ != nullptr) {
+  if (accessor_ && descriptor_ != nullptr) {
     (void)accessor_->DestroyData(descriptor_->data, descriptor_->dimensions, bounds_);
   }
-  delete accessor_;
-  HeapDelete(descriptor_);
-  std::free(bounds_);
+  FreeMovedBounds();
 }
 
 // Calls `access` with the access flag set, and clears the flag afterwards, also if `access` throws. Fails at once if
@@ -83,14 +85,14 @@ static ZRRESULT WithFlag(CZrSafeArrayElement& element, Access&& access) {
 
 ZRRESULT CZrSafeArrayElement::Get(const uint32_t* indices, void* value) {
   return WithFlag(*this, [&] {
-    if (bounds_ == nullptr || descriptor_ == nullptr || accessor_ == nullptr) return ZR_R_FAILED;
+    if (bounds_ == nullptr || descriptor_ == nullptr || !accessor_) return ZR_R_FAILED;
     return accessor_->GetElementValue(descriptor_, bounds_, indices, value);
   });
 }
 
 ZRRESULT CZrSafeArrayElement::Put(const uint32_t* indices, const void* value) {
   return WithFlag(*this, [&] {
-    if (bounds_ == nullptr || descriptor_ == nullptr || accessor_ == nullptr) return ZR_R_FAILED;
+    if (bounds_ == nullptr || descriptor_ == nullptr || !accessor_) return ZR_R_FAILED;
     return accessor_->PutElementValue(descriptor_, bounds_, indices, value);
   });
 }
@@ -101,30 +103,28 @@ ZRRESULT CZrSafeArrayElement::Put(const uint32_t* indices, const void* value) {
 ZRRESULT CZrSafeArrayElement::ChangeType(uint16_t tagWord) {
   const uint16_t tag = tagWord & ZR_VT_TYPEMASK;
   if (descriptor_ == nullptr || bounds_ == nullptr) return ZR_R_FAILED;
-  std::unique_ptr<CZrSafeArrayAccessorBase> accessor(CreateAccessorForTag(tag));
-  if (accessor == nullptr) return ZR_R_FAILED;
-  const ZRRESULT result = accessor_ != nullptr ? accessor->ConvertFrom(descriptor_, bounds_, accessor_) : ZR_R_FAILED;
-  delete accessor_;
-  accessor_ = accessor.release();
+  const CAccessorHolder accessor(tag);
+  if (!accessor) return ZR_R_FAILED;
+  const ZRRESULT result = accessor_ ? accessor->ConvertFrom(descriptor_, bounds_, accessor_.Get()) : ZR_R_FAILED;
+  accessor_.Make(tag);  // an equal one: accessors differ by their tag only
   return result;
 }
 
 ZRRESULT CZrSafeArrayElement::Redim(uint32_t dimensions, const ZrSafeArrayBound* bounds) {
   if (descriptor_ == nullptr || bounds_ == nullptr) return ZR_R_INVALID_OBJECT_STATE;
   if (bounds == nullptr || dimensions == 0) return ZR_R_INVALID_ARGUMENTS;
-  if (accessor_ == nullptr) return ZR_R_FAILED;
-  // The block of the bounds is reused if it is large enough. A new small block might be placed directly after the
-  // elements and keep their block from growing in place. A new block is allocated before the elements change, in case
-  // it throws.
+  if (!accessor_) return ZR_R_FAILED;
+  // The memory of the bounds is reused if it is large enough. A new block is allocated before the elements change, in
+  // case it throws.
   CBoundsHolder copy = dimensions > descriptor_->dimensions ? CopyBounds(dimensions, bounds) : nullptr;
   if (const ZRRESULT result = accessor_->RedimData(descriptor_, dimensions, bounds, bounds_); result != ZR_R_OK) {
     return result;
   }
   if (copy != nullptr) {
-    std::free(bounds_);
+    FreeMovedBounds();
     bounds_ = copy.release();
   } else {
-    std::memmove(bounds_, bounds, std::size_t{dimensions} * sizeof *bounds);
+    std::memmove(bounds_, bounds, SizeOfBounds(dimensions));
   }
   descriptor_->bounds = bounds_;
   return ZR_R_OK;
@@ -135,7 +135,7 @@ ZRRESULT CZrSafeArrayElement::Redim(uint32_t dimensions, const ZrSafeArrayBound*
 bool CZrSafeArrayElement::HasShapeOf(const CZrSafeArrayElement& other) const noexcept {
   if (bounds_ == nullptr || descriptor_ == nullptr) return true;
   if (other.descriptor_ == nullptr || descriptor_->dimensions != other.descriptor_->dimensions) return false;
-  return std::memcmp(bounds_, other.bounds_, std::size_t{descriptor_->dimensions} * sizeof *bounds_) == 0;
+  return std::memcmp(bounds_, other.bounds_, SizeOfBounds(descriptor_->dimensions)) == 0;
 }
 
 // Arrays of the same shape are equal unless their elements can be compared and differ. So arrays with different tags
@@ -143,9 +143,9 @@ bool CZrSafeArrayElement::HasShapeOf(const CZrSafeArrayElement& other) const noe
 void CZrSafeArrayElement::Compare(const CZrSafeArrayElement& other, uint8_t* equal) const {
   if (!HasShapeOf(other)) return;  // `*equal` stays unchanged
   *equal = 1;
-  if (this == &other || bounds_ == nullptr || other.bounds_ == nullptr || accessor_ == nullptr) return;
+  if (this == &other || bounds_ == nullptr || other.bounds_ == nullptr || !accessor_) return;
   if (descriptor_->vartype != other.descriptor_->vartype) return;  // equal
-  if (other.accessor_ == nullptr) return;
+  if (!other.accessor_) return;
   // The descriptors have the same tag, but the elements have different types: ChangeType was called for one of the
   // arrays while it had no elements. Comparing would read the elements of one array as the type of the other.
   if (*accessor_->AccessorType() != *other.accessor_->AccessorType()) {

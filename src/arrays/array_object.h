@@ -4,6 +4,15 @@
 // The accessor knows the type of the elements, the element object knows their number and shape. An array whose tag has
 // no storage has no accessor: it can be created, queried, locked, copied, compared and destroyed, but get, put,
 // conversion and redimensioning fail.
+//
+// An array is two blocks of the heap. One contains the element object with all parts whose size is known when the array
+// is created; the other is the storage:
+//
+//     | element object: pointers, lock, accessor, descriptor | bounds |        | storage |
+//                                                            bounds_ ---^
+//
+// Redimensioning to more dimensions moves the bounds to a block of their own, because the first block cannot grow: the
+// handle is the address of the descriptor.
 
 #pragma once
 
@@ -12,29 +21,32 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "arrays/accessor.h"
 #include "arrays/array_records.h"
 #include "runtime/heap.h"
 #include "zrcore/array.h"
 
-class CZrSafeArrayAccessorBase;
-
-// The constructors are noexcept: out of memory in a constructor terminates the process, which is part of the contract.
-// Only the allocation of the object itself throws std::bad_alloc.
-class CZrSafeArrayElement final {
+class CZrSafeArrayElement final : public HeapObject {
  public:
-  // Reads the first record of `bounds` even if `dimensions` is 0. Flags in `tag` are ignored.
-  CZrSafeArrayElement(uint16_t tag, uint32_t dimensions, const ZrSafeArrayBound* bounds) noexcept;
-  // Copies the elements. For a source without bounds the new object has no descriptor, and it must be destroyed.
-  CZrSafeArrayElement(const CZrSafeArrayElement& source) noexcept;
+  // Create makes an array of empty elements; it reads the first record of `bounds` even if `dimensions` is 0, and
+  // ignores flags in `tag`. Clone copies the elements; if the source has no bounds, the new object has no descriptor,
+  // and it must be destroyed. Release the object with delete.
+  //
+  // If the block of the object can't be allocated, they throw std::bad_alloc. The constructors are noexcept: if the
+  // storage or an element can't be allocated, the process terminates. Both are part of the contract.
+  [[nodiscard]] static CZrSafeArrayElement* Create(uint16_t tag, uint32_t dimensions, const ZrSafeArrayBound* bounds) {
+    return new (dimensions) CZrSafeArrayElement(tag, dimensions, bounds);
+  }
+  [[nodiscard]] static CZrSafeArrayElement* Clone(const CZrSafeArrayElement& source) {
+    const uint32_t dimensions = source.descriptor_ != nullptr ? source.descriptor_->dimensions : 0;
+    return new (dimensions) CZrSafeArrayElement(source);
+  }
   CZrSafeArrayElement& operator=(const CZrSafeArrayElement&) = delete;
   virtual ~CZrSafeArrayElement();  // Fixed by contract: virtual.
 
-  static void* operator new(std::size_t size) { return AllocateOrThrow(size); }
-  static void operator delete(void* element) noexcept { std::free(element); }
-
   ZrSafeArrayDescriptor* Descriptor() const noexcept { return descriptor_; }
   const ZrSafeArrayBound* Bounds() const noexcept { return bounds_; }
-  const CZrSafeArrayAccessorBase* Accessor() const noexcept { return accessor_; }
+  const CZrSafeArrayAccessorBase* Accessor() const noexcept { return accessor_.Get(); }
 
   // The access flag. No function waits for it: TryLock returns whether the flag was clear, Unlock whether it was set.
   // Any caller may clear it, so Unlock does not check who has set it.
@@ -51,11 +63,24 @@ class CZrSafeArrayElement final {
   void Compare(const CZrSafeArrayElement& other, uint8_t* equal) const;
 
  private:
+  CZrSafeArrayElement(uint16_t tag, uint32_t dimensions, const ZrSafeArrayBound* bounds) noexcept;
+  CZrSafeArrayElement(const CZrSafeArrayElement& source) noexcept;
+
+  // The block has room for the bounds of that many dimensions after the object.
+  static void* operator new(std::size_t size, uint32_t dimensions) {
+    return AllocateOrThrow(size + std::size_t{dimensions} * sizeof(ZrSafeArrayBound));
+  }
+  ZrSafeArrayBound* BoundsInBlock() noexcept { return reinterpret_cast<ZrSafeArrayBound*>(this + 1); }
   bool HasShapeOf(const CZrSafeArrayElement& other) const noexcept;
-  void MakeDescriptor(uint16_t tag, uint32_t dimensions, uint32_t elementCount, const ZrSafeArrayBound* bounds);
+  void MakeDescriptor(uint16_t tag, uint32_t dimensions, uint32_t elementCount,
+                      const ZrSafeArrayBound* bounds) noexcept;
+  void FreeMovedBounds() noexcept {
+    if (bounds_ != BoundsInBlock()) std::free(bounds_);
+  }
 
   ZrSafeArrayDescriptor* descriptor_ = nullptr;
   ZrSafeArrayBound* bounds_ = nullptr;
   std::atomic<int32_t> lock_{0};
-  CZrSafeArrayAccessorBase* accessor_ = nullptr;  // null if elements cannot have the tag
+  CAccessorHolder accessor_;  // empty if elements cannot have the tag
+  ZrSafeArrayDescriptor descriptorInBlock_;
 };

@@ -15,9 +15,9 @@
 // The number of elements: the product of the counts modulo 2^32. It is 1 without dimensions, although such an array has
 // no storage, and without bounds.
 constexpr uint32_t ProductOfCounts(uint32_t dimensions, const ZrSafeArrayBound* bounds) noexcept {
-  uint32_t product = 1;
-  if (bounds == nullptr) return product;
-  for (uint32_t dimension = 0; dimension < dimensions; ++dimension) product *= bounds[dimension].elementCount;
+  if (bounds == nullptr || dimensions == 0) return 1;
+  uint32_t product = bounds[0].elementCount;
+  for (uint32_t dimension = 1; dimension < dimensions; ++dimension) product *= bounds[dimension].elementCount;
   return product;
 }
 

@@ -26,8 +26,9 @@
 #include "zrcore/blob.h"
 
 // Owns one reference on a block. The contract fixes the layout, a table pointer and the block pointer, and that the
-// constructors are noexcept: if one of them runs out of memory, the process terminates.
-class CZrBlobElement final {
+// constructors are noexcept: if one of them runs out of memory, the process terminates. Unlike them, operator new
+// throws std::bad_alloc.
+class CZrBlobElement final : public HeapObject {
  public:
   CZrBlobElement() noexcept = default;
   CZrBlobElement(uint32_t size, const void* bytes) noexcept : block_(ZrBlobBlock::Create(size, bytes)) {}
@@ -40,10 +41,6 @@ class CZrBlobElement final {
   virtual ~CZrBlobElement() {
     if (block_ != nullptr) std::exchange(block_, nullptr)->Release();
   }
-
-  // From the heap of the library. Unlike the constructors, operator new throws std::bad_alloc.
-  static void* operator new(std::size_t size) { return AllocateOrThrow(size); }
-  static void operator delete(void* element) noexcept { std::free(element); }
 
   ZrBlobBlock* Block() const noexcept { return block_; }
 

@@ -36,6 +36,12 @@ struct HeapFree {
   void operator()(void* block) const noexcept { std::free(block); }
 };
 
+// A base for classes whose objects are made by `new` in blocks of this heap.
+struct HeapObject {
+  static void* operator new(std::size_t size) { return AllocateOrThrow(size); }
+  static void operator delete(void* object) noexcept { std::free(object); }
+};
+
 // Constructs an object in a block of this heap. HeapDelete destroys it and frees the block. If the constructor throws,
 // the block is freed.
 template <class T, class... Arguments>

@@ -5,14 +5,12 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 #include "tests/support/text.h"
 
 TEST(Accessor, RejectsNullArgumentsAndZeroDimensions) {
   for (const uint16_t tag : std::initializer_list<uint16_t>{ZR_VT_I4, ZR_VT_STR, ZR_VT_VARIANT}) {
     SCOPED_TRACE(testing::Message() << "tag " << tag);
-    const std::unique_ptr<CZrSafeArrayAccessorBase> of(CreateAccessorForTag(tag));
+    const CAccessorHolder of(tag);
     ZrSafeArrayBound bound = {1, 0};
     ZrSafeArrayDescriptor array = {1, 1, tag, nullptr, nullptr, &bound};
     const uint32_t first = 0;
@@ -32,8 +30,8 @@ TEST(Accessor, RejectsNullArgumentsAndZeroDimensions) {
                                       of->PutElementValue(&array, nullptr, &first, value),
                                       of->PutElementValue(&array, &bound, nullptr, value),
                                       of->PutElementValue(&array, &bound, &first, nullptr),
-                                      of->ConvertFrom(nullptr, &bound, of.get()),
-                                      of->ConvertFrom(&array, nullptr, of.get()),
+                                      of->ConvertFrom(nullptr, &bound, of.Get()),
+                                      of->ConvertFrom(&array, nullptr, of.Get()),
                                       of->ConvertFrom(&array, &bound, nullptr),
                                       of->RedimData(nullptr, 1, &bound, &bound),
                                       of->RedimData(&array, 1, nullptr, &bound),
