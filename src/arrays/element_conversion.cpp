@@ -1,5 +1,5 @@
-// Conversion of array elements: numbers in loops, everything else one by one through a variant that borrows the
-// element.
+// Conversion of array elements: numbers, and numbers to texts and back, in loops; everything else one by one through a
+// variant that borrows the element.
 //
 // Elements convert by the rules of variants (conversion_rules.h), with these differences, which callers rely on:
 //
@@ -19,10 +19,14 @@
 #include <array>
 #include <concepts>
 #include <cstring>
+#include <type_traits>
 
 #include "arrays/accessor.h"
+#include "text/real_text.h"
 #include "variants/conversion.h"
 #include "variants/number_rule.h"
+#include "variants/numeric_targets.h"
+#include "variants/text_target.h"
 #include "variants/variant_record.h"
 
 // The tag that an element has when it is converted as a variant.
@@ -85,10 +89,10 @@ static bool ConvertInRange(const void* from, void* to, uint32_t count) noexcept 
   }
 }
 
-// The range rule for a byte, then a second loop that makes every byte 0 or 1. Both loops are free of branches.
-template <class Source>
-static bool ConvertToBool(const void* from, void* to, uint32_t count) noexcept {
-  const bool allConverted = ConvertInRange<uint8_t, Source>(from, to, count);
+// Converts to ZR_VT_UI1, then makes every byte 0 or 1 in a second loop, which has no branches.
+template <BulkConversion* toByte>
+static bool ConvertToBool(const void* from, void* to, uint32_t count) {
+  const bool allConverted = toByte(from, to, count);
   auto* target = static_cast<uint8_t*>(to);
   for (uint32_t index = 0; index < count; ++index) target[index] = target[index] != 0;
   return allConverted;
@@ -127,11 +131,62 @@ static constexpr LoopRow kLoopsFrom = {
     ConvertInRange<int8_t, Source>,   ConvertInRange<uint8_t, Source>,  ConvertInRange<int16_t, Source>,
     ConvertInRange<uint16_t, Source>, ConvertInRange<int32_t, Source>,  ConvertInRange<uint32_t, Source>,
     ConvertInRange<int64_t, Source>,  ConvertInRange<uint64_t, Source>, ConvertInRange<float, Source>,
-    ConvertInRange<double, Source>,   ConvertInRange<int64_t, Source>,  ConvertToBool<Source>};
+    ConvertInRange<double, Source>,   ConvertInRange<int64_t, Source>,  ConvertToBool<ConvertInRange<uint8_t, Source>>};
 static constexpr std::array<LoopRow, kNumberStorages> kLoops = {
     kLoopsFrom<int8_t>,  kLoopsFrom<uint8_t>,  kLoopsFrom<int16_t>, kLoopsFrom<uint16_t>,
     kLoopsFrom<int32_t>, kLoopsFrom<uint32_t>, kLoopsFrom<int64_t>, kLoopsFrom<uint64_t>,
     kLoopsFrom<float>,   kLoopsFrom<double>,   kLoopsFrom<int64_t>};
+
+// Writes the text of every number, as ToStr does. A text is null if there is no memory for it; this does not count as a
+// failure, for variants neither.
+template <class Source>
+static bool WriteTexts(const void* from, void* to, uint32_t count) noexcept {
+  const auto* source = static_cast<const Source*>(from);
+  auto* target = static_cast<ZRSTR*>(to);
+  for (uint32_t index = 0; index < count; ++index) {
+    if constexpr (std::floating_point<Source>) {
+      target[index] = NewFixedText(double{source[index]});
+    } else {
+      target[index] = NewIntegerText(std::common_type_t<Source, int32_t>{source[index]});
+    }
+  }
+  return true;
+}
+
+// Parses every text. A null text is an empty text, which is the number 0.
+template <class Target>
+static bool ParseTexts(const void* from, void* to, uint32_t count) {
+  const auto* source = static_cast<const ZRSTR*>(from);
+  auto* target = static_cast<Target*>(to);
+  bool allConverted = true;
+  for (uint32_t index = 0; index < count; ++index) {
+    Target number{};
+    if (source[index] != nullptr && ParseNumber(source[index], number) != ZR_R_OK) {
+      number = Target{};
+      allConverted = false;
+    }
+    target[index] = number;
+  }
+  return allConverted;
+}
+
+// The loops from and to texts, in the order of Storage. Texts convert to currency by a rule of its own, one by one.
+static constexpr std::array<BulkConversion*, kNumberStorages> kWriteTexts = {
+    WriteTexts<int8_t>,  WriteTexts<uint8_t>,  WriteTexts<int16_t>, WriteTexts<uint16_t>,
+    WriteTexts<int32_t>, WriteTexts<uint32_t>, WriteTexts<int64_t>, WriteTexts<uint64_t>,
+    WriteTexts<float>,   WriteTexts<double>,   WriteTexts<int64_t>};
+static constexpr LoopRow kParseTexts = {ParseTexts<int8_t>,
+                                        ParseTexts<uint8_t>,
+                                        ParseTexts<int16_t>,
+                                        ParseTexts<uint16_t>,
+                                        ParseTexts<int32_t>,
+                                        ParseTexts<uint32_t>,
+                                        ParseTexts<int64_t>,
+                                        ParseTexts<uint64_t>,
+                                        ParseTexts<float>,
+                                        ParseTexts<double>,
+                                        nullptr,
+                                        ConvertToBool<ParseTexts<uint8_t>>};
 
 // The instantiation for a width in bytes, which is 1, 2, 4 or 8.
 static BulkConversion* ForWidth(std::size_t width, BulkConversion* one, BulkConversion* two, BulkConversion* four,
@@ -144,6 +199,13 @@ static BulkConversion* ForWidth(std::size_t width, BulkConversion* one, BulkConv
 // it has no rule for two tags that are equal.
 BulkConversion* FindBulkConversion(uint16_t sourceTag, uint16_t targetTag) noexcept {
   const Storage source = StorageOf(sourceTag), target = StorageOf(targetTag);
+  const std::size_t targetCell = targetTag == ZR_VT_BOOL ? kBoolCell : static_cast<std::size_t>(target);
+  if (IsNumber(source) && target == Storage::String) {
+    return IsTime(sourceTag) ? nullptr : kWriteTexts[static_cast<std::size_t>(source)];
+  }
+  if (source == Storage::String && IsNumber(target)) {
+    return RuleOf(sourceTag, targetTag) == Rule::Parse ? kParseTexts[targetCell] : nullptr;
+  }
   if (!IsNumber(source) || !IsNumber(target)) return nullptr;
   const std::size_t width = TagOf(targetTag).width;
   BulkConversion* const copy = ForWidth(width, CopyBits<1>, CopyBits<2>, CopyBits<4>, CopyBits<8>);
@@ -156,8 +218,7 @@ BulkConversion* FindBulkConversion(uint16_t sourceTag, uint16_t targetTag) noexc
   if (IsDirect(variantTag, targetTag)) return copy;
   switch (RuleOf(variantTag, targetTag)) {
     case Rule::Range:
-      return kLoops[static_cast<std::size_t>(source)]
-                   [targetTag == ZR_VT_BOOL ? kBoolCell : static_cast<std::size_t>(target)];
+      return kLoops[static_cast<std::size_t>(source)][targetCell];
     case Rule::Word:
       return copy;
     case Rule::Truncate:

@@ -163,16 +163,16 @@ static void Store(Target number, ZRVARIANTVALUE& value) noexcept {
   value = whole;
 }
 
-// The parsed number is stored first, so it is in `value` after a failure, too. Then words are tried. For a real target
+// The parsed number is stored first, so it is in `number` after a failure, too. Then words are tried. For a real target
 // "FALSE" is a number already, without digits and ended by its suffix 'F'; the result is 0 either way.
 template <class Target>
-static ZRRESULT ParseNumber(ZRSTR text, ZRVARIANTVALUE& value) {
+ZRRESULT ParseNumber(ZRSTR text, Target& number) {
   const CParsed<Target> parsed = Parse<Target>(ViewOf(text));
-  Store(parsed.number, value);
+  number = parsed.number;
   if (parsed.isWhole) return parsed.isClamped ? ZR_R_FAILED : ZR_R_OK;
   const int word = NumberOfWord(text);
   if (word < 0) return ZR_R_FAILED;
-  Store(static_cast<Target>(word), value);
+  number = static_cast<Target>(word);
   return ZR_R_OK;
 }
 
@@ -194,8 +194,12 @@ ZRRESULT ToNumber(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {
     case Rule::FirstBytes:
       (void)ZrReadBlobPos(source.Value.blob, &value, 0, sizeof(Target));
       return ZR_R_OK;  // a short read is a success, and without any bytes the number stays 0
-    case Rule::Parse:
-      return ParseNumber<Target>(source.Value.string, value);
+    case Rule::Parse: {
+      Target number;
+      const ZRRESULT result = ParseNumber(source.Value.string, number);
+      Store(number, value);
+      return result;
+    }
     default:
       return ZR_R_NOT_SUPPORTED;  // rules of other columns
   }
@@ -211,6 +215,17 @@ template ZRRESULT ToNumber<uint32_t>(Rule rule, const ZRVARIANT& source, ZRVARIA
 template ZRRESULT ToNumber<uint64_t>(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
 template ZRRESULT ToNumber<float>(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
 template ZRRESULT ToNumber<double>(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
+
+template ZRRESULT ParseNumber(ZRSTR text, int8_t& number);
+template ZRRESULT ParseNumber(ZRSTR text, int16_t& number);
+template ZRRESULT ParseNumber(ZRSTR text, int32_t& number);
+template ZRRESULT ParseNumber(ZRSTR text, int64_t& number);
+template ZRRESULT ParseNumber(ZRSTR text, uint8_t& number);
+template ZRRESULT ParseNumber(ZRSTR text, uint16_t& number);
+template ZRRESULT ParseNumber(ZRSTR text, uint32_t& number);
+template ZRRESULT ParseNumber(ZRSTR text, uint64_t& number);
+template ZRRESULT ParseNumber(ZRSTR text, float& number);
+template ZRRESULT ParseNumber(ZRSTR text, double& number);
 
 // A number is converted as to an unsigned byte first. So 256 is out of range and not true, and -1 is refused.
 ZRRESULT ToBool(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value) {

@@ -20,7 +20,6 @@
 #include "blobs/blob_handle.h"
 #include "text/code_units.h"
 #include "text/counted_string.h"
-#include "text/decimal_digits.h"
 #include "text/real_text.h"
 #include "time/date_time.h"
 #include "time/date_time_text.h"
@@ -37,22 +36,6 @@ static ZRSTR BooleanText(uint8_t boolean) noexcept {
   static constexpr auto kTrue = WideLiteral("TRUE");
   static constexpr auto kFalse = WideLiteral("FALSE");
   return boolean != 0 ? NewWord(kTrue) : NewWord(kFalse);
-}
-
-static ZRSTR IntegerText(uint64_t magnitude, bool isNegative = false) noexcept {
-  const std::size_t length = CountLongDecimalDigits(magnitude) + (isNegative ? 1 : 0);
-  ZRSTR string = AllocateText(length);
-  if (string == nullptr) return nullptr;
-  WriteDecimalBackwards(string + length, magnitude);
-  if (isNegative) string[0] = '-';
-  return string;
-}
-
-// The magnitude is computed in unsigned arithmetic, since the smallest number has no positive counterpart: 0 - bits is
-// the magnitude modulo 2^64.
-static ZRSTR SignedText(int64_t value) noexcept {
-  const auto bits = static_cast<uint64_t>(value);
-  return value < 0 ? IntegerText(0 - bits, true) : IntegerText(bits);
 }
 
 // With fractions of a second.
@@ -75,26 +58,26 @@ static ZRSTR PayloadText(uint16_t tag, const ZRVARIANTVALUE& from) {
     case ZR_VT_BOOL:
       return BooleanText(from.boolean);
     case ZR_VT_I1:
-      return SignedText(from.i1);
+      return NewIntegerText(int32_t{from.i1});
     case ZR_VT_I2:
-      return SignedText(from.i2);
+      return NewIntegerText(int32_t{from.i2});
     case ZR_VT_I4:
-      return SignedText(from.i4);
+      return NewIntegerText(from.i4);
     case ZR_VT_I8:
     case ZR_VT_CY:
-      return SignedText(from.i8);
+      return NewIntegerText(from.i8);
     case ZR_VT_UI1:
     case ZR_VT_BYTE:
-      return IntegerText(from.ui1);
+      return NewIntegerText(uint32_t{from.ui1});
     case ZR_VT_UI2:
     case ZR_VT_WORD:
-      return IntegerText(from.ui2);
+      return NewIntegerText(uint32_t{from.ui2});
     case ZR_VT_UI4:
     case ZR_VT_DWORD:
-      return IntegerText(from.ui4);
+      return NewIntegerText(from.ui4);
     case ZR_VT_UI8:
     case ZR_VT_QWORD:
-      return IntegerText(from.ui8);
+      return NewIntegerText(from.ui8);
     case ZR_VT_R4:
       return NewFixedText(double{from.r4});
     case ZR_VT_R8:
