@@ -33,6 +33,16 @@ static uint32_t CheckedEnd(uint32_t start, uint32_t count) {
   return start + count;
 }
 
+// memcpy for the bytes that a caller adds. For a single byte, which callers add in loops, a call of memcpy would cost
+// as much as the rest of the operation.
+static void CopyAdded(uint8_t* to, const void* source, uint32_t count) noexcept {
+  if (count == 1) {
+    *to = *static_cast<const uint8_t*>(source);
+  } else {
+    std::memcpy(to, source, count);
+  }
+}
+
 // ---- Making and freeing --------------------------------------------------------------------------------------------
 
 // With bytes, the position is at the end, so that a write appends. Without bytes, it is at the start, so that a write
@@ -141,7 +151,7 @@ ZRRESULT ZrBlobBlock::Write(const void* source, uint32_t count) {
   if (position > length) return ZR_R_INVALID_ARGUMENTS;
   const uint32_t end = CheckedEnd(position, count);
   EnsureCapacity(end);
-  std::memcpy(bytes + position, source, count);
+  CopyAdded(bytes + position, source, count);
   position = end;
   length = std::max(length, end);
   return ZR_R_OK;
@@ -161,7 +171,7 @@ ZRRESULT ZrBlobBlock::Insert(uint32_t offset, const void* source, uint32_t count
 void ZrBlobBlock::Append(const void* source, uint32_t count) {
   const uint32_t end = CheckedEnd(length, count);
   EnsureCapacity(end);
-  std::memcpy(bytes + length, source, count);
+  CopyAdded(bytes + length, source, count);
   length = end;
 }
 

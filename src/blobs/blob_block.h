@@ -77,7 +77,8 @@ struct ZrBlobBlock {
     if (needed > capacity) [[unlikely]]
       Grow(needed);
   }
-  void Grow(uint32_t needed);
+  // Not inlined: the registers that it needs would be saved by every call that appends or writes.
+  [[gnu::noinline]] void Grow(uint32_t needed);
   void Free() noexcept;
 };
 static_assert(offsetof(ZrBlobBlock, capacity) == 4 && offsetof(ZrBlobBlock, position) == 8 &&
