@@ -16,3 +16,13 @@ inline constexpr uint32_t kNoThread = 0xFFFFFFFF;
 // Returns an identifier of the calling thread that no other living thread of the process has. The system may give the
 // identifier of a thread that has ended to a new one.
 [[nodiscard]] uint32_t PlatformThreadId() noexcept;
+
+// The same, but as cheap as the compiler can make it: where it can, one instruction reads the address of the thread's
+// local storage. Never 0. The two identifiers have nothing to do with each other.
+[[nodiscard]] inline std::uintptr_t PlatformThreadWord() noexcept {
+#if defined(__ELF__)
+  return reinterpret_cast<std::uintptr_t>(__builtin_thread_pointer());
+#else
+  return PlatformThreadId();
+#endif
+}

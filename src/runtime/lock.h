@@ -24,8 +24,8 @@
 #include <cassert>
 #include <cstdint>
 #include <mutex>
-#include <thread>
 
+#include "platform/scheduling.h"
 #include "runtime/thread_annotations.h"
 #include "zrcore/lock.h"
 
@@ -36,7 +36,7 @@ struct ZR_CAPABILITY("lock") tagZRCRITICALSECTION {
 
   // Throws std::system_error if the system can't lock a mutex.
   void Enter() ZR_ACQUIRE() ZR_UNCHECKED {
-    const std::thread::id self = std::this_thread::get_id();
+    const std::uintptr_t self = PlatformThreadWord();
     if (owner_.load(std::memory_order_relaxed) != self) {
       mutex_.lock();
       owner_.store(self, std::memory_order_relaxed);
@@ -45,7 +45,7 @@ struct ZR_CAPABILITY("lock") tagZRCRITICALSECTION {
   }
 
   [[nodiscard]] bool TryEnter() ZR_TRY_ACQUIRE(true) ZR_UNCHECKED {
-    const std::thread::id self = std::this_thread::get_id();
+    const std::uintptr_t self = PlatformThreadWord();
     if (owner_.load(std::memory_order_relaxed) != self) {
       if (!mutex_.try_lock()) return false;
       owner_.store(self, std::memory_order_relaxed);
@@ -57,21 +57,21 @@ struct ZR_CAPABILITY("lock") tagZRCRITICALSECTION {
   // The calling thread must be the owner. This is not checked: otherwise the behaviour is undefined.
   void Leave() ZR_RELEASE() ZR_UNCHECKED {
     if (--depth_ != 0) return;
-    owner_.store(std::thread::id(), std::memory_order_relaxed);
+    owner_.store(kNoOwner, std::memory_order_relaxed);
     mutex_.unlock();
   }
 
   // Whether the calling thread holds the lock.
-  [[nodiscard]] bool IsOwn() const noexcept {
-    return owner_.load(std::memory_order_relaxed) == std::this_thread::get_id();
-  }
+  [[nodiscard]] bool IsOwn() const noexcept { return owner_.load(std::memory_order_relaxed) == PlatformThreadWord(); }
 
   // For the body of a lambda, which clang analyses without the locks of the function around it.
   void AssertHeld() const noexcept ZR_ASSERT_HELD { assert(IsOwn()); }
 
  private:
+  static constexpr std::uintptr_t kNoOwner = 0;
+
   std::mutex mutex_;
-  std::atomic<std::thread::id> owner_{};
+  std::atomic<std::uintptr_t> owner_{kNoOwner};
   uint32_t depth_ = 0;
 };
 
