@@ -52,16 +52,6 @@ static ZRRESULT CreateFromText(const WCHAR* text, int32_t length, ZRSTR* string)
   return *string != nullptr ? ZR_R_OK : ZR_R_NO_MEMORY;
 }
 
-// memcmp compares bytes, not units: callers rely on this order, in which U+0100 (00 01) comes before U+00FF (FF 00) on
-// a little-endian machine.
-int32_t CompareStrings(ZRSTR left, ZRSTR right) noexcept {
-  const uint32_t leftBytes = StringByteLen(left), rightBytes = StringByteLen(right);
-  const uint32_t common = std::min(leftBytes, rightBytes);
-  const int order = common != 0 ? std::memcmp(left, right, common) : 0;
-  if (order != 0) return order;
-  return leftBytes == rightBytes ? 0 : leftBytes < rightBytes ? -1 : 1;
-}
-
 // ---- Creating ------------------------------------------------------------------------------------------------------
 
 ZRSTR ZrCreateString(const WCHAR* text) noexcept {

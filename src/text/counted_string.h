@@ -20,6 +20,7 @@
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <utility>
 
 #include "runtime/heap.h"
@@ -109,7 +110,17 @@ inline void ReleaseString(ZRSTR string) noexcept {
 
 // ZrCompareString without the check of its arguments. Compares bytes; if one string is the beginning of the other, the
 // shorter one comes first; null is empty.
-[[nodiscard]] int32_t CompareStrings(ZRSTR left, ZRSTR right) noexcept;
+//
+// memcmp compares bytes, not units: callers rely on this order, in which U+0100 (00 01) comes before U+00FF (FF 00) on
+// a little-endian machine.
+[[nodiscard]] inline int32_t CompareStrings(ZRSTR left, ZRSTR right) noexcept {
+  const uint32_t leftBytes = StringByteLen(left), rightBytes = StringByteLen(right);
+  // Before the call of memcmp, so that only the result and not both lengths must outlive it.
+  const int32_t byLength = leftBytes == rightBytes ? 0 : leftBytes < rightBytes ? -1 : 1;
+  const uint32_t common = byLength < 0 ? leftBytes : rightBytes;
+  const int order = common != 0 ? std::memcmp(left, right, common) : 0;
+  return order != 0 ? order : byLength;
+}
 
 // Owns one reference on a counted string and releases it at the end of the scope. Null stays null: unlike ZrCopyString,
 // Share of null doesn't make the shared empty string.
