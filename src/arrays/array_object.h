@@ -29,8 +29,8 @@
 class CZrSafeArrayElement final : public HeapObject {
  public:
   // Create makes an array of empty elements; it reads the first record of `bounds` even if `dimensions` is 0, and
-  // ignores flags in `tag`. Clone copies the elements; if the source has no bounds, the new object has no descriptor,
-  // and it must be destroyed. Release the object with delete.
+  // ignores flags in `tag`. Clone copies the elements of an object that has a descriptor; if it has no bounds, the new
+  // object has no descriptor, and it must be destroyed. Release the object with delete.
   //
   // If the block of the object can't be allocated, they throw std::bad_alloc. The constructors are noexcept: if the
   // storage or an element can't be allocated, the process terminates. Both are part of the contract.
@@ -38,8 +38,7 @@ class CZrSafeArrayElement final : public HeapObject {
     return new (dimensions) CZrSafeArrayElement(tag, dimensions, bounds);
   }
   [[nodiscard]] static CZrSafeArrayElement* Clone(const CZrSafeArrayElement& source) {
-    const uint32_t dimensions = source.descriptor_ != nullptr ? source.descriptor_->dimensions : 0;
-    return new (dimensions) CZrSafeArrayElement(source);
+    return new (source.descriptor_->dimensions) CZrSafeArrayElement(source);
   }
   CZrSafeArrayElement& operator=(const CZrSafeArrayElement&) = delete;
   virtual ~CZrSafeArrayElement();  // Fixed by contract: virtual.
