@@ -1,4 +1,5 @@
-"""Prints the medians of a benchmark run as one table: for each operation ZrCore, its fastest peer and the lower bounds.
+"""Prints the medians of a benchmark run as tables, one per unit: for each operation ZrCore, its best peer and the lower
+bounds.
 
   python3 benchmarks/print_table.py FILE
 
@@ -6,91 +7,59 @@
 
 For an operation of the C++ layer, ZrCore's column shows the layer, and the peer is the same work by hand.
 
-A row in which ZrCore is slower than the fastest peer is red on a terminal. Otherwise, or if NO_COLOR is set, it ends
-with "!". The layer and the work by hand make the same calls, so their times differ by noise: only a layer that is more
+A row whose ratio, as it is printed, is above 1 is red on a terminal. Otherwise, or if NO_COLOR is set, it ends with "!". The layer and the work by hand make the same calls, so their times differ by noise: only a layer that is more
 than 5 % slower is marked.
 
 Exit status: 0 the table was printed, 1 wrong usage, or the file can't be read or contains a row that failed.
 """
 
-import json
 import os
-import re
-import statistics
 import sys
 
-OURS = "ZrCore"
-LAYER = "zr layer"            # the library name of the C++ layer
-LOWER_BOUND = "lower bound"   # the library name of the rows that are not a library; it may be followed by a remark
+import results
+from results import number
+
+HEAD = ("operation", "ZrCore", "best peer", "best peer's name", "ratio", "lower bound")
+TEXT_COLUMNS = (0, 3)
 
 
-def medians(run):
-    """Returns {operation: {library: ns}} in the order in which the program registers its rows.
-
-    A row that reports an error ends the program.
-    """
-    samples = {}
-    for entry in sorted(run["benchmarks"], key=lambda entry: entry["family_index"]):   # they are listed as they ran
-        if entry.get("error_occurred"):
-            sys.exit(f"print_table.py: the row {entry['name']} failed: {entry.get('error_message', 'no reason given')}")
-        if entry["run_type"] != "iteration":
-            continue
-        # Google Benchmark appends how it measured, for example "/real_time/threads:2".
-        name = re.sub(r"(/real_time|/(threads|repeats|iterations):\d+|/min_time:[\d.]+)*$", "", entry["run_name"])
-        operation, _, library = name.partition("/")
-        threads = entry["threads"]
-        # With several threads Google Benchmark divides the wall time by their number. The table shows the time of one.
-        time = entry["real_time"] * threads if threads > 1 else entry["cpu_time"]
-        samples.setdefault(operation, {}).setdefault(library, []).append(time)
-    return {
-        operation: {library: statistics.median(times) for library, times in libraries.items()}
-        for operation, libraries in samples.items()
-    }
+def line(operation):
+    """One line of the table, and whether ZrCore, or the layer, needs more than the best peer."""
+    medians = operation.medians()
+    best, ratio = operation.best_peer(), operation.ratio()
+    lower_bounds = [value for library, value in medians.items() if library.startswith(results.LOWER_BOUND)]
+    limit = 1.05 if operation.ours() == results.LAYER else 1
+    return (operation.name, number(medians.get(operation.ours())), number(medians.get(best)), best or "-",
+            f"{ratio:.2f}" if ratio is not None else "-",
+            " / ".join(map(number, lower_bounds)) or "-"), ratio is not None and round(ratio, 2) > limit
 
 
-def number(value):
-    if value is None:
-        return "-"
-    return f"{value:.2f}" if value < 10 else f"{value:.1f}" if value < 100 else f"{value:.0f}"
-
-
-def rows(table):
-    """Yields one row per operation, and whether ZrCore, or the layer, is slower than the fastest peer.
-
-    A library whose name has a remark in parentheses does less work than ZrCore, so it is not compared.
-    """
-    for operation, libraries in table.items():
-        name = LAYER if LAYER in libraries else OURS
-        ours = libraries.get(name)
-        lower_bounds = [time for library, time in libraries.items() if library.startswith(LOWER_BOUND)]
-        peers = {library: time for library, time in libraries.items()
-                 if library != name and not library.startswith(LOWER_BOUND) and "(" not in library}
-        best = min(peers, key=peers.get, default=None)
-        ratio = ours / peers[best] if ours and best else None
-        limit = 1.05 if name == LAYER else 1
-        yield (operation, number(ours), number(peers.get(best)), best or "-", number(ratio),
-               " / ".join(map(number, lower_bounds)) or "-"), ratio is not None and ratio > limit
+def print_table(unit, operations):
+    on_terminal = sys.stdout.isatty() and "NO_COLOR" not in os.environ
+    head = tuple(f"{title}, {unit}" if at in (1, 2, 5) else title for at, title in enumerate(HEAD))
+    lines = [(head, False)] + [line(operation) for operation in operations]
+    widths = [max(len(cells[i]) for cells, _ in lines) for i in range(len(HEAD))]
+    for cells, is_worse in lines:
+        text = "  ".join(cell.ljust(width) if i in TEXT_COLUMNS else cell.rjust(width)
+                         for i, (cell, width) in enumerate(zip(cells, widths)))
+        if is_worse and on_terminal:
+            text = f"\033[1;31m{text}\033[0m"
+        print(text + (" !" if is_worse and not on_terminal else ""))
+    print()
 
 
 def main():
     if len(sys.argv) != 2:
         sys.exit("usage: python3 benchmarks/print_table.py FILE")
-    with open(sys.argv[1], encoding="utf-8") as file:
-        table = medians(json.load(file))
-    on_terminal = sys.stdout.isatty() and "NO_COLOR" not in os.environ
-    head = ("operation", "ZrCore ns", "best peer ns", "best peer", "ratio", "lower bound ns")
-    lines = [(head, False)] + list(rows(table))
-    widths = [max(len(cells[i]) for cells, _ in lines) for i in range(len(head))]
-    left = (0, 3)   # the columns of text
-    for cells, is_slower in lines:
-        text = "  ".join(cell.ljust(width) if i in left else cell.rjust(width)
-                         for i, (cell, width) in enumerate(zip(cells, widths)))
-        if is_slower and on_terminal:
-            text = f"\033[1;31m{text}\033[0m"
-        print(text + (" !" if is_slower and not on_terminal else ""))
-    print("\nMedians of processor time; for rows with two threads, of the wall time of one thread.\n"
+    operations = results.operations_in(results.load(sys.argv[1])).values()
+    for unit in dict.fromkeys(operation.unit for operation in operations):
+        print_table(unit, [operation for operation in operations if operation.unit == unit])
+    print("Medians. The unit ns means processor time; for rows with two threads, the wall time of one thread.\n"
           "Lower bounds: the least work that does the job / with the calls, locks and blocks that the contract needs.")
 
 
 if __name__ == "__main__":
-    main()
+    try:
+        main()
+    except results.Failure as failure:
+        sys.exit(f"print_table.py: {failure}")

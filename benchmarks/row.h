@@ -8,12 +8,12 @@
 //   - The C++ layer is compared with calls of the C boundary: its library names are "zr layer" and "by hand". Their
 //     operations begin with "layer: ".
 //   - A row that creates a value also destroys it. Pass every result to Consume: it keeps the compiler from removing
-//   the
-//     work or moving it out of the loop.
+//     the work or moving it out of the loop.
 //   - The callable must own the data it works on, by value or by shared pointer. It is called as const. On two threads
 //     both call the same callable: data that it changes without synchronisation is a data race.
 //
-// Each family of rows is one file with one function, which is declared below and called by main.cpp.
+// Each family of rows is one file with one function, which is declared below and called by main.cpp. The name of the
+// family is the label of its rows.
 
 #pragma once
 
@@ -30,12 +30,15 @@ void ArrayConversionRows();
 void ArrayRows();
 void BlobRows();
 void CallRows();
+void ConversionPeakRows();
 void StringRows();
 void UnicodeRows();
 void UuidRows();
 void MemoryRows();
+void ObjectSizeRows();
 void ReferenceRows();
 void ResultCodeRows();
+void StartUpRows();
 void TimeRows();
 void VariantConversionRows();
 void VariantRows();
@@ -60,14 +63,18 @@ inline void Require(bool claim, const char* text) {
   std::exit(2);
 }
 
+inline std::string g_family;  // of the rows that are registered from now on
+
 // Registers a row whose `measure` contains the measured loop. Most rows need only Row.
 template <class Measure>
 benchmark::internal::Benchmark* RegisterRow(const std::string& operation, const std::string& library, Measure measure) {
-  return benchmark::RegisterBenchmark((operation + "/" + library).c_str(),
-                                      [measure = std::move(measure), runs = CRunCounter()](auto& state) mutable {
-                                        std::as_const(measure)(state);
-                                        runs.Count(state);
-                                      });
+  return benchmark::RegisterBenchmark(
+      (operation + "/" + library).c_str(),
+      [measure = std::move(measure), family = g_family, runs = CRunCounter()](auto& state) mutable {
+        std::as_const(measure)(state);
+        if (state.thread_index() == 0) state.SetLabel(family);
+        runs.Count(state);
+      });
 }
 
 template <class Operation>

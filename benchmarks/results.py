@@ -1,0 +1,113 @@
+"""Reads the results of zrcore_benchmarks, for the scripts of this folder.
+
+In these scripts, an operation is what is measured, such as "lock enter+leave". Each library has a row for it.
+"""
+
+import json
+import re
+import statistics
+
+OURS = "ZrCore"
+LAYER = "zr layer"            # the library name of the C++ layer
+LOWER_BOUND = "lower bound"   # the library name of the rows that are not a library; it may be followed by a remark
+
+# The unit of a row that is not a time is the name of a counter of Google Benchmark. For all units, less is better.
+COUNTER_UNITS = ("us", "bytes", "KiB", "MiB", "relocations", "constructors")
+
+
+SHORTEST_NS = 1e6   # tools/bench asks for repetitions of at least 20 ms
+
+
+class Failure(Exception):
+    """The results can't be used; the text says why."""
+
+
+class Operation:
+    """What several libraries do: `rows` has the values of all repetitions by library, ZrCore first if it has a row."""
+
+    def __init__(self, name, family, unit):
+        self.name, self.family, self.unit = name, family, unit
+        self.rows = {}
+        self.too_short = set()   # libraries whose repetitions took almost no time
+
+    def medians(self):
+        return {library: statistics.median(values) for library, values in self.rows.items()}
+
+    def ours(self):
+        """The library name of ZrCore's row: the layer's if the operation compares the layer with the work by hand."""
+        return LAYER if LAYER in self.rows else OURS
+
+    def best_peer(self):
+        """The name of the best peer, or None.
+
+        A library whose name has a remark in parentheses does less work than ZrCore, so it is not compared.
+        """
+        medians = self.medians()
+        peers = [library for library in medians
+                 if library != self.ours() and not library.startswith(LOWER_BOUND) and "(" not in library]
+        return min(peers, key=medians.get, default=None)
+
+    def ratio(self):
+        """ZrCore's median divided by the best peer's, or None."""
+        best, medians = self.best_peer(), self.medians()
+        return medians[self.ours()] / medians[best] if best and medians[best] and self.ours() in medians else None
+
+
+def value_of(entry):
+    for unit in COUNTER_UNITS:
+        if unit in entry:
+            return entry[unit], unit
+    # With several threads Google Benchmark divides the wall time by their number. The result is the time of one.
+    threads = entry["threads"]
+    return (entry["real_time"] * threads if threads > 1 else entry["cpu_time"]), "ns"
+
+
+def is_too_short(entry, value, unit):
+    """Whether the program chose far too few iterations.
+
+    It chooses them by a first attempt. If the machine stops the program in that moment for longer than a repetition
+    should take, all repetitions have one iteration.
+    """
+    return unit == "ns" and "/iterations:" not in entry["run_name"] and value * entry["iterations"] < SHORTEST_NS
+
+
+def operations_in(run, chosen=""):
+    """The operations of a run in the order in which the program registers its rows, by name.
+
+    Only the rows that match the regular expression `chosen`, as the program chooses them.
+    """
+    operations = {}
+    for entry in sorted(run["benchmarks"], key=lambda entry: entry["family_index"]):   # they are listed as they ran
+        if entry.get("error_occurred"):
+            raise Failure(f"the row {entry['name']} failed: {entry.get('error_message', 'no reason given')}")
+        if entry["run_type"] != "iteration" or not re.search(chosen, entry["run_name"]):
+            continue
+        # Google Benchmark appends how it measured, for example "/real_time/threads:2".
+        name = re.sub(r"(/real_time|/(threads|repeats|iterations):\d+|/min_time:[\d.]+)*$", "", entry["run_name"])
+        name, _, library = name.partition("/")
+        value, unit = value_of(entry)
+        operation = operations.setdefault(name, Operation(name, entry.get("label") or "All operations", unit))
+        operation.rows.setdefault(library, []).append(value)
+        if is_too_short(entry, value, unit):
+            operation.too_short.add(library)
+    return operations
+
+
+def load(path):
+    """A run as Google Benchmark wrote it."""
+    try:
+        with open(path, encoding="utf-8") as file:
+            run = json.load(file)
+        operations_in(run)
+        return run
+    except (OSError, ValueError, KeyError, TypeError, AttributeError) as error:
+        raise Failure(f"{path} doesn't have results of the benchmarks: {error!r}") from error
+
+
+def number(value):
+    """Three digits, or more before the point; "-" for None."""
+    if value is None:
+        return "-"
+    if value == int(value):
+        return f"{value:.0f}"
+    return f"{value:.2f}" if value < 10 else f"{value:.1f}" if value < 100 else f"{value:.0f}"
