@@ -1,0 +1,202 @@
+"""Writes the results of a benchmark run as one HTML page with charts, and on request as a part of the documents.
+
+  python3 benchmarks/write_report.py RESULTS REPORT
+  python3 benchmarks/write_report.py --publish RESULTS DOCUMENT CHART
+
+  RESULTS    the results of zrcore_benchmarks as JSON
+  REPORT     the HTML file to write. It needs no other file, and no scripts.
+  DOCUMENT   a Markdown file; the text between its comments "figures: begin" and "figures: end" is replaced
+  CHART      the SVG file to write, to which the document links
+
+Needs matplotlib, Debian's package python3-matplotlib.
+
+Exit status: 0 written, 1 a file can't be used, 2 wrong usage.
+"""
+
+import html
+import os
+import sys
+
+import charts
+import results
+from results import number
+
+STYLE = """
+:root { color-scheme: light dark; --page: #ffffff; --text: #1b1f24; --soft: #57606a; %(light)s }
+@media (prefers-color-scheme: dark) { :root { --page: #14181d; --text: #e4e8ec; --soft: #a3adb8; %(dark)s } }
+@media print { :root { --page: #ffffff; --text: #000000; --soft: #333333; %(light)s } nav { display: none } }
+body { background: var(--page); color: var(--text); font: 15px/1.45 system-ui, sans-serif; margin: 2rem auto;
+       max-width: 90rem; padding: 0 1rem }
+a { color: inherit }
+dl { display: grid; grid-template-columns: max-content auto; gap: .15rem 1.2rem }
+dt { color: var(--soft) }
+dd { margin: 0 }
+nav ul { columns: 14rem; padding-left: 1.2rem }
+section { break-before: auto; margin-top: 2.5rem }
+.pair { display: grid; grid-template-columns: repeat(auto-fit, minmax(min(34rem, 100%%), 1fr)); gap: 1rem 2rem;
+        align-items: start }
+.pair + .pair { margin-top: 1.5rem }
+.table { overflow-x: auto }
+figure { margin: 0; break-inside: avoid }
+svg { display: block; width: 100%%; max-width: 48rem; height: auto }
+table { border-collapse: collapse; font-size: 13px; font-variant-numeric: tabular-nums }
+caption { text-align: left; color: var(--soft); padding-bottom: .4rem }
+th, td { padding: .1rem .6rem; text-align: right }
+th:first-child { text-align: left; font-weight: normal }
+th.operation { font-weight: bold; padding-top: .5rem; border-top: 1px solid var(--grid) }
+tr { break-inside: avoid }
+tr.ours th, tr.ours td { font-weight: bold; color: var(--ours) }
+tr.bound th, tr.bound td { color: var(--bound) }
+.key { display: inline-block; width: .8em; height: .8em; margin: 0 .3em 0 1em }
+""" % {"light": charts.LIGHT, "dark": charts.DARK}
+
+INTRODUCTION = """<p>Medians of all repetitions. For all figures, less is better. A bar's colour:
+<span class="key" style="background: var(--ours)"></span>ZrCore or its C++ layer
+<span class="key" style="background: var(--peer)"></span>another library, or the same work by hand
+<span class="key" style="background: var(--bound)"></span>the lower bound: the least work that does the job; "by contract"
+adds the calls, locks and blocks that the library's contract requires.</p>
+<p>A remark in parentheses after a library means that it does less work than ZrCore: it is shown, and ZrCore is not
+compared with it. Nanoseconds are processor time, and for rows with two threads the wall time of one thread.</p>"""
+
+
+LONGEST_CHART = 42   # bars
+
+
+def machine(run):
+    """What a reader must know of the run, as (title, text)."""
+    context = run.get("context", {})
+    loads = context.get("load_avg", [])
+    repetitions = max((entry.get("repetitions", 1) for entry in run["benchmarks"]), default=1)
+    facts = [("Date", context.get("date")), ("Commit", context.get("commit")),
+             ("Processor", context.get("processor")), ("Cores", context.get("num_cpus")),
+             ("System", context.get("system")), ("Kernel", context.get("kernel")),
+             ("Compiler", context.get("compiler")), ("Peers", context.get("peers")),
+             ("Load average at the start", ", ".join(f"{load:.2f}" for load in loads[:3])),
+             ("Repetitions", repetitions)]
+    return [(title, str(text) if text else "not recorded") for title, text in facts]
+
+
+def groups(operations):
+    """Lists of operations of the same family and unit, with their title."""
+    found = {}
+    for operation in operations:
+        found.setdefault((operation.family, operation.unit), []).append(operation)
+    several = {family for family, _ in found if sum(1 for other, _ in found if other == family) > 1}
+    for (family, unit), members in found.items():
+        yield f"{family}, {unit}" if family in several else family, members
+
+
+def parts(operations):
+    """Splits a list of operations, so that no chart is longer than a printed page."""
+    part, bars = [], 0
+    for operation in operations:
+        if part and bars + len(operation.rows) > LONGEST_CHART:
+            yield part
+            part, bars = [], 0
+        part.append(operation)
+        bars += len(operation.rows) + 1
+    yield part
+
+
+def table(title, operations):
+    unit = operations[0].unit
+    lines = [f"<table><caption>{html.escape(title)}, {unit}. The ratio is ZrCore divided by the library.</caption>",
+             '<thead><tr><th scope="col">Library</th><th scope="col">Median</th><th scope="col">Least</th>'
+             '<th scope="col">Most</th><th scope="col">Ratio</th></tr></thead>']
+    for operation in operations:
+        lines.append(f'<tbody><tr><th class="operation" colspan="5" scope="rowgroup">{html.escape(operation.name)}'
+                     "</th></tr>")
+        medians = operation.medians()
+        ours = medians.get(operation.ours())
+        for library, values in operation.rows.items():
+            kind = (' class="ours"' if library == operation.ours()
+                    else ' class="bound"' if library.startswith(results.LOWER_BOUND) else "")
+            ratio = f"{ours / medians[library]:.2f}" if ours is not None and medians[library] else "-"
+            lines.append(f'<tr{kind}><th scope="row">{html.escape(library)}</th><td>{number(medians[library])}</td>'
+                         f"<td>{number(min(values))}</td><td>{number(max(values))}</td><td>{ratio}</td></tr>")
+        lines.append("</tbody>")
+    return "\n".join(lines + ["</table>"])
+
+
+def page(run):
+    operations = list(results.operations_in(run).values())
+    sections, links = [], []
+    for index, (title, members) in enumerate(groups(operations)):
+        heading = html.escape(title)
+        links.append(f'<li><a href="#family{index}">{heading}</a></li>')
+        sections.append(f'<section id="family{index}"><h2>{heading}</h2>')
+        for part, some in enumerate(parts(members)):
+            first = html.escape(some[0].name)
+            sections.append(f'<div class="pair">\n<figure>{charts.bars(some, f"chart{index}-{part}", title)}</figure>\n'
+                            f'<div class="table" role="region" aria-label="{heading}: {first}" tabindex="0">'
+                            f"{table(title, some)}</div></div>")
+        sections.append("</section>")
+    facts = "\n".join(f"<dt>{html.escape(title)}</dt><dd>{html.escape(text)}</dd>" for title, text in machine(run))
+    return "\n".join([
+        '<!DOCTYPE html>\n<html lang="en-GB"><head><meta charset="utf-8"><title>Benchmarks of ZrCore</title>',
+        '<meta name="viewport" content="width=device-width, initial-scale=1">', f"<style>{STYLE}</style></head><body>",
+        "<h1>Benchmarks of ZrCore</h1>", f"<dl>{facts}</dl>", INTRODUCTION,
+        f"<figure>{charts.overview(operations, 'overview')}</figure>",
+        '<nav aria-label="Families"><ul>', "\n".join(links), "</ul></nav>", "\n".join(sections), "</body></html>\n"])
+
+
+BEGIN, END = "<!-- figures: begin -->", "<!-- figures: end -->"
+
+
+def document_part(run, chart_name):
+    """The dated result as Markdown."""
+    operations = list(results.operations_in(run).values())
+    ratios = [operation.ratio() for operation in operations if operation.ratio() is not None]
+    lines = [BEGIN, "", "| Run | |", "|---|---|"]
+    lines += [f"| {title} | {text} |" for title, text in machine(run)]
+    lines += ["", f"ZrCore needs no more than its best peer in {sum(ratio <= 1 for ratio in ratios)} of {len(ratios)} "
+              "operations:", "", f"![One dot per operation: ZrCore divided by its best peer]({chart_name})"]
+    for title, members in groups(operations):
+        unit = members[0].unit
+        lines += ["", f"### {title}", "",
+                  f"| Operation | ZrCore, {unit} | Best peer, {unit} | Best peer | Ratio | Lower bound, {unit} |",
+                  "|---|---:|---:|---|---:|---:|"]
+        for operation in members:
+            medians, best, ratio = operation.medians(), operation.best_peer(), operation.ratio()
+            bounds = [number(value) for library, value in medians.items() if library.startswith(results.LOWER_BOUND)]
+            lines.append(f"| {operation.name} | {number(medians.get(operation.ours()))} | {number(medians.get(best))} | "
+                         f"{best or '-'} | {f'{ratio:.2f}' if ratio is not None else '-'} | "
+                         f"{' / '.join(bounds) or '-'} |")
+    return "\n".join(lines + ["", END])
+
+
+def write(path, text):
+    with open(path, "w", encoding="utf-8") as file:
+        file.write(text)
+
+
+def publish(run, document, chart):
+    with open(document, encoding="utf-8") as file:
+        text = file.read()
+    if text.count(BEGIN) != 1 or text.count(END) != 1 or text.index(BEGIN) > text.index(END):
+        raise results.Failure(f"{document} doesn't have the comments between which the figures are written")
+    part = document_part(run, os.path.relpath(chart, os.path.dirname(document) or "."))
+    style = (f"<style>svg {{ color: #1b1f24; {charts.LIGHT} }} @media (prefers-color-scheme: dark) "
+             f"{{ svg {{ color: #e4e8ec; {charts.DARK} }} }}</style>")
+    svg = charts.overview(list(results.operations_in(run).values()), "overview", style)
+    write(chart, '<?xml version="1.0" encoding="utf-8"?>\n' + svg)
+    write(document, text[:text.index(BEGIN)] + part + text[text.index(END) + len(END):])
+
+
+def main():
+    arguments = sys.argv[1:]
+    if len(arguments) == 4 and arguments[0] == "--publish":
+        publish(results.load(arguments[1]), *arguments[2:])
+    elif len(arguments) == 2:
+        write(arguments[1], page(results.load(arguments[0])))
+    else:
+        print("usage: write_report.py RESULTS REPORT | --publish RESULTS DOCUMENT CHART", file=sys.stderr)
+        return 2
+    return 0
+
+
+if __name__ == "__main__":
+    try:
+        sys.exit(main())
+    except (results.Failure, OSError) as failure:
+        sys.exit(f"write_report.py: {failure}")
