@@ -6,7 +6,9 @@
 #include "arrays/array_manager.h"
 #include "arrays/array_records.h"
 
-ZRRESULT DestroyArray(ZRSAFEARRAY array) { return g_arrayManager.SafeArrayDestroy(array); }
+// Not inlined: ResetVariant, which calls it, is inlined into every function that replaces a variant, and must stay
+// small for the values that are not arrays.
+[[gnu::noinline]] ZRRESULT DestroyArray(ZRSAFEARRAY array) { return g_arrayManager.SafeArrayDestroy(array); }
 
 ZRRESULT CopyArray(ZRSAFEARRAY source, ZRSAFEARRAY* copy) { return g_arrayManager.SafeArrayCopy(source, copy); }
 

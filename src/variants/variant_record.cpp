@@ -93,7 +93,9 @@ ZRRESULT ReleaseOwned(uint16_t tagWord, ZRVARIANTVALUE value) {
 
 // The tag word is stored first and nothing is stored twice, so an exception from a copy leaves a record that any
 // function accepts: the tag word and a null Value. A by-reference record with the tag 0 loses its address.
-ZRRESULT CopyIntoReset(ZRVARIANT& destination, const ZRVARIANT& source) {
+//
+// Inlined into ZrVariantCopy: for most records the copy takes less time than another call.
+[[gnu::always_inline]] static inline ZRRESULT CopyRecord(ZRVARIANT& destination, const ZRVARIANT& source) {
   const uint16_t tagWord = source.Type;
   const PayloadKind kind = TagOf(tagWord).kind;
   if (IsInline(kind) && !HasFlag(tagWord, ZR_VT_ARRAY)) {
@@ -112,6 +114,8 @@ ZRRESULT CopyIntoReset(ZRVARIANT& destination, const ZRVARIANT& source) {
   destination.Value = isByRef ? source.Value : DuplicatePayload(kind, source.Value);
   return ZR_R_OK;
 }
+
+ZRRESULT CopyIntoReset(ZRVARIANT& destination, const ZRVARIANT& source) { return CopyRecord(destination, source); }
 
 // ---- Copying through an address ------------------------------------------------------------------------------------
 
@@ -188,7 +192,7 @@ ZRRESULT ZrVariantClear(ZRVARIANT* variant) {
 ZRRESULT ZrVariantCopy(ZRVARIANT* destination, const ZRVARIANT* source) {
   if (destination == nullptr || source == nullptr) return ZR_R_INVALID_POINTER;
   ResetVariant(*destination);
-  return CopyIntoReset(*destination, *source);
+  return CopyRecord(*destination, *source);
 }
 
 // References to records are followed up to the first record that holds its value, or that refers to something else than
