@@ -1,7 +1,7 @@
 """Draws the results of the benchmarks as SVG, by matplotlib.
 
-The charts have no colours of their own: they use the CSS variables --ours, --peer, --bound and --grid, and the colour of
-the surrounding text. So they fit a dark page and a light one.
+The charts have no colours of their own: they use the CSS variables --ours, --peer, --bound and --grid, and the colour
+of the surrounding text. So they fit a dark page and a light one.
 """
 
 import html

@@ -7,14 +7,15 @@
 
 A row has changed if both of these are true:
 
-  - Its medians differ by more than the noise: for times and resident memory 5 %, or more if the other libraries' rows
-    of the same unit differ by more. 95 % of those rows must differ by less, because nobody changed them. For other
-    figures 0.5 %: they are nearly the same in each run.
-  - The repetitions don't overlap. The slowest quarter of the repetitions is ignored on both sides, because other
-    processes only ever make a repetition slower.
+  - The repetitions of the two runs don't overlap. The slowest quarter of the repetitions is ignored on both sides,
+    because other processes only ever make a repetition slower.
+  - Its medians differ by more than the noise. For times and resident memory, the noise is 5 %, or more if by that rule
+    more than 2 % of the other libraries' rows of the same unit had changed: nobody changed them. A time must also
+    differ by 0.3 ns, about a cycle of the processor. For other figures the noise is 0.5 %, because they are nearly the
+    same in each run.
 
-Only rows of ZrCore and of its C++ layer are listed. Of the other rows, their number and their median change are printed:
-if many have changed, the machine was busy or is another one, and the list means little.
+Only rows of ZrCore and of its C++ layer are listed. Of the other rows, their number and their median change are
+printed: if many have changed, the machine was busy or is another one, and the list means little.
 
 Exit status: 0 no row of ZrCore worsened, 1 a file can't be used, 2 wrong usage, 3 at least one row of ZrCore worsened.
 """
@@ -28,6 +29,7 @@ import results
 from results import number
 
 NOISE = {"ns": 0.05, "us": 0.05, "KiB": 0.05}   # as parts of the old median
+LEAST_NS = 0.3
 LEAST_CONTROLS = 20                             # fewer rows of other libraries say little of the noise
 LEAST_REPETITIONS = 5
 
@@ -48,8 +50,9 @@ def overlap(old, new):
     return old[0] <= new[-1] and new[0] <= old[-1]
 
 
-def has_changed(old, new, noise):
-    return abs(change(old, new)) > noise and not overlap(old, new)
+def has_changed(old, new, unit, noise):
+    is_tiny = unit == "ns" and abs(statistics.median(new) - statistics.median(old)) < LEAST_NS
+    return abs(change(old, new)) > noise and not is_tiny and not overlap(old, new)
 
 
 def is_ours(library):
@@ -86,16 +89,17 @@ class Comparison:
     def noise_of(self, unit):
         if unit not in NOISE:
             return 0.005
-        changes = sorted(abs(change(a, b)) for a, b, of in self.controls.values() if of == unit)
-        seen = changes[int(len(changes) * 0.95)] if len(changes) >= LEAST_CONTROLS else 0.0
-        return max(NOISE[unit], seen)
+        controls = [(a, b) for a, b, of in self.controls.values() if of == unit]
+        changes = sorted((abs(change(a, b)) for a, b in controls if has_changed(a, b, unit, 0)), reverse=True)
+        allowed = int(len(controls) * 0.02)
+        return max([NOISE[unit]] + (changes[allowed:] if len(controls) >= LEAST_CONTROLS else []))
 
     def change(self, row):
         return change(*self.pairs[row][:2])
 
     def changed(self, row):
         old, new, unit = self.pairs[row]
-        return has_changed(old, new, self.noise[unit])
+        return has_changed(old, new, unit, self.noise[unit])
 
 
 def percent(part):

@@ -7,8 +7,9 @@ bounds.
 
 For an operation of the C++ layer, ZrCore's column shows the layer, and the peer is the same work by hand.
 
-A row whose ratio, as it is printed, is above 1 is red on a terminal. Otherwise, or if NO_COLOR is set, it ends with "!". The layer and the work by hand make the same calls, so their times differ by noise: only a layer that is more
-than 5 % slower is marked.
+A row whose ratio, as it is printed, is above 1 is red on a terminal. Otherwise, or if NO_COLOR is set, it ends with
+"!". The layer and the work by hand make the same calls, so their times differ by noise: only a layer that is more than
+5 % slower is marked.
 
 Exit status: 0 the table was printed, 1 wrong usage, or the file can't be read or contains a row that failed.
 """

@@ -53,8 +53,8 @@ tr.bound th, tr.bound td { color: var(--bound) }
 INTRODUCTION = """<p>Medians of all repetitions. For all figures, less is better. A bar's colour:
 <span class="key" style="background: var(--ours)"></span>ZrCore or its C++ layer
 <span class="key" style="background: var(--peer)"></span>another library, or the same work by hand
-<span class="key" style="background: var(--bound)"></span>the lower bound: the least work that does the job; "by contract"
-adds the calls, locks and blocks that the library's contract requires.</p>
+<span class="key" style="background: var(--bound)"></span>the lower bound: the least work that does the job; "by
+contract" adds the calls, locks and blocks that the library's contract requires.</p>
 <p>A remark in parentheses after a library means that it does less work than ZrCore: it is shown, and ZrCore is not
 compared with it. Nanoseconds are processor time, and for rows with two threads the wall time of one thread.</p>"""
 
@@ -159,9 +159,9 @@ def document_part(run, chart_name):
         for operation in members:
             medians, best, ratio = operation.medians(), operation.best_peer(), operation.ratio()
             bounds = [number(value) for library, value in medians.items() if library.startswith(results.LOWER_BOUND)]
-            lines.append(f"| {operation.name} | {number(medians.get(operation.ours()))} | {number(medians.get(best))} | "
-                         f"{best or '-'} | {f'{ratio:.2f}' if ratio is not None else '-'} | "
-                         f"{' / '.join(bounds) or '-'} |")
+            cells = (operation.name, number(medians.get(operation.ours())), number(medians.get(best)), best or "-",
+                     f"{ratio:.2f}" if ratio is not None else "-", " / ".join(bounds) or "-")
+            lines.append("| " + " | ".join(html.escape(cell, quote=False) for cell in cells) + " |")
     return "\n".join(lines + ["", END])
 
 

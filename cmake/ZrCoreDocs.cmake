@@ -22,11 +22,13 @@ set(DOXYGEN_SORT_MEMBER_DOCS NO)
 set(DOXYGEN_GENERATE_TREEVIEW YES)
 set(DOXYGEN_VERBATIM_HEADERS NO)
 set(DOXYGEN_HAVE_DOT NO)
+set(DOXYGEN_IMAGE_PATH "${PROJECT_SOURCE_DIR}/docs")
 set(DOXYGEN_QUIET YES)
 set(DOXYGEN_WARN_IF_INCOMPLETE_DOC NO)   # a parameter whose name says enough needs no @param
 set(DOXYGEN_WARN_AS_ERROR FAIL_ON_WARNINGS)
 # In the order of the tree view: guides for users first.
 set(documents README.md docs/cpp.md docs/values.md docs/hosts.md docs/modules.md docs/manifests.md docs/python.md
-  docs/debugging.md examples/README.md examples/template/README.md ARCHITECTURE.md CONTRIBUTING.md CHANGELOG.md SECURITY.md)
+  docs/debugging.md docs/benchmarks.md examples/README.md examples/template/README.md ARCHITECTURE.md CONTRIBUTING.md
+  CHANGELOG.md SECURITY.md)
 doxygen_add_docs(docs include/zrcore include/zr include/zrhost ${documents} WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}"
   COMMENT "Writing the reference to ${CMAKE_CURRENT_BINARY_DIR}/html")
