@@ -124,9 +124,10 @@ ZR_AVX512 static inline __m512i PartsOfFour(__m512i numbers) noexcept {  // from
 static constexpr uint32_t kMarksOfTwo = 0x0080C000, kMarksOfThree = 0x008080E0, kMarksOfFour = 0x808080F0;
 
 // Encodes vectors of 16 surrogate pairs, as long as they come. A lane of 32 bits is one pair, the high surrogate in its
-// low half. It becomes the four bytes of the character, so all 64 bytes that are stored count.
+// low half. It becomes the four bytes of the character, so all 64 bytes that are stored count, and the text may end
+// after them.
 ZR_AVX512 static Encoding EncodePairs(Encoding run) noexcept {
-  while (run.IsInside(64)) {
+  while (run.UnitsLeft() >= 32 && run.Space() >= 64) {
     const __m512i pairs = Load(run.at);
     const __m512i tags = _mm512_and_si512(pairs, Each32(0xFC00FC00));
     if (_mm512_cmpneq_epi32_mask(tags, Each32(0xDC00D800)) != 0) break;
@@ -239,12 +240,15 @@ ZR_AVX512 void EncodeAvx512(const WCHAR*& text, const WCHAR* end, unsigned char*
   Encoding rest{text, end, buffer, toEnd};
   while (rest.at < end) {
     const WCHAR* const start = rest.at;
-    if (rest.UnitsLeft() >= 64) {
+    if (IsSurrogate(*start)) {
+      rest = EncodePairs(rest);
+    } else if (rest.UnitsLeft() >= 64) {
       if (*start < 0x80) rest = EncodeAscii(rest);
       if (rest.at != start) continue;
-      rest = *start < 0x800 ? EncodeUpToTwo(rest) : IsSurrogate(*start) ? EncodePairs(rest) : EncodeThrees(rest);
+      rest = *start < 0x800 ? EncodeUpToTwo(rest) : EncodeThrees(rest);
     }
-    if (rest.at == start && !EncodeUpToTwoAtEnd(rest) && !EncodeAny(rest)) break;
+    if (rest.at != start) continue;
+    if ((*start >= 0x800 || !EncodeUpToTwoAtEnd(rest)) && !EncodeAny(rest)) break;
   }
   text = rest.at;
   buffer = rest.to;
