@@ -10,9 +10,11 @@ bool CanRun(Utf8Form form) noexcept {
   __builtin_cpu_init();
 #if !defined(ZRCORE_WITHOUT_AVX512)
   if (form == Utf8Form::Avx512) {
-    return __builtin_cpu_supports("avx512vbmi2") != 0 && __builtin_cpu_supports("avx512vbmi") != 0 &&
-           __builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("avx512vl") != 0 &&
-           __builtin_cpu_supports("bmi2") != 0;
+    // All that ZR_AVX512 allows: a virtual machine may hide any of them.
+    return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
+           __builtin_cpu_supports("avx512vl") != 0 && __builtin_cpu_supports("avx512vbmi") != 0 &&
+           __builtin_cpu_supports("avx512vbmi2") != 0 && __builtin_cpu_supports("popcnt") != 0 &&
+           __builtin_cpu_supports("bmi") != 0 && __builtin_cpu_supports("bmi2") != 0;
   }
 #endif
   if (form == Utf8Form::Avx2) return __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("popcnt") != 0;

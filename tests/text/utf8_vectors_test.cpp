@@ -78,9 +78,9 @@ TEST(Utf8Vectors, ConversionsMatchTheModelInEachForm) {
   }
 }
 
-// ASCII characters follow a truncated sequence at each position around the end of a vector. Blocks of ASCII are counted
-// without a check of each character.
-TEST(Utf8Vectors, DetectATruncatedSequenceBeforeABlockOfAscii) {
+// ASCII characters follow a truncated sequence, or half of a surrogate pair, at each position around the end of a
+// vector. Blocks of ASCII are counted without a check of each character.
+TEST(Utf8Vectors, DetectATruncatedCharacterBeforeABlockOfAscii) {
   WithEachForm([] {
     for (const std::string cut : {"\xC3", "\xE2\x82", "\xF0\x9F\xAA"}) {
       for (size_t place = 56; place < 72; ++place) {
@@ -89,15 +89,21 @@ TEST(Utf8Vectors, DetectATruncatedSequenceBeforeABlockOfAscii) {
         EXPECT_EQ(CheckFromUtf8(bytes, 'b'), "") << cut.size() << " bytes of a sequence at " << place;
       }
     }
+    for (size_t place = 24; place < 72; ++place) {
+      std::vector<WCHAR> units(200, 'a');
+      units[place] = 0xD83D;
+      EXPECT_EQ(CheckWriters(units, -1, 300), "") << "a lone surrogate at " << place;
+    }
   });
 }
 
-// Every kind of error, after texts of every length up to several vectors, at the end or with a little more text after
-// it.
+// Every kind of error, and sequences that are accepted although they aren't valid, after texts of every length up to
+// several vectors, at the end or with a little more text after them.
 TEST(Utf8Vectors, FindEachErrorAfterTextOfEveryLength) {
   const std::string kBytes[] = {"a", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"};
-  const std::string kBadBytes[] = {"\x80",     "\xC3",         "\xE2",     "\xE2\x82", "\xF0\x9F\x98",    "\xC3\xC3",
-                                   "\xE2\xE2", "\xC3\xA9\x80", "\xFF\x80", "\xF0\x9F", "\xF0\x80\x80\x80"};
+  const std::string kBadBytes[] = {
+      "\x80",     "\xC3",         "\xE2",     "\xE2\x82", "\xF0\x9F\x98",     "\xC3\xC3",
+      "\xE2\xE2", "\xC3\xA9\x80", "\xFF\x80", "\xF0\x9F", "\xF0\x80\x80\x80", "\xFC\x90\x80\x80"};
   const Units kUnits[] = {{'a'}, {0xE9}, {0x20AC}, {0xD83D, 0xDE00}};
   const Units kBadUnits[] = {{0xD83D}, {0xDE00}, {0xDE00, 0xD83D}, {0xD83D, 0xD83D, 0xDE00}};
   WithEachForm([&] {
