@@ -149,9 +149,10 @@ class CZrSafeArrayAccessor : public CZrSafeArrayAccessorBase {
     return LinearIndexOf(dimensions, bounds, indices);
   }
 
-  // This accessor is the new one, `source` the old one, which alone can release the old elements. Storage for numbers
-  // need not be zeroed, because the loops write every element; other conversions leave an element as it is if it does
-  // not convert, so it must be zero before.
+  // This accessor is the new one, `source` the old one, which alone can release the old elements. A loop writes every
+  // element, so its storage need not be zeroed. ConvertElements leaves an element as it is if it does not convert, so
+  // its storage must be zero before. Nothing throws while texts are written: `converted` would release elements that
+  // have no value yet.
   ZRRESULT ConvertFrom(ZrSafeArrayDescriptor* descriptor, const ZrSafeArrayBound* bounds,
                        const CZrSafeArrayAccessorBase* source) const override {
     if (descriptor == nullptr || bounds == nullptr || source == nullptr) return ZR_R_INVALID_POINTER;

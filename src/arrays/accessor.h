@@ -133,7 +133,7 @@ class CAccessorHolder {
   explicit operator bool() const noexcept { return accessor_ != nullptr; }
 
  private:
-  CZrSafeArrayAccessorBase* accessor_ = nullptr;
+  CZrSafeArrayAccessorBase* accessor_ = nullptr;  // first: the contract fixes that an element object contains it there
   alignas(CZrSafeArrayAccessorBase) std::byte memory_[sizeof(CZrSafeArrayAccessorBase)];
 };
 

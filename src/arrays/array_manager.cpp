@@ -8,7 +8,6 @@
 
 #include "arrays/array_manager.h"
 
-#include <memory>
 #include <utility>
 
 #include "arrays/accessor.h"
@@ -63,16 +62,14 @@ ZRRESULT CZrSafeArrayMgr::SafeArrayPutElement(ZRSAFEARRAY array, const uint32_t*
 // An array that `*copy` holds is destroyed first and `*copy` becomes null, so it is null after every failure except for
 // a null argument. `*copy` must not be `source`.
 //
-// A source without dimensions makes an element object without a descriptor, and a handle is the descriptor's address:
-// so it cannot be copied.
+// A source without dimensions cannot be copied.
 ZRRESULT CZrSafeArrayMgr::SafeArrayCopy(ZRSAFEARRAY source, ZRSAFEARRAY* copy) {
   if (source == nullptr || copy == nullptr) return ZR_R_INVALID_POINTER;
   ZRRESULT result = ZR_R_FAILED;
   if (*copy != nullptr) result = CZrSafeArrayMgr::SafeArrayDestroy(std::exchange(*copy, nullptr));
   if (source->owner == nullptr) return result;  // the result of the destruction, as the contract requires
-  std::unique_ptr<CZrSafeArrayElement> newElement(CZrSafeArrayElement::Clone(*source->owner));
-  if (newElement->Descriptor() == nullptr) return ZR_R_INVALID_OBJECT_STATE;
-  *copy = newElement.release()->Descriptor();
+  if (source->owner->Bounds() == nullptr) return ZR_R_INVALID_OBJECT_STATE;
+  *copy = CZrSafeArrayElement::Clone(*source->owner)->Descriptor();
   return ZR_R_OK;
 }
 

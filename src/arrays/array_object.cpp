@@ -6,7 +6,6 @@
 //     a dimension with a count of 0      descriptor, bounds, accessor
 //     a tag that elements cannot have    descriptor, bounds
 //     no dimensions                      descriptor, accessor
-//     a copy of one without dimensions   nothing: the copy is unusable and is destroyed at once
 //
 // ChangeType and Redim allocate everything that they need before they change the array. So an exception or a failure
 // leaves the array as it was, with one exception: see ChangeType.
@@ -55,7 +54,6 @@ CZrSafeArrayElement::CZrSafeArrayElement(uint16_t tag, uint32_t dimensions, cons
 
 CZrSafeArrayElement::CZrSafeArrayElement(const CZrSafeArrayElement& source) noexcept {
   const ZrSafeArrayDescriptor* from = source.descriptor_;
-  if (from == nullptr || source.bounds_ == nullptr) return;
   MakeDescriptor(from->vartype, from->dimensions, from->elementCount, source.bounds_);
   // The elements have the type of the source's accessor, which may not be the descriptor's tag; see array_records.h.
   accessor_.Make(from->data != nullptr ? *source.accessor_->AccessorType() : from->vartype);
@@ -64,9 +62,7 @@ CZrSafeArrayElement::CZrSafeArrayElement(const CZrSafeArrayElement& source) noex
 }
 
 CZrSafeArrayElement::~CZrSafeArrayElement() {
-  if (accessor_ && descriptor_ != nullptr) {
-    (void)accessor_->DestroyData(descriptor_->data, descriptor_->dimensions, bounds_);
-  }
+  if (accessor_) (void)accessor_->DestroyData(descriptor_->data, descriptor_->dimensions, bounds_);
   FreeMovedBounds();
 }
 
@@ -85,14 +81,14 @@ static ZRRESULT WithFlag(CZrSafeArrayElement& element, Access&& access) {
 
 ZRRESULT CZrSafeArrayElement::Get(const uint32_t* indices, void* value) {
   return WithFlag(*this, [&] {
-    if (bounds_ == nullptr || descriptor_ == nullptr || !accessor_) return ZR_R_FAILED;
+    if (bounds_ == nullptr || !accessor_) return ZR_R_FAILED;
     return accessor_->GetElementValue(descriptor_, bounds_, indices, value);
   });
 }
 
 ZRRESULT CZrSafeArrayElement::Put(const uint32_t* indices, const void* value) {
   return WithFlag(*this, [&] {
-    if (bounds_ == nullptr || descriptor_ == nullptr || !accessor_) return ZR_R_FAILED;
+    if (bounds_ == nullptr || !accessor_) return ZR_R_FAILED;
     return accessor_->PutElementValue(descriptor_, bounds_, indices, value);
   });
 }
@@ -102,7 +98,7 @@ ZRRESULT CZrSafeArrayElement::Put(const uint32_t* indices, const void* value) {
 // accessor stays.
 ZRRESULT CZrSafeArrayElement::ChangeType(uint16_t tagWord) {
   const uint16_t tag = tagWord & ZR_VT_TYPEMASK;
-  if (descriptor_ == nullptr || bounds_ == nullptr) return ZR_R_FAILED;
+  if (bounds_ == nullptr) return ZR_R_FAILED;
   const CAccessorHolder accessor(tag);
   if (!accessor) return ZR_R_FAILED;
   const ZRRESULT result = accessor_ ? accessor->ConvertFrom(descriptor_, bounds_, accessor_.Get()) : ZR_R_FAILED;
@@ -111,11 +107,11 @@ ZRRESULT CZrSafeArrayElement::ChangeType(uint16_t tagWord) {
 }
 
 ZRRESULT CZrSafeArrayElement::Redim(uint32_t dimensions, const ZrSafeArrayBound* bounds) {
-  if (descriptor_ == nullptr || bounds_ == nullptr) return ZR_R_INVALID_OBJECT_STATE;
+  if (bounds_ == nullptr) return ZR_R_INVALID_OBJECT_STATE;
   if (bounds == nullptr || dimensions == 0) return ZR_R_INVALID_ARGUMENTS;
   if (!accessor_) return ZR_R_FAILED;
-  // The memory of the bounds is reused if it is large enough. A new block is allocated before the elements change, in
-  // case it throws.
+  // The memory of the bounds is reused unless the number of dimensions grows. A new block is allocated before the
+  // elements change, in case it throws.
   CBoundsHolder copy = dimensions > descriptor_->dimensions ? CopyBounds(dimensions, bounds) : nullptr;
   if (const ZRRESULT result = accessor_->RedimData(descriptor_, dimensions, bounds, bounds_); result != ZR_R_OK) {
     return result;
@@ -133,8 +129,8 @@ ZRRESULT CZrSafeArrayElement::Redim(uint32_t dimensions, const ZrSafeArrayBound*
 // Counts and lower bounds of all dimensions are equal. An array without dimensions on the left counts as having every
 // shape, and so equals every array; on the right it does not.
 bool CZrSafeArrayElement::HasShapeOf(const CZrSafeArrayElement& other) const noexcept {
-  if (bounds_ == nullptr || descriptor_ == nullptr) return true;
-  if (other.descriptor_ == nullptr || descriptor_->dimensions != other.descriptor_->dimensions) return false;
+  if (bounds_ == nullptr) return true;
+  if (descriptor_->dimensions != other.descriptor_->dimensions) return false;
   return std::memcmp(bounds_, other.bounds_, SizeOfBounds(descriptor_->dimensions)) == 0;
 }
 

@@ -5,8 +5,8 @@
 // no storage has no accessor: it can be created, queried, locked, copied, compared and destroyed, but get, put,
 // conversion and redimensioning fail.
 //
-// An array is two blocks of the heap. One contains the element object with all parts whose size is known when the array
-// is created; the other is the storage:
+// An array is two blocks of the heap. One contains the element object, which includes the accessor and the descriptor,
+// and after it the bounds. The other is the storage:
 //
 //     | element object: pointers, lock, accessor, descriptor | bounds |        | storage |
 //                                                            bounds_ ---^
@@ -29,8 +29,7 @@
 class CZrSafeArrayElement final : public HeapObject {
  public:
   // Create makes an array of empty elements; it reads the first record of `bounds` even if `dimensions` is 0, and
-  // ignores flags in `tag`. Clone copies the elements of an object that has a descriptor; if it has no bounds, the new
-  // object has no descriptor, and it must be destroyed. Release the object with delete.
+  // ignores flags in `tag`. Clone copies the elements; the source must have bounds. Release the object with delete.
   //
   // If the block of the object can't be allocated, they throw std::bad_alloc. The constructors are noexcept: if the
   // storage or an element can't be allocated, the process terminates. Both are part of the contract.
@@ -80,6 +79,6 @@ class CZrSafeArrayElement final : public HeapObject {
   ZrSafeArrayDescriptor* descriptor_ = nullptr;
   ZrSafeArrayBound* bounds_ = nullptr;
   std::atomic<int32_t> lock_{0};
-  CAccessorHolder accessor_;  // empty if elements cannot have the tag
-  ZrSafeArrayDescriptor descriptorInBlock_;
+  CAccessorHolder accessor_;                 // empty if elements cannot have the tag
+  ZrSafeArrayDescriptor descriptorInBlock_;  // what descriptor_ points to; the contract fixes the four fields above
 };

@@ -138,7 +138,7 @@ static constexpr std::array<LoopRow, kNumberStorages> kLoops = {
     kLoopsFrom<float>,   kLoopsFrom<double>,   kLoopsFrom<int64_t>};
 
 // Writes the text of every number, as ToStr does. A text is null if there is no memory for it; this does not count as a
-// failure, for variants neither.
+// failure. Nor is it a failure when a variant converts.
 template <class Source>
 static bool WriteTexts(const void* from, void* to, uint32_t count) noexcept {
   const auto* source = static_cast<const Source*>(from);
@@ -170,7 +170,8 @@ static bool ParseTexts(const void* from, void* to, uint32_t count) {
   return allConverted;
 }
 
-// The loops from and to texts, in the order of Storage. Texts convert to currency by a rule of its own, one by one.
+// The loops from and to texts, in the order of Storage. Texts convert to currency by a rule of their own, one by one,
+// so that cell is null.
 static constexpr std::array<BulkConversion*, kNumberStorages> kWriteTexts = {
     WriteTexts<int8_t>,  WriteTexts<uint8_t>,  WriteTexts<int16_t>, WriteTexts<uint16_t>,
     WriteTexts<int32_t>, WriteTexts<uint32_t>, WriteTexts<int64_t>, WriteTexts<uint64_t>,
@@ -194,9 +195,9 @@ static BulkConversion* ForWidth(std::size_t width, BulkConversion* one, BulkConv
   return width == 1 ? one : width == 2 ? two : width == 4 ? four : eight;
 }
 
-// The order of the tests matters. Times come first, since the table would let them convert to all numbers. Direct
-// copies come before the table, since it has the range rule for ZR_VT_UI1 to ZR_VT_BOOL and would make 2 a 1, and since
-// it has no rule for two tags that are equal.
+// The order of the tests matters. Among numbers, times come first, since the table would let them convert to all
+// numbers. Direct copies come before the table, since it has the range rule for ZR_VT_UI1 to ZR_VT_BOOL and would make
+// 2 a 1, and since it has no rule for two tags that are equal.
 BulkConversion* FindBulkConversion(uint16_t sourceTag, uint16_t targetTag) noexcept {
   const Storage source = StorageOf(sourceTag), target = StorageOf(targetTag);
   const std::size_t targetCell = targetTag == ZR_VT_BOOL ? kBoolCell : static_cast<std::size_t>(target);
