@@ -17,8 +17,8 @@ inline constexpr uint32_t kNoThread = 0xFFFFFFFF;
 // identifier of a thread that has ended to a new one.
 [[nodiscard]] uint32_t PlatformThreadId() noexcept;
 
-// The same, but as cheap as the compiler can make it: where it can, one instruction reads the address of the thread's
-// local storage. Never 0. The two identifiers have nothing to do with each other.
+// Returns another identifier with the same properties, never 0. On systems with ELF one instruction reads it: it is the
+// address of the thread's local storage. It must not be compared with PlatformThreadId.
 [[nodiscard]] inline std::uintptr_t PlatformThreadWord() noexcept {
 #if defined(__ELF__)
   return reinterpret_cast<std::uintptr_t>(__builtin_thread_pointer());

@@ -115,7 +115,7 @@ inline void ReleaseString(ZRSTR string) noexcept {
 // a little-endian machine.
 [[nodiscard]] inline int32_t CompareStrings(ZRSTR left, ZRSTR right) noexcept {
   const uint32_t leftBytes = StringByteLen(left), rightBytes = StringByteLen(right);
-  // Before the call of memcmp, so that only the result and not both lengths must outlive it.
+  // Computed before memcmp is called, so that one value and not two lengths is kept during the call.
   const int32_t byLength = leftBytes == rightBytes ? 0 : leftBytes < rightBytes ? -1 : 1;
   const uint32_t common = byLength < 0 ? leftBytes : rightBytes;
   const int order = common != 0 ? std::memcmp(left, right, common) : 0;

@@ -12,14 +12,8 @@
 #include "text/utf8_vectors_avx512.h"
 
 // Checks 64 bytes and counts the units that they yield. `before1` to `before3` contain the bytes one to three places
-// before each byte. Only the bytes of the mask `inText` belong to the text; all others are zero.
-//
-// A byte must be a continuation byte (80 to BF) if the byte before it is a lead byte (C0 to FF), or the byte two before
-// it leads three or more (E0 to FF), or the byte three before it leads four (F0 to FF). Any other byte must not be one.
-// A byte that breaks this rule sets a bit of `bad`, which collects over all calls.
-//
-// Text that keeps the rule yields one unit per byte that is not a continuation byte, and a second unit per byte that
-// leads four, because such a character becomes a surrogate pair.
+// before each byte. Only the bytes of the mask `inText` belong to the text; all others are zero. A byte that breaks the
+// rule for continuation bytes sets a bit of `bad`, which collects over all calls.
 ZR_AVX512 static inline std::size_t CountUnits64(__m512i bytes, __m512i before1, __m512i before2, __m512i before3,
                                                  uint64_t inText, __mmask64& bad) noexcept {
   // A saturating subtraction leaves a byte above 0 only where it exceeds the limit. So `required` is above 0 where a
@@ -78,12 +72,13 @@ ZR_AVX512 std::size_t CountUnitsAvx512(const unsigned char* text, std::size_t si
 
 // Converts vectors that are all ASCII, as long as they come.
 //
-// A store that crosses a cache line takes longer than one that doesn't. So the first step of a long text is shorter,
-// and all stores after it begin at a cache line.
+// A store that crosses a cache line takes longer than one that doesn't. So if much text is left, the first step of a
+// run is shorter, and all stores after it begin at a cache line. The shorter step stores whole vectors, too; the next
+// step writes over the excess.
 ZR_AVX512 static void WidenAscii(const unsigned char*& at, const unsigned char* end, WCHAR*& to,
                                  const WCHAR* toEnd) noexcept {
-  const std::size_t afterLine = reinterpret_cast<std::uintptr_t>(to) / sizeof(WCHAR) % 32;
-  std::size_t step = end - at < 512 ? 64 : 64 - afterLine;
+  const std::size_t intoLine = reinterpret_cast<std::uintptr_t>(to) / sizeof(WCHAR) % 32;
+  std::size_t step = end - at < 512 ? 64 : 64 - intoLine;
   while (end - at >= 64 && toEnd - to >= 64) {
     const __m512i bytes = Load(at);
     if (!AreAscii(bytes)) break;
@@ -105,8 +100,8 @@ static const unsigned char* EndOfLastWhole(const unsigned char* text, const unsi
   return end;
 }
 
-// Which of the 32 bytes of a decoding step belong to the text. For each byte the step also loads the byte after it and
-// those one to three places before it: which of these belong to the text.
+// Which bytes a decoding step loads, with one bit per lane. A step decodes 32 bytes. For each of them it also loads the
+// byte after it (`next`) and those one to three places before it. A bit is set if its byte belongs to the text.
 struct DecodingMasks {
   uint32_t text, next, before1, before2, before3;
 };
@@ -193,7 +188,8 @@ ZR_AVX512 __attribute__((always_inline)) static inline bool Decode32(const unsig
   return true;
 }
 
-// Leaves a character at the end that lacks bytes to the caller.
+// The first step has no bytes before it, and the last one has none after it, so these two load with masks. The steps
+// between them need no masks. A character at the end that lacks bytes is left to the caller.
 ZR_AVX512 void DecodeAvx512(const unsigned char*& text, const unsigned char* textEnd, WCHAR*& units,
                             const WCHAR* toEnd) noexcept {
   const unsigned char *at = text, *const end = EndOfLastWhole(text, textEnd);

@@ -57,8 +57,8 @@ ZR_AVX512 std::size_t CountUtf8Avx512(const WCHAR* text, std::size_t length) noe
   return (count.bad | count.isHighBefore) == 0 ? count.bytes : kNotCounted;
 }
 
-// The rest of the text and of the buffer. A copy is passed to each function and changed there: what it points to may be
-// changed by any store of bytes, so the compiler must not take the cursors for that.
+// The rest of the text and of the buffer. The functions with loops take and return it by value. Through a reference,
+// the compiler would have to assume that each store of bytes changes the cursors, and would load them again.
 struct Encoding {
   const WCHAR* at;
   const WCHAR* end;
@@ -111,8 +111,9 @@ ZR_AVX512 static Encoding EncodeUpToTwo(Encoding run) noexcept {
   return run;
 }
 
-// The parts of a number of 32 bits, one per byte, six bits further down each. A multishift takes, for each byte, eight
-// bits from a place in its half of 64 bits: the number in the low 32 bits, or 32 bits further up.
+// Splits each number of 32 bits into parts of six bits, one per byte, the highest part in the first byte. For each
+// byte, a multishift takes eight bits of the 64 bits around it, from the bit that `places` names. 64 bits are two
+// numbers, so the places for the second number are 32 (0x20) greater. The mask then cuts each part to its bits.
 ZR_AVX512 static inline __m512i PartsOfThree(__m512i numbers) noexcept {  // from the bits 12, 6 and 0 up; a zero
   const __m512i places = _mm512_set1_epi64(0x0020262C'0000060C);
   return _mm512_and_si512(_mm512_multishift_epi64_epi8(places, numbers), Each32(0x003F3F0F));
@@ -179,15 +180,15 @@ ZR_AVX512 static inline bool StoreKept(__m512i bytes, uint64_t kept, Encoding& s
 // bytes don't fit.
 //
 // Each unit has four bytes in its lane of 32 bits, the first in the lowest byte. A pair is encoded in the lane of its
-// high surrogate; that of the low surrogate yields nothing. The last byte of shorter characters is always the third, so
-// that they lack the first, or the first two:
+// high surrogate; the lane of the low surrogate yields nothing. The last byte of shorter characters is always the
+// third, so that they lack the first, or the first two:
 //
 //     a surrogate pair   11110aaa 10bbbbbb 10cccccc 10dddddd
 //     0x800 and above    1110aaaa 10bbbbbb 10cccccc -
 //     0x80 to 0x7FF      -        110bbbbb 10cccccc -
 //     ASCII              -        -        0ccccccc -
 //
-// The third byte is kept always; the others are kept if their top bit is set.
+// The third byte is kept always, except in the lane of a low surrogate. The others are kept if their top bit is set.
 ZR_AVX512 static bool EncodeAny(Encoding& step) noexcept {
   const std::size_t left = step.UnitsLeft();
   std::size_t count = std::min<std::size_t>(left, 16);
@@ -222,9 +223,10 @@ ZR_AVX512 static bool EncodeAny(Encoding& step) noexcept {
   return true;
 }
 
-// Encodes up to 32 units below 0x800 near the end of the text or the buffer. Returns false, and encodes nothing, if
-// others are among them or if the bytes don't fit.
-ZR_AVX512 static bool EncodeUpToTwoAtEnd(Encoding& step) noexcept {
+// Encodes up to 32 units below 0x800 that no run has taken: near the end of the text or the buffer, or ASCII that is
+// shorter than the steps of EncodeAscii. Returns false, and encodes nothing, if others are among them or if the bytes
+// don't fit.
+ZR_AVX512 static bool EncodeUpToTwoOnce(Encoding& step) noexcept {
   const uint32_t inText = First32(step.UnitsLeft());
   const __m512i units = _mm512_maskz_loadu_epi16(inText, step.at);
   if (_mm512_test_epi16_mask(units, EachUnit(0xF800)) != 0) return false;
@@ -248,7 +250,7 @@ ZR_AVX512 void EncodeAvx512(const WCHAR*& text, const WCHAR* end, unsigned char*
       rest = *start < 0x800 ? EncodeUpToTwo(rest) : EncodeThrees(rest);
     }
     if (rest.at != start) continue;
-    if ((*start >= 0x800 || !EncodeUpToTwoAtEnd(rest)) && !EncodeAny(rest)) break;
+    if ((*start >= 0x800 || !EncodeUpToTwoOnce(rest)) && !EncodeAny(rest)) break;
   }
   text = rest.at;
   buffer = rest.to;

@@ -15,9 +15,14 @@
 //   - Encoding computes, for each unit, all bytes that its group of characters can have. It drops the bytes that
 //     shorter characters lack.
 //
-// Results are dropped by a shuffle of bytes. Its pattern comes from a table, and the table's index is a mask with one
-// bit per character. All loads and stores are whole vectors, so a store may write more than the result. Each function
-// says why the excess does no harm.
+//   - Counting units also checks UTF-8. A byte must be a continuation byte (80 to BF) if the byte before it is a lead
+//     byte (C0 to FF), or the byte two before it leads three or more (E0 to FF), or the byte three before it leads four
+//     (F0 to FF). Any other byte must not be one. Text that keeps this rule yields one unit per byte that isn't a
+//     continuation byte, and a second unit per byte that leads four, because such a character becomes a surrogate pair.
+//
+// AVX2 and NEON drop results by a shuffle of bytes. Its pattern comes from a table, and the table's index is a mask
+// with one bit per character. Their loads and stores are whole vectors, so a store may write more than the result; each
+// function says why the excess does no harm. AVX-512 has instructions for both; see utf8_vectors_avx512.h.
 
 #pragma once
 

@@ -13,9 +13,9 @@
 // form, and they handle what a form leaves to them:
 //
 //   - A counting function counts the whole text, or nothing.
-//   - A converting function converts from the beginning of the text. It stops where less than a vector is left on
-//     either side, or at a character that needs other treatment. It moves both cursors past what it has converted, and
-//     the caller's loop continues there. It may convert nothing.
+//   - A converting function converts from the beginning of the text. It stops at the end, or where less than a vector
+//     is left on either side, or at a character that needs other treatment. It moves both cursors past what it has
+//     converted, and the caller's loop continues there. It may convert nothing.
 //
 // To add a form, add it to Utf8Form, kUtf8Forms and CanRun, and call it from the functions of its kind of processor.
 
@@ -41,7 +41,8 @@ extern Utf8Form g_utf8Form;
 
 inline constexpr std::size_t kNotCounted = std::numeric_limits<std::size_t>::max();
 
-// A short text that begins with ASCII is usually all ASCII. The callers' loops finish it before a form is set up.
+// A short text that begins with ASCII is usually all ASCII. The callers' loops finish it before a form is set up. The
+// form for AVX-512 doesn't ask, because it converts a short text in one or two steps.
 [[nodiscard]] inline bool IsWorthAForm(const unsigned char* text, std::size_t size) noexcept {
   return size >= 35 && (size >= 128 || *text >= 0x80);
 }
@@ -51,7 +52,7 @@ inline constexpr std::size_t kNotCounted = std::numeric_limits<std::size_t>::max
 // continuation byte without a lead byte.
 //
 // DecodeBlocks decodes from the beginning of a good text. `at` ends on the first byte of a character. Units between the
-// final `to` and `toEnd` are overwritten with garbage.
+// final `to` and `toEnd` may be overwritten with garbage.
 //
 // CountUtf8Blocks returns the number of bytes of UTF-8 that the units yield. It returns kNotCounted if the text
 // contains a lone surrogate, or if it doesn't count such a text.

@@ -53,14 +53,8 @@ ZR_AVX2 static __m256i PrecedingAtStart(__m256i bytes) noexcept {
 }
 
 // Checks 32 bytes and counts the units that they yield, without the first `skipped` bytes. `isAtStart` says that no
-// bytes precede them.
-//
-// A byte must be a continuation byte (80 to BF) if the byte before it is a lead byte (C0 to FF), or the byte two before
-// it leads three or more (E0 to FF), or the byte three before it leads four (F0 to FF). Any other byte must not be one.
-// A byte that breaks this rule sets its lane of `bad`, which collects over all calls.
-//
-// Text that keeps the rule yields one unit per byte that is not a continuation byte, and a second unit per byte that
-// leads four, because such a character becomes a surrogate pair.
+// bytes precede them. A byte that breaks the rule for continuation bytes sets its lane of `bad`, which collects over
+// all calls.
 ZR_AVX2 static std::size_t CountUnits32(const unsigned char* at, bool isAtStart, unsigned skipped,
                                         __m256i& bad) noexcept {
   const __m256i bytes = Load(at);

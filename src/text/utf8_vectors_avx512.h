@@ -6,7 +6,8 @@
 //   - A comparison returns a mask, an integer with one bit per lane. The bit of lane 0 is the lowest.
 //   - A compression moves the lanes of a mask to the front, so no table of shuffles is needed.
 //   - Loads and stores with a mask touch only the lanes of the mask. A load sets the other lanes to zero, which is an
-//     ASCII character. So the same step also does the end of a text, and no store writes past the result.
+//     ASCII character. So the same step also does the end of a text, where nothing after the result may be changed.
+//     Elsewhere whole vectors are stored, which is faster; each function says why the excess does no harm.
 //
 // The functions are static because the files for other instructions have functions of the same names.
 

@@ -12,7 +12,8 @@ ZRRESULT ToNumber(Rule rule, const ZRVARIANT& source, ZRVARIANTVALUE& value);
 
 // The rule Parse of ToNumber: parses a number or a word such as "TRUE". ZR_R_FAILED if the text is neither, or if the
 // number is out of range; `number` is then what ToNumber stores in that case. The text must not be null. Throws
-// std::bad_alloc, but not for an integer. Instantiated as ToNumber.
+// std::bad_alloc for float, double and uint64_t; a negative number for uint64_t is parsed as a real number first.
+// Instantiated as ToNumber.
 template <class Target>
 [[nodiscard]] ZRRESULT ParseNumber(ZRSTR text, Target& number);
 
