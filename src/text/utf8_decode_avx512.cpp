@@ -70,24 +70,44 @@ ZR_AVX512 std::size_t CountUnitsAvx512(const unsigned char* text, std::size_t si
   return bad == 0 ? units : kNotCounted;
 }
 
-// Converts vectors that are all ASCII, as long as they come.
-//
-// A store that crosses a cache line takes longer than one that doesn't. So if much text is left, the first step of a
-// run is shorter, and all stores after it begin at a cache line. The shorter step stores whole vectors, too; the next
+ZR_AVX512 static inline void StoreWide(__m512i bytes, WCHAR* to) noexcept {
+  Store(to, _mm512_cvtepu8_epi16(LowHalf(bytes)));
+  Store(to + 32, _mm512_cvtepu8_epi16(HighHalf(bytes)));
+}
+
+// The first step of a run of ASCII, if this much is left; else and for all later steps 64. A store that crosses a cache
+// line takes longer than one that doesn't. After this step, no store of a long run does.
+static std::size_t FirstStep(std::size_t left, const WCHAR* to) noexcept {
+  const std::size_t intoLine = reinterpret_cast<std::uintptr_t>(to) / sizeof(WCHAR) % 32;
+  return left < 512 ? 64 : 64 - intoLine;
+}
+
+// Converts vectors that are all ASCII, as long as they come. A shorter first step stores whole vectors, too; the next
 // step writes over the excess.
 ZR_AVX512 static void WidenAscii(const unsigned char*& at, const unsigned char* end, WCHAR*& to,
                                  const WCHAR* toEnd) noexcept {
-  const std::size_t intoLine = reinterpret_cast<std::uintptr_t>(to) / sizeof(WCHAR) % 32;
-  std::size_t step = end - at < 512 ? 64 : 64 - intoLine;
-  while (end - at >= 64 && toEnd - to >= 64) {
+  for (std::size_t step = FirstStep(static_cast<std::size_t>(end - at), to); end - at >= 64 && toEnd - to >= 64;) {
     const __m512i bytes = Load(at);
     if (!AreAscii(bytes)) break;
-    Store(to, _mm512_cvtepu8_epi16(LowHalf(bytes)));
-    Store(to + 32, _mm512_cvtepu8_epi16(HighHalf(bytes)));
+    StoreWide(bytes, to);
     at += step;
     to += step;
     step = 64;
   }
+}
+
+// The same for a whole text that is known to be ASCII.
+ZR_AVX512 static void WidenAll(const unsigned char* at, std::size_t size, WCHAR* to) noexcept {
+  for (std::size_t step = FirstStep(size, to); size >= 64; step = 64) {
+    StoreWide(Load(at), to);
+    at += step;
+    to += step;
+    size -= step;
+  }
+  if (size == 0) return;
+  const __m512i bytes = _mm512_maskz_loadu_epi8(First64(size), at);
+  _mm512_mask_storeu_epi16(to, First32(size), _mm512_cvtepu8_epi16(LowHalf(bytes)));
+  if (size > 32) _mm512_mask_storeu_epi16(to + 32, First32(size - 32), _mm512_cvtepu8_epi16(HighHalf(bytes)));
 }
 
 // Returns the end of the last whole character. The text is good, but its last character may lack bytes.
@@ -192,6 +212,14 @@ ZR_AVX512 __attribute__((always_inline)) static inline bool Decode32(const unsig
 // between them need no masks. A character at the end that lacks bytes is left to the caller.
 ZR_AVX512 void DecodeAvx512(const unsigned char*& text, const unsigned char* textEnd, WCHAR*& units,
                             const WCHAR* toEnd) noexcept {
+  // Every whole character of several bytes yields fewer units than bytes. So a text that ends with a whole character
+  // and yields as many is all ASCII.
+  if (toEnd - units == textEnd - text && textEnd[-1] < 0x80) {
+    WidenAll(text, static_cast<std::size_t>(textEnd - text), units);
+    text = textEnd;
+    units += toEnd - units;
+    return;
+  }
   const unsigned char *at = text, *const end = EndOfLastWhole(text, textEnd);
   WCHAR* to = units;
   bool hadThree = false;

@@ -39,19 +39,23 @@ ZR_AVX512 static inline void AddUnits(__m512i units, Utf8Count& count) noexcept 
   count.bytes -= 2 * CountBits(isLow);
 }
 
+// Skips ASCII text from `at` on. Returns the beginning of the first vector that isn't all ASCII or isn't complete. Each
+// skipped unit is one byte.
+ZR_AVX512 static std::size_t SkipAscii(const WCHAR* text, std::size_t at, std::size_t length) noexcept {
+  while (length - at >= 64 && AreUnitsAscii(_mm512_or_si512(Load(text + at), Load(text + at + 32)))) at += 64;
+  if (length - at >= 32 && AreUnitsAscii(Load(text + at))) at += 32;
+  return at;
+}
+
+// Only a vector of ASCII is a hint of an ASCII run, so other text doesn't pay for the attempt to skip one.
 ZR_AVX512 std::size_t CountUtf8Avx512(const WCHAR* text, std::size_t length) noexcept {
   Utf8Count count{length};
-  std::size_t at = 0;
+  std::size_t at = SkipAscii(text, 0, length);
   while (length - at >= 32) {
     const __m512i units = Load(text + at);
+    AddUnits(units, count);
     at += 32;
-    if (AreUnitsAscii(units)) {
-      count.bad |= count.isHighBefore;
-      count.isHighBefore = 0;
-      while (length - at >= 64 && AreUnitsAscii(_mm512_or_si512(Load(text + at), Load(text + at + 32)))) at += 64;
-    } else {
-      AddUnits(units, count);
-    }
+    if (AreUnitsAscii(units)) at = SkipAscii(text, at, length);
   }
   if (at < length) AddUnits(_mm512_maskz_loadu_epi16(First32(length - at), text + at), count);
   return (count.bad | count.isHighBefore) == 0 ? count.bytes : kNotCounted;

@@ -97,6 +97,20 @@ TEST(Utf8Vectors, DetectATruncatedCharacterBeforeABlockOfAscii) {
   });
 }
 
+// Long runs of ASCII, as a whole text and before another character, in strings that begin anywhere in a cache line.
+TEST(Utf8Vectors, ConvertLongRunsOfAscii) {
+  WithEachForm([] {
+    for (size_t size = 500; size < 700; ++size) {
+      std::vector<uint8_t> bytes(size);
+      for (size_t at = 0; at < size; ++at) bytes[at] = static_cast<uint8_t>('a' + at % 26);
+      EXPECT_EQ(CheckFromUtf8(bytes, 'b'), "") << size << " ASCII bytes";
+      bytes[size - 2] = 0xC3;
+      bytes[size - 1] = 0xA9;
+      EXPECT_EQ(CheckFromUtf8(bytes, 'b'), "") << "a character after " << size - 2 << " ASCII bytes";
+    }
+  });
+}
+
 // Every kind of error, and sequences that are accepted although they aren't valid, after texts of every length up to
 // several vectors, at the end or with a little more text after them.
 TEST(Utf8Vectors, FindEachErrorAfterTextOfEveryLength) {
