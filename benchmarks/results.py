@@ -98,7 +98,8 @@ def load(path):
     try:
         with open(path, encoding="utf-8") as file:
             run = json.load(file)
-        operations_in(run)
+        if not operations_in(run):
+            raise Failure(f"{path} doesn't have a row")
         return run
     except (OSError, ValueError, KeyError, TypeError, AttributeError) as error:
         raise Failure(f"{path} doesn't have results of the benchmarks: {error!r}") from error

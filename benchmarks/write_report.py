@@ -120,6 +120,7 @@ def table(title, operations):
 
 def page(run):
     operations = list(results.operations_in(run).values())
+    has_ratio = any(operation.ratio() for operation in operations)   # not if only rows of one library ran
     sections, links = [], []
     for index, (title, members) in enumerate(groups(operations)):
         heading = html.escape(title)
@@ -136,7 +137,7 @@ def page(run):
         '<!DOCTYPE html>\n<html lang="en-GB"><head><meta charset="utf-8"><title>Benchmarks of ZrCore</title>',
         '<meta name="viewport" content="width=device-width, initial-scale=1">', f"<style>{STYLE}</style></head><body>",
         "<h1>Benchmarks of ZrCore</h1>", f"<dl>{facts}</dl>", INTRODUCTION,
-        f"<figure>{charts.overview(operations, 'overview')}</figure>",
+        f"<figure>{charts.overview(operations, 'overview')}</figure>" if has_ratio else "",
         '<nav aria-label="Families"><ul>', "\n".join(links), "</ul></nav>", "\n".join(sections), "</body></html>\n"])
 
 
@@ -175,6 +176,8 @@ def publish(run, document, chart):
         text = file.read()
     if text.count(BEGIN) != 1 or text.count(END) != 1 or text.index(BEGIN) > text.index(END):
         raise results.Failure(f"{document} doesn't have the comments between which the figures are written")
+    if not any(operation.ratio() for operation in results.operations_in(run).values()):
+        raise results.Failure("no row of ZrCore has a peer in these results")
     part = document_part(run, os.path.relpath(chart, os.path.dirname(document) or "."))
     style = (f"<style>svg {{ color: #1b1f24; {charts.LIGHT} }} @media (prefers-color-scheme: dark) "
              f"{{ svg {{ color: #e4e8ec; {charts.DARK} }} }}</style>")
