@@ -6,11 +6,12 @@ of the surrounding text. So they fit a dark page and a light one.
 
 import html
 import io
+import math
 import re
 
 import matplotlib
 matplotlib.use("svg")
-from matplotlib import pyplot   # pylint: disable=wrong-import-position
+from matplotlib import pyplot, ticker   # pylint: disable=wrong-import-position
 
 import results                  # pylint: disable=wrong-import-position
 from results import number      # pylint: disable=wrong-import-position
@@ -91,6 +92,8 @@ def bars(operations, name, title):
             axes.barh(at, value - low, left=low, height=0.72, color=colour(operation, library), linewidth=0)
         axes.text(max(value, low) * 1.05, at, number(value), va="center")
     axes.set_yticks([])
+    if high / low <= 1000:   # powers of ten alone would be one or two marks
+        axes.xaxis.set_major_locator(ticker.LogLocator(subs=(1, 2, 5)))
     axes.xaxis.set_major_formatter(plain)
     axes.xaxis.set_minor_formatter(lambda value, _: "")
     axes.grid(axis="x", color=GRID, linewidth=0.5)
@@ -113,7 +116,11 @@ def overview(operations, name, style=""):
     ratios = {family: sorted(operation.ratio() for operation in operations
                              if operation.family == family and operation.ratio()) for family in families}
     everything = [ratio for some in ratios.values() for ratio in some]
-    axes.set_xlim(min(everything + [0.5]) / 1.25, max(everything + [2]) * 1.25)
+    low, high = min(everything + [0.5]) / 1.25, max(everything + [2]) * 1.25
+    axes.set_xlim(low, high)
+    step = math.ceil(math.log2(high / low) / 10)   # one of the marks is always 1
+    marks = [2.0 ** power for power in range(-40 * step, 40 * step, step)]
+    axes.set_xticks([mark for mark in marks if low < mark < high])
     axes.set_ylim(len(families) - 0.5, -0.5)
     axes.axvline(1, color=TEXT, linewidth=0.8)
     for at, family in enumerate(families):

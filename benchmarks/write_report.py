@@ -179,8 +179,10 @@ def publish(run, document, chart):
     if not any(operation.ratio() for operation in results.operations_in(run).values()):
         raise results.Failure("no row of ZrCore has a peer in these results")
     part = document_part(run, os.path.relpath(chart, os.path.dirname(document) or "."))
-    style = (f"<style>svg {{ color: #1b1f24; {charts.LIGHT} }} @media (prefers-color-scheme: dark) "
-             f"{{ svg {{ color: #e4e8ec; {charts.DARK} }} }}</style>")
+    # With a background of its own: the page around it may be light although the reader's system is dark.
+    style = (f"<style>svg {{ background: #ffffff; color: #1b1f24; {charts.LIGHT} }} "
+             "@media (prefers-color-scheme: dark) "
+             f"{{ svg {{ background: #14181d; color: #e4e8ec; {charts.DARK} }} }}</style>")
     svg = charts.overview(list(results.operations_in(run).values()), "overview", style)
     write(chart, '<?xml version="1.0" encoding="utf-8"?>\n' + svg)
     write(document, text[:text.index(BEGIN)] + part + text[text.index(END) + len(END):])
