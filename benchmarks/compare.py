@@ -14,8 +14,9 @@ A row has changed if both of these are true:
     differ by 0.3 ns, about a cycle of the processor. For other figures the noise is 0.5 %, because they are nearly the
     same in each run.
 
-Only rows of ZrCore and of its C++ layer are listed. Of the other rows, their number and their median change are
-printed: if many have changed, the machine was busy or is another one, and the list means little.
+Only rows of ZrCore are listed, its C++ layer and the same work by hand included. Of the other rows, their number and
+their median change are printed: if many have changed, the machine was busy or is another one, and the list means
+little.
 
 Exit status: 0 no row of ZrCore worsened, 1 a file can't be used, 2 wrong usage, 3 at least one row of ZrCore worsened.
 """
@@ -56,7 +57,7 @@ def has_changed(old, new, unit, noise):
 
 
 def is_ours(library):
-    return library.startswith((results.OURS, results.LAYER))
+    return library.startswith((results.OURS, results.LAYER, results.BY_HAND))
 
 
 def rows_of(operations):

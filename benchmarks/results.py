@@ -9,6 +9,7 @@ import statistics
 
 OURS = "ZrCore"
 LAYER = "zr layer"            # the library name of the C++ layer
+BY_HAND = "by hand"           # the library name of the same calls of ZrCore without the layer
 LOWER_BOUND = "lower bound"   # the library name of the rows that are not a library; it may be followed by a remark
 
 # The unit of a row that is not a time is the name of a counter of Google Benchmark. For all units, less is better.
