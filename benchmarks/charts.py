@@ -108,14 +108,13 @@ def bars(operations, name, title):
 
 def overview(operations, name, style=""):
     """One line per family and a dot per operation: ZrCore's figure divided by the best peer's, on a log scale."""
-    families = list(dict.fromkeys(operation.family for operation in operations if operation.ratio() is not None))
+    operations = [operation for operation in operations if operation.ratio()]
+    families = list(dict.fromkeys(operation.family for operation in operations))
     height = 0.26 * len(families) + 0.75
     figure = pyplot.figure(figsize=(7.2, height))
     axes = figure.add_axes((0.24, 0.55 / height, 0.73, 1 - 0.75 / height))
     axes.set_xscale("log", base=2)
-    ratios = {family: sorted(operation.ratio() for operation in operations
-                             if operation.family == family and operation.ratio()) for family in families}
-    everything = [ratio for some in ratios.values() for ratio in some]
+    everything = [operation.ratio() for operation in operations]
     low, high = min(everything + [0.5]) / 1.25, max(everything + [2]) * 1.25
     axes.set_xlim(low, high)
     step = math.ceil(math.log2(high / low) / 10)   # one of the marks is always 1
@@ -124,8 +123,9 @@ def overview(operations, name, style=""):
     axes.set_ylim(len(families) - 0.5, -0.5)
     axes.axvline(1, color=TEXT, linewidth=0.8)
     for at, family in enumerate(families):
-        for shown, mark in (([ratio for ratio in ratios[family] if ratio <= 1], "o"),
-                            ([ratio for ratio in ratios[family] if ratio > 1], "D")):
+        for needs_more, mark in ((False, "o"), (True, "D")):
+            shown = sorted(operation.ratio() for operation in operations
+                           if operation.family == family and operation.needs_more() == needs_more)
             axes.plot(shown, [at] * len(shown), mark, color=OURS if mark == "o" else BOUND, markersize=4.5, alpha=0.75,
                       markeredgewidth=0)
     axes.set_yticks(range(len(families)), families)
@@ -137,6 +137,6 @@ def overview(operations, name, style=""):
     for side in axes.spines.values():
         side.set_visible(False)
     axes.set_xlabel("ZrCore divided by the best peer, logarithmic. Dots: ZrCore needs no more; diamonds: more")
-    better = sum(1 for ratio in everything if ratio <= 1)
+    no_more = sum(not operation.needs_more() for operation in operations)
     return as_svg(figure, name, "ZrCore and its best peer", f"One dot per operation, one line per family. ZrCore needs "
-                  f"no more than its best peer in {better} of {len(everything)} operations.", style)
+                  f"no more than its best peer in {no_more} of {len(operations)} operations.", style)

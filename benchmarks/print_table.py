@@ -28,11 +28,10 @@ def line(operation):
     """One line of the table, and whether ZrCore, or the layer, needs more than the best peer."""
     medians = operation.medians()
     best, ratio = operation.best_peer(), operation.ratio()
-    lower_bounds = [value for library, value in medians.items() if library.startswith(results.LOWER_BOUND)]
     limit = 1.05 if operation.ours() == results.LAYER else 1
     return (operation.name, number(medians.get(operation.ours())), number(medians.get(best)), best or "-",
             f"{ratio:.2f}" if ratio is not None else "-",
-            " / ".join(map(number, lower_bounds)) or "-"), ratio is not None and round(ratio, 2) > limit
+            operation.lower_bounds()), operation.needs_more(limit)
 
 
 def print_table(unit, operations):

@@ -11,6 +11,7 @@ OURS = "ZrCore"
 LAYER = "zr layer"            # the library name of the C++ layer
 BY_HAND = "by hand"           # the library name of the same calls of ZrCore without the layer
 LOWER_BOUND = "lower bound"   # the library name of the rows that are not a library; it may be followed by a remark
+BY_CONTRACT = LOWER_BOUND + " by contract"
 
 # The unit of a row that is not a time is the name of a counter of Google Benchmark. For all units, less is better.
 COUNTER_UNITS = ("us", "bytes", "KiB", "MiB", "relocations", "constructors")
@@ -52,6 +53,17 @@ class Operation:
         """ZrCore's median divided by the best peer's, or None."""
         best, medians = self.best_peer(), self.medians()
         return medians[self.ours()] / medians[best] if best and medians[best] and self.ours() in medians else None
+
+    def needs_more(self, limit=1):
+        """Whether the ratio, as it is printed, is above the limit."""
+        ratio = self.ratio()
+        return ratio is not None and round(ratio, 2) > limit
+
+    def lower_bounds(self):
+        """The lower bound, and after a slash the one by contract; "-" for one that has no row."""
+        medians = self.medians()
+        bounds = [medians.get(LOWER_BOUND), medians.get(BY_CONTRACT)]
+        return number(bounds[0]) if bounds[1] is None else " / ".join(map(number, bounds))
 
 
 def value_of(entry):

@@ -147,10 +147,11 @@ BEGIN, END = "<!-- figures: begin -->", "<!-- figures: end -->"
 def document_part(run, chart_name):
     """The dated result as Markdown."""
     operations = list(results.operations_in(run).values())
-    ratios = [operation.ratio() for operation in operations if operation.ratio() is not None]
+    compared = [operation for operation in operations if operation.ratio()]   # those of the chart
+    no_more = sum(not operation.needs_more() for operation in compared)
     lines = [BEGIN, "", "| Run | |", "|---|---|"]
     lines += [f"| {title} | {text} |" for title, text in machine(run)]
-    lines += ["", f"ZrCore needs no more than its best peer in {sum(ratio <= 1 for ratio in ratios)} of {len(ratios)} "
+    lines += ["", f"ZrCore needs no more than its best peer in {no_more} of {len(compared)} "
               "operations:", "", f"![One dot per operation: ZrCore divided by its best peer]({chart_name})"]
     for title, members in groups(operations):
         unit = members[0].unit
@@ -159,9 +160,8 @@ def document_part(run, chart_name):
                   "|---|---:|---:|---|---:|---:|"]
         for operation in members:
             medians, best, ratio = operation.medians(), operation.best_peer(), operation.ratio()
-            bounds = [number(value) for library, value in medians.items() if library.startswith(results.LOWER_BOUND)]
             cells = (operation.name, number(medians.get(operation.ours())), number(medians.get(best)), best or "-",
-                     f"{ratio:.2f}" if ratio is not None else "-", " / ".join(bounds) or "-")
+                     f"{ratio:.2f}" if ratio is not None else "-", operation.lower_bounds())
             lines.append("| " + " | ".join(html.escape(cell, quote=False) for cell in cells) + " |")
     return "\n".join(lines + ["", END])
 
