@@ -87,7 +87,7 @@ struct StringTraits : PointerTraits<StringTraits, ZRSTR> {
     return ZR_R_OK;
   }
   static void Release(ZRSTR element) noexcept { ReleaseString(element); }
-  static bool AreEqual(ZRSTR left, ZRSTR right) noexcept { return CompareStrings(left, right) == 0; }
+  static bool AreEqual(ZRSTR left, ZRSTR right) noexcept { return AreStringsEqual(left, right); }
 };
 
 struct RefTraits : PointerTraits<RefTraits, ZRREF*> {

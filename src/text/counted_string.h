@@ -122,6 +122,12 @@ inline void ReleaseString(ZRSTR string) noexcept {
   return order != 0 ? order : byLength;
 }
 
+// Whether CompareStrings would return 0. Strings of different lengths are not read.
+[[nodiscard]] inline bool AreStringsEqual(ZRSTR left, ZRSTR right) noexcept {
+  const uint32_t bytes = StringByteLen(left);
+  return bytes == StringByteLen(right) && (bytes == 0 || std::memcmp(left, right, bytes) == 0);
+}
+
 // Owns one reference on a counted string and releases it at the end of the scope. Null stays null: unlike ZrCopyString,
 // Share of null doesn't make the shared empty string.
 //

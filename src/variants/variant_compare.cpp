@@ -61,7 +61,7 @@ static ZRRESULT ComparePayloads(PayloadKind kind, ZRVARIANTVALUE left, ZRVARIANT
     case PayloadKind::Uuid:
       return ZrCompareUUID(left.uuid, right.uuid, equal);
     case PayloadKind::String:
-      *equal = CompareStrings(left.string, right.string) == 0;
+      *equal = AreStringsEqual(left.string, right.string);
       return ZR_R_OK;
     case PayloadKind::Ref:
       *equal = CompareRefs(left.ref, right.ref) == 0;
