@@ -150,7 +150,7 @@ def print_comparison(comparison, old_run, new_run):
         print(f"Rows of other libraries, which nobody changed: {len(comparison.changed_controls)} of "
               f"{len(comparison.controls)} changed; the median change is {percent(drift)}.")
     if comparison.fewest_repetitions is not None and comparison.fewest_repetitions < LEAST_REPETITIONS:
-        print(f"A row has only {comparison.fewest_repetitions} repetitions: expect changes that are noise.")
+        print(f"The fewest repetitions of a row are {comparison.fewest_repetitions}: expect changes that are noise.")
     contexts = [run.get("context", {}) for run in (old_run, new_run)]
     for key in ("processor", "compiler"):
         if contexts[0].get(key) != contexts[1].get(key):

@@ -178,6 +178,8 @@ def publish(run, document, chart):
         raise results.Failure(f"{document} doesn't have the comments between which the figures are written")
     if not any(operation.ratio() for operation in results.operations_in(run).values()):
         raise results.Failure("no row of ZrCore has a peer in these results")
+    if str(run.get("context", {}).get("commit", "")).endswith("-dirty"):
+        raise results.Failure("the results are of sources that no commit has; commit them and run tools/bench again")
     part = document_part(run, os.path.relpath(chart, os.path.dirname(document) or "."))
     # With a background of its own: the page around it may be light although the reader's system is dark.
     style = (f"<style>svg {{ background: #ffffff; color: #1b1f24; {charts.LIGHT} }} "
