@@ -75,13 +75,6 @@ ZR_AVX512 static inline void StoreWide(__m512i bytes, WCHAR* to) noexcept {
   Store(to + 32, _mm512_cvtepu8_epi16(HighHalf(bytes)));
 }
 
-// The first step of a run of ASCII, if this much is left; else and for all later steps 64. A store that crosses a cache
-// line takes longer than one that doesn't. After this step, no store of a long run does.
-static std::size_t FirstStep(std::size_t left, const WCHAR* to) noexcept {
-  const std::size_t intoLine = reinterpret_cast<std::uintptr_t>(to) / sizeof(WCHAR) % 32;
-  return left < 512 ? 64 : 64 - intoLine;
-}
-
 // Converts vectors that are all ASCII, as long as they come. A shorter first step stores whole vectors, too; the next
 // step writes over the excess.
 ZR_AVX512 static void WidenAscii(const unsigned char*& at, const unsigned char* end, WCHAR*& to,

@@ -42,7 +42,10 @@ ZR_AVX512 static inline void AddUnits(__m512i units, Utf8Count& count) noexcept 
 // Skips ASCII text from `at` on. Returns the beginning of the first vector that isn't all ASCII or isn't complete. Each
 // skipped unit is one byte.
 ZR_AVX512 static std::size_t SkipAscii(const WCHAR* text, std::size_t at, std::size_t length) noexcept {
-  while (length - at >= 64 && AreUnitsAscii(_mm512_or_si512(Load(text + at), Load(text + at + 32)))) at += 64;
+  for (std::size_t step = FirstStep(length - at, text + at); length - at >= 64; step = 64) {
+    if (!AreUnitsAscii(_mm512_or_si512(Load(text + at), Load(text + at + 32)))) break;
+    at += step;
+  }
   if (length - at >= 32 && AreUnitsAscii(Load(text + at))) at += 32;
   return at;
 }

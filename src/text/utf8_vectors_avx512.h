@@ -19,6 +19,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "zrcore/base.h"
+
 // Allows one function to use the instructions. The build's own options don't, because everything else must run on
 // processors without them.
 #define ZR_AVX512 __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt,bmi,bmi2")))
@@ -46,4 +48,13 @@ ZR_AVX512 static inline uint32_t First32(std::size_t count) noexcept { return st
 ZR_AVX512 static inline bool AreAscii(__m512i bytes) noexcept { return _mm512_movepi8_mask(bytes) == 0; }
 ZR_AVX512 static inline bool AreUnitsAscii(__m512i units) noexcept {
   return _mm512_test_epi16_mask(units, EachUnit(0xFF80)) == 0;
+}
+
+// The number of units to advance after the first 64 of a run of ASCII, which begins at `units`. The later steps are 64.
+// Loads and stores that cross a cache line take longer than others. If much text is left, the first step is shorter, so
+// that the later steps begin at a line.
+static inline std::size_t FirstStep(std::size_t left, const WCHAR* units) noexcept {
+  if (left < 512) [[likely]]
+    return 64;
+  return 64 - reinterpret_cast<std::uintptr_t>(units) / sizeof(WCHAR) % 32;
 }

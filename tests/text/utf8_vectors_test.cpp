@@ -104,6 +104,9 @@ TEST(Utf8Vectors, ConvertLongRunsOfAscii) {
       std::vector<uint8_t> bytes(size);
       for (size_t at = 0; at < size; ++at) bytes[at] = static_cast<uint8_t>('a' + at % 26);
       EXPECT_EQ(CheckFromUtf8(bytes, 'b'), "") << size << " ASCII bytes";
+      std::vector<WCHAR> units(bytes.begin(), bytes.end());
+      units.back() = 0x20AC;
+      EXPECT_EQ(CheckWriters(units, -1, 300), "") << "a unit after " << size - 1 << " ASCII units";
       bytes[size - 2] = 0xC3;
       bytes[size - 1] = 0xA9;
       EXPECT_EQ(CheckFromUtf8(bytes, 'b'), "") << "a character after " << size - 2 << " ASCII bytes";
