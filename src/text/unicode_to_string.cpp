@@ -1,5 +1,5 @@
 // Strings from UTF-32 and UTF-8: one pass counts the units, then a block of exactly that size is allocated, then a
-// second pass fills it.
+// second pass fills it. Where the processor has a form for short texts (utf8_vectors.h), these need one pass.
 //
 // For UTF-8 the first pass is also the only check. Text is good if continuation bytes follow each lead byte, as many as
 // it needs unless the text ends first, and if no other byte is a continuation byte. The second pass relies on this and
@@ -253,21 +253,27 @@ ZRRESULT ZrCreateZRSTRfromUTF32(const char32_t* text, int32_t length, ZRSTR* str
   return ZR_R_OK;
 }
 
+// Not inline, so that short texts don't pay for saving the registers that this needs.
+[[gnu::noinline]] static ZRRESULT CountAndCreate(const unsigned char* text, std::size_t size, ZRSTR& string) noexcept {
+  std::size_t units = CountUnits(text, size);
+  if (units == kNotCounted) units = 0;  // bad text makes an empty string of its own, not the shared one
+  if (units > kMostUnits) return ZR_R_INVALID_ARGUMENTS;
+  string = AllocateText(units);
+  if (string == nullptr) return ZR_R_NO_MEMORY;
+  WCHAR* const end = string + units;
+  WCHAR* const stored = Decode(text, text + size, string, end);
+  std::fill(stored, end, WCHAR{0});
+  return stored == end ? ZR_R_OK : ZR_R_FAILED;
+}
+
 ZRRESULT ZrCreateZRSTRfromUTF8(const char* text, int32_t length, ZRSTR* string) noexcept {
   if (text == nullptr || string == nullptr || length < -1) return ZR_R_INVALID_ARGUMENTS;
   const std::size_t size = length == -1 ? std::strlen(text) : static_cast<std::size_t>(length);
   if (size == 0) return StoreSharedEmpty(string);
 
   const auto* bytes = reinterpret_cast<const unsigned char*>(text);
-  std::size_t units = CountUnits(bytes, size);
-  if (units == kNotCounted) units = 0;  // bad text makes an empty string of its own, not the shared one
-  if (units > kMostUnits) return ZR_R_INVALID_ARGUMENTS;
-  ZRSTR made = *string = AllocateText(units);
-  if (made == nullptr) return ZR_R_NO_MEMORY;
-  WCHAR* const end = made + units;
-  WCHAR* const stored = Decode(bytes, bytes + size, made, end);
-  std::fill(stored, end, WCHAR{0});
-  return stored == end ? ZR_R_OK : ZR_R_FAILED;
+  if (CreateShort(bytes, size, *string)) return *string != nullptr ? ZR_R_OK : ZR_R_NO_MEMORY;
+  return CountAndCreate(bytes, size, *string);
 }
 
 // Differs in one rule: a length of 0 is refused.

@@ -13,7 +13,7 @@
 
 // The units that are surrogates.
 ZR_AVX512 static inline __mmask32 SurrogatesOf(__m512i units) noexcept {
-  return _mm512_cmpeq_epi16_mask(_mm512_and_si512(units, EachUnit(0xF800)), EachUnit(0xD800));
+  return _mm512_cmpeq_epi16_mask(_mm512_and_si512(units, Each16(0xF800)), Each16(0xD800));
 }
 
 // What CountUtf8Avx512 collects over all vectors.
@@ -28,11 +28,11 @@ struct Utf8Count {
 // A unit yields a second byte from 0x80 up and a third from 0x800 up. A surrogate pair yields four bytes rather than
 // six. All surrogates are in pairs if the low ones are exactly where the high ones are, one unit further on.
 ZR_AVX512 static inline void AddUnits(__m512i units, Utf8Count& count) noexcept {
-  count.bytes += CountBits(_mm512_cmpge_epu16_mask(units, EachUnit(0x80))) +
-                 CountBits(_mm512_cmpge_epu16_mask(units, EachUnit(0x800)));
+  count.bytes += CountBits(_mm512_cmpge_epu16_mask(units, Each16(0x80))) +
+                 CountBits(_mm512_cmpge_epu16_mask(units, Each16(0x800)));
   const __mmask32 isSurrogate = SurrogatesOf(units);
   if ((isSurrogate | count.isHighBefore) == 0) return;
-  const uint32_t isLow = _mm512_mask_test_epi16_mask(isSurrogate, units, EachUnit(0x400));
+  const uint32_t isLow = _mm512_mask_test_epi16_mask(isSurrogate, units, Each16(0x400));
   const uint32_t isHigh = isSurrogate & ~isLow;
   count.bad |= (isHigh << 1 | count.isHighBefore) ^ isLow;
   count.isHighBefore = isHigh >> 31;
@@ -97,8 +97,8 @@ ZR_AVX512 static Encoding EncodeAscii(Encoding run) noexcept {
 // The bytes of 32 units below 0x800. Each has two bytes in its lane, the first in the low byte: 110aaaaa 10bbbbbb of a
 // unit aaaaabbbbbb, or ASCII and a zero. `isTwo` has the units that aren't ASCII.
 ZR_AVX512 static inline __m512i BytesUpToTwo(__m512i units, __mmask32 isTwo) noexcept {
-  const __m512i tails = _mm512_and_si512(_mm512_slli_epi16(units, 8), EachUnit(0x3F00));
-  const __m512i leads = _mm512_or_si512(_mm512_srli_epi16(units, 6), EachUnit(0x80C0));
+  const __m512i tails = _mm512_and_si512(_mm512_slli_epi16(units, 8), Each16(0x3F00));
+  const __m512i leads = _mm512_or_si512(_mm512_srli_epi16(units, 6), Each16(0x80C0));
   return _mm512_mask_mov_epi16(units, isTwo, _mm512_or_si512(leads, tails));
 }
 static constexpr uint64_t kFirstOfTwo = 0x5555555555555555;  // is kept always; the second is kept if its top bit is set
@@ -107,8 +107,8 @@ static constexpr uint64_t kFirstOfTwo = 0x5555555555555555;  // is kept always; 
 ZR_AVX512 static Encoding EncodeUpToTwo(Encoding run) noexcept {
   while (run.IsInside(64)) {
     const __m512i units = Load(run.at);
-    const __mmask32 isTwo = _mm512_cmpge_epu16_mask(units, EachUnit(0x80));
-    if (isTwo == 0 || _mm512_test_epi16_mask(units, EachUnit(0xF800)) != 0) break;
+    const __mmask32 isTwo = _mm512_cmpge_epu16_mask(units, Each16(0x80));
+    if (isTwo == 0 || _mm512_test_epi16_mask(units, Each16(0xF800)) != 0) break;
     const __m512i bytes = BytesUpToTwo(units, isTwo);
     const uint64_t kept = kFirstOfTwo | _mm512_movepi8_mask(bytes);
     Store(run.to, _mm512_maskz_compress_epi8(kept, bytes));
@@ -161,7 +161,7 @@ ZR_AVX512 static Encoding EncodeThrees(Encoding run) noexcept {
   const __m512i together = Load(kThreeOfFour.data());
   while (run.IsInside(48 + 64)) {
     const __m512i units = Load(run.at);
-    const __mmask32 isShorter = _mm512_cmplt_epu16_mask(units, EachUnit(0x800));
+    const __mmask32 isShorter = _mm512_cmplt_epu16_mask(units, Each16(0x800));
     if ((isShorter | SurrogatesOf(units)) != 0) break;
     for (const __m256i half : {LowHalf(units), HighHalf(units)}) {
       const __m512i bytes = _mm512_or_si512(PartsOfThree(_mm512_cvtepu16_epi32(half)), Each32(kMarksOfThree));
@@ -236,8 +236,8 @@ ZR_AVX512 static bool EncodeAny(Encoding& step) noexcept {
 ZR_AVX512 static bool EncodeUpToTwoOnce(Encoding& step) noexcept {
   const uint32_t inText = First32(step.UnitsLeft());
   const __m512i units = _mm512_maskz_loadu_epi16(inText, step.at);
-  if (_mm512_test_epi16_mask(units, EachUnit(0xF800)) != 0) return false;
-  const __m512i bytes = BytesUpToTwo(units, _mm512_cmpge_epu16_mask(units, EachUnit(0x80)));
+  if (_mm512_test_epi16_mask(units, Each16(0xF800)) != 0) return false;
+  const __m512i bytes = BytesUpToTwo(units, _mm512_cmpge_epu16_mask(units, Each16(0x80)));
   if (!StoreKept(bytes, _pdep_u64(inText, kFirstOfTwo) | _mm512_movepi8_mask(bytes), step)) return false;
   step.at += std::min<std::size_t>(step.UnitsLeft(), 32);
   return true;

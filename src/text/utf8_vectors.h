@@ -6,13 +6,14 @@
 //     utf8_vectors_avx2.cpp     AVX2, which most x86-64 processors have
 //     utf8_vectors_neon.cpp     NEON, which every arm64 processor has
 //
-// When the library is loaded, it chooses the best form for its processor. The four functions ...Blocks below call the
-// chosen form directly: a call through a pointer would cost short texts a tenth of their time.
+// When the library is loaded, it chooses the best form for its processor. The functions ...Blocks and ...Short below
+// call the chosen form directly: a call through a pointer would cost short texts a tenth of their time.
 //
 // The callers are the loops in unicode_to_string.cpp and unicode_to_buffer.cpp. They do all the work where there is no
 // form, and they handle what a form leaves to them:
 //
 //   - A counting function counts the whole text, or nothing.
+//   - A function for short texts converts the whole text, or nothing.
 //   - A converting function converts from the beginning of the text. It stops at the end, or where less than a vector
 //     is left on either side, or at a character that needs other treatment. It moves both cursors past what it has
 //     converted, and the caller's loop continues there. It may convert nothing.
@@ -27,6 +28,7 @@
 #include <optional>
 
 #include "zrcore/base.h"
+#include "zrcore/string.h"
 
 enum class Utf8Form : uint8_t { None, Avx512, Avx2, Neon };
 inline constexpr Utf8Form kUtf8Forms[] = {Utf8Form::Avx512, Utf8Form::Avx2, Utf8Form::Neon,
@@ -57,8 +59,14 @@ inline constexpr std::size_t kNotCounted = std::numeric_limits<std::size_t>::max
 // CountUtf8Blocks returns the number of bytes of UTF-8 that the units yield. It returns kNotCounted if the text
 // contains a lone surrogate, or if it doesn't count such a text.
 //
+// CreateShort makes the string of a short text. The fixed cost of separate steps, to count, to allocate and to decode,
+// is most of the cost of such a text. Returns false, and makes nothing, if the text is longer or the callers' loops
+// must decode it. `string` is null if out of memory.
+//
 // EncodeBlocks encodes from `at`. Bytes after the final `to` may be overwritten with garbage. The units left, without
 // the very last, yield at least as many bytes as were overwritten, so the caller's loop writes over all of them.
+
+inline constexpr std::size_t kMostShort = 64;  // bytes of UTF-8
 
 #if defined(__GNUC__) && defined(__x86_64__)
 
@@ -68,6 +76,7 @@ void DecodeAvx2(const unsigned char*& at, const unsigned char* end, WCHAR*& to, 
 void EncodeAvx2(const WCHAR*& at, const WCHAR* end, unsigned char*& to, const unsigned char* toEnd) noexcept;
 
 [[nodiscard]] std::size_t CountUnitsAvx512(const unsigned char* text, std::size_t size) noexcept;
+[[nodiscard]] bool CreateShortAvx512(const unsigned char* text, std::size_t size, ZRSTR& string) noexcept;
 void DecodeAvx512(const unsigned char*& at, const unsigned char* end, WCHAR*& to, const WCHAR* toEnd) noexcept;
 [[nodiscard]] std::size_t CountUtf8Avx512(const WCHAR* text, std::size_t length) noexcept;
 void EncodeAvx512(const WCHAR*& at, const WCHAR* end, unsigned char*& to, const unsigned char* toEnd) noexcept;
@@ -81,6 +90,9 @@ inline void DecodeBlocks(const unsigned char*& at, const unsigned char* end, WCH
   const auto size = static_cast<std::size_t>(end - at);
   if (g_utf8Form == Utf8Form::Avx512) return DecodeAvx512(at, end, to, toEnd);
   if (g_utf8Form == Utf8Form::Avx2 && IsWorthAForm(at, size)) DecodeAvx2(at, end, to, toEnd);
+}
+[[nodiscard]] inline bool CreateShort(const unsigned char* text, std::size_t size, ZRSTR& string) noexcept {
+  return size <= kMostShort && g_utf8Form == Utf8Form::Avx512 && CreateShortAvx512(text, size, string);
 }
 [[nodiscard]] inline std::size_t CountUtf8Blocks(const WCHAR* text, std::size_t length) noexcept {
   if (g_utf8Form == Utf8Form::Avx512) return CountUtf8Avx512(text, length);
@@ -98,6 +110,7 @@ inline void EncodeBlocks(const WCHAR*& at, const WCHAR* end, unsigned char*& to,
   return std::nullopt;
 }
 [[nodiscard]] inline std::size_t CountUtf8Blocks(const WCHAR*, std::size_t) noexcept { return kNotCounted; }
+[[nodiscard]] inline bool CreateShort(const unsigned char*, std::size_t, ZRSTR&) noexcept { return false; }
 
 #if defined(__GNUC__) && defined(__aarch64__)
 

@@ -25,29 +25,41 @@
 // processors without them.
 #define ZR_AVX512 __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt,bmi,bmi2")))
 
+// For a function that a loop is too short to call.
+#define ZR_INLINE __attribute__((always_inline)) static inline
+
 // The name of a vector says what its lanes are: bytes, units of 16 bits, or numbers of 32 bits.
 ZR_AVX512 static inline __m512i Load(const void* at) noexcept { return _mm512_loadu_si512(at); }
 ZR_AVX512 static inline void Store(void* at, __m512i vector) noexcept { _mm512_storeu_si512(at, vector); }
 ZR_AVX512 static inline __m256i LowHalf(__m512i vector) noexcept { return _mm512_extracti64x4_epi64(vector, 0); }
 ZR_AVX512 static inline __m256i HighHalf(__m512i vector) noexcept { return _mm512_extracti64x4_epi64(vector, 1); }
 
-ZR_AVX512 static inline __m512i EachByte(int byte) noexcept { return _mm512_set1_epi8(static_cast<char>(byte)); }
-ZR_AVX512 static inline __m512i EachUnit(int unit) noexcept { return _mm512_set1_epi16(static_cast<int16_t>(unit)); }
+ZR_AVX512 static inline __m512i Each8(int byte) noexcept { return _mm512_set1_epi8(static_cast<char>(byte)); }
+ZR_AVX512 static inline __m512i Each16(int unit) noexcept { return _mm512_set1_epi16(static_cast<int16_t>(unit)); }
 ZR_AVX512 static inline __m512i Each32(uint32_t bits) noexcept { return _mm512_set1_epi32(static_cast<int>(bits)); }
 
 ZR_AVX512 static inline std::size_t CountBits(uint64_t bits) noexcept {
   return static_cast<std::size_t>(_mm_popcnt_u64(bits));
 }
 
-// A mask of the first `count` lanes, or of all lanes if there are fewer.
+// A mask of the first `count` lanes. FirstOf64 is for at most 64 lanes, First64 and First32 have all lanes if there are
+// fewer.
+ZR_AVX512 static inline uint64_t FirstOf64(std::size_t count) noexcept {
+  return _bzhi_u64(~uint64_t{0}, static_cast<unsigned>(count));
+}
 ZR_AVX512 static inline uint64_t First64(std::size_t count) noexcept {
-  return _bzhi_u64(~uint64_t{0}, static_cast<unsigned>(std::min<std::size_t>(count, 64)));
+  return FirstOf64(std::min<std::size_t>(count, 64));
 }
 ZR_AVX512 static inline uint32_t First32(std::size_t count) noexcept { return static_cast<uint32_t>(First64(count)); }
 
+// Stores the first `count` units, at most 32.
+ZR_AVX512 static inline void StoreFirst(WCHAR* to, __m512i units, std::size_t count) noexcept {
+  _mm512_mask_storeu_epi16(to, static_cast<__mmask32>(FirstOf64(count)), units);
+}
+
 ZR_AVX512 static inline bool AreAscii(__m512i bytes) noexcept { return _mm512_movepi8_mask(bytes) == 0; }
 ZR_AVX512 static inline bool AreUnitsAscii(__m512i units) noexcept {
-  return _mm512_test_epi16_mask(units, EachUnit(0xFF80)) == 0;
+  return _mm512_test_epi16_mask(units, Each16(0xFF80)) == 0;
 }
 
 // The number of units to advance after the first 64 of a run of ASCII, which begins at `units`. The later steps are 64.
