@@ -309,7 +309,11 @@ ZRRESULT ZrCreateUTF8fromZRSTR(ZRSTR source, int32_t length, char* buffer, int32
   // A buffer that the text and the zero byte don't fill exactly is a failure. The bytes so far stay, without a zero
   // byte.
   const auto limit = static_cast<std::size_t>(*capacity) - 1;
-  if (EncodeUtf8(source, end, reinterpret_cast<unsigned char*>(buffer), limit) != limit) return ZR_R_FAILED;
+  const auto units = static_cast<std::size_t>(end - source);
+  auto* const bytes = reinterpret_cast<unsigned char*>(buffer);
+  // Only ASCII yields as many bytes as units.
+  const bool isDone = limit == units && EncodeShort(source, units, bytes);
+  if (!isDone && EncodeUtf8(source, end, bytes, limit) != limit) return ZR_R_FAILED;
   buffer[limit] = 0;
   return ZR_R_OK;
 }

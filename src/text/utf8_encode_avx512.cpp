@@ -21,6 +21,8 @@ struct Utf8Count {
   std::size_t bytes = 0;
   uint32_t bad = 0;
   uint32_t isHighBefore = 0;  // 1 if the last unit of the vector before is a high surrogate, else 0
+
+  std::size_t Result() const noexcept { return (bad | isHighBefore) == 0 ? bytes : kNotCounted; }
 };
 
 // Checks 32 units and counts the bytes that they yield, except the first byte of each.
@@ -50,9 +52,30 @@ ZR_AVX512 static std::size_t SkipAscii(const WCHAR* text, std::size_t at, std::s
   return at;
 }
 
+// A text of up to 64 units, and zeros after it.
+struct ShortText {
+  __m512i low, high;
+};
+ZR_AVX512 static inline ShortText LoadShort(const WCHAR* text, std::size_t length) noexcept {
+  const uint64_t inText = FirstOf64(length);
+  ShortText units{_mm512_maskz_loadu_epi16(static_cast<__mmask32>(inText), text), _mm512_setzero_si512()};
+  if (length > 32) units.high = _mm512_maskz_loadu_epi16(static_cast<__mmask32>(inText >> 32), text + 32);
+  return units;
+}
+ZR_AVX512 static inline bool AreUnitsAscii(const ShortText& text) noexcept {
+  return AreUnitsAscii(_mm512_or_si512(text.low, text.high));
+}
+
 // Only a vector of ASCII is a hint of an ASCII run, so other text doesn't pay for the attempt to skip one.
 ZR_AVX512 std::size_t CountUtf8Avx512(const WCHAR* text, std::size_t length) noexcept {
   Utf8Count count{length};
+  if (length <= 64) {
+    const ShortText units = LoadShort(text, length);
+    if (AreUnitsAscii(units)) return length;
+    AddUnits(units.low, count);
+    if (length > 32) AddUnits(units.high, count);
+    return count.Result();
+  }
   std::size_t at = SkipAscii(text, 0, length);
   while (length - at >= 32) {
     const __m512i units = Load(text + at);
@@ -61,7 +84,7 @@ ZR_AVX512 std::size_t CountUtf8Avx512(const WCHAR* text, std::size_t length) noe
     if (AreUnitsAscii(units)) at = SkipAscii(text, at, length);
   }
   if (at < length) AddUnits(_mm512_maskz_loadu_epi16(First32(length - at), text + at), count);
-  return (count.bad | count.isHighBefore) == 0 ? count.bytes : kNotCounted;
+  return count.Result();
 }
 
 // The rest of the text and of the buffer. The functions with loops take and return it by value. Through a reference,
@@ -261,6 +284,15 @@ ZR_AVX512 void EncodeAvx512(const WCHAR*& text, const WCHAR* end, unsigned char*
   }
   text = rest.at;
   buffer = rest.to;
+}
+
+ZR_AVX512 bool EncodeShortAvx512(const WCHAR* text, std::size_t length, unsigned char* buffer) noexcept {
+  const ShortText units = LoadShort(text, length);
+  if (!AreUnitsAscii(units)) return false;
+  const __m512i bytes =
+      _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtepi16_epi8(units.low)), _mm512_cvtepi16_epi8(units.high), 1);
+  _mm512_mask_storeu_epi8(buffer, FirstOf64(length), bytes);
+  return true;
 }
 
 #endif

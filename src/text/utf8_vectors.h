@@ -63,10 +63,12 @@ inline constexpr std::size_t kNotCounted = std::numeric_limits<std::size_t>::max
 // is most of the cost of such a text. Returns false, and makes nothing, if the text is longer or the callers' loops
 // must decode it. `string` is null if out of memory.
 //
+// EncodeShort encodes a short text of ASCII. Returns false, and writes nothing, if the text is longer or not all ASCII.
+//
 // EncodeBlocks encodes from `at`. Bytes after the final `to` may be overwritten with garbage. The units left, without
 // the very last, yield at least as many bytes as were overwritten, so the caller's loop writes over all of them.
 
-inline constexpr std::size_t kMostShort = 64;  // bytes of UTF-8
+inline constexpr std::size_t kMostShort = 64;  // bytes of UTF-8, or units
 
 #if defined(__GNUC__) && defined(__x86_64__)
 
@@ -79,6 +81,7 @@ void EncodeAvx2(const WCHAR*& at, const WCHAR* end, unsigned char*& to, const un
 [[nodiscard]] bool CreateShortAvx512(const unsigned char* text, std::size_t size, ZRSTR& string) noexcept;
 void DecodeAvx512(const unsigned char*& at, const unsigned char* end, WCHAR*& to, const WCHAR* toEnd) noexcept;
 [[nodiscard]] std::size_t CountUtf8Avx512(const WCHAR* text, std::size_t length) noexcept;
+[[nodiscard]] bool EncodeShortAvx512(const WCHAR* text, std::size_t length, unsigned char* buffer) noexcept;
 void EncodeAvx512(const WCHAR*& at, const WCHAR* end, unsigned char*& to, const unsigned char* toEnd) noexcept;
 
 [[nodiscard]] inline std::optional<std::size_t> CountUnitBlocks(const unsigned char* text, std::size_t size) noexcept {
@@ -93,6 +96,9 @@ inline void DecodeBlocks(const unsigned char*& at, const unsigned char* end, WCH
 }
 [[nodiscard]] inline bool CreateShort(const unsigned char* text, std::size_t size, ZRSTR& string) noexcept {
   return size <= kMostShort && g_utf8Form == Utf8Form::Avx512 && CreateShortAvx512(text, size, string);
+}
+[[nodiscard]] inline bool EncodeShort(const WCHAR* text, std::size_t length, unsigned char* buffer) noexcept {
+  return length <= kMostShort && g_utf8Form == Utf8Form::Avx512 && EncodeShortAvx512(text, length, buffer);
 }
 [[nodiscard]] inline std::size_t CountUtf8Blocks(const WCHAR* text, std::size_t length) noexcept {
   if (g_utf8Form == Utf8Form::Avx512) return CountUtf8Avx512(text, length);
@@ -111,6 +117,7 @@ inline void EncodeBlocks(const WCHAR*& at, const WCHAR* end, unsigned char*& to,
 }
 [[nodiscard]] inline std::size_t CountUtf8Blocks(const WCHAR*, std::size_t) noexcept { return kNotCounted; }
 [[nodiscard]] inline bool CreateShort(const unsigned char*, std::size_t, ZRSTR&) noexcept { return false; }
+[[nodiscard]] inline bool EncodeShort(const WCHAR*, std::size_t, unsigned char*) noexcept { return false; }
 
 #if defined(__GNUC__) && defined(__aarch64__)
 
