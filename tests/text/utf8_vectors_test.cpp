@@ -97,6 +97,17 @@ TEST(Utf8Vectors, DetectATruncatedCharacterBeforeABlockOfAscii) {
   });
 }
 
+// An overlong form, which yields one unit rather than two, at each place among characters of four bytes.
+TEST(Utf8Vectors, DecodeAnOverlongFormAmongCharactersOfFourBytes) {
+  WithEachForm([] {
+    for (size_t place = 0; place < 40; ++place) {
+      std::string text;
+      for (size_t at = 0; at < 40; ++at) text += at == place ? "\xF0\x82\x82\xAC" : "\xF0\x9F\x98\x80";
+      EXPECT_EQ(CheckFromUtf8({text.begin(), text.end()}, 'b'), "") << "at " << place;
+    }
+  });
+}
+
 // Long runs of ASCII, as a whole text and before another character, in strings that begin anywhere in a cache line.
 TEST(Utf8Vectors, ConvertLongRunsOfAscii) {
   WithEachForm([] {
