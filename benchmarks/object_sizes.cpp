@@ -122,6 +122,19 @@ static void StringRows16() {
 #endif
 }
 
+// A handle on an element, both of two pointers. Each copy has its own.
+static void* LowerBoundBlobCopy() {
+  Consume(std::malloc(2 * sizeof(void*)));
+  return std::malloc(2 * sizeof(void*));
+}
+
+// Copies share a block, which has at least length, position and the pointer to a buffer, and the buffer.
+static void* LowerBoundBlob(std::size_t size) {
+  Consume(std::malloc(2 * sizeof(uint32_t) + sizeof(void*)));
+  Consume(std::malloc((size / 1024 + 1) * 1024));
+  return LowerBoundBlobCopy();
+}
+
 static void BlobSizeRows(std::size_t size) {
   const std::string suffix = size < 1024 ? std::to_string(size) + " B" : std::to_string(size / 1024) + " KiB";
   std::string operation = "size of a blob of " + suffix;
@@ -140,6 +153,7 @@ static void BlobSizeRows(std::size_t size) {
   });
 #endif
   BlockRow(operation, "lower bound", size);
+  SizeRow(operation, "lower bound by contract", [size] { return LowerBoundBlob(size); });
 
   operation = "size of a copied blob of " + suffix;
   SizeRow(operation, "ZrCore", [bytes] {
@@ -160,6 +174,7 @@ static void BlobSizeRows(std::size_t size) {
     return g_bytes_ref(original);
   });
 #endif
+  SizeRow(operation, "lower bound by contract", [] { return LowerBoundBlobCopy(); });
 }
 
 static void IdentifierRows() {
@@ -299,7 +314,7 @@ static void VariantArraySizeRows(uint32_t count) {
       operation, "std::vector<Poco::Dynamic::Var>",
       [count] { return Filled<std::vector<Poco::Dynamic::Var>>(count, IntegerAt); }, objects);
 #endif
-  BlockRow(operation, "lower bound", count * sizeof(ZRVARIANT));
+  BlockRow(operation, "lower bound by contract", count * sizeof(ZRVARIANT));
 
   operation = "size of an " + Elements(count, "texts of 32 units");
   static constexpr auto at = [](uint32_t index) { return SentenceAt(index).substr(0, 32); };
@@ -363,7 +378,7 @@ static void ComponentSizeRows() {
   });
 #endif
 #if BENCH_GLIB
-  SizeRow(operation, "GObject", [] { return g_object_new(G_TYPE_OBJECT, nullptr); });
+  SizeRow(operation, "GObject (bare object)", [] { return g_object_new(G_TYPE_OBJECT, nullptr); });
 #endif
   BlockRow(operation, "lower bound", sizeof(Widget));
 }
