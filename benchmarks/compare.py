@@ -120,11 +120,11 @@ def lines_of(comparison, rows):
 
 
 def describe(run):
-    context = run.get("context", {})
-    parts = [context.get("date", "no date")]
-    if "commit" in context:
-        parts.append("commit " + context["commit"])
-    parts += [context[key] for key in ("processor", "compiler") if context.get(key)]
+    context = run["context"]
+    parts = [str(context.get("date") or "no date")]
+    if context.get("commit"):
+        parts.append(f"commit {context['commit']}")
+    parts += [str(context[key]) for key in ("processor", "compiler") if context.get(key)]
     return ", ".join(parts)
 
 
@@ -151,9 +151,8 @@ def print_comparison(comparison, old_run, new_run):
               f"{len(comparison.controls)} changed; the median change is {percent(drift)}.")
     if comparison.fewest_repetitions is not None and comparison.fewest_repetitions < LEAST_REPETITIONS:
         print(f"The fewest repetitions of a row are {comparison.fewest_repetitions}: expect changes that are noise.")
-    contexts = [run.get("context", {}) for run in (old_run, new_run)]
     for key in ("processor", "compiler"):
-        if contexts[0].get(key) != contexts[1].get(key):
+        if old_run["context"].get(key) != new_run["context"].get(key):
             print(f"The {key} of the runs differs or is not recorded: expect changes that have nothing to do with "
                   "ZrCore.")
 

@@ -4,6 +4,7 @@ In these scripts, an operation is what is measured, such as "lock enter+leave". 
 """
 
 import json
+import math
 import re
 import statistics
 
@@ -99,7 +100,9 @@ def operations_in(run, chosen=""):
         name = re.sub(r"(/real_time|/(threads|repeats|iterations):\d+|/min_time:[\d.]+)*$", "", entry["run_name"])
         name, _, library = name.partition("/")
         value, unit = value_of(entry)
-        operation = operations.setdefault(name, Operation(name, entry.get("label") or "All operations", unit))
+        if not math.isfinite(value) or value < 0:
+            raise Failure(f"the row {entry['run_name']} has the value {value}")
+        operation = operations.setdefault(name, Operation(name, str(entry.get("label") or "All operations"), unit))
         operation.rows.setdefault(library, []).append(value)
         if is_too_short(entry, value, unit):
             operation.too_short.add(library)
@@ -107,12 +110,13 @@ def operations_in(run, chosen=""):
 
 
 def load(path):
-    """A run as Google Benchmark wrote it."""
+    """A run as Google Benchmark wrote it. Its rows can be used, and its context may be empty."""
     try:
         with open(path, encoding="utf-8") as file:
             run = json.load(file)
         if not operations_in(run):
             raise Failure(f"{path} doesn't have a row")
+        run["context"] = dict(run.get("context") or {})
         return run
     except (OSError, ValueError, KeyError, TypeError, AttributeError) as error:
         raise Failure(f"{path} doesn't have results of the benchmarks: {error!r}") from error

@@ -17,9 +17,12 @@ import html
 import os
 import sys
 
-import charts
 import results
 from results import number
+try:
+    import charts
+except ImportError as missing:
+    sys.exit(f"write_report.py: needs matplotlib, Debian's package python3-matplotlib: {missing}")
 
 STYLE = """
 :root { color-scheme: light dark; --page: #ffffff; --text: #1b1f24; --soft: #57606a; %(light)s }
@@ -64,8 +67,8 @@ LONGEST_CHART = 42   # bars
 
 def machine(run):
     """What a reader must know of the run, as (title, text)."""
-    context = run.get("context", {})
-    loads = context.get("load_avg", [])
+    context = run["context"]
+    loads = [load for load in context.get("load_avg") or [] if load is not None]
     repetitions = max((entry.get("repetitions", 1) for entry in run["benchmarks"]), default=1)
     facts = [("Date", context.get("date")), ("Commit", context.get("commit")),
              ("Processor", context.get("processor")), ("Cores", context.get("num_cpus")),
@@ -178,7 +181,7 @@ def publish(run, document, chart):
         raise results.Failure(f"{document} doesn't have the comments between which the figures are written")
     if not any(operation.ratio() for operation in results.operations_in(run).values()):
         raise results.Failure("no row of ZrCore has a peer in these results")
-    if str(run.get("context", {}).get("commit", "")).endswith("-dirty"):
+    if str(run["context"].get("commit")).endswith("-dirty"):
         raise results.Failure("the results are of sources that no commit has; commit them and run tools/bench again")
     part = document_part(run, os.path.relpath(chart, os.path.dirname(document) or "."))
     # With a background of its own: the page around it may be light although the reader's system is dark.
