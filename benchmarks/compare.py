@@ -32,7 +32,6 @@ from results import number
 NOISE = {"ns": 0.05, "us": 0.05, "KiB": 0.05}   # as parts of the old median
 LEAST_NS = 0.3
 LEAST_CONTROLS = 20                             # fewer rows of other libraries say little of the noise
-LEAST_REPETITIONS = 5
 
 
 def undisturbed(values):
@@ -149,7 +148,7 @@ def print_comparison(comparison, old_run, new_run):
         drift = statistics.median(map(comparison.change, comparison.controls))
         print(f"Rows of other libraries, which nobody changed: {len(comparison.changed_controls)} of "
               f"{len(comparison.controls)} changed; the median change is {percent(drift)}.")
-    if comparison.fewest_repetitions is not None and comparison.fewest_repetitions < LEAST_REPETITIONS:
+    if comparison.fewest_repetitions is not None and comparison.fewest_repetitions < results.LEAST_REPETITIONS:
         print(f"The fewest repetitions of a row are {comparison.fewest_repetitions}: expect changes that are noise.")
     for key in ("processor", "compiler"):
         if old_run["context"].get(key) != new_run["context"].get(key):

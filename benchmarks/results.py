@@ -3,6 +3,7 @@
 In these scripts, an operation is what is measured, such as "lock enter+leave". Each library has a row for it.
 """
 
+import collections
 import json
 import math
 import re
@@ -17,8 +18,8 @@ BY_CONTRACT = LOWER_BOUND + " by contract"
 # The unit of a row that is not a time is the name of a counter of Google Benchmark. For all units, less is better.
 COUNTER_UNITS = ("us", "bytes", "KiB", "MiB", "relocations", "constructors")
 
-
-SHORTEST_NS = 1e6   # tools/bench asks for repetitions of at least 20 ms
+SHORTEST_NS = 1e6       # tools/bench asks for repetitions of at least 20 ms
+LEAST_REPETITIONS = 5   # of a row whose number of repetitions is not its own
 
 
 class Failure(Exception):
@@ -120,6 +121,20 @@ def load(path):
         return run
     except (OSError, ValueError, KeyError, TypeError, AttributeError) as error:
         raise Failure(f"{path} doesn't have results of the benchmarks: {error!r}") from error
+
+
+def require_complete(run):
+    """Raises Failure unless all rows of the program ran, often enough."""
+    repetitions = collections.Counter(entry["run_name"] for entry in run["benchmarks"]
+                                      if entry["run_type"] == "iteration")
+    rows = run["context"].get("rows")   # tools/bench records it
+    if rows is None:
+        raise Failure("the results don't record how many rows the program has; run tools/bench again")
+    if str(len(repetitions)) != str(rows):
+        raise Failure(f"the results are incomplete: they have {len(repetitions)} of {rows} rows")
+    for row, count in repetitions.items():
+        if count < LEAST_REPETITIONS and "/repeats:" not in row:
+            raise Failure(f"the row {row} has {count} repetitions and needs {LEAST_REPETITIONS}")
 
 
 def number(value):

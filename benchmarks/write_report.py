@@ -3,7 +3,7 @@
   python3 benchmarks/write_report.py RESULTS REPORT
   python3 benchmarks/write_report.py --publish RESULTS DOCUMENT CHART
 
-  RESULTS    the results of zrcore_benchmarks as JSON
+  RESULTS    the results of zrcore_benchmarks as JSON; to be published, of a complete run of tools/bench
   REPORT     the HTML file to write. It needs no other file, and no scripts.
   DOCUMENT   a Markdown file; the text between its comments "figures: begin" and "figures: end" is replaced
   CHART      the SVG file to write, to which the document links
@@ -179,6 +179,7 @@ def publish(run, document, chart):
         text = file.read()
     if text.count(BEGIN) != 1 or text.count(END) != 1 or text.index(BEGIN) > text.index(END):
         raise results.Failure(f"{document} doesn't have the comments between which the figures are written")
+    results.require_complete(run)
     if not any(operation.ratio() for operation in results.operations_in(run).values()):
         raise results.Failure("no row of ZrCore has a peer in these results")
     if str(run["context"].get("commit")).endswith("-dirty"):
