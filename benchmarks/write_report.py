@@ -13,6 +13,7 @@ Needs matplotlib, Debian's package python3-matplotlib.
 Exit status: 0 written, 1 a file can't be used, 2 wrong usage.
 """
 
+import contextlib
 import html
 import os
 import sys
@@ -170,8 +171,21 @@ def document_part(run, chart_name):
 
 
 def write(path, text):
-    with open(path, "w", encoding="utf-8") as file:
-        file.write(text)
+    """Replaces the file as a whole, so that an interrupt or a full disk leaves the old one."""
+    target = os.path.realpath(path)
+    if os.path.exists(target) and not os.path.isfile(target):   # a device, which must not be replaced
+        with open(target, "w", encoding="utf-8") as file:
+            file.write(text)
+        return
+    new = f"{target}.{os.getpid()}.new"
+    try:
+        with open(new, "w", encoding="utf-8") as file:
+            file.write(text)
+        os.replace(new, target)
+    except BaseException:
+        with contextlib.suppress(OSError):
+            os.remove(new)
+        raise
 
 
 def publish(run, document, chart):
