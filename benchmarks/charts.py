@@ -14,7 +14,6 @@ matplotlib.use("svg")
 from matplotlib import pyplot, ticker   # pylint: disable=wrong-import-position
 
 import results                  # pylint: disable=wrong-import-position
-from results import number      # pylint: disable=wrong-import-position
 
 # matplotlib draws with stand-ins that occur nowhere else; they are replaced by what the page defines.
 TEXT, OURS, PEER, BOUND, GRID = "#010101", "#020202", "#030303", "#040404", "#050505"
@@ -90,7 +89,7 @@ def bars(operations, name, title):
         axes.text(-0.015, at, library, transform=axes.get_yaxis_transform(), ha="right", va="center")
         if value:
             axes.barh(at, value - low, left=low, height=0.72, color=colour(operation, library), linewidth=0)
-        axes.text(max(value, low) * 1.05, at, number(value), va="center")
+        axes.text(max(value, low) * 1.05, at, operation.figure(library), va="center")
     axes.set_yticks([])
     if high / low <= 1000:   # powers of ten alone would be one or two marks
         axes.xaxis.set_major_locator(ticker.LogLocator(subs=(1, 2, 5)))

@@ -18,7 +18,6 @@ import os
 import sys
 
 import results
-from results import number
 
 HEAD = ("operation", "ZrCore", "best peer", "best peer's name", "ratio", "lower bound")
 TEXT_COLUMNS = (0, 3)
@@ -26,10 +25,9 @@ TEXT_COLUMNS = (0, 3)
 
 def line(operation):
     """One line of the table, and whether ZrCore, or the layer, needs more than the best peer."""
-    medians = operation.medians()
     best, ratio = operation.best_peer(), operation.ratio()
     limit = 1.05 if operation.ours() == results.LAYER else 1
-    return (operation.name, number(medians.get(operation.ours())), number(medians.get(best)), best or "-",
+    return (operation.name, operation.figure(operation.ours()), operation.figure(best), best or "-",
             f"{ratio:.2f}" if ratio is not None else "-",
             operation.lower_bounds()), operation.needs_more(limit)
 
@@ -56,6 +54,8 @@ def main():
         print_table(unit, [operation for operation in operations if operation.unit == unit])
     print("Medians. The unit ns means processor time; for rows with two threads, the wall time of one thread.\n"
           "Lower bounds: the least work that does the job / with the calls, locks and blocks that the contract needs.")
+    if any(operation.too_short for operation in operations):
+        print(results.ABOUT_UNRELIABLE)
 
 
 if __name__ == "__main__":

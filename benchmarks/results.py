@@ -21,6 +21,9 @@ COUNTER_UNITS = ("us", "bytes", "KiB", "MiB", "relocations", "constructors")
 SHORTEST_NS = 1e6       # tools/bench asks for repetitions of at least 20 ms
 LEAST_REPETITIONS = 5   # of a row whose number of repetitions is not its own
 
+UNRELIABLE = "?"
+ABOUT_UNRELIABLE = f'A figure with "{UNRELIABLE}" is not reliable: a repetition took almost no time.'
+
 
 class Failure(Exception):
     """The results can't be used; the text says why."""
@@ -61,11 +64,14 @@ class Operation:
         ratio = self.ratio()
         return ratio is not None and round(ratio, 2) > limit
 
+    def figure(self, library):
+        """The median as text, with a mark if it is not reliable; "-" if the library has no row."""
+        return number(self.medians().get(library)) + (UNRELIABLE if library in self.too_short else "")
+
     def lower_bounds(self):
         """The lower bound, and after a slash the one by contract; "-" for one that has no row."""
-        medians = self.medians()
-        bounds = [medians.get(LOWER_BOUND), medians.get(BY_CONTRACT)]
-        return number(bounds[0]) if bounds[1] is None else " / ".join(map(number, bounds))
+        bounds = [LOWER_BOUND] + [BY_CONTRACT] * (BY_CONTRACT in self.rows)
+        return " / ".join(map(self.figure, bounds))
 
 
 def value_of(entry):

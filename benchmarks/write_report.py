@@ -116,7 +116,7 @@ def table(title, operations):
             kind = (' class="ours"' if library == operation.ours()
                     else ' class="bound"' if library.startswith(results.LOWER_BOUND) else "")
             ratio = f"{ours / medians[library]:.2f}" if ours is not None and medians[library] else "-"
-            lines.append(f'<tr{kind}><th scope="row">{html.escape(library)}</th><td>{number(medians[library])}</td>'
+            lines.append(f'<tr{kind}><th scope="row">{html.escape(library)}</th><td>{operation.figure(library)}</td>'
                          f"<td>{number(min(values))}</td><td>{number(max(values))}</td><td>{ratio}</td></tr>")
         lines.append("</tbody>")
     return "\n".join(lines + ["</table>"])
@@ -141,6 +141,7 @@ def page(run):
         '<!DOCTYPE html>\n<html lang="en-GB"><head><meta charset="utf-8"><title>Benchmarks of ZrCore</title>',
         '<meta name="viewport" content="width=device-width, initial-scale=1">', f"<style>{STYLE}</style></head><body>",
         "<h1>Benchmarks of ZrCore</h1>", f"<dl>{facts}</dl>", INTRODUCTION,
+        f"<p>{html.escape(results.ABOUT_UNRELIABLE)}</p>" if any(some.too_short for some in operations) else "",
         f"<figure>{charts.overview(operations, 'overview')}</figure>" if has_ratio else "",
         '<nav aria-label="Families"><ul>', "\n".join(links), "</ul></nav>", "\n".join(sections), "</body></html>\n"])
 
@@ -157,14 +158,16 @@ def document_part(run, chart_name):
     lines += [f"| {title} | {text} |" for title, text in machine(run)]
     lines += ["", f"ZrCore needs no more than its best peer in {no_more} of {len(compared)} "
               "operations:", "", f"![One dot per operation: ZrCore divided by its best peer]({chart_name})"]
+    if any(operation.too_short for operation in operations):
+        lines += ["", results.ABOUT_UNRELIABLE]
     for title, members in groups(operations):
         unit = members[0].unit
         lines += ["", f"### {title}", "",
                   f"| Operation | ZrCore, {unit} | Best peer, {unit} | Best peer | Ratio | Lower bound, {unit} |",
                   "|---|---:|---:|---|---:|---:|"]
         for operation in members:
-            medians, best, ratio = operation.medians(), operation.best_peer(), operation.ratio()
-            cells = (operation.name, number(medians.get(operation.ours())), number(medians.get(best)), best or "-",
+            best, ratio = operation.best_peer(), operation.ratio()
+            cells = (operation.name, operation.figure(operation.ours()), operation.figure(best), best or "-",
                      f"{ratio:.2f}" if ratio is not None else "-", operation.lower_bounds())
             lines.append("| " + " | ".join(html.escape(cell, quote=False) for cell in cells) + " |")
     return "\n".join(lines + ["", END])
