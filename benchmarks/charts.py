@@ -21,7 +21,7 @@ MEANING = {TEXT: "currentColor", OURS: "var(--ours)", PEER: "var(--peer)", BOUND
 LIGHT = "--ours: #1d5fc4; --peer: #8b929c; --bound: #a05a00; --grid: #d5d9de"
 DARK = "--ours: #79b0ff; --peer: #7d8590; --bound: #e3a341; --grid: #3a414b"
 
-UNIT_NAMES = {"ns": "nanoseconds", "us": "microseconds"}
+UNIT_NAMES = {"ns": "nanoseconds", "µs": "microseconds"}
 
 matplotlib.rcParams.update({
     "svg.fonttype": "none",      # text stays text: it can be searched, selected and read aloud
@@ -70,7 +70,7 @@ def plain(value, _):
 
 def bars(operations, name, title):
     """Horizontal bars on a log scale: a heading for each operation, and a bar for each of its libraries."""
-    unit = operations[0].unit
+    unit = operations[0].unit_name
     lines = [(operation, library, value) for operation in operations
              for library, value in [(None, None)] + list(operation.medians().items())]
     values = [value for _, _, value in lines if value]

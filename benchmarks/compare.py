@@ -110,7 +110,8 @@ def lines_of(comparison, rows):
     table = []
     for row in rows:
         old, new, unit = comparison.pairs[row]
-        table.append(("/".join(row), number(statistics.median(old)), number(statistics.median(new)), unit,
+        table.append(("/".join(row), number(statistics.median(old)), number(statistics.median(new)),
+                      results.UNIT_NAMES.get(unit, unit),
                       percent(comparison.change(row))))
     widths = [max(len(cells[i]) for cells in table) for i in range(5)]
     for name, before, after, unit, part in table:
@@ -143,7 +144,8 @@ def print_comparison(comparison, old_run, new_run):
 
     ours = len(comparison.pairs) - len(comparison.controls)
     print(f"\n{ours} rows of ZrCore compared. Noise:",
-          ", ".join(f"{unit} {noise:.1%}".replace("%", " %") for unit, noise in sorted(comparison.noise.items())) + ".")
+          ", ".join(f"{results.UNIT_NAMES.get(unit, unit)} {noise:.1%}".replace("%", " %")
+                    for unit, noise in sorted(comparison.noise.items())) + ".")
     if comparison.controls:
         drift = statistics.median(map(comparison.change, comparison.controls))
         print(f"Rows of other libraries, which nobody changed: {len(comparison.changed_controls)} of "

@@ -4,9 +4,9 @@
 //   benchmark_load_probe LIBRARY
 //
 // It prints the time to load in microseconds, the increase of resident and of private memory in KiB, the number of
-// relocations and the number of constructors. All of them include the libraries that LIBRARY needs, except those that
-// each C++ program has. The constructors are the entries of DT_INIT_ARRAY: one entry initialises all global objects of
-// a source file, or of several with link-time optimisation.
+// relocations and the number of initialiser entries. All of them include the libraries that LIBRARY needs, except those
+// that each C++ program has. The initialiser entries are those of DT_INIT_ARRAY: one entry initialises all global
+// objects of a source file, or of several with link-time optimisation.
 
 #include <dlfcn.h>
 #include <link.h>
@@ -34,7 +34,7 @@ static Memory MeasureMemory() {
 
 struct Objects {
   std::set<ElfW(Addr)> known;  // the addresses of the loaded files
-  std::size_t relocations = 0, constructors = 0;
+  std::size_t relocations = 0, initialisers = 0;
 };
 
 // Counts the entries of DT_RELR: an even word is one relocation, an odd word is a bitmap of 63.
@@ -57,7 +57,7 @@ static void CountEntries(const dl_phdr_info& object, const ElfW(Dyn) * entry, Ob
         objects.relocations += value / sizeof(ElfW(Rela));
         break;
       case DT_INIT_ARRAYSZ:
-        objects.constructors += value / sizeof(void*);
+        objects.initialisers += value / sizeof(void*);
         break;
       case DT_RELR:
         packed = reinterpret_cast<const ElfW(Addr)*>(object.dlpi_addr + value);
@@ -110,6 +110,6 @@ int main(int argc, char** argv) {
   dl_iterate_phdr(CountUnknown, &objects);
 
   std::printf("%.3f %.0f %.0f %zu %zu\n", Microseconds(loaded - start).count(), after.resident - before.resident,
-              after.isPrivate - before.isPrivate, objects.relocations, objects.constructors);
+              after.isPrivate - before.isPrivate, objects.relocations, objects.initialisers);
   return 0;
 }

@@ -25,16 +25,15 @@ TEXT_COLUMNS = (0, 3)
 
 def line(operation):
     """One line of the table, and whether ZrCore, or the layer, needs more than the best peer."""
-    best, ratio = operation.best_peer(), operation.ratio()
+    best = operation.best_peer()
     limit = 1.05 if operation.ours() == results.LAYER else 1
     return (operation.name, operation.figure(operation.ours()), operation.figure(best), best or "-",
-            f"{ratio:.2f}" if ratio is not None else "-",
-            operation.lower_bounds()), operation.needs_more(limit)
+            results.ratio_text(operation.ratio()), operation.lower_bounds()), operation.needs_more(limit)
 
 
-def print_table(unit, operations):
+def print_table(operations):
     on_terminal = sys.stdout.isatty() and "NO_COLOR" not in os.environ
-    head = tuple(f"{title}, {unit}" if at in (1, 2, 5) else title for at, title in enumerate(HEAD))
+    head = tuple(f"{title}, {operations[0].unit_name}" if at in (1, 2, 5) else title for at, title in enumerate(HEAD))
     lines = [(head, False)] + [line(operation) for operation in operations]
     widths = [max(len(cells[i]) for cells, _ in lines) for i in range(len(HEAD))]
     for cells, is_worse in lines:
@@ -51,7 +50,7 @@ def main():
         sys.exit("usage: python3 benchmarks/print_table.py FILE")
     operations = results.operations_in(results.load(sys.argv[1])).values()
     for unit in dict.fromkeys(operation.unit for operation in operations):
-        print_table(unit, [operation for operation in operations if operation.unit == unit])
+        print_table([operation for operation in operations if operation.unit == unit])
     print("Medians. The unit ns means processor time; for rows with two threads, the wall time of one thread.\n"
           "Lower bounds: the least work that does the job / with the calls, locks and blocks that the contract needs.")
     if any(operation.too_short for operation in operations):

@@ -17,6 +17,8 @@ BY_CONTRACT = LOWER_BOUND + " by contract"
 
 # The unit of a row that is not a time is the name of a counter of Google Benchmark. For all units, less is better.
 COUNTER_UNITS = ("us", "bytes", "KiB", "MiB", "relocations", "constructors")
+UNIT_NAMES = {"us": "µs", "constructors": "entries"}   # for the reader; other units are shown as they are
+UNITS_WITHOUT_RATIO = ("constructors",)   # one entry may do much or nothing
 
 SHORTEST_NS = 1e6       # tools/bench asks for repetitions of at least 20 ms
 LEAST_REPETITIONS = 5   # of a row whose number of repetitions is not its own
@@ -37,6 +39,10 @@ class Operation:
         self.rows = {}
         self.too_short = set()   # libraries whose repetitions took almost no time
 
+    @property
+    def unit_name(self):
+        return UNIT_NAMES.get(self.unit, self.unit)
+
     def medians(self):
         return {library: statistics.median(values) for library, values in self.rows.items()}
 
@@ -54,10 +60,16 @@ class Operation:
                  if library != self.ours() and not library.startswith(LOWER_BOUND) and "(" not in library]
         return min(peers, key=medians.get, default=None)
 
+    def ratio_to(self, library):
+        """ZrCore's median divided by the library's, or None."""
+        medians = self.medians()
+        if self.unit in UNITS_WITHOUT_RATIO or self.ours() not in medians or not medians.get(library):
+            return None
+        return medians[self.ours()] / medians[library]
+
     def ratio(self):
         """ZrCore's median divided by the best peer's, or None."""
-        best, medians = self.best_peer(), self.medians()
-        return medians[self.ours()] / medians[best] if best and medians[best] and self.ours() in medians else None
+        return self.ratio_to(self.best_peer())
 
     def needs_more(self, limit=1):
         """Whether the ratio, as it is printed, is above the limit."""
@@ -141,6 +153,10 @@ def require_complete(run):
     for row, count in repetitions.items():
         if count < LEAST_REPETITIONS and "/repeats:" not in row:
             raise Failure(f"the row {row} has {count} repetitions and needs {LEAST_REPETITIONS}")
+
+
+def ratio_text(ratio):
+    return "-" if ratio is None else f"{ratio:.2f}"
 
 
 def number(value):

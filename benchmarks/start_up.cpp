@@ -18,7 +18,7 @@ struct Column {
 static constexpr Column kColumns[] = {{"start-up: resident memory", "KiB", 1},
                                       {"start-up: private memory", "KiB", 2},
                                       {"start-up: relocations", "relocations", 3},
-                                      {"start-up: constructors", "constructors", 4}};
+                                      {"start-up: initialiser entries", "constructors", 4}};
 static constexpr int kProcesses = 7;
 
 static void LibraryRows(const std::string& library, const std::string& path) {

@@ -66,17 +66,26 @@ compared with it. Nanoseconds are processor time, and for rows with two threads 
 LONGEST_CHART = 42   # bars
 
 
+def repetitions(operations):
+    """The most repetitions, and the families that have fewer, as text."""
+    families = {}
+    for operation in operations:
+        for values in operation.rows.values():
+            families.setdefault(len(values), {})[operation.family] = True
+    most, *others = sorted(families, reverse=True)
+    return "; ".join([str(most)] + [f"{count} for {', '.join(families[count])}" for count in others])
+
+
 def machine(run):
     """What a reader must know of the run, as (title, text)."""
     context = run["context"]
     loads = [load for load in context.get("load_avg") or [] if load is not None]
-    repetitions = max((entry.get("repetitions", 1) for entry in run["benchmarks"]), default=1)
     facts = [("Date", context.get("date")), ("Commit", context.get("commit")),
-             ("Processor", context.get("processor")), ("Cores", context.get("num_cpus")),
+             ("Processor", context.get("processor")), ("Logical processors", context.get("num_cpus")),
              ("System", context.get("system")), ("Kernel", context.get("kernel")),
              ("Compiler", context.get("compiler")), ("Peers", context.get("peers")),
              ("Load average at the start", ", ".join(f"{load:.2f}" for load in loads[:3])),
-             ("Repetitions", repetitions)]
+             ("Repetitions", repetitions(results.operations_in(run).values()))]
     return [(title, str(text) if text else "not recorded") for title, text in facts]
 
 
@@ -84,7 +93,7 @@ def groups(operations):
     """Lists of operations of the same family and unit, with their title."""
     found = {}
     for operation in operations:
-        found.setdefault((operation.family, operation.unit), []).append(operation)
+        found.setdefault((operation.family, operation.unit_name), []).append(operation)
     several = {family for family, _ in found if sum(1 for other, _ in found if other == family) > 1}
     for (family, unit), members in found.items():
         yield f"{family}, {unit}" if family in several else family, members
@@ -103,19 +112,17 @@ def parts(operations):
 
 
 def table(title, operations):
-    unit = operations[0].unit
+    unit = operations[0].unit_name
     lines = [f"<table><caption>{html.escape(title)}, {unit}. The ratio is ZrCore divided by the library.</caption>",
              '<thead><tr><th scope="col">Library</th><th scope="col">Median</th><th scope="col">Least</th>'
              '<th scope="col">Most</th><th scope="col">Ratio</th></tr></thead>']
     for operation in operations:
         lines.append(f'<tbody><tr><th class="operation" colspan="5" scope="rowgroup">{html.escape(operation.name)}'
                      "</th></tr>")
-        medians = operation.medians()
-        ours = medians.get(operation.ours())
         for library, values in operation.rows.items():
             kind = (' class="ours"' if library == operation.ours()
                     else ' class="bound"' if library.startswith(results.LOWER_BOUND) else "")
-            ratio = f"{ours / medians[library]:.2f}" if ours is not None and medians[library] else "-"
+            ratio = results.ratio_text(operation.ratio_to(library))
             lines.append(f'<tr{kind}><th scope="row">{html.escape(library)}</th><td>{operation.figure(library)}</td>'
                          f"<td>{number(min(values))}</td><td>{number(max(values))}</td><td>{ratio}</td></tr>")
         lines.append("</tbody>")
@@ -161,14 +168,14 @@ def document_part(run, chart_name):
     if any(operation.too_short for operation in operations):
         lines += ["", results.ABOUT_UNRELIABLE]
     for title, members in groups(operations):
-        unit = members[0].unit
+        unit = members[0].unit_name
         lines += ["", f"### {title}", "",
                   f"| Operation | ZrCore, {unit} | Best peer, {unit} | Best peer | Ratio | Lower bound, {unit} |",
                   "|---|---:|---:|---|---:|---:|"]
         for operation in members:
-            best, ratio = operation.best_peer(), operation.ratio()
+            best = operation.best_peer()
             cells = (operation.name, operation.figure(operation.ours()), operation.figure(best), best or "-",
-                     f"{ratio:.2f}" if ratio is not None else "-", operation.lower_bounds())
+                     results.ratio_text(operation.ratio()), operation.lower_bounds())
             lines.append("| " + " | ".join(html.escape(cell, quote=False) for cell in cells) + " |")
     return "\n".join(lines + ["", END])
 
