@@ -31,8 +31,11 @@ matplotlib.rcParams.update({
 })
 
 
-def as_svg(figure, name, title, description, style=""):
-    """The SVG element of a figure. `name` makes its identifiers unique within a page."""
+def as_svg(figure, name, title, description, style="", tips=None):
+    """The SVG element of a figure. `name` makes its identifiers unique within a page.
+
+    `tips` are the texts that a browser shows for parts of the figure, by the identifier of the part.
+    """
     file = io.StringIO()
     figure.savefig(file, format="svg", transparent=True, metadata={"Date": None})
     pyplot.close(figure)
@@ -41,6 +44,8 @@ def as_svg(figure, name, title, description, style=""):
     svg = re.sub(r"\s*<metadata>.*?</metadata>", "", svg, flags=re.S)
     for stand_in, meaning in MEANING.items():
         svg = svg.replace(stand_in, meaning)
+    for part, tip in (tips or {}).items():
+        svg = svg.replace(f'<g id="{part}">', f'<g id="{part}"><title>{html.escape(tip)}</title>')
     used = set(re.findall(r"(?:url\(#|href=\"#)([^)\"]+)", svg))
     svg = re.sub(r"\s*<!--.*?-->", "", svg, flags=re.S)
     svg = re.sub(r' id="([^"]*)"', lambda match: f' id="{name}-{match[1]}"' if match[1] in used else "", svg)
@@ -99,7 +104,7 @@ def bars(operations, name, title):
     axes.set_axisbelow(True)
     for side in ("top", "left", "right"):
         axes.spines[side].set_visible(False)
-    axes.set_xlabel(f"{UNIT_NAMES.get(unit, unit)}, logarithmic; less is better")
+    axes.set_xlabel(f"{UNIT_NAMES.get(unit, unit)}, logarithmic: only the right end of a bar counts. Less is better")
     names = ", ".join(operation.name for operation in operations)
     return as_svg(figure, name, title, f"Bars for ZrCore, its peers and the lower bounds, for: {names}. The table has "
                   "the same figures.")
@@ -121,12 +126,12 @@ def overview(operations, name, style=""):
     axes.set_xticks([mark for mark in marks if low < mark < high])
     axes.set_ylim(len(families) - 0.5, -0.5)
     axes.axvline(1, color=TEXT, linewidth=0.8)
-    for at, family in enumerate(families):
-        for needs_more, mark in ((False, "o"), (True, "D")):
-            shown = sorted(operation.ratio() for operation in operations
-                           if operation.family == family and operation.needs_more() == needs_more)
-            axes.plot(shown, [at] * len(shown), mark, color=OURS if mark == "o" else BOUND, markersize=4.5, alpha=0.75,
-                      markeredgewidth=0)
+    tips = {}
+    for operation in sorted(operations, key=lambda operation: (operation.needs_more(), operation.ratio())):
+        tips[f"dot{len(tips)}"] = f"{operation.name}: {operation.ratio():.2f}, {operation.best_peer()}"
+        mark, dot_colour = ("D", BOUND) if operation.needs_more() else ("o", OURS)
+        axes.plot(operation.ratio(), families.index(operation.family), mark, color=dot_colour, markersize=4.5,
+                  alpha=0.75, markeredgewidth=0, gid=list(tips)[-1])
     axes.set_yticks(range(len(families)), families)
     axes.tick_params(length=0)
     axes.minorticks_off()
@@ -138,4 +143,4 @@ def overview(operations, name, style=""):
     axes.set_xlabel("ZrCore divided by the best peer, logarithmic. Dots: ZrCore needs no more; diamonds: more")
     no_more = sum(not operation.needs_more() for operation in operations)
     return as_svg(figure, name, "ZrCore and its best peer", f"One dot per operation, one line per family. ZrCore needs "
-                  f"no more than its best peer in {no_more} of {len(operations)} operations.", style)
+                  f"no more than its best peer in {no_more} of {len(operations)} operations.", style, tips)
