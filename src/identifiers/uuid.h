@@ -46,11 +46,14 @@ struct CFieldWiseLess {
   bool operator()(const ZRUUID& left, const ZRUUID& right) const noexcept { return Rank(left) < Rank(right); }
 };
 
-// Compares the sixteen bytes in memory from the first to the last, as memcmp does.
+// Compares the sixteen bytes in memory from the first to the last, as memcmp does. Inline in any case: the maps of
+// components spend a tenth of their time on the calls otherwise.
 struct CByteWiseLess {
   static CUuidRank Rank(const ZRUUID& uuid) noexcept {
     const char* bytes = reinterpret_cast<const char*>(&uuid);
     return {LoadBigEndian64(bytes), LoadBigEndian64(bytes + 8)};
   }
-  bool operator()(const ZRUUID& left, const ZRUUID& right) const noexcept { return Rank(left) < Rank(right); }
+  [[gnu::always_inline]] bool operator()(const ZRUUID& left, const ZRUUID& right) const noexcept {
+    return Rank(left) < Rank(right);
+  }
 };
