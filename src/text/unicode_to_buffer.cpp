@@ -311,7 +311,7 @@ ZRRESULT ZrCreateUTF8fromZRSTR(ZRSTR source, int32_t length, char* buffer, int32
   const auto limit = static_cast<std::size_t>(*capacity) - 1;
   const auto units = static_cast<std::size_t>(end - source);
   auto* const bytes = reinterpret_cast<unsigned char*>(buffer);
-  // Only ASCII yields as many bytes as units.
+  // ASCII yields as many bytes as units, and other text more. So the attempt is worth it only for this size.
   const bool isDone = limit == units && EncodeShort(source, units, bytes);
   if (!isDone && EncodeUtf8(source, end, bytes, limit) != limit) return ZR_R_FAILED;
   buffer[limit] = 0;

@@ -1,5 +1,5 @@
 // Strings from UTF-32 and UTF-8: one pass counts the units, then a block of exactly that size is allocated, then a
-// second pass fills it. Where the processor has a form for short texts (utf8_vectors.h), these need one pass.
+// second pass fills it. Short UTF-8 may need only one pass (CreateShort in utf8_vectors.h), under the same rules.
 //
 // For UTF-8 the first pass is also the only check. Text is good if continuation bytes follow each lead byte, as many as
 // it needs unless the text ends first, and if no other byte is a continuation byte. The second pass relies on this and
@@ -253,7 +253,7 @@ ZRRESULT ZrCreateZRSTRfromUTF32(const char32_t* text, int32_t length, ZRSTR* str
   return ZR_R_OK;
 }
 
-// Not inline, so that short texts don't pay for saving the registers that this needs.
+// Not inline, so that texts for CreateShort don't pay for saving the registers that this needs.
 [[gnu::noinline]] static ZRRESULT CountAndCreate(const unsigned char* text, std::size_t size, ZRSTR& string) noexcept {
   std::size_t units = CountUnits(text, size);
   if (units == kNotCounted) units = 0;  // bad text makes an empty string of its own, not the shared one

@@ -255,15 +255,18 @@ ZR_AVX512 ZR_INLINE bool DecodeFours(__m512i bytes, __mmask16 isThere, __m512i& 
   }
 }
 
-// Decodes whole steps. After each of them a 33rd byte must be there: it shows whether the 32nd ends a character. Stops
-// after a character of four bytes, in case that others follow. Returns false if a step can't be decoded.
+// Decodes whole steps. A 33rd byte must be there for each: it shows whether the 32nd ends a character. For the first
+// step, the caller has checked this. Stops after a step that ends with a character of four bytes, because a run of them
+// may follow. Returns false if a step can't be decoded.
 ZR_AVX512 ZR_INLINE bool DecodeSteps(const unsigned char*& at, const unsigned char* end, StepBefore& before, WCHAR*& to,
                                      const WCHAR* toEnd) noexcept {
   do {
     const WCHAR* const start = to;
     if (!Decode32(at, kInside, before, to, toEnd)) return false;
     at += 32;
-    if (to - start == 32) WidenAscii(at, end, to, toEnd);  // as many units as bytes: ASCII, of which more may follow
+    // As many units as bytes: nothing but ASCII, except perhaps the end of a character that began before. More ASCII
+    // may follow.
+    if (to - start == 32) WidenAscii(at, end, to, toEnd);
   } while (end - at > 32 && !before.endsWithFour);
   return true;
 }
@@ -290,6 +293,7 @@ ZR_AVX512 void DecodeAvx512(const unsigned char*& text, const unsigned char* tex
     at += std::min<std::size_t>(left, 32);
   }
   while (end - at > 32 && DecodeSteps(at, end, before, to, toEnd)) {
+    // `before` remains true: the run, too, ends with a character of four bytes.
     if (before.endsWithFour) DecodeRunOfFours(at, end, to, toEnd);
   }
   if (at < end && end - at <= 32) {
@@ -356,6 +360,7 @@ ZR_AVX512 ZR_INLINE bool DecodeShort(const unsigned char* text, std::size_t size
   if (hasThree && _mm512_cmpge_epu8_mask(bytes, Each8(0xF0)) == (inText & kLeadsOfFour)) {
     units.lowCount = size / 2;
     units.highCount = 0;
+    units.high = bytes;  // isn't stored
     return DecodeFours(bytes, static_cast<__mmask16>(FirstOf64(size / 4)), units.low);
   }
   const uint64_t kept = inText & ~(isTail >> 1);
@@ -366,7 +371,8 @@ ZR_AVX512 ZR_INLINE bool DecodeShort(const unsigned char* text, std::size_t size
                     units.highCount);
 }
 
-// The units are in registers before the string is allocated. So the text is loaded and examined only once.
+// The units are decoded before the string is allocated, because only then is their number known. So the text is loaded
+// and examined only once.
 ZR_AVX512 bool CreateShortAvx512(const unsigned char* text, std::size_t size, ZRSTR& string) noexcept {
   ShortUnits units;
   if (!DecodeShort(text, size, units)) return false;

@@ -60,8 +60,9 @@ inline constexpr std::size_t kNotCounted = std::numeric_limits<std::size_t>::max
 // contains a lone surrogate, or if it doesn't count such a text.
 //
 // CreateShort makes the string of a short text. The fixed cost of separate steps, to count, to allocate and to decode,
-// is most of the cost of such a text. Returns false, and makes nothing, if the text is longer or the callers' loops
-// must decode it. `string` is null if out of memory.
+// is most of the cost of such a text. Returns false, and makes nothing, if the text is longer or is left to the
+// callers' loops: bad text, text that ends inside a character, and overlong forms of four bytes. If out of memory, it
+// returns true, and `string` is null.
 //
 // EncodeShort encodes a short text of ASCII. Returns false, and writes nothing, if the text is longer or not all ASCII.
 //

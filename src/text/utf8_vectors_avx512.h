@@ -25,7 +25,7 @@
 // processors without them.
 #define ZR_AVX512 __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,popcnt,bmi,bmi2")))
 
-// For a function that a loop is too short to call.
+// For a function whose call would cost too much.
 #define ZR_INLINE __attribute__((always_inline)) static inline
 
 // The name of a vector says what its lanes are: bytes, units of 16 bits, or numbers of 32 bits.
@@ -42,8 +42,8 @@ ZR_AVX512 static inline std::size_t CountBits(uint64_t bits) noexcept {
   return static_cast<std::size_t>(_mm_popcnt_u64(bits));
 }
 
-// A mask of the first `count` lanes. FirstOf64 is for at most 64 lanes, First64 and First32 have all lanes if there are
-// fewer.
+// A mask of the first `count` lanes. For FirstOf64, `count` must be at most 64. First64 and First32 return all lanes if
+// `count` is greater.
 ZR_AVX512 static inline uint64_t FirstOf64(std::size_t count) noexcept {
   return _bzhi_u64(~uint64_t{0}, static_cast<unsigned>(count));
 }
@@ -52,7 +52,7 @@ ZR_AVX512 static inline uint64_t First64(std::size_t count) noexcept {
 }
 ZR_AVX512 static inline uint32_t First32(std::size_t count) noexcept { return static_cast<uint32_t>(First64(count)); }
 
-// Stores the first `count` units, at most 32.
+// Stores the first `count` units. `count` must be at most 32.
 ZR_AVX512 static inline void StoreFirst(WCHAR* to, __m512i units, std::size_t count) noexcept {
   _mm512_mask_storeu_epi16(to, static_cast<__mmask32>(FirstOf64(count)), units);
 }
